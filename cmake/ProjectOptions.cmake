@@ -1,0 +1,13 @@
+# What everything in this project is compiled and linked with. Link it privately: none of it concerns a consumer.
+add_library(tkosqllite_options INTERFACE)
+
+target_compile_features(tkosqllite_options INTERFACE cxx_std_20)
+target_compile_options(tkosqllite_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast
+    $<$<BOOL:${TKOSQLLITE_WARNINGS_AS_ERRORS}>:-Werror>)
+
+if(TKOSQLLITE_SANITIZERS)
+    target_compile_options(tkosqllite_options INTERFACE
+        -fsanitize=${TKOSQLLITE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(tkosqllite_options INTERFACE -fsanitize=${TKOSQLLITE_SANITIZERS})
+endif()

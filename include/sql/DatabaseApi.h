@@ -1,0 +1,106 @@
+#pragma once
+
+#include <sql/DbTableRowIterator.h>
+#include <sql/DbTableRowValues.h>
+#include <sql/IDatabaseApi.h>
+#include <sql/SqlCommand.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace Morvik::sql {
+
+/// The database facade: IDatabaseApi on one SQLite connection, with a row-by-row query, prepared statements and the
+/// error record. It owns its connection and the one cursor that all reads use, so there is at most one query at a time.
+///
+///     DatabaseApi database;
+///     if (database.OpenDatabase("/var/lib/device/log.db", true) && database.SqlQueryBegin("SELECT * FROM log")) {
+///         for (const DbTableRowValues& row : database) { Print(row); }
+///     }
+///     if (database.Failed()) { Report(database.GetLastError(), database.GetLastErrorMsg()); }
+///
+/// The operations of IDatabaseApi are described there. An object, its statements and its iterators belong to one
+/// thread at a time. Destruction finalizes the query and closes the connection; statements made by PrepareStatement()
+/// must be gone by then.
+class __attribute__((visibility("default"))) DatabaseApi : public IDatabaseApi {
+public:
+    /// A facade without a database; code 0 and an empty message.
+    DatabaseApi();
+    ~DatabaseApi() override;
+
+    bool OpenDatabase(const std::string& path, bool readOnly) override;
+    bool CloseDatabase() override;
+    bool IsOpen() const override;
+
+    bool CreateTable(const DbTableDefinition& definition) override;
+    bool ExistsTable(const std::string& table, int& result) const override;
+    bool DropTable(const std::string& table) override;
+    bool AlterTable(const std::string& table, const std::string& newName) override;
+
+    bool Execute(const std::string& sql) override;
+    bool WriteTableValues(const std::string& table, const DbTableDataWrite& data) override;
+    bool UpdateTableValues(const std::string& table, const DbTableDataWrite& data,
+                           const std::string& condition) override;
+
+    bool ReadTableValues(const std::string& table, DbTableData& data) const override;
+    bool ReadValues(const std::string& sql, DbTableData& data) const override;
+    int ExistData(const std::string& table, const std::string& condition, int& result) override;
+
+    /// Ends the query in progress, empties the current row and opens the query `sql` without fetching a row. The query
+    /// in progress is ended also when the call is rejected.
+    ///
+    /// Returns true with code 0. Returns false with 111 "Database isn't open.", 112 "Missing query SQL statement.", or
+    /// SQLite's code and message.
+    bool SqlQueryBegin(const std::string& sql);
+
+    /// Fetches the next row as the facade's current row and returns an iterator on it, or the end iterator when there
+    /// is none; each call consumes a row, so call it once per query. The record is left as by ReadNextRow().
+    DbTableRowIterator begin();
+
+    /// The end iterator of this facade. Touches nothing.
+    DbTableRowIterator end() const;
+
+    /// Fetches the next row of the query into `row`, which is cleared first; its memory is used again.
+    ///
+    /// Returns true with code 0. Returns false at the end of the rows with code 0 and an empty message (`row` keeps the
+    /// last row), with 111 "Table isn't open." without a query, with SQLite's code and message when the step fails,
+    /// and with 112 "No value exists." or "Unknown value type." when a column cannot be converted.
+    ///
+    /// The code is not reset first: while another operation's failure stands in the record, every call consumes a row,
+    /// leaves `row` without cells and returns false. A call after the end of the rows starts the query over, so stop at
+    /// the first false.
+    bool ReadNextRow(DbTableRowValues& row) const;
+
+    /// Releases the query, which CloseDatabase() needs. Returns true with code 0, also without a query. Returns false
+    /// with SQLite's code and message when the query's last step had failed; it is released all the same.
+    bool CloseReadTable() const;
+
+    /// Prepares the first statement of `sql` for binding and stepping and returns it whether or not that succeeded: its
+    /// own GetLastError() tells (a code without a message, 21 on a closed database). The facade's record is not
+    /// touched. The statement must not outlive the facade, and must be gone before CloseDatabase().
+    ///
+    ///     SqlCommand insert = database.PrepareStatement("INSERT INTO picture VALUES (?, ?)");
+    ///     if (insert.BindText(1, name) && insert.BindBlob(2, bytes) && insert.Step()) { ... }
+    SqlCommand PrepareStatement(std::string_view sql) const;
+
+    /// The facade's result code: that of the last operation that wrote it.
+    int GetLastError() const noexcept;
+
+    /// The facade's message. The reference is valid as long as the facade lives, its content until the next operation.
+    const std::string& GetLastErrorMsg() const noexcept;
+
+    /// True exactly when the code is 0; unlike SqlError::Succeeded(), 100 and 101 are failures here.
+    bool Succeeded() const noexcept;
+
+    /// The negation of Succeeded().
+    bool Failed() const noexcept;
+
+private:
+    class Impl;
+
+    std::unique_ptr<Impl> m_impl;
+    DbTableRowValues m_row;
+};
+
+} // namespace Morvik::sql

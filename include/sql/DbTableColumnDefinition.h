@@ -1,0 +1,44 @@
+#pragma once
+
+#include <sql/DbTableColumnConstraint.h>
+#include <sql/DbTableColumnType.h>
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+namespace Morvik::sql {
+
+/// Describes one column of a table to create.
+///
+///     DbTableColumnDefinition{"qty", DbTableColumnType::Integer, 0, NotNull | Default, {{Default, "0"}}}
+///
+/// renders as `qty INTEGER NOT NULL DEFAULT 0`. Nothing is checked, quoted or escaped; SQLite rejects what is malformed
+/// when the table is created.
+struct DbTableColumnDefinition {
+    /// The column's name, written unquoted: quote a name with a blank, a quote or a keyword yourself ("\"order\"").
+    std::string name{};
+
+    /// The declared type. The time tags declare the storage type of what they write: TEXT, INTEGER or REAL. None, Null
+    /// and unknown values declare no type.
+    DbTableColumnType type = DbTableColumnType::None;
+
+    /// Read by no operation; keeps the layout of this description.
+    std::int32_t reserved = 0;
+
+    /// The constraints that are present: DbTableColumnConstraint values combined with |. Other bits are ignored.
+    std::uint32_t constraintFlags = 0;
+
+    /// Text written after a constraint's keyword, exactly as stored. An empty text, and one whose constraint is not in
+    /// `constraintFlags`, is left out.
+    std::map<DbTableColumnConstraint, std::string> constraintArguments{};
+
+    /// The constraint clause alone, in the order PRIMARY KEY, NOT NULL, UNIQUE, CHECK, DEFAULT; empty without flags.
+    __attribute__((visibility("default"))) std::string ColumnConstraintsAsString() const;
+
+    /// The whole column definition: name, blank, type, blank, constraint clause. Both blanks are always written, so a
+    /// column without constraints ends in a blank.
+    __attribute__((visibility("default"))) std::string ColumnDefinitionAsString() const;
+};
+
+} // namespace Morvik::sql

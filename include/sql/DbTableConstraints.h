@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Morvik::sql {
+
+/// The table-level constraints of a table to create: a composite primary key, a composite unique key and a foreign key.
+/// Nothing is checked, quoted or escaped.
+///
+/// Key columns are single characters, so only one-character column names can stand in a table-level key; put a key on
+/// a longer name on the column itself (DbTableColumnDefinition).
+///
+/// A table with a foreign key cannot be created: its text carries one closing parenthesis too many and SQLite rejects
+/// it. Create such a table through IDatabaseApi::Execute.
+struct DbTableConstraints {
+    /// Primary-key columns, one character each. Rows that conflict are skipped silently.
+    std::vector<char> primaryKey{};
+
+    /// Unique-key columns, one character each. Rows that conflict are skipped silently.
+    std::vector<char> unique{};
+
+    /// The table that the foreign key references.
+    std::string referenceTable{};
+
+    /// The foreign key's column names, the same on both sides.
+    std::vector<std::string> foreignKey{};
+
+    /// The foreign-key clause. It always ends in " )", which is all there is of it without foreign-key columns.
+    __attribute__((visibility("default"))) std::string ForeignKeyConstraintAsString() const;
+};
+
+} // namespace Morvik::sql

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <sql/DbTableRowValues.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+
+namespace Morvik::sql {
+
+class DatabaseApi;
+
+/// Walks the query begun with DatabaseApi::SqlQueryBegin, one row at a time: a C++20 input iterator, made by
+/// DatabaseApi::begin and DatabaseApi::end.
+///
+///     for (const DbTableRowValues& row : database) { ... }
+///     if (database.Failed()) { ... }   // the walk ended early
+///
+/// All iterators of a facade stand on its one current row: advancing any of them, or calling begin() again, replaces
+/// the row that every one of them shows. The facade must outlive them. Same thread as the facade.
+class __attribute__((visibility("default"))) DbTableRowIterator {
+public:
+    using iterator_concept = std::input_iterator_tag;
+    using value_type = DbTableRowValues;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const DbTableRowValues*;
+    using reference = const DbTableRowValues&;
+
+    /// An end iterator of no facade.
+    DbTableRowIterator() noexcept = default;
+
+    /// The current row; must not be called on an end iterator. The reference is valid as long as the facade lives, its
+    /// content until the next row is fetched or a query is begun.
+    reference operator*() const noexcept { return *m_row; }
+
+    /// The current row; must not be called on an end iterator.
+    pointer operator->() const noexcept { return m_row; }
+
+    /// Fetches the next row with DatabaseApi::ReadNextRow and becomes the end iterator when that returns false; the
+    /// facade's code then tells the end of the rows (0) from a failure. Must not be called on an end iterator.
+    DbTableRowIterator& operator++();
+
+    /// The same as the prefix form; returns nothing, because the earlier row is gone.
+    void operator++(int) { ++*this; }
+
+    /// Equal when both belong to the same facade and both stand on a row, or both are at the end.
+    friend bool operator==(const DbTableRowIterator& left, const DbTableRowIterator& right) noexcept
+    {
+        return left.m_facade == right.m_facade && left.m_position == right.m_position;
+    }
+
+private:
+    friend class DatabaseApi;
+
+    static constexpr std::int32_t OnRow = 0;
+    static constexpr std::int32_t AtEnd = -1;
+
+    DbTableRowIterator(const DatabaseApi* facade, DbTableRowValues* row) noexcept
+        : m_facade(facade), m_position(row != nullptr ? OnRow : AtEnd), m_row(row)
+    {}
+
+    const DatabaseApi* m_facade = nullptr;
+    std::int32_t m_position = AtEnd;
+    DbTableRowValues* m_row = nullptr;
+    [[maybe_unused]] std::uintptr_t m_reserved = 0;
+};
+
+} // namespace Morvik::sql

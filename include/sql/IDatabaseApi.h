@@ -1,0 +1,138 @@
+#pragma once
+
+#include <sql/DbTableData.h>
+#include <sql/DbTableDataWrite.h>
+#include <sql/DbTableDefinition.h>
+
+#include <string>
+
+namespace Morvik::sql {
+
+/// Uses one SQLite database file: opens and closes it, runs SQL text, manages tables, inserts and updates rows and
+/// reads whole results. DatabaseApi implements it and adds the row-by-row query, prepared statements and the error
+/// record.
+///
+///     DatabaseApi database;
+///     if (!database.OpenDatabase("/var/lib/device/log.db", false) || !database.CreateTable(definition) ||
+///         !database.WriteTableValues("log", rows)) {
+///         return Report(database.GetLastError(), database.GetLastErrorMsg());
+///     }
+///
+/// An object and everything it hands out belongs to one thread at a time.
+///
+/// No operation throws for an SQL or file failure: it returns false and leaves a code and a message. Only running out
+/// of memory is thrown, as std::bad_alloc. Every operation that starts a piece of work sets the code to 0 first and
+/// leaves the message, so a success may stand beside the message of an earlier failure. Codes:
+///
+/// | Code | Message                                   | Meaning                                                  |
+/// |------|-------------------------------------------|----------------------------------------------------------|
+/// | 0    | (left from before)                        | success                                                  |
+/// | 1-99 | SQLite's own                              | SQLite's primary result code                             |
+/// | 100  | (empty)                                   | a row of a whole read could not be converted             |
+/// | 110  | (none, only in ExistData's `result`)      | ExistData caught an exception                            |
+/// | 111  | "Database isn't open."                    | the operation needs an open database                     |
+/// | 111  | "Table isn't open."                       | a row was asked for without a query                      |
+/// | 111  | "Create directory failed: " + path        | the database's directory could not be made or inspected  |
+/// | 112  | "Missing command."                        | the SQL text to execute is empty                         |
+/// | 112  | "Missing query SQL statement."            | the SQL text to read is empty                            |
+/// | 112  | "Missing table name."                     | the table name is empty                                  |
+/// | 112  | "Missing column names."                   | an update names no columns                               |
+/// | 112  | "SQL statement is empty."                 | the statement made from a definition is empty            |
+/// | 112  | "Invalid column value: (row \| column)" + position + "\|" + column | a cell has no SQL text          |
+/// | 112  | "No value exists.", "Unknown value type." | a column of a row could not be converted                 |
+/// | 113  | "No table exists: " + name                | the table to rename was not found                        |
+///
+/// Table and column names, conditions and SQL text are used as they stand, unquoted and unchecked: quote a name with a
+/// blank, a quote or a keyword yourself, and never build them from an untrusted source.
+class __attribute__((visibility("default"))) IDatabaseApi {
+public:
+    virtual ~IDatabaseApi();
+
+    IDatabaseApi(const IDatabaseApi&) = delete;
+    IDatabaseApi& operator=(const IDatabaseApi&) = delete;
+
+    /// Opens the database file `path` read-only, or read-write with creation; missing parent directories are created
+    /// in both modes. ":memory:" opens a database in memory.
+    ///
+    /// Returns true with code 0. Returns false with 111 and "Create directory failed: " followed by `path`, or with
+    /// SQLite's code and message (14: the file cannot be opened). While a database is already open, that one stays and
+    /// its last recorded code and message are repeated: after a successful open the call returns true.
+    virtual bool OpenDatabase(const std::string& path, bool readOnly) = 0;
+
+    /// Closes the database. Returns true with code 0, also when it is closed already. Returns false with SQLite's code
+    /// and message (5) while a query or a prepared statement is still held, and the database then stays open. A whole
+    /// read counts: call DatabaseApi::CloseReadTable first.
+    virtual bool CloseDatabase() = 0;
+
+    /// True from a successful OpenDatabase() to a successful CloseDatabase(). Touches no error state.
+    virtual bool IsOpen() const = 0;
+
+    /// Creates the table if no table of that name exists; an existing one is left unchanged, whatever its columns.
+    ///
+    /// Returns true with code 0. Returns false with 111 "Database isn't open.", 112 "Missing table name.", or SQLite's
+    /// code and message for a definition that SQLite rejects (every definition with a foreign key, see
+    /// DbTableConstraints).
+    virtual bool CreateTable(const DbTableDefinition& definition) = 0;
+
+    /// Returns whether a table of that name exists, letter case ignored (ASCII); `result` receives the facade's code: 0
+    /// when the test ran, 112 ("Missing table name.") for an empty name, SQLite's code when the test could not run
+    /// (1 for a name holding an apostrophe, 21 on a closed database). A query in progress is left undisturbed.
+    virtual bool ExistsTable(const std::string& table, int& result) const = 0;
+
+    /// Deletes all rows of the table, then drops it; an absent table is a success. These are two statements: when the
+    /// second fails, an empty table is left. Run it in a transaction where that matters.
+    ///
+    /// Returns true with code 0. Returns false with 111 "Database isn't open.", 112 "Missing table name.", or SQLite's
+    /// code and message.
+    virtual bool DropTable(const std::string& table) = 0;
+
+    /// Renames a table. Returns true with code 0. Returns false with 111 "Database isn't open.", 113 "No table exists:
+    /// " followed by `table` (also when `table` is empty or the test for it failed), or SQLite's code and message.
+    virtual bool AlterTable(const std::string& table, const std::string& newName) = 0;
+
+    /// Runs every statement of `sql` in turn and discards result rows; the text ends at its first zero byte.
+    ///
+    /// Returns true with code 0. Returns false with 112 "Missing command." for an empty text, or with SQLite's code and
+    /// message; statements before the failing one stay done. On a closed database: code 21 with an empty message.
+    virtual bool Execute(const std::string& sql) = 0;
+
+    /// Inserts all rows of `data` with one statement, so either all of them or none. Without column names the rows give
+    /// every column of the table in its order.
+    ///
+    /// Returns true with code 0. Returns false with 112 "Missing table name.", or with SQLite's code and message: 19
+    /// for a violated constraint, 1 for a rejected statement (no rows, cells that do not match the columns, a cell
+    /// without SQL text), 21 with an empty message on a closed database. See DbTableColumnValue for what becomes of a
+    /// text or blob.
+    virtual bool WriteTableValues(const std::string& table, const DbTableDataWrite& data) = 0;
+
+    /// Assigns the cells of the first row of `data` to its columns in every row that `condition` selects; further rows
+    /// of `data` are ignored. `condition` is the whole clause with its keyword ("WHERE id=3"); an empty one changes
+    /// every row of the table.
+    ///
+    /// Returns true with code 0, also when no row was selected. Returns false with 112 "Missing table name." or
+    /// "Missing column names.", or with SQLite's code and message as for WriteTableValues().
+    virtual bool UpdateTableValues(const std::string& table, const DbTableDataWrite& data,
+                                   const std::string& condition) = 0;
+
+    /// Appends every row of the table to `data.rows`; see ReadValues().
+    virtual bool ReadTableValues(const std::string& table, DbTableData& data) const = 0;
+
+    /// Runs the query `sql` and appends its rows to `data.rows`, which is never cleared. Ends a row-by-row query in
+    /// progress. The query stays held after the last row, so close it (DatabaseApi::CloseReadTable) before
+    /// CloseDatabase().
+    ///
+    /// Returns true with code 0 and an empty message; a text that holds no statement reads no rows. Returns false with
+    /// 111 "Database isn't open.", 112 "Missing query SQL statement.", SQLite's code and message, or 100 and an empty
+    /// message when a row could not be converted; rows read before a failure stay in `data`.
+    virtual bool ReadValues(const std::string& sql, DbTableData& data) const = 0;
+
+    /// Returns the number of rows of the table that satisfy `condition`, a whole clause with its keyword ("WHERE size >
+    /// 3") or empty, as a 32-bit number; 0 on every failure. `result` receives 0 (also for an absent table), the
+    /// facade's code of the failed step, or 110 when an exception was caught. Ends a row-by-row query in progress.
+    virtual int ExistData(const std::string& table, const std::string& condition, int& result) = 0;
+
+protected:
+    IDatabaseApi() = default;
+};
+
+} // namespace Morvik::sql

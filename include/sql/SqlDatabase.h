@@ -1,0 +1,86 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+struct sqlite3;
+
+namespace Morvik::sql {
+
+/// Owns one SQLite connection to one database file. Statements and cursors (SqlCommand, SqlTable) refer to their
+/// SqlDatabase and ask it for the current handle at every call, so it must outlive them.
+///
+///     SqlDatabase database;
+///     if (!database.Open("/var/lib/device/log.db", false)) {
+///         return Report(database.GetLastError(), database.GetLastErrorMsg());
+///     }
+///
+/// A connection and everything made on it is used from one thread at a time.
+///
+/// A moved-from SqlDatabase may only be assigned to: no operation of it may be called, and it may not be destroyed
+/// before something has been assigned to it.
+class __attribute__((visibility("default"))) SqlDatabase {
+public:
+    /// A closed connection with code 0 and an empty message.
+    SqlDatabase();
+
+    /// Takes over the source's connection and record. Statements and cursors made on the source still refer to the
+    /// source, so move a connection before making any.
+    SqlDatabase(SqlDatabase&& other) noexcept;
+
+    /// Takes over the source's connection and record. A connection that this object still holds is dropped without
+    /// being closed; call Close() before assigning over it.
+    SqlDatabase& operator=(SqlDatabase&& other) noexcept;
+
+    SqlDatabase(const SqlDatabase&) = delete;
+    SqlDatabase& operator=(const SqlDatabase&) = delete;
+
+    /// Closes as Close() does. If SQLite refuses because statements are still held, the connection is abandoned
+    /// unclosed. Running out of memory while the refusal's message is stored ends the process.
+    ~SqlDatabase();
+
+    /// Opens the database file `path`, read-only, or read-write with creation.
+    ///
+    /// Missing parent directories are created first, for a read-only open too; a path that begins with ":" (such as
+    /// ":memory:") and a bare file name skip that step.
+    ///
+    /// Returns true with code 0 and an empty message. Returns false
+    /// - while a connection is already open: that connection and the record stay as they are;
+    /// - with code 111 and "Create directory failed: " followed by `path` when the parent directory could not be
+    ///   inspected or created;
+    /// - with SQLite's code and message when SQLite cannot open the file. The connection is closed afterwards.
+    ///
+    /// SQLite reads a file's content only when it is first used, so opening a file that is no database succeeds and
+    /// the first statement fails with code 26.
+    bool Open(const std::string& path, bool readOnly);
+
+    /// Closes the connection. Returns true with code 0 and an empty message, or at once, with the record untouched,
+    /// when it is closed already. Returns false with SQLite's code and message (5 while statements or cursors on the
+    /// connection are still held); the connection then stays open.
+    bool Close();
+
+    /// True from a successful Open() to a successful Close().
+    bool IsOpen() const noexcept;
+
+    /// SQLite's own handle of the connection, null while closed. It stays owned by this object and is valid until
+    /// Close(). Only the form GetNativeDatabaseInstance<sqlite3>() exists.
+    template <typename Native>
+    Native* GetNativeDatabaseInstance() noexcept = delete;
+
+    /// The code of the last connection operation that wrote the record.
+    int GetLastError() const noexcept;
+
+    /// The message of the last connection operation that wrote the record; the reference is valid until this object
+    /// is moved from or destroyed, the content until the next operation.
+    const std::string& GetLastErrorMsg() const noexcept;
+
+private:
+    class Impl;
+
+    std::unique_ptr<Impl> m_impl;
+};
+
+template <>
+sqlite3* SqlDatabase::GetNativeDatabaseInstance<sqlite3>() noexcept;
+
+} // namespace Morvik::sql

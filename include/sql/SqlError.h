@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+namespace Morvik::sql {
+
+/// The error record of the access layer: the result code of the last recorded call and the message that belongs
+/// to it. Every connection, statement, cursor and value carries exactly one; nothing in the layer throws for an SQL
+/// or file failure, so this is where the reason for a false return is read.
+///
+/// Codes are SQLite's primary result codes, passed through unchanged, or one of the library's own:
+/// 111 something that must be open is not, 112 a needed argument or value is missing or unusable,
+/// 113 a named table does not exist. A fresh record holds code 0 and an empty message.
+///
+///     if (!database.Open(path, false)) {
+///         std::fprintf(stderr, "%d %s\n", database.GetLastError(), database.GetLastErrorMsg().c_str());
+///     }
+///
+/// A record belongs to one thread at a time.
+class __attribute__((visibility("default"))) SqlError {
+public:
+    /// The code of the last recorded call; 0 in a fresh record.
+    int GetLastError() const noexcept { return m_code; }
+
+    /// The text that belongs to the code, empty when the code needs none. The reference stays valid as long as the
+    /// record lives; its content changes with the next recorded call.
+    const std::string& GetLastErrorMsg() const noexcept { return m_message; }
+
+    /// True exactly for the codes 0 (OK), 100 (a row is available) and 101 (no more rows).
+    bool Succeeded() const noexcept { return m_code == Ok || m_code == Row || m_code == Done; }
+
+    /// The negation of Succeeded(); a negative code counts as failed.
+    bool Failed() const noexcept { return !Succeeded(); }
+
+    /// True exactly for code 100: the last step yielded a row.
+    bool HasRowData() const noexcept { return m_code == Row; }
+
+    /// Stores the code and empties the message, so that no success carries the text of an earlier failure.
+    void SetError(int code) noexcept
+    {
+        m_code = code;
+        m_message.clear();
+    }
+
+    /// Stores the message and leaves the code as it is.
+    void SetErrorMsg(std::string message) noexcept { m_message = std::move(message); }
+
+protected:
+    /// Stores the code beside whatever message stands there. The statement class records preparing, binding,
+    /// resetting and finalizing this way; callers rely on the earlier message still being readable afterwards.
+    void SetErrorKeepingMessage(int code) noexcept { m_code = code; }
+
+    /// SQLite's numbers of the codes that count as success.
+    static constexpr std::int32_t Ok = 0;
+    static constexpr std::int32_t Row = 100;
+    static constexpr std::int32_t Done = 101;
+
+private:
+    std::int32_t m_code = Ok;
+    std::string m_message;
+};
+
+} // namespace Morvik::sql

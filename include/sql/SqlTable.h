@@ -1,0 +1,115 @@
+#pragma once
+
+#include <sql/SqlValue.h>
+
+#include <memory>
+#include <string>
+
+namespace Morvik::sql {
+
+class SqlDatabase;
+
+/// Walks the result of one query forward, row by row, and hands out the current row's columns by index or by name.
+/// The SqlDatabase must outlive the cursor, and an open cursor keeps its connection from closing.
+///
+///     SqlTable table(database);
+///     for (table.Open("SELECT name, size FROM package"); table.ReadNext();) {
+///         Print(table.GetText(0), table["size"].GetValue<long long>());
+///     }
+///     if (table.GetLastError() != 0) { ... }   // the end of the rows leaves 0
+///
+/// Columns count from 0. Operations are const although they move the cursor, so that a cursor reached through a const
+/// reference can be walked. The cursors of one connection are used from one thread at a time.
+///
+/// The cursor compiles with SQLite's legacy interface: a failed step reports the generic code 1 in most cases, and
+/// code 17 when the schema changed since Open().
+///
+/// A moved-from SqlTable may only be assigned to: no operation of it may be called, and it may not be destroyed
+/// before something has been assigned to it.
+class __attribute__((visibility("default"))) SqlTable {
+public:
+    /// A closed cursor on `database`; code 0 and an empty message. The connection may be opened later.
+    explicit SqlTable(SqlDatabase& database);
+
+    /// Takes over the source's query and record.
+    SqlTable(SqlTable&& other) noexcept;
+
+    /// Takes over the source's query and record, then closes the query held until now.
+    SqlTable& operator=(SqlTable&& other) noexcept;
+
+    SqlTable(const SqlTable&) = delete;
+    SqlTable& operator=(const SqlTable&) = delete;
+
+    /// Closes the cursor. A query still held on a connection that is closed is left unfinalized.
+    ~SqlTable();
+
+    /// Closes the query held until now and compiles the first statement of `sql`, up to its first zero byte; text
+    /// after the first statement is ignored without a word. No row is fetched.
+    ///
+    /// Returns true with code 0 and an empty message, also for a text that holds no statement (empty, blanks, a
+    /// comment): IsOpen() stays false then. Returns false with SQLite's code and message when the text is rejected;
+    /// the cursor is closed afterwards. On a closed connection: code 21. If a query is still held on a closed
+    /// connection, nothing is compiled and the record tells whether it counts as succeeded.
+    bool Open(const std::string& sql) const;
+
+    /// True while a query is held, also after its last row.
+    bool IsOpen() const noexcept;
+
+    /// Advances to the next row. Returns true with code 100 and an empty message for a row. Returns false at the end
+    /// of the rows with code 0 and an empty message, on a failure with SQLite's code and message, and on a closed
+    /// cursor with the record untouched. A call after the end starts the query over.
+    bool ReadNext() const;
+
+    /// The number of result columns of the query; 0 for a closed cursor.
+    int Columns() const;
+
+    /// Rewinds to before the first row. Returns true with code 0, and true with the record untouched on a closed
+    /// cursor. After a failed step SQLite reports that step's code once more: false with it and an empty message.
+    bool Reset() const;
+
+    /// Releases the query. Returns true with code 0, and true with the record untouched on a closed cursor. After a
+    /// failed step SQLite reports that step's code once more: false with its message; the query is released anyway.
+    bool Close() const;
+
+    /// The length in bytes of column `column` (from 0) as text or bytes. The reads from here to GetValue() check
+    /// nothing: call them after ReadNext() returned true, with an index below Columns().
+    int GetLength(int column) const;
+
+    /// Column `column` (from 0) as a 32-bit integer; a wider value is cut to its low 32 bits.
+    int GetInteger(int column) const;
+
+    /// Column `column` (from 0) as a 64-bit integer.
+    long long GetInt64(int column) const;
+
+    /// A copy of the text of column `column` (from 0) up to its first zero byte. Throws std::logic_error for NULL: ask
+    /// GetValue(column).GetValueType() first where a column may hold NULL.
+    std::string GetText(int column) const;
+
+    /// The bytes of column `column` (from 0), owned by SQLite and valid until the next ReadNext(), Reset() or Close();
+    /// null for NULL and for an empty value. Take the length from GetLength().
+    const void* GetBlob(int column) const;
+
+    /// Column `column` (from 0) as a value that is valid until the next ReadNext(), Reset() or Close().
+    SqlValue GetValue(int column) const;
+
+    /// The same as GetValue().
+    SqlValue operator[](int column) const;
+
+    /// The first column whose name has exactly these bytes (letter case counts). If there is none, a value that wraps
+    /// nothing: its getters return zeroes and record code 112 in the value. The cursor's record is not touched.
+    SqlValue operator[](const std::string& name) const;
+
+    /// The code of the last cursor operation that wrote the record.
+    int GetLastError() const noexcept;
+
+    /// The message in the record; the reference is valid until this object is moved from or destroyed, the content
+    /// until the next operation that writes it.
+    const std::string& GetLastErrorMsg() const noexcept;
+
+private:
+    class Impl;
+
+    std::unique_ptr<Impl> m_impl;
+};
+
+} // namespace Morvik::sql

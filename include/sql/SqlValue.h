@@ -1,0 +1,76 @@
+#pragma once
+
+#include <sql/SqlError.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+struct sqlite3_value;
+
+namespace Morvik::sql {
+
+/// A non-owning view of one column of a cursor's current row, valid until that cursor steps, is reset or is closed.
+/// A value that wraps nothing (a column name that was not found) is a normal object: its getters return zeroes and
+/// record code 112 with "No value instance exists." in the value itself.
+///
+///     SqlValue size = table["size"];
+///     const long long bytes = size.GetValue<long long>();
+///     if (size.Failed()) { ... }   // there is no column of that name
+///
+/// The record starts as code 0 with an empty message and keeps a failure, also after later reads that succeed. A
+/// value belongs to the thread of its cursor.
+class __attribute__((visibility("default"))) SqlValue : public SqlError {
+public:
+    /// Wraps `value`, which stays owned by the statement that produced it; null wraps nothing.
+    explicit SqlValue(sqlite3_value* value) noexcept : m_value(value) {}
+
+    /// Takes over the source's instance and leaves it wrapping nothing. The record starts fresh; the source's is not
+    /// carried over.
+    SqlValue(SqlValue&& other) noexcept : SqlError(), m_value(std::exchange(other.m_value, nullptr)) {}
+
+    /// Exchanges the two instances and leaves both records as they are; nothing happens on self-assignment.
+    SqlValue& operator=(SqlValue&& other) noexcept
+    {
+        std::swap(m_value, other.m_value);
+        return *this;
+    }
+
+    SqlValue(const SqlValue&) = delete;
+    SqlValue& operator=(const SqlValue&) = delete;
+    ~SqlValue() = default;
+
+    /// The wrapped instance, null when there is none.
+    sqlite3_value* ValueInstance() const noexcept { return m_value; }
+
+    /// The storage class: 1 INTEGER, 2 FLOAT, 3 TEXT, 4 BLOB, 5 NULL; -1 when nothing is wrapped.
+    int GetValueType() const;
+
+    /// The value, converted by SQLite where its storage class is another one; NULL reads as 0, 0.0 or no bytes. When
+    /// nothing is wrapped, the zero of the type, with code 112 and "No value instance exists." in the record.
+    ///
+    /// T is one of
+    /// - int: a wider integer is cut to its low 32 bits;
+    /// - long long;
+    /// - double;
+    /// - std::string: up to the first zero byte; throws std::logic_error for NULL, so ask GetValueType() first;
+    /// - std::vector<char>: all bytes.
+    template <typename T>
+    T GetValue() = delete;
+
+private:
+    sqlite3_value* m_value;
+};
+
+template <>
+int SqlValue::GetValue<int>();
+template <>
+long long SqlValue::GetValue<long long>();
+template <>
+double SqlValue::GetValue<double>();
+template <>
+std::string SqlValue::GetValue<std::string>();
+template <>
+std::vector<char> SqlValue::GetValue<std::vector<char>>();
+
+} // namespace Morvik::sql

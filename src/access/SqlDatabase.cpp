@@ -1,0 +1,109 @@
+#include <sql/SqlDatabase.h>
+
+#include <sql/SqlError.h>
+
+#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/path.hpp>
+#include <sqlite3.h>
+
+#include "access/ResultCode.h"
+
+namespace Morvik::sql {
+
+class __attribute__((visibility("hidden"))) SqlDatabase::Impl {
+public:
+    bool CreateMissingDirectories(const std::string& path);
+    void RecordMessageOfConnection() { record.SetErrorMsg(sqlite3_errmsg(handle)); }
+
+    SqlError record;
+    sqlite3* handle = nullptr;
+};
+
+bool SqlDatabase::Impl::CreateMissingDirectories(const std::string& path)
+{
+    try {
+        const boost::filesystem::path directory = boost::filesystem::path(path).parent_path();
+        if (!directory.empty() && !boost::filesystem::exists(directory)) {
+            boost::filesystem::create_directories(directory);
+        }
+        return true;
+    } catch (...) {
+        record.SetError(NotOpen);
+        record.SetErrorMsg("Create directory failed: " + path);
+        return false;
+    }
+}
+
+SqlDatabase::SqlDatabase() : m_impl(std::make_unique<Impl>()) {}
+
+SqlDatabase::SqlDatabase(SqlDatabase&& other) noexcept = default;
+
+// Closing here would be a surprise to callers that keep the raw handle: they close before assigning over a connection.
+SqlDatabase& SqlDatabase::operator=(SqlDatabase&& other) noexcept = default;
+
+SqlDatabase::~SqlDatabase()
+{
+    Close();
+}
+
+bool SqlDatabase::Open(const std::string& path, bool readOnly)
+{
+    if (IsOpen()) {
+        return false;
+    }
+    // The directory is made for a read-only open too; applications rely on finding it afterwards.
+    if (!path.starts_with(':') && !m_impl->CreateMissingDirectories(path)) {
+        return false;
+    }
+
+    const int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    m_impl->record.SetError(sqlite3_open_v2(path.c_str(), &m_impl->handle, flags, nullptr));
+    if (m_impl->record.Succeeded()) {
+        return true;
+    }
+
+    // SQLite hands back a handle even for a failed open, to carry the message; it is null only when memory ran out.
+    if (m_impl->handle != nullptr) {
+        m_impl->RecordMessageOfConnection();
+        sqlite3_close(m_impl->handle);
+        m_impl->handle = nullptr;
+    }
+    return false;
+}
+
+bool SqlDatabase::Close()
+{
+    if (!IsOpen()) {
+        return true;
+    }
+    m_impl->record.SetError(sqlite3_close(m_impl->handle));
+    if (m_impl->record.Succeeded()) {
+        m_impl->handle = nullptr;
+        return true;
+    }
+    m_impl->RecordMessageOfConnection();
+    return false;
+}
+
+bool SqlDatabase::IsOpen() const noexcept
+{
+    return m_impl->handle != nullptr;
+}
+
+template <>
+sqlite3* SqlDatabase::GetNativeDatabaseInstance<sqlite3>() noexcept
+{
+    return m_impl->handle;
+}
+
+int SqlDatabase::GetLastError() const noexcept
+{
+    return m_impl->record.GetLastError();
+}
+
+const std::string& SqlDatabase::GetLastErrorMsg() const noexcept
+{
+    return m_impl->record.GetLastErrorMsg();
+}
+
+} // namespace Morvik::sql

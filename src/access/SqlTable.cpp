@@ -1,0 +1,184 @@
+#include <sql/SqlTable.h>
+
+#include <sql/SqlDatabase.h>
+#include <sql/SqlError.h>
+
+#include <new>
+#include <string_view>
+
+#include <sqlite3.h>
+
+namespace Morvik::sql {
+
+class __attribute__((visibility("hidden"))) SqlTable::Impl {
+public:
+    explicit Impl(SqlDatabase& tableDatabase) noexcept : database(&tableDatabase) {}
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+    ~Impl() { CloseStatement(); }
+
+    sqlite3* Handle() const { return database->GetNativeDatabaseInstance<sqlite3>(); }
+    void RecordMessageOfConnection() { record.SetErrorMsg(sqlite3_errmsg(Handle())); }
+    void CloseStatement() noexcept;
+
+    SqlError record;
+    SqlDatabase* database;
+    sqlite3_stmt* statement = nullptr;
+};
+
+// A statement whose connection is gone is kept and not finalized: its memory is not this cursor's to touch any more.
+void SqlTable::Impl::CloseStatement() noexcept
+{
+    if (statement == nullptr || !database->IsOpen()) {
+        return;
+    }
+    record.SetError(sqlite3_finalize(statement));
+    statement = nullptr;
+    if (record.Failed()) {
+        try {
+            RecordMessageOfConnection();
+        } catch (...) { // NOLINT(bugprone-empty-catch): without memory for the message, the code stands alone
+        }
+    }
+}
+
+SqlTable::SqlTable(SqlDatabase& database) : m_impl(std::make_unique<Impl>(database)) {}
+
+SqlTable::SqlTable(SqlTable&& other) noexcept = default;
+
+SqlTable& SqlTable::operator=(SqlTable&& other) noexcept = default;
+
+SqlTable::~SqlTable()
+{
+    Close();
+}
+
+bool SqlTable::Open(const std::string& sql) const
+{
+    if (m_impl->statement != nullptr) {
+        m_impl->CloseStatement();
+        if (m_impl->statement != nullptr) {
+            return m_impl->record.Succeeded();
+        }
+    }
+
+    // Callers know the codes of the legacy interface, and that it never compiles a statement again behind their back.
+    m_impl->record.SetError(sqlite3_prepare(m_impl->Handle(), sql.c_str(), -1, &m_impl->statement, nullptr));
+    if (m_impl->record.Succeeded()) {
+        return true;
+    }
+    m_impl->RecordMessageOfConnection();
+    m_impl->CloseStatement();
+    return m_impl->record.Succeeded();
+}
+
+bool SqlTable::IsOpen() const noexcept
+{
+    return m_impl->statement != nullptr;
+}
+
+bool SqlTable::ReadNext() const
+{
+    if (m_impl->statement == nullptr) {
+        return false;
+    }
+    const int code = sqlite3_step(m_impl->statement);
+    m_impl->record.SetError(code);
+    if (code == SQLITE_ROW) {
+        return true;
+    }
+    if (code == SQLITE_DONE) {
+        // The end of the rows leaves 0, by which callers tell it from a failure.
+        m_impl->record.SetError(SQLITE_OK);
+        return false;
+    }
+    m_impl->RecordMessageOfConnection();
+    return false;
+}
+
+int SqlTable::Columns() const
+{
+    return m_impl->statement != nullptr ? sqlite3_column_count(m_impl->statement) : 0;
+}
+
+bool SqlTable::Reset() const
+{
+    if (m_impl->statement == nullptr) {
+        return true;
+    }
+    m_impl->record.SetError(sqlite3_reset(m_impl->statement));
+    return m_impl->record.Succeeded();
+}
+
+bool SqlTable::Close() const
+{
+    if (m_impl->statement == nullptr) {
+        return true;
+    }
+    m_impl->CloseStatement();
+    return m_impl->record.Succeeded();
+}
+
+int SqlTable::GetLength(int column) const
+{
+    return sqlite3_column_bytes(m_impl->statement, column);
+}
+
+int SqlTable::GetInteger(int column) const
+{
+    return sqlite3_column_int(m_impl->statement, column);
+}
+
+long long SqlTable::GetInt64(int column) const
+{
+    return sqlite3_column_int64(m_impl->statement, column);
+}
+
+std::string SqlTable::GetText(int column) const
+{
+    const unsigned char* text = sqlite3_column_text(m_impl->statement, column);
+    // NULL raises std::logic_error below. Any other value without a text is SQLite out of memory.
+    if (text == nullptr && sqlite3_column_type(m_impl->statement, column) != SQLITE_NULL) {
+        throw std::bad_alloc();
+    }
+    return reinterpret_cast<const char*>(text);
+}
+
+const void* SqlTable::GetBlob(int column) const
+{
+    return sqlite3_column_blob(m_impl->statement, column);
+}
+
+SqlValue SqlTable::GetValue(int column) const
+{
+    return SqlValue(sqlite3_column_value(m_impl->statement, column));
+}
+
+SqlValue SqlTable::operator[](int column) const
+{
+    return GetValue(column);
+}
+
+SqlValue SqlTable::operator[](const std::string& name) const
+{
+    const int columns = sqlite3_column_count(m_impl->statement);
+    for (int column = 0; column < columns; ++column) {
+        const char* columnName = sqlite3_column_name(m_impl->statement, column);
+        if (columnName != nullptr && std::string_view(columnName) == name) {
+            return GetValue(column);
+        }
+    }
+    return SqlValue(nullptr);
+}
+
+int SqlTable::GetLastError() const noexcept
+{
+    return m_impl->record.GetLastError();
+}
+
+const std::string& SqlTable::GetLastErrorMsg() const noexcept
+{
+    return m_impl->record.GetLastErrorMsg();
+}
+
+} // namespace Morvik::sql

@@ -1,0 +1,102 @@
+#include <sql/DatabaseApi.h>
+
+#include "access/ResultCode.h"
+#include "api/DatabaseApiImpl.h"
+
+namespace Morvik::sql {
+
+DatabaseApi::Impl::Impl() : table(database) {}
+
+bool DatabaseApi::Impl::Fail(int failureCode, std::string_view failureMessage)
+{
+    code = failureCode;
+    message = failureMessage;
+    return false;
+}
+
+bool DatabaseApi::Impl::CheckOpen()
+{
+    return database.IsOpen() || Fail(NotOpen, "Database isn't open.");
+}
+
+bool DatabaseApi::Impl::RunCommand(const std::string& sql)
+{
+    SqlCommand command(database);
+    if (command.Execute(sql)) {
+        return true;
+    }
+    CopyRecord(command);
+    return false;
+}
+
+bool DatabaseApi::Impl::Execute(const std::string& sql)
+{
+    ResetCode();
+    if (sql.empty()) {
+        return Fail(MissingValue, "Missing command.");
+    }
+    RunCommand(sql);
+    return Succeeded();
+}
+
+DatabaseApi::DatabaseApi() : m_impl(std::make_unique<Impl>()) {}
+
+DatabaseApi::~DatabaseApi() = default;
+
+bool DatabaseApi::OpenDatabase(const std::string& path, bool readOnly)
+{
+    m_impl->ResetCode();
+    if (!m_impl->database.Open(path, readOnly)) {
+        // A second open leaves the connection's record as it stands, so a success may be copied here.
+        m_impl->CopyRecord(m_impl->database);
+    }
+    return m_impl->Succeeded();
+}
+
+bool DatabaseApi::CloseDatabase()
+{
+    m_impl->ResetCode();
+    if (!m_impl->database.Close()) {
+        m_impl->CopyRecord(m_impl->database);
+    }
+    return m_impl->Succeeded();
+}
+
+bool DatabaseApi::IsOpen() const
+{
+    return m_impl->database.IsOpen();
+}
+
+bool DatabaseApi::Execute(const std::string& sql)
+{
+    return m_impl->Execute(sql);
+}
+
+SqlCommand DatabaseApi::PrepareStatement(std::string_view sql) const
+{
+    SqlCommand command(m_impl->database);
+    command.Prepare(sql);
+    return command;
+}
+
+int DatabaseApi::GetLastError() const noexcept
+{
+    return m_impl->code;
+}
+
+const std::string& DatabaseApi::GetLastErrorMsg() const noexcept
+{
+    return m_impl->message;
+}
+
+bool DatabaseApi::Succeeded() const noexcept
+{
+    return m_impl->Succeeded();
+}
+
+bool DatabaseApi::Failed() const noexcept
+{
+    return !Succeeded();
+}
+
+} // namespace Morvik::sql

@@ -1,0 +1,65 @@
+#include "access/ResultCode.h"
+#include "api/DatabaseApiImpl.h"
+
+namespace Morvik::sql {
+
+bool DatabaseApi::Impl::ReadNextRow(DbTableRowValues& row)
+{
+    // The code is not reset: a failure stays recorded until the walk ends or another operation begins.
+    if (!table.IsOpen()) {
+        return Fail(NotOpen, "Table isn't open.");
+    }
+    if (!table.ReadNext()) {
+        CopyRecord(table);
+        return false;
+    }
+    ReadRow(table, row);
+    return Succeeded();
+}
+
+bool DatabaseApi::Impl::CloseCursor()
+{
+    ResetCode();
+    if (table.Close()) {
+        return true;
+    }
+    CopyRecord(table);
+    return false;
+}
+
+bool DatabaseApi::SqlQueryBegin(const std::string& sql)
+{
+    m_row.cells.clear();
+    return m_impl->OpenCursor(sql);
+}
+
+DbTableRowIterator DatabaseApi::begin()
+{
+    return ReadNextRow(m_row) ? DbTableRowIterator(this, &m_row) : end();
+}
+
+DbTableRowIterator DatabaseApi::end() const
+{
+    return DbTableRowIterator(this, nullptr);
+}
+
+bool DatabaseApi::ReadNextRow(DbTableRowValues& row) const
+{
+    return m_impl->ReadNextRow(row);
+}
+
+bool DatabaseApi::CloseReadTable() const
+{
+    return m_impl->CloseCursor();
+}
+
+DbTableRowIterator& DbTableRowIterator::operator++()
+{
+    if (!m_facade->ReadNextRow(*m_row)) {
+        m_position = AtEnd;
+        m_row = nullptr;
+    }
+    return *this;
+}
+
+} // namespace Morvik::sql

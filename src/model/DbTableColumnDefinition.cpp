@@ -1,0 +1,78 @@
+#include <sql/DbTableColumnDefinition.h>
+
+#include <array>
+#include <string_view>
+
+namespace Morvik::sql {
+
+namespace {
+
+struct ConstraintKeyword {
+    DbTableColumnConstraint constraint;
+    std::string_view keyword;
+};
+
+// The order in which the clause names them, which is not the order of their values.
+constexpr std::array<ConstraintKeyword, 5> ConstraintKeywords{{
+    {PrimaryKey, "PRIMARY KEY"},
+    {NotNull, "NOT NULL"},
+    {Unique, "UNIQUE"},
+    {Check, "CHECK"},
+    {Default, "DEFAULT"},
+}};
+
+std::string_view DeclaredType(DbTableColumnType type)
+{
+    switch (type) {
+    case DbTableColumnType::Integer:
+    case DbTableColumnType::UnixTimeNow:
+        return "INTEGER";
+    case DbTableColumnType::Real:
+    case DbTableColumnType::JulianDayNow:
+        return "REAL";
+    case DbTableColumnType::Text:
+    case DbTableColumnType::DateTimeNow:
+    case DbTableColumnType::DateTimeNowLocalTime:
+        return "TEXT";
+    case DbTableColumnType::Blob:
+        return "BLOB";
+    case DbTableColumnType::None:
+    case DbTableColumnType::Null:
+        break;
+    }
+    return {};
+}
+
+} // namespace
+
+std::string DbTableColumnDefinition::ColumnConstraintsAsString() const
+{
+    std::string clause;
+    for (const auto& [constraint, keyword] : ConstraintKeywords) {
+        if ((constraintFlags & constraint) == 0) {
+            continue;
+        }
+        if (!clause.empty()) {
+            clause += ' ';
+        }
+        clause += keyword;
+        const auto argument = constraintArguments.find(constraint);
+        if (argument != constraintArguments.end() && !argument->second.empty()) {
+            clause += ' ';
+            clause += argument->second;
+        }
+    }
+    return clause;
+}
+
+std::string DbTableColumnDefinition::ColumnDefinitionAsString() const
+{
+    std::string definition = name;
+    definition += ' ';
+    definition += DeclaredType(type);
+    definition += ' ';
+    definition += ColumnConstraintsAsString();
+    return definition;
+}
+
+} // namespace Morvik::sql

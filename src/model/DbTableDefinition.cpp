@@ -1,0 +1,45 @@
+#include <sql/DbTableDefinition.h>
+
+#include "model/JoinedList.h"
+
+namespace Morvik::sql {
+
+namespace {
+
+void AppendItem(std::string& list, const std::string& item)
+{
+    if (!list.empty()) {
+        list += ',';
+    }
+    list += item;
+}
+
+// Each key column is the one character that its element holds.
+void AppendKey(std::string& list, const std::string& keyword, const std::vector<char>& columns)
+{
+    if (columns.empty()) {
+        return;
+    }
+    AppendItem(list, keyword);
+    list += " (";
+    AppendJoined(list, columns);
+    list += ") ON CONFLICT IGNORE";
+}
+
+} // namespace
+
+std::string DbTableDefinition::TableConstraintAsString() const
+{
+    std::string list;
+    AppendKey(list, "PRIMARY KEY", constraints.primaryKey);
+    AppendKey(list, "UNIQUE", constraints.unique);
+
+    // A foreign key that references nothing makes no list of its own, though it may end one.
+    const bool listed = !list.empty() || !constraints.referenceTable.empty();
+    if (listed && !constraints.foreignKey.empty()) {
+        AppendItem(list, constraints.ForeignKeyConstraintAsString());
+    }
+    return list;
+}
+
+} // namespace Morvik::sql

@@ -1,0 +1,94 @@
+#include "model/NumberText.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <sstream>
+#include <vector>
+
+#include "support/ScopedGlobalLocale.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+template <typename Number>
+std::string Appended(Number number)
+{
+    std::string text = "=";
+    AppendNumber(text, number);
+    return text;
+}
+
+template <typename Number>
+std::string Streamed(Number number)
+{
+    std::ostringstream stream;
+    stream << '=' << number;
+    return stream.str();
+}
+
+template <typename Number>
+void ExpectStreamedText(const std::vector<Number>& numbers)
+{
+    for (const Number number : numbers) {
+        EXPECT_EQ(Appended(number), Streamed(number));
+    }
+}
+
+const std::vector<std::int32_t> Integers{0, 1, -1, 9, 10, 999, 1000, -1000, 1234567, INT32_MAX, INT32_MIN};
+const std::vector<std::uint32_t> UnsignedIntegers{0, 1, 999, 1000, 2147483648U, UINT32_MAX};
+const std::vector<double> Reals{0.0,
+                                -0.0,
+                                0.1,
+                                3.14159265,
+                                100.0,
+                                123456.0,
+                                999999.5,
+                                999999.4,
+                                1234567.0,
+                                0.0001,
+                                0.00001,
+                                9007199254740993.0,
+                                std::numeric_limits<double>::max(),
+                                std::numeric_limits<double>::lowest(),
+                                std::numeric_limits<double>::min(),
+                                std::numeric_limits<double>::denorm_min(),
+                                std::numeric_limits<double>::infinity(),
+                                -std::numeric_limits<double>::infinity(),
+                                std::numeric_limits<double>::quiet_NaN(),
+                                std::copysign(std::numeric_limits<double>::quiet_NaN(), -1.0)};
+
+TEST(NumberTextTest, WritesWhatAStreamWritesInTheClassicLocale)
+{
+    ExpectStreamedText(Integers);
+    ExpectStreamedText(UnsignedIntegers);
+    ExpectStreamedText(Reals);
+}
+
+TEST(NumberTextTest, WritesWhatAStreamWritesWithADecimalCommaAndDigitGroups)
+{
+    const ScopedGlobalLocale locale;
+
+    ExpectStreamedText(Integers);
+    ExpectStreamedText(UnsignedIntegers);
+    ExpectStreamedText(Reals);
+    EXPECT_EQ(Appended(std::int32_t{1234567}), "=1.234.567");
+    EXPECT_EQ(Appended(0.5), "=0,5");
+}
+
+TEST(NumberTextTest, FollowsTheLocaleOfTheMoment)
+{
+    EXPECT_EQ(Appended(0.5), "=0.5");
+    {
+        const ScopedGlobalLocale locale;
+        EXPECT_EQ(Appended(0.5), "=0,5");
+    }
+    EXPECT_EQ(Appended(0.5), "=0.5");
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests

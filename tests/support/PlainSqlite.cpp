@@ -1,0 +1,124 @@
+#include "support/PlainSqlite.h"
+
+#include <sqlite3.h>
+
+#include <stdexcept>
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+std::runtime_error Failure(int code, sqlite3* handle, const std::string& what)
+{
+    return std::runtime_error("plain SQLite: code " + std::to_string(code) + ", " + sqlite3_errmsg(handle) + ": " +
+                              what);
+}
+
+std::string Hex(const unsigned char* bytes, int count)
+{
+    static constexpr char Digits[] = "0123456789ABCDEF";
+    std::string text = "X'";
+    for (int i = 0; i < count; ++i) {
+        text += Digits[bytes[i] >> 4];
+        text += Digits[bytes[i] & 15];
+    }
+    return text + "'";
+}
+
+std::string Quoted(sqlite3_stmt* statement, int column)
+{
+    switch (sqlite3_column_type(statement, column)) {
+    case SQLITE_NULL:
+        return "NULL";
+    case SQLITE_BLOB: {
+        const int count = sqlite3_column_bytes(statement, column);
+        return Hex(static_cast<const unsigned char*>(sqlite3_column_blob(statement, column)), count);
+    }
+    case SQLITE_TEXT: {
+        const int count = sqlite3_column_bytes(statement, column);
+        std::string text = "'";
+        for (const char c : std::string(reinterpret_cast<const char*>(sqlite3_column_text(statement, column)),
+                                        static_cast<std::size_t>(count))) {
+            text += c;
+            if (c == '\'') {
+                text += c;
+            }
+        }
+        return text + "'";
+    }
+    default:
+        return reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+    }
+}
+
+} // namespace
+
+PlainSqlite::PlainSqlite(const std::string& path)
+{
+    const int code = sqlite3_open(path.c_str(), &m_handle);
+    if (code != SQLITE_OK) {
+        const std::runtime_error failure = Failure(code, m_handle, path);
+        sqlite3_close(m_handle);
+        throw failure;
+    }
+}
+
+PlainSqlite::~PlainSqlite()
+{
+    sqlite3_close(m_handle);
+}
+
+void PlainSqlite::Execute(const std::string& sql)
+{
+    const int code = sqlite3_exec(m_handle, sql.c_str(), nullptr, nullptr, nullptr);
+    if (code != SQLITE_OK) {
+        throw Failure(code, m_handle, sql);
+    }
+}
+
+std::vector<std::vector<std::string>> PlainSqlite::Rows(const std::string& sql)
+{
+    sqlite3_stmt* statement = nullptr;
+    int code = sqlite3_prepare_v2(m_handle, sql.c_str(), -1, &statement, nullptr);
+    std::vector<std::vector<std::string>> rows;
+    if (code == SQLITE_OK) {
+        while ((code = sqlite3_step(statement)) == SQLITE_ROW) {
+            std::vector<std::string>& row = rows.emplace_back();
+            for (int column = 0; column < sqlite3_column_count(statement); ++column) {
+                row.push_back(Quoted(statement, column));
+            }
+        }
+    }
+    sqlite3_finalize(statement);
+    if (code != SQLITE_DONE) {
+        throw Failure(code, m_handle, sql);
+    }
+    return rows;
+}
+
+std::string PlainSqlite::Value(const std::string& sql)
+{
+    return Rows(sql).at(0).at(0);
+}
+
+PlainFailure FailureOfExec(sqlite3* handle, const std::string& sql)
+{
+    char* text = nullptr;
+    PlainFailure failure;
+    failure.code = sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, &text);
+    failure.message = text != nullptr ? text : "";
+    sqlite3_free(text);
+    return failure;
+}
+
+PlainFailure FailureOfPrepare(sqlite3* handle, const std::string& sql)
+{
+    sqlite3_stmt* statement = nullptr;
+    PlainFailure failure;
+    failure.code = sqlite3_prepare(handle, sql.c_str(), -1, &statement, nullptr);
+    failure.message = failure.code != SQLITE_OK ? sqlite3_errmsg(handle) : "";
+    sqlite3_finalize(statement);
+    return failure;
+}
+
+} // namespace Morvik::sql::tests

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Morvik::sql::tests {
+
+/// Records every call that reaches SQLite while the object lives, in order. The program that links it defines the
+/// SQLite functions that the library uses and forwards them; calls that SQLite makes to itself are not recorded, calls
+/// that the test makes are, so look at the calls before asking SQLite anything.
+///
+/// A call is written as its name and what matters of its arguments:
+///
+///     sqlite3_open_v2(/tmp/x.db, 6, null)          path, flags, name of the file system
+///     sqlite3_exec(handle, SELECT 1, null, null)   connection, text, callback, its argument
+///     sqlite3_prepare(handle, SELECT 1, -1)        connection, text, byte count; the same for sqlite3_prepare_v2
+///     sqlite3_bind_text(1, ab, 2, transient)       index, value, byte count, destructor; the same for blobs
+///     sqlite3_bind_int(1, 7)                       index, value; the same for the other numbers
+///     sqlite3_column_text(0)                       column; the same for every column read
+///     sqlite3_step(), sqlite3_value_int(), sqlite3_close(handle) and so on
+///
+/// "handle", "statement" or "null" tells whether a pointer was given.
+class RecordedSqlite {
+public:
+    RecordedSqlite();
+    ~RecordedSqlite();
+
+    RecordedSqlite(const RecordedSqlite&) = delete;
+    RecordedSqlite& operator=(const RecordedSqlite&) = delete;
+
+    const std::vector<std::string>& Calls() const;
+
+    /// The calls of one function.
+    std::vector<std::string> CallsOf(const std::string& function) const;
+
+    /// The texts that sqlite3_exec was given.
+    std::vector<std::string> Executed() const;
+
+    /// Makes the next call of `function` return `result` (0 for a null pointer). With `forward` the real call is made
+    /// first and only its result is replaced. Proves itself: Pending() stays true until it happened.
+    void ReplaceNextResult(const std::string& function, int result, bool forward);
+    bool Pending() const;
+};
+
+} // namespace Morvik::sql::tests
