@@ -27,7 +27,7 @@ class SqlDatabase;
 /// a statement and find none return false and leave the record as it was.
 ///
 /// A moved-from command may be assigned to or destroyed; nothing else may be called on it.
-class __attribute__((visibility("default"))) SqlCommand {
+class __attribute__((visibility("default"))) SqlCommand final {
 public:
     /// A command on `database` without a statement; code 0 and an empty message. The connection may be opened later.
     explicit SqlCommand(SqlDatabase& database);

@@ -19,7 +19,7 @@ namespace Morvik::sql {
 ///
 /// A moved-from SqlDatabase may only be assigned to: no operation of it may be called, and it may not be destroyed
 /// before something has been assigned to it.
-class __attribute__((visibility("default"))) SqlDatabase {
+class __attribute__((visibility("default"))) SqlDatabase final {
 public:
     /// A closed connection with code 0 and an empty message.
     SqlDatabase();

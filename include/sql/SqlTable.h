@@ -26,7 +26,7 @@ class SqlDatabase;
 ///
 /// A moved-from SqlTable may only be assigned to: no operation of it may be called, and it may not be destroyed
 /// before something has been assigned to it.
-class __attribute__((visibility("default"))) SqlTable {
+class __attribute__((visibility("default"))) SqlTable final {
 public:
     /// A closed cursor on `database`; code 0 and an empty message. The connection may be opened later.
     explicit SqlTable(SqlDatabase& database);

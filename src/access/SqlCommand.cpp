@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
-#include <new>
 
 #include <sqlite3.h>
+
+#include "access/ConnectionMessage.h"
+#include "access/MissingData.h"
 
 namespace Morvik::sql {
 
@@ -140,7 +142,7 @@ bool SqlCommand::Step()
     if (m_impl->GetLastError() == SQLITE_ROW || m_impl->GetLastError() == SQLITE_DONE) {
         return true;
     }
-    m_impl->SetErrorMsg(sqlite3_errmsg(m_impl->Handle()));
+    RecordConnectionMessage(*m_impl, m_impl->Handle());
     return false;
 }
 
@@ -191,7 +193,7 @@ std::string SqlCommand::ColumnText(int column) const
     }
     const unsigned char* text = sqlite3_column_text(m_impl->statement, column);
     if (text == nullptr) {
-        throw std::bad_alloc(); // the value has bytes, so only SQLite's memory can have run out
+        ThrowMissingData(SQLITE_TEXT); // the value has bytes, so it is not NULL
     }
     return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(bytes)};
 }
@@ -207,7 +209,7 @@ std::span<const unsigned char> SqlCommand::ColumnBlob(int column) const
     }
     const void* blob = sqlite3_column_blob(m_impl->statement, column);
     if (blob == nullptr) {
-        throw std::bad_alloc();
+        ThrowMissingData(SQLITE_BLOB);
     }
     return {static_cast<const unsigned char*>(blob), static_cast<std::size_t>(bytes)};
 }

@@ -6,6 +6,7 @@
 #include <boost/filesystem/path.hpp>
 #include <sqlite3.h>
 
+#include "access/ConnectionMessage.h"
 #include "access/ResultCode.h"
 
 namespace Morvik::sql {
@@ -13,7 +14,6 @@ namespace Morvik::sql {
 class __attribute__((visibility("hidden"))) SqlDatabase::Impl {
 public:
     bool CreateMissingDirectories(const std::string& path);
-    void RecordMessageOfConnection() { record.SetErrorMsg(sqlite3_errmsg(handle)); }
 
     SqlError record;
     sqlite3* handle = nullptr;
@@ -64,7 +64,7 @@ bool SqlDatabase::Open(const std::string& path, bool readOnly)
 
     // SQLite hands back a handle even for a failed open, to carry the message; it is null only when memory ran out.
     if (m_impl->handle != nullptr) {
-        m_impl->RecordMessageOfConnection();
+        RecordConnectionMessage(m_impl->record, m_impl->handle);
         sqlite3_close(m_impl->handle);
         m_impl->handle = nullptr;
     }
@@ -81,7 +81,7 @@ bool SqlDatabase::Close()
         m_impl->handle = nullptr;
         return true;
     }
-    m_impl->RecordMessageOfConnection();
+    RecordConnectionMessage(m_impl->record, m_impl->handle);
     return false;
 }
 

@@ -3,10 +3,12 @@
 #include <sql/SqlDatabase.h>
 #include <sql/SqlError.h>
 
-#include <new>
 #include <string_view>
 
 #include <sqlite3.h>
+
+#include "access/ConnectionMessage.h"
+#include "access/MissingData.h"
 
 namespace Morvik::sql {
 
@@ -18,7 +20,7 @@ public:
     ~Impl() { CloseStatement(); }
 
     sqlite3* Handle() const { return database->GetNativeDatabaseInstance<sqlite3>(); }
-    void RecordMessageOfConnection() { record.SetErrorMsg(sqlite3_errmsg(Handle())); }
+    void RecordMessage() { RecordConnectionMessage(record, Handle()); }
     void CloseStatement() noexcept;
 
     SqlError record;
@@ -36,7 +38,7 @@ void SqlTable::Impl::CloseStatement() noexcept
     statement = nullptr;
     if (record.Failed()) {
         try {
-            RecordMessageOfConnection();
+            RecordMessage();
         } catch (...) { // NOLINT(bugprone-empty-catch): without memory for the message, the code stands alone
         }
     }
@@ -67,7 +69,7 @@ bool SqlTable::Open(const std::string& sql) const
     if (m_impl->record.Succeeded()) {
         return true;
     }
-    m_impl->RecordMessageOfConnection();
+    m_impl->RecordMessage();
     m_impl->CloseStatement();
     return m_impl->record.Succeeded();
 }
@@ -92,7 +94,7 @@ bool SqlTable::ReadNext() const
         m_impl->record.SetError(SQLITE_OK);
         return false;
     }
-    m_impl->RecordMessageOfConnection();
+    m_impl->RecordMessage();
     return false;
 }
 
@@ -137,9 +139,8 @@ long long SqlTable::GetInt64(int column) const
 std::string SqlTable::GetText(int column) const
 {
     const unsigned char* text = sqlite3_column_text(m_impl->statement, column);
-    // NULL raises std::logic_error below. Any other value without a text is SQLite out of memory.
-    if (text == nullptr && sqlite3_column_type(m_impl->statement, column) != SQLITE_NULL) {
-        throw std::bad_alloc();
+    if (text == nullptr) {
+        ThrowMissingData(sqlite3_column_type(m_impl->statement, column));
     }
     return reinterpret_cast<const char*>(text);
 }

@@ -1,10 +1,9 @@
 #include <sql/SqlValue.h>
 
-#include <new>
-
 #include <sqlite3.h>
 
 #include "access/ResultCode.h"
+#include "access/ValueReading.h"
 
 namespace Morvik::sql {
 
@@ -12,37 +11,15 @@ namespace {
 
 constexpr int NoStorageClass = -1;
 
-// Reads the instance, or records that there is none. An earlier failure stays recorded when a later read succeeds.
-template <typename T, typename Read>
-T ReadInstance(SqlValue& value, Read read)
+// Records that there is no instance to read. An earlier failure stays recorded when a later read succeeds.
+bool HasInstance(SqlValue& value)
 {
-    if (value.ValueInstance() == nullptr) {
-        value.SetError(MissingValue);
-        value.SetErrorMsg("No value instance exists.");
-        return T{};
+    if (value.ValueInstance() != nullptr) {
+        return true;
     }
-    return read(value.ValueInstance());
-}
-
-std::string ReadText(sqlite3_value* instance)
-{
-    const unsigned char* text = sqlite3_value_text(instance);
-    // NULL raises std::logic_error below. Any other value without a text is SQLite out of memory.
-    if (text == nullptr && sqlite3_value_type(instance) != SQLITE_NULL) {
-        throw std::bad_alloc();
-    }
-    return reinterpret_cast<const char*>(text);
-}
-
-std::vector<char> ReadBytes(sqlite3_value* instance)
-{
-    // The length is asked for first: that may convert the value, and the pointer must be the converted value's.
-    const int bytes = sqlite3_value_bytes(instance);
-    const char* blob = static_cast<const char*>(sqlite3_value_blob(instance));
-    if (blob == nullptr && bytes > 0) {
-        throw std::bad_alloc();
-    }
-    return {blob, blob + bytes};
+    value.SetError(MissingValue);
+    value.SetErrorMsg("No value instance exists.");
+    return false;
 }
 
 } // namespace
@@ -55,31 +32,39 @@ int SqlValue::GetValueType() const
 template <>
 int SqlValue::GetValue<int>()
 {
-    return ReadInstance<int>(*this, sqlite3_value_int);
+    return HasInstance(*this) ? sqlite3_value_int(m_value) : 0;
 }
 
 template <>
 long long SqlValue::GetValue<long long>()
 {
-    return ReadInstance<long long>(*this, sqlite3_value_int64);
+    return HasInstance(*this) ? sqlite3_value_int64(m_value) : 0;
 }
 
 template <>
 double SqlValue::GetValue<double>()
 {
-    return ReadInstance<double>(*this, sqlite3_value_double);
+    return HasInstance(*this) ? sqlite3_value_double(m_value) : 0.0;
 }
 
 template <>
 std::string SqlValue::GetValue<std::string>()
 {
-    return ReadInstance<std::string>(*this, ReadText);
+    std::string text;
+    if (HasInstance(*this)) {
+        ReadText(m_value, text);
+    }
+    return text;
 }
 
 template <>
 std::vector<char> SqlValue::GetValue<std::vector<char>>()
 {
-    return ReadInstance<std::vector<char>>(*this, ReadBytes);
+    std::vector<char> bytes;
+    if (HasInstance(*this)) {
+        ReadBytes(m_value, bytes);
+    }
+    return bytes;
 }
 
 } // namespace Morvik::sql

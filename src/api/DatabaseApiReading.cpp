@@ -1,11 +1,27 @@
+#include <cstddef>
 #include <utility>
+#include <variant>
 
 #include <sqlite3.h>
 
 #include "access/ResultCode.h"
+#include "access/ValueReading.h"
 #include "api/DatabaseApiImpl.h"
+#include "model/Concatenated.h"
 
 namespace Morvik::sql {
+
+namespace {
+
+// The alternative of the cell's value, made anew only if the cell holds another one.
+template <typename Alternative>
+Alternative& Hold(DbTableColumnValue& cell)
+{
+    auto* const held = std::get_if<Alternative>(&cell.value);
+    return held != nullptr ? *held : cell.value.emplace<Alternative>();
+}
+
+} // namespace
 
 bool DatabaseApi::Impl::OpenCursor(const std::string& sql)
 {
@@ -42,26 +58,34 @@ bool DatabaseApi::Impl::ReadValues(const std::string& sql, DbTableData& data)
     return Succeeded();
 }
 
+// The row's cells are used again with the memory of their texts and bytes, so that a walk over rows of one shape
+// allocates nothing. Whatever ends the reading, an exception too, leaves only the cells that were converted.
 void DatabaseApi::Impl::ReadRow(const SqlTable& cursor, DbTableRowValues& row)
 {
-    row.cells.clear();
-    const int columns = cursor.Columns();
-    row.cells.reserve(static_cast<std::size_t>(columns));
-    for (int column = 0; column < columns; ++column) {
-        DbTableColumnValue cell;
-        if (!GetColumnData(cursor, cell, static_cast<unsigned int>(column))) {
-            return;
-        }
-        row.cells.push_back(std::move(cell));
+    struct ConvertedCells {
+        std::vector<DbTableColumnValue>& cells;
+        std::size_t count = 0;
+
+        ~ConvertedCells() { cells.resize(count); }
+    };
+
+    const auto columns = static_cast<std::size_t>(cursor.Columns());
+    ConvertedCells converted{row.cells};
+    row.cells.resize(columns);
+    while (converted.count < columns &&
+           GetColumnData(cursor, row.cells[converted.count], static_cast<unsigned int>(converted.count))) {
+        ++converted.count;
     }
 }
 
 bool DatabaseApi::Impl::GetColumnData(const SqlTable& cursor, DbTableColumnValue& value, unsigned int column)
 {
-    value = DbTableColumnValue{DbTableColumnType::None, column, 0};
+    value.type = DbTableColumnType::None;
+    value.column = column;
     SqlValue read = cursor.GetValue(static_cast<int>(column));
     const int storageClass = read.GetValueType();
     if (storageClass < 0) {
+        value.value = 0;
         return Fail(MissingValue, "No value exists.");
     }
     switch (storageClass) {
@@ -75,16 +99,17 @@ bool DatabaseApi::Impl::GetColumnData(const SqlTable& cursor, DbTableColumnValue
         break;
     case SQLITE_TEXT:
         value.type = DbTableColumnType::Text;
-        value.value = read.GetValue<std::string>();
+        ReadText(read.ValueInstance(), Hold<std::string>(value));
         break;
     case SQLITE_BLOB:
         value.type = DbTableColumnType::Blob;
-        value.value = read.GetValue<std::vector<char>>();
+        ReadBytes(read.ValueInstance(), Hold<std::vector<char>>(value));
         break;
     case SQLITE_NULL:
-        value.value = std::string(); // tagged None, so that a reader never meets the tag Null
+        Hold<std::string>(value).clear(); // tagged None, so that a reader never meets the tag Null
         break;
     default:
+        value.value = 0;
         Fail(MissingValue, "Unknown value type.");
         break;
     }
@@ -96,7 +121,7 @@ bool DatabaseApi::Impl::GetColumnData(const SqlTable& cursor, DbTableColumnValue
 
 bool DatabaseApi::ReadTableValues(const std::string& table, DbTableData& data) const
 {
-    return m_impl->ReadValues("SELECT * FROM " + table, data);
+    return m_impl->ReadValues(Concatenated({"SELECT * FROM ", table}), data);
 }
 
 bool DatabaseApi::ReadValues(const std::string& sql, DbTableData& data) const

@@ -2,6 +2,7 @@
 
 #include "access/ResultCode.h"
 #include "api/DatabaseApiImpl.h"
+#include "model/Concatenated.h"
 #include "model/JoinedList.h"
 
 namespace Morvik::sql {
@@ -13,16 +14,13 @@ std::string DatabaseApi::Impl::TableDefinitionToString(const DbTableDefinition& 
     for (const DbTableColumnDefinition& column : definition.columns) {
         columns.push_back(column.ColumnDefinitionAsString());
     }
+    std::string columnList;
+    AppendJoined(columnList, columns);
 
-    std::string sql = "CREATE TABLE IF NOT EXISTS " + definition.name + " (";
-    AppendJoined(sql, columns);
     const std::string constraints = definition.TableConstraintAsString();
-    if (!constraints.empty()) {
-        sql += ',';
-        sql += constraints;
-    }
-    sql += ')';
-    return sql;
+    const std::string_view separator = constraints.empty() ? "" : ",";
+    return Concatenated(
+        {"CREATE TABLE IF NOT EXISTS ", definition.name, " (", columnList, separator, constraints, ")"});
 }
 
 bool DatabaseApi::Impl::CreateTable(const DbTableDefinition& definition)
@@ -50,7 +48,8 @@ bool DatabaseApi::Impl::ExistsTable(const std::string& name)
     // A cursor of its own leaves a row-by-row query in progress undisturbed.
     const SqlTable test(database);
     // The name stands in the text as given, its apostrophes not doubled.
-    if (!test.Open("SELECT name FROM sqlite_master WHERE type = 'table' AND name = '" + name + "' COLLATE NOCASE")) {
+    if (!test.Open(Concatenated(
+            {"SELECT name FROM sqlite_master WHERE type = 'table' AND name = '", name, "' COLLATE NOCASE"}))) {
         CopyRecord(test);
         return false;
     }
@@ -67,7 +66,7 @@ bool DatabaseApi::Impl::DropTable(const std::string& name)
     if (!ExistsTable(name)) {
         return Succeeded();
     }
-    return Execute("DELETE FROM " + name) && Execute("DROP TABLE IF EXISTS " + name);
+    return Execute(Concatenated({"DELETE FROM ", name})) && Execute(Concatenated({"DROP TABLE IF EXISTS ", name}));
 }
 
 bool DatabaseApi::Impl::AlterTable(const std::string& name, const std::string& newName)
@@ -78,9 +77,9 @@ bool DatabaseApi::Impl::AlterTable(const std::string& name, const std::string& n
     }
     if (!ExistsTable(name)) {
         // Replaces whatever the test recorded, a failed query and a missing name included.
-        return Fail(NoSuchTable, "No table exists: " + name);
+        return Fail(NoSuchTable, Concatenated({"No table exists: ", name}));
     }
-    return Execute("ALTER TABLE " + name + " RENAME TO " + newName);
+    return Execute(Concatenated({"ALTER TABLE ", name, " RENAME TO ", newName}));
 }
 
 bool DatabaseApi::CreateTable(const DbTableDefinition& definition)
@@ -114,12 +113,8 @@ int DatabaseApi::ExistData(const std::string& table, const std::string& conditio
             result = m_impl->code;
             return 0;
         }
-        std::string sql = "SELECT count(*) FROM " + table;
-        if (!condition.empty()) {
-            sql += ' ';
-            sql += condition;
-        }
-        if (!SqlQueryBegin(sql)) {
+        const std::string_view blank = condition.empty() ? "" : " ";
+        if (!SqlQueryBegin(Concatenated({"SELECT count(*) FROM ", table, blank, condition}))) {
             result = m_impl->code;
             return 0;
         }

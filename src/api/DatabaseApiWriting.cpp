@@ -1,8 +1,10 @@
 #include <algorithm>
+#include <cstddef>
 #include <span>
 
 #include "access/ResultCode.h"
 #include "api/DatabaseApiImpl.h"
+#include "model/Concatenated.h"
 #include "model/JoinedList.h"
 #include "model/NumberText.h"
 #include "model/ValueLiteral.h"
@@ -10,6 +12,8 @@
 namespace Morvik::sql {
 
 namespace {
+
+constexpr std::string_view NextRow = " ,(";
 
 // Empty names before the first non-empty one leave no trace; later ones leave an empty place in the list.
 void AppendColumnList(std::string& sql, const std::vector<std::string>& columns)
@@ -21,6 +25,22 @@ void AppendColumnList(std::string& sql, const std::vector<std::string>& columns)
     sql += " (";
     AppendJoined(sql, std::span(first, columns.end()));
     sql += ')';
+}
+
+// Behind each cell and row, a comma or parenthesis. Reserving the whole text keeps the peak of memory at one text.
+std::size_t InsertSize(const std::string& name, const DbTableDataWrite& data)
+{
+    std::size_t size = std::string_view("INSERT INTO  () VALUES ()").size() + name.size();
+    for (const std::string& column : data.columns) {
+        size += column.size() + 1;
+    }
+    for (const DbTableRowValues& row : data.rows) {
+        size += NextRow.size() + 1;
+        for (const DbTableColumnValue& cell : row.cells) {
+            size += ColumnValueSize(cell) + 1;
+        }
+    }
+    return size;
 }
 
 std::string InvalidCellMessage(int position, std::uint32_t column)
@@ -57,7 +77,10 @@ bool DatabaseApi::Impl::Write(const std::string& name, const DbTableDataWrite& d
     if (name.empty()) {
         return Fail(MissingValue, "Missing table name.");
     }
-    std::string sql = "INSERT INTO " + name;
+    std::string sql;
+    sql.reserve(InsertSize(name, data));
+    sql += "INSERT INTO ";
+    sql += name;
     AppendColumnList(sql, data.columns);
     sql += " VALUES";
     std::string_view opening = " (";
@@ -65,7 +88,7 @@ bool DatabaseApi::Impl::Write(const std::string& name, const DbTableDataWrite& d
         sql += opening;
         AppendCells(sql, row);
         sql += ')';
-        opening = " ,(";
+        opening = NextRow;
     }
     RunCommand(sql);
     return Succeeded();
@@ -80,16 +103,17 @@ bool DatabaseApi::Impl::Update(const std::string& name, const DbTableDataWrite& 
     if (data.columns.empty()) {
         return Fail(MissingValue, "Missing column names.");
     }
-    std::string sql = "UPDATE " + name + " SET";
+    std::string sql = Concatenated({"UPDATE ", name, " SET"});
     AppendColumnList(sql, data.columns);
     sql += '=';
     if (!data.rows.empty()) {
-        std::string values;
-        AppendCells(values, data.rows.front());
-        if (!values.empty()) {
-            sql += '(';
-            sql += values;
+        const std::size_t opening = sql.size();
+        sql += '(';
+        AppendCells(sql, data.rows.front());
+        if (sql.size() > opening + 1) {
             sql += ") ";
+        } else {
+            sql.resize(opening); // no cell, or the first one is invalid
         }
     }
     sql += condition;

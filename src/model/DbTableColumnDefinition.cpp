@@ -3,6 +3,8 @@
 #include <array>
 #include <string_view>
 
+#include "model/Concatenated.h"
+
 namespace Morvik::sql {
 
 namespace {
@@ -67,12 +69,7 @@ std::string DbTableColumnDefinition::ColumnConstraintsAsString() const
 
 std::string DbTableColumnDefinition::ColumnDefinitionAsString() const
 {
-    std::string definition = name;
-    definition += ' ';
-    definition += DeclaredType(type);
-    definition += ' ';
-    definition += ColumnConstraintsAsString();
-    return definition;
+    return Concatenated({name, " ", DeclaredType(type), " ", ColumnConstraintsAsString()});
 }
 
 } // namespace Morvik::sql

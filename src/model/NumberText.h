@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -10,5 +11,10 @@ namespace Morvik::sql {
 void AppendNumber(std::string& text, std::int32_t number);
 void AppendNumber(std::string& text, std::uint32_t number);
 void AppendNumber(std::string& text, double number);
+
+/// The bytes to reserve for what AppendNumber() appends in the classic locale: never too few, and at most a few too
+/// many.
+std::size_t NumberSize(std::int32_t number);
+std::size_t NumberSize(double number);
 
 } // namespace Morvik::sql

@@ -1,5 +1,6 @@
 #include "model/ValueLiteral.h"
 
+#include <algorithm>
 #include <exception>
 #include <new>
 #include <string_view>
@@ -12,37 +13,67 @@ namespace Morvik::sql {
 
 namespace {
 
-// Text and bytes stand between double quotation marks, not apostrophes: applications rely on what SQLite makes of it
-// (O'Brien is stored as O''Brien, and an update reads a text that equals a column's name as that column).
-void AppendQuoted(std::string& sql, std::string_view bytes)
-{
-    sql += '"';
-    sql += bytes;
-    sql += '"';
-}
-
-bool AppendText(std::string& sql, const std::string& text)
-{
-    if (text.find_first_of("'\"") == std::string::npos) {
-        AppendQuoted(sql, text);
-        return true;
-    }
-    std::string doubled;
-    try {
-        doubled = text;
-        boost::algorithm::replace_all(doubled, "'", "''");
-        boost::algorithm::replace_all(doubled, "\"", "\"\"");
-    } catch (const std::exception&) {
-        return false; // without the memory to double its quotes, the cell counts as one that cannot be written
-    }
-    AppendQuoted(sql, doubled);
-    return true;
-}
-
 template <typename Alternative>
 const Alternative* ValueOf(const DbTableColumnValue& cell)
 {
     return std::get_if<Alternative>(&cell.value);
+}
+
+// The call that SQLite computes when the statement runs; empty for the tags that carry a value.
+std::string_view TimeFunction(DbTableColumnType type)
+{
+    switch (type) {
+    case DbTableColumnType::DateTimeNow:
+        return "datetime('now')";
+    case DbTableColumnType::DateTimeNowLocalTime:
+        return "datetime('now','localtime')";
+    case DbTableColumnType::UnixTimeNow:
+        return "strftime('%s', 'now')";
+    case DbTableColumnType::JulianDayNow:
+        return "julianday('now')";
+    default:
+        return {};
+    }
+}
+
+template <typename Number>
+bool AppendNumberOf(std::string& sql, const DbTableColumnValue& cell)
+{
+    const auto* const number = ValueOf<Number>(cell);
+    if (number != nullptr) {
+        AppendNumber(sql, *number);
+    }
+    return number != nullptr;
+}
+
+// Text and bytes stand between double quotation marks, not apostrophes: applications rely on what SQLite makes of it
+// (O'Brien is stored as O''Brien, and an update reads a text that equals a column's name as that column).
+bool AppendQuoted(std::string& sql, std::string_view bytes)
+{
+    sql += '"';
+    sql += bytes;
+    sql += '"';
+    return true;
+}
+
+bool Holds(const std::string& text, char quote)
+{
+    return text.find(quote) != std::string::npos;
+}
+
+bool AppendText(std::string& sql, const std::string& text)
+{
+    if (!Holds(text, '\'') && !Holds(text, '"')) {
+        return AppendQuoted(sql, text);
+    }
+    std::string doubled;
+    try {
+        doubled = boost::algorithm::replace_all_copy(text, "'", "''");
+        doubled = boost::algorithm::replace_all_copy(doubled, "\"", "\"\"");
+    } catch (const std::exception&) {
+        return false; // without the memory to double its quotes, the cell counts as one that cannot be written
+    }
+    return AppendQuoted(sql, doubled);
 }
 
 bool AppendLiteral(std::string& sql, const DbTableColumnValue& cell)
@@ -50,44 +81,28 @@ bool AppendLiteral(std::string& sql, const DbTableColumnValue& cell)
     switch (cell.type) {
     case DbTableColumnType::None:
     case DbTableColumnType::Integer:
-        if (const auto* number = ValueOf<int>(cell)) {
-            AppendNumber(sql, *number);
-            return true;
-        }
-        return false;
+        return AppendNumberOf<int>(sql, cell);
     case DbTableColumnType::Real:
-        if (const auto* number = ValueOf<double>(cell)) {
-            AppendNumber(sql, *number);
-            return true;
-        }
-        return false;
-    case DbTableColumnType::Text:
-        if (const auto* text = ValueOf<std::string>(cell)) {
-            return AppendText(sql, *text);
-        }
-        return false;
-    case DbTableColumnType::Blob:
-        if (const auto* bytes = ValueOf<std::vector<char>>(cell)) {
-            AppendQuoted(sql, {bytes->data(), bytes->size()});
-            return true;
-        }
-        return false;
-    case DbTableColumnType::DateTimeNow:
-        sql += "datetime('now')";
-        return true;
-    case DbTableColumnType::DateTimeNowLocalTime:
-        sql += "datetime('now','localtime')";
-        return true;
-    case DbTableColumnType::UnixTimeNow:
-        sql += "strftime('%s', 'now')";
-        return true;
-    case DbTableColumnType::JulianDayNow:
-        sql += "julianday('now')";
-        return true;
-    case DbTableColumnType::Null:
-        break;
+        return AppendNumberOf<double>(sql, cell);
+    case DbTableColumnType::Text: {
+        const auto* const text = ValueOf<std::string>(cell);
+        return text != nullptr && AppendText(sql, *text);
     }
-    return false;
+    case DbTableColumnType::Blob: {
+        const auto* const bytes = ValueOf<std::vector<char>>(cell);
+        return bytes != nullptr && AppendQuoted(sql, {bytes->data(), bytes->size()});
+    }
+    default: {
+        const std::string_view function = TimeFunction(cell.type);
+        sql += function;
+        return !function.empty();
+    }
+    }
+}
+
+std::size_t CountOf(const std::string& text, char quote)
+{
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), quote));
 }
 
 } // namespace
@@ -101,6 +116,23 @@ bool ColumnValueAsString(const DbTableColumnValue& cell, std::string& sql)
     } catch (const std::exception&) {
         return false; // thrown by a facet of the application's locale
     }
+}
+
+std::size_t ColumnValueSize(const DbTableColumnValue& cell)
+{
+    constexpr std::size_t QuotationMarks = 2;
+    if (const auto* text = ValueOf<std::string>(cell)) {
+        return text->size() + CountOf(*text, '\'') + CountOf(*text, '"') + QuotationMarks;
+    }
+    if (const auto* bytes = ValueOf<std::vector<char>>(cell)) {
+        return bytes->size() + QuotationMarks;
+    }
+    if (const auto* number = ValueOf<double>(cell)) {
+        return NumberSize(*number);
+    }
+    // A cell with a time function usually holds the int it was made with.
+    const auto* const number = ValueOf<int>(cell);
+    return std::max(TimeFunction(cell.type).size(), number != nullptr ? NumberSize(*number) : 0);
 }
 
 } // namespace Morvik::sql
