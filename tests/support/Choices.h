@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <random>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace Morvik::sql::tests {
+
+/// Where a generated test takes its decisions from: a seeded generator, or the bytes of a given input.
+class Choices {
+public:
+    explicit Choices(std::uint64_t seed) : m_generator(seed) {}
+    explicit Choices(std::span<const std::uint8_t> bytes) : m_bytes(bytes), m_fromBytes(true) {}
+
+    /// A number from 0 up to and without `count`.
+    std::size_t Below(std::size_t count)
+    {
+        if (!m_fromBytes) {
+            return static_cast<std::size_t>(m_generator() % count);
+        }
+        if (m_bytes.empty()) {
+            return 0;
+        }
+        const std::size_t byte = m_bytes.front();
+        m_bytes = m_bytes.subspan(1);
+        return byte % count;
+    }
+
+    bool OneIn(std::size_t count) { return Below(count) == 0; }
+
+    template <typename Item>
+    const Item& Of(const std::vector<Item>& items)
+    {
+        return items[Below(items.size())];
+    }
+
+    /// False once the given bytes are used up; a generator never ends.
+    bool Left() const { return !m_fromBytes || !m_bytes.empty(); }
+
+private:
+    std::mt19937_64 m_generator;
+    std::span<const std::uint8_t> m_bytes;
+    bool m_fromBytes = false;
+};
+
+} // namespace Morvik::sql::tests
