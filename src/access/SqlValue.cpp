@@ -50,21 +50,14 @@ double SqlValue::GetValue<double>()
 template <>
 std::string SqlValue::GetValue<std::string>()
 {
-    std::string text;
-    if (HasInstance(*this)) {
-        ReadText(m_value, text);
-    }
-    return text;
+    return HasInstance(*this) ? std::string(TextOf(m_value)) : std::string();
 }
 
 template <>
 std::vector<char> SqlValue::GetValue<std::vector<char>>()
 {
-    std::vector<char> bytes;
-    if (HasInstance(*this)) {
-        ReadBytes(m_value, bytes);
-    }
-    return bytes;
+    const std::span<const char> bytes = HasInstance(*this) ? BytesOf(m_value) : std::span<const char>();
+    return {bytes.begin(), bytes.end()};
 }
 
 } // namespace Morvik::sql

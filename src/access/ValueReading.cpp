@@ -1,29 +1,31 @@
 #include "access/ValueReading.h"
 
+#include <cstddef>
+
 #include <sqlite3.h>
 
 #include "access/MissingData.h"
 
 namespace Morvik::sql {
 
-void ReadText(sqlite3_value* value, std::string& text)
+std::string_view TextOf(sqlite3_value* value)
 {
-    const unsigned char* characters = sqlite3_value_text(value);
-    if (characters == nullptr) {
+    const unsigned char* text = sqlite3_value_text(value);
+    if (text == nullptr) {
         ThrowMissingData(sqlite3_value_type(value));
     }
-    text = reinterpret_cast<const char*>(characters);
+    return reinterpret_cast<const char*>(text);
 }
 
-void ReadBytes(sqlite3_value* value, std::vector<char>& bytes)
+std::span<const char> BytesOf(sqlite3_value* value)
 {
     // The length is asked for first: that may convert the value, and the pointer must be the converted value's.
     const int length = sqlite3_value_bytes(value);
-    const char* blob = static_cast<const char*>(sqlite3_value_blob(value));
-    if (blob == nullptr && length > 0) {
+    const void* bytes = sqlite3_value_blob(value);
+    if (bytes == nullptr && length > 0) {
         ThrowMissingData(SQLITE_BLOB);
     }
-    bytes.assign(blob, blob + length);
+    return {static_cast<const char*>(bytes), static_cast<std::size_t>(length)};
 }
 
 } // namespace Morvik::sql

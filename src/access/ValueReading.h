@@ -1,17 +1,16 @@
 #pragma once
 
-#include <string>
-#include <vector>
+#include <span>
+#include <string_view>
 
 struct sqlite3_value;
 
 namespace Morvik::sql {
 
-/// Replaces `text` by the value's text up to its first zero byte, using its memory again. Throws std::logic_error for
-/// NULL.
-void ReadText(sqlite3_value* value, std::string& text);
+/// The value's text up to its first zero byte, owned by SQLite. Throws std::logic_error for NULL.
+std::string_view TextOf(sqlite3_value* value);
 
-/// Replaces `bytes` by the value's bytes, using its memory again.
-void ReadBytes(sqlite3_value* value, std::vector<char>& bytes);
+/// The value's bytes, owned by SQLite; empty for NULL.
+std::span<const char> BytesOf(sqlite3_value* value);
 
 } // namespace Morvik::sql

@@ -10,6 +10,8 @@
 
 namespace Morvik::sql {
 
+class StatementText;
+
 /// The facade's implementation object. Its operations stand in one file per room: DatabaseApi.cpp (lifecycle, executing
 /// and the record), DatabaseApiTables.cpp, DatabaseApiWriting.cpp, DatabaseApiReading.cpp and DatabaseApiCursor.cpp.
 ///
@@ -33,8 +35,7 @@ public:
     template <typename Recorded>
     void CopyRecord(const Recorded& recorded)
     {
-        code = recorded.GetLastError();
-        message = recorded.GetLastErrorMsg();
+        Fail(recorded.GetLastError(), recorded.GetLastErrorMsg());
     }
 
     /// True with the record untouched while the database is open; otherwise records 111.
@@ -65,7 +66,7 @@ public:
     /// Converts the cursor's current row, up to the first cell that fails. Whether the whole row was converted is read
     /// from the code afterwards; a code that was not 0 before keeps every cell out.
     void ReadRow(const SqlTable& cursor, DbTableRowValues& row);
-    bool GetColumnData(const SqlTable& cursor, DbTableColumnValue& value, unsigned int column);
+    bool GetColumnData(const SqlTable& cursor, DbTableColumnValue& cell, unsigned int column);
 
     bool CloseCursor();
 
@@ -75,7 +76,7 @@ public:
     SqlTable table;
 
 private:
-    bool AppendCells(std::string& sql, const DbTableRowValues& row);
+    bool AppendCells(StatementText& sql, const DbTableRowValues& row);
 };
 
 } // namespace Morvik::sql

@@ -13,12 +13,15 @@ namespace Morvik::sql {
 
 namespace {
 
-// The alternative of the cell's value, made anew only if the cell holds another one.
-template <typename Alternative>
-Alternative& Hold(DbTableColumnValue& cell)
+// Copies the bytes into the alternative, whose memory is used again if the cell holds it already.
+template <typename Alternative, typename Bytes>
+void Store(DbTableColumnValue& cell, const Bytes& bytes)
 {
-    auto* const held = std::get_if<Alternative>(&cell.value);
-    return held != nullptr ? *held : cell.value.emplace<Alternative>();
+    if (auto* const held = std::get_if<Alternative>(&cell.value)) {
+        held->assign(bytes.begin(), bytes.end());
+    } else {
+        cell.value.emplace<Alternative>(bytes.begin(), bytes.end());
+    }
 }
 
 } // namespace
@@ -66,55 +69,57 @@ void DatabaseApi::Impl::ReadRow(const SqlTable& cursor, DbTableRowValues& row)
         std::vector<DbTableColumnValue>& cells;
         std::size_t count = 0;
 
-        ~ConvertedCells() { cells.resize(count); }
+        ~ConvertedCells()
+        {
+            if (count != cells.size()) {
+                cells.resize(count);
+            }
+        }
     };
 
     const auto columns = static_cast<std::size_t>(cursor.Columns());
     ConvertedCells converted{row.cells};
-    row.cells.resize(columns);
+    if (row.cells.size() != columns) {
+        row.cells.resize(columns);
+    }
     while (converted.count < columns &&
            GetColumnData(cursor, row.cells[converted.count], static_cast<unsigned int>(converted.count))) {
         ++converted.count;
     }
 }
 
-bool DatabaseApi::Impl::GetColumnData(const SqlTable& cursor, DbTableColumnValue& value, unsigned int column)
+bool DatabaseApi::Impl::GetColumnData(const SqlTable& cursor, DbTableColumnValue& cell, unsigned int column)
 {
-    value.type = DbTableColumnType::None;
-    value.column = column;
-    SqlValue read = cursor.GetValue(static_cast<int>(column));
-    const int storageClass = read.GetValueType();
-    if (storageClass < 0) {
-        value.value = 0;
+    cell.type = DbTableColumnType::None;
+    cell.column = column;
+    sqlite3_value* const value = cursor.GetValue(static_cast<int>(column)).ValueInstance();
+    if (value == nullptr) {
+        cell.value = 0;
         return Fail(MissingValue, "No value exists.");
     }
-    switch (storageClass) {
+    switch (sqlite3_value_type(value)) {
     case SQLITE_INTEGER:
-        value.type = DbTableColumnType::Integer;
-        value.value = read.GetValue<int>(); // 32 bits, as every cell
+        cell.type = DbTableColumnType::Integer;
+        cell.value = sqlite3_value_int(value); // 32 bits, as every cell
         break;
     case SQLITE_FLOAT:
-        value.type = DbTableColumnType::Real;
-        value.value = read.GetValue<double>();
+        cell.type = DbTableColumnType::Real;
+        cell.value = sqlite3_value_double(value);
         break;
     case SQLITE_TEXT:
-        value.type = DbTableColumnType::Text;
-        ReadText(read.ValueInstance(), Hold<std::string>(value));
+        cell.type = DbTableColumnType::Text;
+        Store<std::string>(cell, TextOf(value));
         break;
     case SQLITE_BLOB:
-        value.type = DbTableColumnType::Blob;
-        ReadBytes(read.ValueInstance(), Hold<std::vector<char>>(value));
+        cell.type = DbTableColumnType::Blob;
+        Store<std::vector<char>>(cell, BytesOf(value));
         break;
     case SQLITE_NULL:
-        Hold<std::string>(value).clear(); // tagged None, so that a reader never meets the tag Null
+        Store<std::string>(cell, std::string_view()); // tagged None, so that a reader never meets the tag Null
         break;
     default:
-        value.value = 0;
-        Fail(MissingValue, "Unknown value type.");
-        break;
-    }
-    if (read.Failed()) {
-        CopyRecord(read);
+        cell.value = 0;
+        return Fail(MissingValue, "Unknown value type.");
     }
     return Succeeded();
 }

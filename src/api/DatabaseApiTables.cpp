@@ -9,18 +9,13 @@ namespace Morvik::sql {
 
 std::string DatabaseApi::Impl::TableDefinitionToString(const DbTableDefinition& definition)
 {
-    std::vector<std::string> columns;
-    columns.reserve(definition.columns.size());
+    std::string columns;
     for (const DbTableColumnDefinition& column : definition.columns) {
-        columns.push_back(column.ColumnDefinitionAsString());
+        AppendItem(columns, column.ColumnDefinitionAsString());
     }
-    std::string columnList;
-    AppendJoined(columnList, columns);
-
     const std::string constraints = definition.TableConstraintAsString();
     const std::string_view separator = constraints.empty() ? "" : ",";
-    return Concatenated(
-        {"CREATE TABLE IF NOT EXISTS ", definition.name, " (", columnList, separator, constraints, ")"});
+    return Concatenated({"CREATE TABLE IF NOT EXISTS ", definition.name, " (", columns, separator, constraints, ")"});
 }
 
 bool DatabaseApi::Impl::CreateTable(const DbTableDefinition& definition)

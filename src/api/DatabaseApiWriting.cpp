@@ -4,19 +4,20 @@
 
 #include "access/ResultCode.h"
 #include "api/DatabaseApiImpl.h"
-#include "model/Concatenated.h"
 #include "model/JoinedList.h"
 #include "model/NumberText.h"
+#include "model/StatementText.h"
 #include "model/ValueLiteral.h"
 
 namespace Morvik::sql {
 
 namespace {
 
+constexpr std::string_view FirstRow = " (";
 constexpr std::string_view NextRow = " ,(";
 
 // Empty names before the first non-empty one leave no trace; later ones leave an empty place in the list.
-void AppendColumnList(std::string& sql, const std::vector<std::string>& columns)
+void AppendColumnList(StatementText& sql, const std::vector<std::string>& columns)
 {
     const auto first = std::ranges::find_if_not(columns, &std::string::empty);
     if (first == columns.end()) {
@@ -27,36 +28,41 @@ void AppendColumnList(std::string& sql, const std::vector<std::string>& columns)
     sql += ')';
 }
 
-// Behind each cell and row, a comma or parenthesis. Reserving the whole text keeps the peak of memory at one text.
-std::size_t InsertSize(const std::string& name, const DbTableDataWrite& data)
+// What the fixed words, the table's name and the column list take.
+std::size_t FrameSize(const std::string& table, const std::vector<std::string>& columns)
 {
-    std::size_t size = std::string_view("INSERT INTO  () VALUES ()").size() + name.size();
-    for (const std::string& column : data.columns) {
+    std::size_t size = std::string_view("INSERT INTO  () VALUES").size() + table.size();
+    for (const std::string& column : columns) {
         size += column.size() + 1;
     }
-    for (const DbTableRowValues& row : data.rows) {
-        size += NextRow.size() + 1;
-        for (const DbTableColumnValue& cell : row.cells) {
-            size += ColumnValueSize(cell) + 1;
-        }
+    return size;
+}
+
+std::size_t RowSize(const DbTableRowValues& row)
+{
+    std::size_t size = NextRow.size() + 1;
+    for (const DbTableColumnValue& cell : row.cells) {
+        size += ColumnValueSize(cell) + 1;
     }
     return size;
 }
 
 std::string InvalidCellMessage(int position, std::uint32_t column)
 {
-    std::string message = "Invalid column value: (row | column)";
+    constexpr std::string_view Prefix = "Invalid column value: (row | column)";
+    StatementText message(Prefix.size() + std::size("0|0"));
+    message += Prefix;
     AppendNumber(message, position);
     message += '|';
     AppendNumber(message, column);
-    return message;
+    return message.Take();
 }
 
 } // namespace
 
 // An invalid cell ends its row after the comma before it. The statement is run all the same and SQLite rejects it, so
 // that callers get SQLite's record; the one set here stays only if the statement should succeed.
-bool DatabaseApi::Impl::AppendCells(std::string& sql, const DbTableRowValues& row)
+bool DatabaseApi::Impl::AppendCells(StatementText& sql, const DbTableRowValues& row)
 {
     int position = 0;
     for (const DbTableColumnValue& cell : row.cells) {
@@ -77,20 +83,24 @@ bool DatabaseApi::Impl::Write(const std::string& name, const DbTableDataWrite& d
     if (name.empty()) {
         return Fail(MissingValue, "Missing table name.");
     }
-    std::string sql;
-    sql.reserve(InsertSize(name, data));
+    std::size_t size = FrameSize(name, data.columns);
+    for (const DbTableRowValues& row : data.rows) {
+        size += RowSize(row);
+    }
+
+    StatementText sql(size);
     sql += "INSERT INTO ";
     sql += name;
     AppendColumnList(sql, data.columns);
     sql += " VALUES";
-    std::string_view opening = " (";
+    std::string_view opening = FirstRow;
     for (const DbTableRowValues& row : data.rows) {
         sql += opening;
         AppendCells(sql, row);
         sql += ')';
         opening = NextRow;
     }
-    RunCommand(sql);
+    RunCommand(sql.Take());
     return Succeeded();
 }
 
@@ -103,21 +113,25 @@ bool DatabaseApi::Impl::Update(const std::string& name, const DbTableDataWrite& 
     if (data.columns.empty()) {
         return Fail(MissingValue, "Missing column names.");
     }
-    std::string sql = Concatenated({"UPDATE ", name, " SET"});
+    const bool hasRow = !data.rows.empty();
+    StatementText sql(FrameSize(name, data.columns) + (hasRow ? RowSize(data.rows.front()) : 0) + condition.size());
+    sql += "UPDATE ";
+    sql += name;
+    sql += " SET";
     AppendColumnList(sql, data.columns);
     sql += '=';
-    if (!data.rows.empty()) {
-        const std::size_t opening = sql.size();
+    if (hasRow) {
+        const std::size_t begin = sql.Size();
         sql += '(';
         AppendCells(sql, data.rows.front());
-        if (sql.size() > opening + 1) {
+        if (sql.Size() > begin + 1) {
             sql += ") ";
         } else {
-            sql.resize(opening); // no cell, or the first one is invalid
+            sql.Truncate(begin); // there is no cell, or the first one is invalid
         }
     }
     sql += condition;
-    RunCommand(sql);
+    RunCommand(sql.Take());
     return Succeeded();
 }
 

@@ -6,14 +6,6 @@ namespace Morvik::sql {
 
 namespace {
 
-void AppendItem(std::string& list, const std::string& item)
-{
-    if (!list.empty()) {
-        list += ',';
-    }
-    list += item;
-}
-
 // Each key column is the one character that its element holds.
 void AppendKey(std::string& list, const std::string& keyword, const std::vector<char>& columns)
 {

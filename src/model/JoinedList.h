@@ -5,8 +5,8 @@
 namespace Morvik::sql {
 
 /// Appends the items to `text`, separated by "," without blanks. An empty item leaves an empty place.
-template <typename Items>
-void AppendJoined(std::string& text, const Items& items)
+template <typename Text, typename Items>
+void AppendJoined(Text& text, const Items& items)
 {
     bool first = true;
     for (const auto& item : items) {
@@ -16,6 +16,15 @@ void AppendJoined(std::string& text, const Items& items)
         text += item;
         first = false;
     }
+}
+
+/// Appends one item that is not empty, behind a "," unless it is the first.
+inline void AppendItem(std::string& text, const std::string& item)
+{
+    if (!text.empty()) {
+        text += ',';
+    }
+    text += item;
 }
 
 } // namespace Morvik::sql

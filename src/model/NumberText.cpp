@@ -4,23 +4,24 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
-#include <cstddef>
 #include <cstdlib>
 #include <ios>
-#include <locale>
 #include <sstream>
+
+#include "model/StatementText.h"
 
 namespace Morvik::sql {
 
 namespace {
 
-constexpr int StreamPrecision = 6;
+// The digits that a default stream writes of a double.
+constexpr int Precision = 6;
 
-// The size of "-1.23457e+308" and one to spare.
-constexpr std::size_t LongestNumber = 14;
+// Enough for "-1.23457e+308" and "-2147483648".
+constexpr std::size_t LongestNumber = 13;
 
 template <typename Number>
-[[gnu::cold, gnu::noinline]] void AppendStreamed(std::string& text, Number number)
+[[gnu::cold, gnu::noinline]] void AppendStreamed(StatementText& text, Number number)
 {
     std::ostringstream stream;
     // Otherwise the stream would swallow a failed allocation and go on with a number cut short.
@@ -29,34 +30,92 @@ template <typename Number>
     text += stream.view();
 }
 
-// The classic locale writes what std::to_chars writes, at a fraction of the cost of a stream.
-template <typename Number, typename... Format>
-void Append(std::string& text, Number number, Format... format)
+// The six significant digits of a number that is written without an exponent, as an integer, and the decimal exponent
+// of the first of them.
+struct SixDigits {
+    std::uint32_t digits;
+    int exponent;
+};
+
+// Scales the number so that its six digits stand before the point. Scaling rounds once, by far less than the margin, so
+// that the digits are right wherever what follows them is not close to a half. Returns false where it is, and for
+// numbers that need an exponent.
+bool FindSixDigits(double magnitude, SixDigits& found)
 {
-    if (std::locale() != std::locale::classic()) {
-        AppendStreamed(text, number);
-        return;
+    static constexpr std::array<double, Precision> PowersOfTen{1e0, 1e1, 1e2, 1e3, 1e4, 1e5};
+    constexpr double Margin = 1e-9;
+    if (!(magnitude >= 1.0 && magnitude < 999999.5)) {
+        return false;
     }
-    std::array<char, LongestNumber> buffer;
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, format...).ptr;
-    text.append(buffer.data(), end);
+    int exponent = 0;
+    while (exponent + 1 < Precision && magnitude >= PowersOfTen[static_cast<std::size_t>(exponent) + 1]) {
+        ++exponent;
+    }
+    const double scaled = magnitude * PowersOfTen[static_cast<std::size_t>(Precision - 1 - exponent)];
+    const auto whole = static_cast<std::uint32_t>(scaled);
+    const double rest = scaled - whole;
+    if (std::abs(rest - 0.5) < Margin) {
+        return false;
+    }
+    found.digits = whole + (rest > 0.5 ? 1 : 0);
+    found.exponent = exponent;
+    return found.digits < 1000000; // the next power of ten was reached by rounding up
+}
+
+char* WriteSixDigits(char* end, SixDigits number)
+{
+    const int wholeDigits = number.exponent + 1;
+    std::array<char, Precision> digits;
+    std::uint32_t rest = number.digits;
+    for (int i = Precision; i-- > 0; rest /= 10) {
+        digits[static_cast<std::size_t>(i)] = static_cast<char>('0' + rest % 10);
+    }
+    int count = Precision;
+    while (count > wholeDigits && digits[static_cast<std::size_t>(count) - 1] == '0') {
+        --count;
+    }
+    for (int i = 0; i < count; ++i) {
+        if (i == wholeDigits) {
+            *end++ = '.';
+        }
+        *end++ = digits[static_cast<std::size_t>(i)];
+    }
+    return end;
 }
 
 } // namespace
 
-void AppendNumber(std::string& text, std::int32_t number)
+void AppendNumber(StatementText& text, std::int32_t number)
 {
-    Append(text, number);
+    if (!text.HasClassicNumbers()) {
+        AppendStreamed(text, number);
+        return;
+    }
+    char* const end = text.Room(LongestNumber);
+    text.AdvanceTo(std::to_chars(end, end + LongestNumber, number).ptr);
 }
 
-void AppendNumber(std::string& text, std::uint32_t number)
+void AppendNumber(StatementText& text, std::uint32_t number)
 {
     AppendStreamed(text, number); // stands in a message only
 }
 
-void AppendNumber(std::string& text, double number)
+void AppendNumber(StatementText& text, double number)
 {
-    Append(text, number, std::chars_format::general, StreamPrecision);
+    if (!text.HasClassicNumbers()) {
+        AppendStreamed(text, number);
+        return;
+    }
+    char* end = text.Room(LongestNumber);
+    SixDigits found{};
+    if (!FindSixDigits(std::abs(number), found)) {
+        text.AdvanceTo(std::to_chars(end, end + LongestNumber, number, std::chars_format::general, Precision).ptr);
+        return;
+    }
+    if (number < 0) {
+        *end++ = '-';
+    }
+    text.AdvanceTo(WriteSixDigits(end, found));
 }
 
 std::size_t NumberSize(std::int32_t number)
@@ -70,7 +129,7 @@ std::size_t NumberSize(double number)
 {
     // Six digits and a point, behind "0." for the smallest of these; every other number may take an exponent.
     const double magnitude = std::abs(number);
-    return magnitude >= 0.1 && magnitude < 1e6 ? std::size_t{9} : LongestNumber;
+    return magnitude >= 0.1 && magnitude < 1e6 ? std::size_t{8} + (number < 0 ? 1 : 0) : LongestNumber;
 }
 
 } // namespace Morvik::sql

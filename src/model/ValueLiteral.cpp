@@ -8,6 +8,7 @@
 #include <boost/algorithm/string/replace.hpp>
 
 #include "model/NumberText.h"
+#include "model/StatementText.h"
 
 namespace Morvik::sql {
 
@@ -37,7 +38,7 @@ std::string_view TimeFunction(DbTableColumnType type)
 }
 
 template <typename Number>
-bool AppendNumberOf(std::string& sql, const DbTableColumnValue& cell)
+bool AppendNumberOf(StatementText& sql, const DbTableColumnValue& cell)
 {
     const auto* const number = ValueOf<Number>(cell);
     if (number != nullptr) {
@@ -48,7 +49,7 @@ bool AppendNumberOf(std::string& sql, const DbTableColumnValue& cell)
 
 // Text and bytes stand between double quotation marks, not apostrophes: applications rely on what SQLite makes of it
 // (O'Brien is stored as O''Brien, and an update reads a text that equals a column's name as that column).
-bool AppendQuoted(std::string& sql, std::string_view bytes)
+bool AppendQuoted(StatementText& sql, std::string_view bytes)
 {
     sql += '"';
     sql += bytes;
@@ -61,7 +62,7 @@ bool Holds(const std::string& text, char quote)
     return text.find(quote) != std::string::npos;
 }
 
-bool AppendText(std::string& sql, const std::string& text)
+bool AppendText(StatementText& sql, const std::string& text)
 {
     if (!Holds(text, '\'') && !Holds(text, '"')) {
         return AppendQuoted(sql, text);
@@ -76,7 +77,7 @@ bool AppendText(std::string& sql, const std::string& text)
     return AppendQuoted(sql, doubled);
 }
 
-bool AppendLiteral(std::string& sql, const DbTableColumnValue& cell)
+bool AppendLiteral(StatementText& sql, const DbTableColumnValue& cell)
 {
     switch (cell.type) {
     case DbTableColumnType::None:
@@ -100,14 +101,9 @@ bool AppendLiteral(std::string& sql, const DbTableColumnValue& cell)
     }
 }
 
-std::size_t CountOf(const std::string& text, char quote)
-{
-    return static_cast<std::size_t>(std::count(text.begin(), text.end(), quote));
-}
-
 } // namespace
 
-bool ColumnValueAsString(const DbTableColumnValue& cell, std::string& sql)
+bool ColumnValueAsString(const DbTableColumnValue& cell, StatementText& sql)
 {
     try {
         return AppendLiteral(sql, cell);
@@ -121,8 +117,9 @@ bool ColumnValueAsString(const DbTableColumnValue& cell, std::string& sql)
 std::size_t ColumnValueSize(const DbTableColumnValue& cell)
 {
     constexpr std::size_t QuotationMarks = 2;
+    constexpr std::size_t BytesPerQuote = 64; // a text holds one now and then
     if (const auto* text = ValueOf<std::string>(cell)) {
-        return text->size() + CountOf(*text, '\'') + CountOf(*text, '"') + QuotationMarks;
+        return text->size() + text->size() / BytesPerQuote + QuotationMarks;
     }
     if (const auto* bytes = ValueOf<std::vector<char>>(cell)) {
         return bytes->size() + QuotationMarks;

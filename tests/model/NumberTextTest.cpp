@@ -8,6 +8,7 @@
 #include <sstream>
 #include <vector>
 
+#include "model/StatementText.h"
 #include "support/ScopedGlobalLocale.h"
 
 namespace Morvik::sql::tests {
@@ -17,9 +18,10 @@ namespace {
 template <typename Number>
 std::string Appended(Number number)
 {
-    std::string text = "=";
+    StatementText text(0);
+    text += '=';
     AppendNumber(text, number);
-    return text;
+    return text.Take();
 }
 
 template <typename Number>
@@ -41,6 +43,20 @@ void ExpectStreamedText(const std::vector<Number>& numbers)
 const std::vector<std::int32_t> Integers{0, 1, -1, 9, 10, 999, 1000, -1000, 1234567, INT32_MAX, INT32_MIN};
 const std::vector<std::uint32_t> UnsignedIntegers{0, 1, 999, 1000, 2147483648U, UINT32_MAX};
 const std::vector<double> Reals{0.0,
+                                1.0,
+                                9.999995,
+                                9.999994999,
+                                99999.95,
+                                999999.0,
+                                0.99999949,
+                                0.9999995,
+                                2.000005,
+                                1.0000005,
+                                12.5,
+                                100000.5,
+                                100001.5,
+                                7.0 / 3,
+                                -7.0 / 3,
                                 -0.0,
                                 0.1,
                                 3.14159265,
@@ -77,6 +93,18 @@ TEST(NumberTextTest, WritesWhatAStreamWritesWithADecimalCommaAndDigitGroups)
     ExpectStreamedText(Reals);
     EXPECT_EQ(Appended(std::int32_t{1234567}), "=1.234.567");
     EXPECT_EQ(Appended(0.5), "=0,5");
+}
+
+TEST(NumberTextTest, SizesAreNeverTooSmallInTheClassicLocale)
+{
+    for (const std::int32_t number : Integers) {
+        EXPECT_GE(NumberSize(number), Streamed(number).size() - 1) << number;
+        EXPECT_LE(NumberSize(number), Streamed(number).size()) << number;
+    }
+    for (const double number : Reals) {
+        EXPECT_GE(NumberSize(number), Streamed(number).size() - 1) << number;
+        EXPECT_LE(NumberSize(number), 13U) << number;
+    }
 }
 
 TEST(NumberTextTest, FollowsTheLocaleOfTheMoment)

@@ -1,0 +1,27 @@
+#include "model/StatementText.h"
+
+#include <locale>
+
+namespace Morvik::sql {
+
+StatementText::StatementText(std::size_t expectedSize)
+    : m_text(expectedSize, '\0'), m_end(m_text.data()), m_limit(m_end + expectedSize),
+      m_hasClassicNumbers(std::locale() == std::locale::classic())
+{}
+
+std::string StatementText::Take()
+{
+    m_text.resize(Size());
+    return std::move(m_text);
+}
+
+// The expected size is nearly right, so that growing by an eighth wastes little.
+void StatementText::Grow(std::size_t missing)
+{
+    const std::size_t used = Size();
+    m_text.resize(used + missing + used / 8);
+    m_end = m_text.data() + used;
+    m_limit = m_text.data() + m_text.size();
+}
+
+} // namespace Morvik::sql
