@@ -101,6 +101,16 @@ std::string PlainSqlite::Value(const std::string& sql)
     return Rows(sql).at(0).at(0);
 }
 
+PlainFailure FailureOfOpen(const std::string& path, int flags)
+{
+    sqlite3* handle = nullptr;
+    PlainFailure failure;
+    failure.code = sqlite3_open_v2(path.c_str(), &handle, flags, nullptr);
+    failure.message = failure.code != SQLITE_OK ? sqlite3_errmsg(handle) : "";
+    sqlite3_close(handle);
+    return failure;
+}
+
 PlainFailure FailureOfExec(sqlite3* handle, const std::string& sql)
 {
     char* text = nullptr;
@@ -119,6 +129,35 @@ PlainFailure FailureOfPrepare(sqlite3* handle, const std::string& sql)
     failure.message = failure.code != SQLITE_OK ? sqlite3_errmsg(handle) : "";
     sqlite3_finalize(statement);
     return failure;
+}
+
+PlainFailure FailureOfCloseWithAStatement()
+{
+    PlainSqlite plain(":memory:");
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(plain.Handle(), "SELECT 1", -1, &statement, nullptr);
+    PlainFailure failure;
+    failure.code = sqlite3_close(plain.Handle());
+    failure.message = sqlite3_errmsg(plain.Handle());
+    sqlite3_finalize(statement);
+    return failure;
+}
+
+PlainWalk LegacyWalk(sqlite3* handle, const std::string& sql)
+{
+    sqlite3_stmt* statement = nullptr;
+    const int prepared = sqlite3_prepare(handle, sql.c_str(), -1, &statement, nullptr);
+    if (prepared != SQLITE_OK) {
+        throw Failure(prepared, handle, sql);
+    }
+    PlainWalk walk;
+    while ((walk.step.code = sqlite3_step(statement)) == SQLITE_ROW) {
+        ++walk.rows;
+    }
+    walk.step.message = walk.step.code != SQLITE_DONE ? sqlite3_errmsg(handle) : "";
+    walk.finalize.code = sqlite3_finalize(statement);
+    walk.finalize.message = walk.finalize.code != SQLITE_OK ? sqlite3_errmsg(handle) : "";
+    return walk;
 }
 
 } // namespace Morvik::sql::tests

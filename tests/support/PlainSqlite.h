@@ -39,10 +39,25 @@ struct PlainFailure {
     std::string message;
 };
 
+/// What sqlite3_open_v2 answers for `path` with `flags`; nothing stays open.
+PlainFailure FailureOfOpen(const std::string& path, int flags);
+
 /// What sqlite3_exec answers for `sql` on a connection.
 PlainFailure FailureOfExec(sqlite3* handle, const std::string& sql);
 
 /// What the legacy sqlite3_prepare answers for `sql` on a connection.
 PlainFailure FailureOfPrepare(sqlite3* handle, const std::string& sql);
+
+/// What sqlite3_close answers while a statement of the connection is not finalized.
+PlainFailure FailureOfCloseWithAStatement();
+
+/// A walk through a query by the legacy interface, to its end or its first failure.
+struct PlainWalk {
+    int rows = 0;
+    PlainFailure step;
+    PlainFailure finalize;
+};
+
+PlainWalk LegacyWalk(sqlite3* handle, const std::string& sql);
 
 } // namespace Morvik::sql::tests

@@ -37,8 +37,10 @@ public:
     std::vector<std::string> Executed() const;
 
     /// Makes the next call of `function` return `result` (0 for a null pointer). With `forward` the real call is made
-    /// first and only its result is replaced. Proves itself: Pending() stays true until it happened.
-    void ReplaceNextResult(const std::string& function, int result, bool forward);
+    /// first and only its result is replaced; without, an open or a prepare hands back null. The first `skipped` calls
+    /// of the function pass unchanged. Several functions may wait for theirs at once. Proves itself: Pending() stays
+    /// true until every one of them happened.
+    void ReplaceNextResult(const std::string& function, int result, bool forward, int skipped = 0);
     bool Pending() const;
 };
 

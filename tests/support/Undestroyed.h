@@ -1,0 +1,30 @@
+#pragma once
+
+namespace Morvik::sql::tests {
+
+/// An object whose destructor never runs. Connections and cursors that were moved from may not be destroyed, so this is
+/// what a test moves from; whatever it holds otherwise is leaked.
+///
+///     Undestroyed<SqlTable> source(database);
+///     SqlTable table(std::move(*source));
+template <typename T>
+class Undestroyed {
+public:
+    template <typename... Arguments>
+    explicit Undestroyed(Arguments&... arguments) : m_object(arguments...)
+    {}
+    ~Undestroyed() {} // NOLINT(modernize-use-equals-default): that would be deleted for T's sake
+
+    Undestroyed(const Undestroyed&) = delete;
+    Undestroyed& operator=(const Undestroyed&) = delete;
+
+    T& operator*() { return m_object; }
+    T* operator->() { return &m_object; }
+
+private:
+    union {
+        T m_object;
+    };
+};
+
+} // namespace Morvik::sql::tests
