@@ -1,0 +1,187 @@
+#include <sql/SqlDatabase.h>
+
+#include <sql/SqlCommand.h>
+
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "support/HasRecord.h"
+#include "support/PlainSqlite.h"
+#include "support/ScopedPermissions.h"
+#include "support/TemporaryDirectory.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int ForWriting = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+
+std::string ContentOf(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Files that SQLite refuses, at once or when they are first used. Whatever it answers is passed on, and nothing that
+// was there is lost.
+class SqlDatabaseBadFileTest : public testing::Test {
+protected:
+    void MakeTableWithOneRow() { PlainSqlite(path).Execute("CREATE TABLE t(a); INSERT INTO t VALUES (7)"); }
+    std::string CountedRows() const { return PlainSqlite(path).Value("SELECT count(*) || ':' || max(a) FROM t"); }
+
+    const TemporaryDirectory directory;
+    const std::string path = directory.File("test.db");
+    SqlDatabase database;
+};
+
+TEST_F(SqlDatabaseBadFileTest, MissingFileIsNotCreatedForReading)
+{
+    const bool opened = database.Open(path, true);
+
+    EXPECT_FALSE(opened);
+    EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(path, SQLITE_OPEN_READONLY).message));
+    EXPECT_FALSE(fs::exists(path));
+}
+
+TEST_F(SqlDatabaseBadFileTest, FileInPlaceOfTheDirectoryIsLeftToSqliteToRefuse)
+{
+    std::ofstream(directory.File("file")) << "content";
+
+    const bool opened = database.Open(directory.File("file/test.db"), false);
+
+    EXPECT_FALSE(opened);
+    EXPECT_THAT(database,
+                HasRecord(SQLITE_CANTOPEN, FailureOfOpen(directory.File("file/test.db"), ForWriting).message));
+    EXPECT_NE(database.GetLastErrorMsg(), "");
+    EXPECT_FALSE(database.IsOpen());
+    EXPECT_EQ(ContentOf(directory.File("file")), "content");
+}
+
+TEST_F(SqlDatabaseBadFileTest, DirectoryIsNoDatabase)
+{
+    fs::create_directory(path);
+    const PlainFailure plain = FailureOfOpen(path, ForWriting);
+
+    const bool opened = database.Open(path, false);
+
+    EXPECT_FALSE(opened);
+    EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, plain.message));
+    EXPECT_EQ(plain.code, SQLITE_CANTOPEN);
+    EXPECT_TRUE(fs::is_empty(path));
+}
+
+TEST_F(SqlDatabaseBadFileTest, PathThatEndsInASeparatorCreatesTheDirectoryAndNoFile)
+{
+    const bool opened = database.Open(path + "/", false);
+
+    EXPECT_FALSE(opened);
+    EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(path + "/", ForWriting).message));
+    EXPECT_TRUE(fs::is_directory(path));
+}
+
+TEST_F(SqlDatabaseBadFileTest, FileWithoutPermissionIsNotOpenedAndNotChanged)
+{
+    MakeTableWithOneRow();
+    OpenToEverybody(directory.Path());
+    {
+        const ScopedPermissions locked(path, fs::perms::none);
+
+        EXPECT_FALSE(database.Open(path, false));
+        EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(path, ForWriting).message));
+        EXPECT_FALSE(database.Open(path, true));
+        EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(path, SQLITE_OPEN_READONLY).message));
+    }
+    EXPECT_EQ(CountedRows(), "'1:7'");
+}
+
+TEST_F(SqlDatabaseBadFileTest, FileThatMayOnlyBeReadRefusesTheFirstWrite)
+{
+    MakeTableWithOneRow();
+    OpenToEverybody(directory.Path());
+    {
+        const ScopedPermissions readable(path, ReadableFile);
+        const bool opened = database.Open(path, false);
+        SqlCommand command(database);
+
+        EXPECT_TRUE(opened);
+        EXPECT_THAT(database, HasRecord(0, ""));
+        EXPECT_FALSE(command.Execute("INSERT INTO t VALUES (8)"));
+        EXPECT_THAT(command, HasRecord(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
+    }
+    EXPECT_EQ(CountedRows(), "'1:7'");
+}
+
+TEST_F(SqlDatabaseBadFileTest, ConnectionForReadingRefusesEveryWriteAndStaysUsable)
+{
+    MakeTableWithOneRow();
+    database.Open(path, true);
+    SqlCommand command(database);
+
+    for (const char* sql : {"INSERT INTO t VALUES (8)", "DELETE FROM t", "DROP TABLE t", "CREATE TABLE u(a)"}) {
+        EXPECT_FALSE(command.Execute(sql)) << sql;
+        EXPECT_THAT(command, HasRecord(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY))) << sql;
+    }
+
+    EXPECT_TRUE(command.Execute("SELECT * FROM t"));
+    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_TRUE(database.Close());
+    EXPECT_EQ(CountedRows(), "'1:7'");
+}
+
+TEST_F(SqlDatabaseBadFileTest, FileThatIsNoDatabaseIsRefusedAtItsFirstUse)
+{
+    const std::string content(4096, 'x');
+    std::ofstream(path, std::ios::binary) << content;
+
+    const bool opened = database.Open(path, false);
+    SqlCommand command(database);
+
+    EXPECT_TRUE(opened);
+    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_FALSE(command.Execute("CREATE TABLE t(a)"));
+    EXPECT_THAT(command, HasRecord(SQLITE_NOTADB, sqlite3_errstr(SQLITE_NOTADB)));
+    EXPECT_TRUE(database.Close());
+    EXPECT_EQ(ContentOf(path), content);
+}
+
+TEST_F(SqlDatabaseBadFileTest, DatabaseLockedByAnotherConnectionOpensAndRefusesUse)
+{
+    MakeTableWithOneRow();
+    PlainSqlite other(path);
+    other.Execute("BEGIN EXCLUSIVE; INSERT INTO t VALUES (8)");
+
+    const bool opened = database.Open(path, false);
+    SqlCommand command(database);
+
+    EXPECT_TRUE(opened);
+    EXPECT_FALSE(command.Execute("INSERT INTO t VALUES (9)"));
+    EXPECT_THAT(command, HasRecord(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
+    EXPECT_FALSE(command.Execute("SELECT * FROM t"));
+    EXPECT_THAT(command, HasRecord(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
+
+    other.Execute("COMMIT");
+    EXPECT_TRUE(command.Execute("INSERT INTO t VALUES (9)"));
+    EXPECT_THAT(command, HasRecord(0, ""));
+    EXPECT_EQ(CountedRows(), "'3:9'");
+}
+
+TEST_F(SqlDatabaseBadFileTest, PathIsReadUpToItsFirstZeroByte)
+{
+    using namespace std::string_literals;
+
+    const bool opened = database.Open(path + "\0tail"s, false);
+
+    EXPECT_TRUE(opened);
+    EXPECT_TRUE(fs::is_regular_file(path));
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests

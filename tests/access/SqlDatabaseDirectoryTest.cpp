@@ -1,0 +1,98 @@
+#include <sql/SqlDatabase.h>
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "support/HasRecord.h"
+#include "support/RecordedSqlite.h"
+#include "support/ScopedPermissions.h"
+#include "support/TemporaryDirectory.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::IsEmpty;
+
+// Parent directories that can be neither found nor created.
+class SqlDatabaseDirectoryTest : public testing::Test {
+protected:
+    // The failure of the directory step, which is told from SQLite's by its message and by SQLite not being asked.
+    static void ExpectNoDirectoryFor(const std::string& path)
+    {
+        for (const bool readOnly : {false, true}) {
+            SqlDatabase database;
+            const RecordedSqlite sqlite;
+
+            const bool opened = database.Open(path, readOnly);
+
+            EXPECT_FALSE(opened);
+            EXPECT_THAT(database, HasRecord(111, "Create directory failed: " + path));
+            EXPECT_FALSE(database.IsOpen());
+            EXPECT_THAT(sqlite.Calls(), IsEmpty());
+        }
+    }
+
+    const TemporaryDirectory directory;
+};
+
+TEST_F(SqlDatabaseDirectoryTest, FileAmongTheAncestorsLeavesNoDirectoryToCreate)
+{
+    std::ofstream(directory.File("file")) << "content";
+
+    ExpectNoDirectoryFor(directory.File("file/sub/new.db"));
+
+    EXPECT_EQ(fs::file_size(directory.File("file")), 7U);
+}
+
+TEST_F(SqlDatabaseDirectoryTest, DirectoryThatNobodyMayCreateIsReportedWithTheWholePath)
+{
+    ExpectNoDirectoryFor("/proc/self/missing/new.db");
+}
+
+TEST_F(SqlDatabaseDirectoryTest, DirectoryThatCannotBeInspectedIsReportedWithTheWholePath)
+{
+    fs::create_symlink("loop", directory.Path() / "loop");
+
+    ExpectNoDirectoryFor(directory.File("loop/new.db"));
+    ExpectNoDirectoryFor(directory.File(std::string(300, 'x') + "/new.db"));
+}
+
+TEST_F(SqlDatabaseDirectoryTest, DirectoryWithoutPermissionCannotBeInspected)
+{
+    OpenToEverybody(directory.Path());
+    fs::create_directory(directory.Path() / "locked");
+    const ScopedPermissions locked(directory.Path() / "locked", fs::perms::none);
+
+    ExpectNoDirectoryFor(directory.File("locked/sub/new.db"));
+}
+
+TEST_F(SqlDatabaseDirectoryTest, DirectoryWithoutPermissionCannotBeCreated)
+{
+    OpenToEverybody(directory.Path());
+    {
+        const ScopedPermissions readable(directory.Path(), ReadableDirectory);
+        ExpectNoDirectoryFor(directory.File("sub/new.db"));
+    }
+    EXPECT_TRUE(fs::is_empty(directory.Path()));
+}
+
+TEST_F(SqlDatabaseDirectoryTest, OpenAfterAFailedDirectoryStepSucceeds)
+{
+    SqlDatabase database;
+    database.Open("/proc/self/missing/new.db", false);
+    ASSERT_EQ(database.GetLastError(), 111);
+
+    const bool opened = database.Open(directory.File("new.db"), false);
+
+    EXPECT_TRUE(opened);
+    EXPECT_THAT(database, HasRecord(0, ""));
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests
