@@ -1,0 +1,182 @@
+#include <sql/SqlCommand.h>
+
+#include <sql/SqlDatabase.h>
+
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+
+#include <limits>
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "support/HasRecord.h"
+#include "support/RecordedSqlite.h"
+#include "support/WithOpenDatabase.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+using namespace std::string_view_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class SqlCommandColumnTest : public WithOpenDatabase {
+protected:
+    void StepTo(const std::string& sql)
+    {
+        ASSERT_TRUE(command.Prepare(sql));
+        ASSERT_TRUE(command.Step());
+        ASSERT_TRUE(command.HasRowData());
+    }
+
+    SqlCommand command{database};
+};
+
+TEST_F(SqlCommandColumnTest, ReadsPassTheIndexAndLeaveTheRecord)
+{
+    StepTo("SELECT 10, 11, 12, 13");
+    const RecordedSqlite sqlite;
+
+    EXPECT_EQ(command.ColumnCount(), 4);
+    EXPECT_FALSE(command.ColumnIsNull(0));
+    EXPECT_EQ(command.ColumnInt(1), 11);
+    EXPECT_EQ(command.ColumnInt64(2), 12);
+    EXPECT_EQ(command.ColumnDouble(3), 13.0);
+
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_count()", "sqlite3_column_type(0)", "sqlite3_column_int(1)",
+                                            "sqlite3_column_int64(2)", "sqlite3_column_double(3)"));
+    EXPECT_THAT(command, HasRecord(SQLITE_ROW, ""));
+}
+
+TEST_F(SqlCommandColumnTest, BytesAreCountedBeforeTextAndBlob)
+{
+    StepTo("SELECT 'ab', x'0102'");
+    const RecordedSqlite sqlite;
+
+    EXPECT_EQ(command.ColumnText(0), "ab");
+    EXPECT_THAT(command.ColumnBlob(1), ElementsAre(1, 2));
+
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_bytes(0)", "sqlite3_column_text(0)",
+                                            "sqlite3_column_bytes(1)", "sqlite3_column_blob(1)"));
+    EXPECT_THAT(command, HasRecord(SQLITE_ROW, ""));
+}
+
+TEST_F(SqlCommandColumnTest, OnlyNullIsNull)
+{
+    StepTo("SELECT NULL, 0, 0.0, '', x''");
+
+    EXPECT_TRUE(command.ColumnIsNull(0));
+    for (int column = 1; column < 5; ++column) {
+        EXPECT_FALSE(command.ColumnIsNull(column)) << column;
+    }
+    EXPECT_TRUE(command.ColumnIsNull(5)) << "SQLite answers NULL for a column that is not there";
+    EXPECT_THAT(command, HasRecord(SQLITE_ROW, ""));
+}
+
+TEST_F(SqlCommandColumnTest, IntegersKeepTheirWidth)
+{
+    StepTo("SELECT -2147483648, 2147483647, 5000000000, 9007199254740993, -9223372036854775807 - 1");
+
+    EXPECT_EQ(command.ColumnInt(0), std::numeric_limits<int>::min());
+    EXPECT_EQ(command.ColumnInt(1), std::numeric_limits<int>::max());
+    EXPECT_EQ(command.ColumnInt(2), 705032704) << "the low 32 bits";
+    EXPECT_EQ(command.ColumnInt64(2), 5000000000);
+    EXPECT_EQ(command.ColumnInt64(3), 9007199254740993);
+    EXPECT_EQ(command.ColumnInt64(4), std::numeric_limits<long long>::min());
+}
+
+TEST_F(SqlCommandColumnTest, RealsAreReadAsTheyAre)
+{
+    StepTo("SELECT 0.5, -1048576.125, 9e999");
+
+    EXPECT_EQ(command.ColumnDouble(0), 0.5);
+    EXPECT_EQ(command.ColumnDouble(1), -1048576.125);
+    EXPECT_EQ(command.ColumnDouble(2), std::numeric_limits<double>::infinity());
+}
+
+TEST_F(SqlCommandColumnTest, SqliteConvertsBetweenStorageClasses)
+{
+    StepTo("SELECT '12abc', 1.5, NULL, x'3132', 12");
+
+    EXPECT_EQ(command.ColumnInt(0), 12);
+    EXPECT_EQ(command.ColumnInt64(1), 1);
+    EXPECT_EQ(command.ColumnDouble(2), 0.0);
+    EXPECT_EQ(command.ColumnText(3), "12");
+    EXPECT_EQ(command.ColumnText(4), "12");
+    EXPECT_EQ(command.ColumnText(1), "1.5");
+}
+
+TEST_F(SqlCommandColumnTest, TextHoldsExactlyItsBytes)
+{
+    StepTo("SELECT 'a' || char(0) || 'b', 'it''s', CAST(x'FF80' AS TEXT), char(0)");
+
+    EXPECT_EQ(command.ColumnText(0), "a\0b"sv);
+    EXPECT_EQ(command.ColumnText(1), "it's");
+    EXPECT_EQ(command.ColumnText(2), "\xFF\x80");
+    EXPECT_EQ(command.ColumnText(3), "\0"sv);
+}
+
+TEST_F(SqlCommandColumnTest, EmptyTextAndNullAreEmpty)
+{
+    StepTo("SELECT '', NULL, x''");
+    const RecordedSqlite sqlite;
+
+    EXPECT_EQ(command.ColumnText(0), "");
+    EXPECT_EQ(command.ColumnText(1), "");
+    EXPECT_EQ(command.ColumnText(2), "");
+
+    EXPECT_THAT(sqlite.CallsOf("sqlite3_column_text"), IsEmpty());
+}
+
+TEST_F(SqlCommandColumnTest, BlobIsAViewOfSqlitesBytes)
+{
+    StepTo("SELECT x'00FF00', 'ab'");
+
+    EXPECT_THAT(command.ColumnBlob(0), ElementsAre(0x00, 0xFF, 0x00));
+    sqlite3_stmt* const statement = sqlite3_next_stmt(database.GetNativeDatabaseInstance<sqlite3>(), nullptr);
+    EXPECT_EQ(command.ColumnBlob(0).data(), sqlite3_column_blob(statement, 0));
+    EXPECT_THAT(command.ColumnBlob(1), ElementsAre('a', 'b'));
+}
+
+TEST_F(SqlCommandColumnTest, EmptyBlobAndNullAreAnEmptyViewWithoutData)
+{
+    StepTo("SELECT x'', NULL, '', zeroblob(0)");
+    const RecordedSqlite sqlite;
+
+    for (int column = 0; column < 4; ++column) {
+        EXPECT_EQ(command.ColumnBlob(column).data(), nullptr) << column;
+        EXPECT_EQ(command.ColumnBlob(column).size(), 0U) << column;
+    }
+    EXPECT_THAT(sqlite.CallsOf("sqlite3_column_blob"), IsEmpty());
+}
+
+// Asked for in the other order, the blob would be two bytes a letter and the count that of the converted text.
+TEST_F(SqlCommandColumnTest, TextOfAUtf16DatabaseIsReadAsUtf8)
+{
+    ASSERT_TRUE(command.Execute("PRAGMA encoding = 'UTF-16'; CREATE TABLE t(a); INSERT INTO t VALUES ('abc')"));
+    StepTo("SELECT a, a FROM t");
+
+    EXPECT_THAT(command.ColumnBlob(0), ElementsAre('a', 'b', 'c'));
+    EXPECT_EQ(command.ColumnText(1), "abc");
+}
+
+TEST_F(SqlCommandColumnTest, BytesThatCannotBeHandedOutAreOutOfMemory)
+{
+    StepTo("SELECT 'ab', x'0102'");
+    RecordedSqlite sqlite;
+
+    sqlite.ReplaceNextResult("sqlite3_column_text", 0, false);
+    EXPECT_THROW(command.ColumnText(0), std::bad_alloc);
+    sqlite.ReplaceNextResult("sqlite3_column_blob", 0, false);
+    EXPECT_THROW(command.ColumnBlob(1), std::bad_alloc);
+
+    EXPECT_FALSE(sqlite.Pending());
+    EXPECT_THAT(command, HasRecord(SQLITE_ROW, ""));
+    EXPECT_EQ(command.ColumnText(0), "ab");
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests
