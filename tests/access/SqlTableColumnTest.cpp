@@ -1,0 +1,224 @@
+#include <sql/SqlTable.h>
+
+#include <sql/SqlDatabase.h>
+
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+
+#include <cstring>
+#include <limits>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include "support/HasRecord.h"
+#include "support/RecordedSqlite.h"
+#include "support/WithOpenDatabase.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+using namespace std::string_literals;
+using testing::ElementsAre;
+
+class SqlTableColumnTest : public WithOpenDatabase {
+protected:
+    void ReadRow(const std::string& sql)
+    {
+        ASSERT_TRUE(table.Open(sql));
+        ASSERT_TRUE(table.ReadNext());
+    }
+
+    sqlite3_stmt* Statement() { return sqlite3_next_stmt(database.GetNativeDatabaseInstance<sqlite3>(), nullptr); }
+
+    const SqlTable table{database};
+};
+
+TEST_F(SqlTableColumnTest, EveryReadMakesOneCallAndLeavesTheRecord)
+{
+    ReadRow("SELECT 'abc', 11, 12, 'text', x'01', 15");
+    const RecordedSqlite sqlite;
+
+    EXPECT_EQ(table.GetLength(0), 3);
+    EXPECT_EQ(table.GetInteger(1), 11);
+    EXPECT_EQ(table.GetInt64(2), 12);
+    EXPECT_EQ(table.GetText(3), "text");
+    EXPECT_NE(table.GetBlob(4), nullptr);
+    EXPECT_NE(table.GetValue(5).ValueInstance(), nullptr);
+
+    EXPECT_THAT(sqlite.Calls(),
+                ElementsAre("sqlite3_column_bytes(0)", "sqlite3_column_int(1)", "sqlite3_column_int64(2)",
+                            "sqlite3_column_text(3)", "sqlite3_column_blob(4)", "sqlite3_column_value(5)"));
+    EXPECT_THAT(table, HasRecord(SQLITE_ROW, ""));
+}
+
+TEST_F(SqlTableColumnTest, ColumnsAreCountedWhileAQueryIsHeld)
+{
+    table.Open("SELECT 1, 2, 3");
+    const RecordedSqlite sqlite;
+
+    EXPECT_EQ(table.Columns(), 3);
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_count()"));
+    EXPECT_THAT(table, HasRecord(0, ""));
+}
+
+TEST_F(SqlTableColumnTest, NumbersKeepTheirWidth)
+{
+    ReadRow("SELECT -2147483648, 2147483647, 5000000000, 9007199254740993, -9223372036854775807 - 1, NULL, '12abc'");
+
+    EXPECT_EQ(table.GetInteger(0), std::numeric_limits<int>::min());
+    EXPECT_EQ(table.GetInteger(1), std::numeric_limits<int>::max());
+    EXPECT_EQ(table.GetInteger(2), 705032704) << "the low 32 bits";
+    EXPECT_EQ(table.GetInt64(2), 5000000000);
+    EXPECT_EQ(table.GetInt64(3), 9007199254740993);
+    EXPECT_EQ(table.GetInt64(4), std::numeric_limits<long long>::min());
+    EXPECT_EQ(table.GetInteger(5), 0);
+    EXPECT_EQ(table.GetInt64(6), 12);
+}
+
+TEST_F(SqlTableColumnTest, TextEndsAtItsFirstZeroByteAndTheLengthDoesNot)
+{
+    ReadRow("SELECT 'ab' || char(0) || 'cd', '', char(0), CAST(x'FF80' AS TEXT), 12");
+
+    EXPECT_EQ(table.GetText(0), "ab");
+    EXPECT_EQ(table.GetLength(0), 5);
+    EXPECT_EQ(table.GetText(1), "");
+    EXPECT_EQ(table.GetText(2), "");
+    EXPECT_EQ(table.GetText(3), "\xFF\x80");
+    EXPECT_EQ(table.GetText(4), "12");
+}
+
+TEST_F(SqlTableColumnTest, BlobIsSqlitesOwn)
+{
+    ReadRow("SELECT x'00FF00', x'', NULL");
+
+    ASSERT_EQ(table.GetBlob(0), sqlite3_column_blob(Statement(), 0));
+    EXPECT_EQ(table.GetLength(0), 3);
+    EXPECT_EQ(std::memcmp(table.GetBlob(0), "\x00\xFF\x00", 3), 0);
+    EXPECT_EQ(table.GetBlob(1), nullptr);
+    EXPECT_EQ(table.GetBlob(2), nullptr);
+    EXPECT_EQ(table.GetLength(2), 0);
+}
+
+TEST_F(SqlTableColumnTest, TextOfNullIsALogicError)
+{
+    ReadRow("SELECT NULL");
+
+    EXPECT_THROW(table.GetText(0), std::logic_error);
+    EXPECT_THAT(table, HasRecord(SQLITE_ROW, ""));
+}
+
+TEST_F(SqlTableColumnTest, TextThatCannotBeHandedOutIsOutOfMemory)
+{
+    ReadRow("SELECT 'text'");
+    RecordedSqlite sqlite;
+    sqlite.ReplaceNextResult("sqlite3_column_text", 0, false);
+
+    EXPECT_THROW(table.GetText(0), std::bad_alloc);
+
+    EXPECT_FALSE(sqlite.Pending());
+    EXPECT_EQ(table.GetText(0), "text");
+}
+
+TEST_F(SqlTableColumnTest, IndexOutOfRangeIsPassedToSqliteUnchecked)
+{
+    ReadRow("SELECT 1");
+    const RecordedSqlite sqlite;
+
+    EXPECT_EQ(table.GetInteger(7), 0);
+    EXPECT_EQ(table.GetInt64(-1), 0);
+
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_int(7)", "sqlite3_column_int64(-1)"));
+    EXPECT_THAT(table, HasRecord(SQLITE_ROW, ""));
+}
+
+TEST_F(SqlTableColumnTest, ReadsOfAClosedCursorArePassedToSqliteUnchecked)
+{
+    const RecordedSqlite sqlite;
+
+    EXPECT_EQ(table.GetInteger(0), 0);
+    EXPECT_EQ(table.GetLength(0), 0);
+    EXPECT_EQ(table.GetBlob(0), nullptr);
+
+    EXPECT_THAT(sqlite.Calls(),
+                ElementsAre("sqlite3_column_int(0)", "sqlite3_column_bytes(0)", "sqlite3_column_blob(0)"));
+    EXPECT_THAT(table, HasRecord(0, ""));
+}
+
+TEST_F(SqlTableColumnTest, ValueWrapsTheColumnOfTheStatement)
+{
+    ReadRow("SELECT 10, 11");
+
+    EXPECT_EQ(table.GetValue(1).ValueInstance(), sqlite3_column_value(Statement(), 1));
+    EXPECT_EQ(table[1].ValueInstance(), table.GetValue(1).ValueInstance());
+    EXPECT_EQ(table[0].GetValue<int>(), 10);
+    EXPECT_EQ(table[1].GetValue<int>(), 11);
+}
+
+TEST_F(SqlTableColumnTest, NameIsLookedUpColumnByColumn)
+{
+    ReadRow("SELECT 10 AS id, 11 AS name, 12 AS size");
+    const RecordedSqlite sqlite;
+
+    EXPECT_EQ(table["name"].GetValue<int>(), 11);
+
+    EXPECT_THAT(sqlite.Calls(),
+                ElementsAre("sqlite3_column_count()", "sqlite3_column_name(0)", "sqlite3_column_name(1)",
+                            "sqlite3_column_value(1)", "sqlite3_value_int()"));
+    EXPECT_THAT(table, HasRecord(SQLITE_ROW, ""));
+}
+
+TEST_F(SqlTableColumnTest, NameMatchesExactlyItsBytes)
+{
+    ReadRow("SELECT 10 AS id, 11 AS ' id', 12 AS '', 13 AS \"\xC3\xA4\"");
+
+    EXPECT_EQ(table["id"].GetValue<int>(), 10);
+    EXPECT_EQ(table[" id"].GetValue<int>(), 11);
+    EXPECT_EQ(table[""].GetValue<int>(), 12);
+    EXPECT_EQ(table["\xC3\xA4"].GetValue<int>(), 13);
+    for (const std::string& name : {"ID"s, "Id"s, "i"s, "idx"s, "id "s, "id\0"s, "\0"s, "\xC3\x84"s}) {
+        EXPECT_EQ(table[name].ValueInstance(), nullptr) << name;
+    }
+}
+
+TEST_F(SqlTableColumnTest, FirstOfTwoColumnsOfOneNameWins)
+{
+    ReadRow("SELECT 10 AS other, 11 AS id, 12 AS id");
+
+    EXPECT_EQ(table["id"].GetValue<int>(), 11);
+}
+
+TEST_F(SqlTableColumnTest, ColumnWhoseNameIsNotThereIsSkipped)
+{
+    ReadRow("SELECT 10 AS id, 11 AS id");
+    RecordedSqlite sqlite;
+    sqlite.ReplaceNextResult("sqlite3_column_name", 0, false);
+
+    EXPECT_EQ(table["id"].GetValue<int>(), 11);
+
+    EXPECT_FALSE(sqlite.Pending());
+}
+
+TEST_F(SqlTableColumnTest, UnknownNameGivesAValueWithoutAnInstanceAndLeavesTheRecord)
+{
+    ReadRow("SELECT 10 AS id");
+
+    SqlValue value = table["ID"];
+
+    EXPECT_EQ(value.GetValueType(), -1);
+    EXPECT_THAT(value, HasRecord(0, ""));
+    EXPECT_EQ(value.GetValue<int>(), 0);
+    EXPECT_THAT(value, HasRecord(112, "No value instance exists."));
+    EXPECT_THAT(table, HasRecord(SQLITE_ROW, ""));
+}
+
+TEST_F(SqlTableColumnTest, LookupOnAClosedCursorFindsNothing)
+{
+    EXPECT_EQ(table["id"].ValueInstance(), nullptr);
+    EXPECT_THAT(table, HasRecord(0, ""));
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests
