@@ -1,0 +1,140 @@
+#include <gmock/gmock.h>
+
+#include <string>
+
+#include "support/Cells.h"
+#include "support/OpenFacade.h"
+#include "support/RecordedSqlite.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// What ends a walk, and what leaves it where it is.
+
+class DatabaseApiCursorEndTest : public OpenFacade {
+protected:
+    DatabaseApiCursorEndTest()
+    {
+        EXPECT_TRUE(database.Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, 'one'), (2, 'two')"));
+    }
+
+    DbTableRowValues row;
+};
+
+TEST_F(DatabaseApiCursorEndTest, NewQueryEndsTheOneBefore)
+{
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+    ASSERT_TRUE(database.ReadNextRow(row));
+    const RecordedSqlite sqlite;
+
+    EXPECT_TRUE(database.SqlQueryBegin("SELECT b FROM t"));
+
+    EXPECT_THAT(sqlite.Calls(),
+                ElementsAre("sqlite3_finalize(statement)", "sqlite3_prepare(handle, SELECT b FROM t, -1)"));
+    EXPECT_TRUE(database.ReadNextRow(row));
+    EXPECT_THAT(CellTexts(row), ElementsAre("0:Text string(one)"));
+}
+
+TEST_F(DatabaseApiCursorEndTest, RejectedQueryEndsTheOneBeforeAndEmptiesTheCurrentRow)
+{
+    const PlainFailure plain = FailureOfPrepare(PlainSqlite(path).Handle(), "SELECT missing FROM t");
+    ASSERT_NE(plain.code, 0);
+
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+    const DbTableRowValues& current = *database.begin();
+    ASSERT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
+    EXPECT_FALSE(database.SqlQueryBegin(""));
+    EXPECT_THAT(database, HasRecord(112, "Missing query SQL statement."));
+    EXPECT_THAT(current.cells, IsEmpty());
+    EXPECT_FALSE(database.ReadNextRow(row));
+    EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+    ASSERT_NE(database.begin(), database.end());
+    EXPECT_FALSE(database.SqlQueryBegin("SELECT missing FROM t"));
+    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(current.cells, IsEmpty());
+    EXPECT_FALSE(database.ReadNextRow(row));
+    EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+    EXPECT_TRUE(database.CloseDatabase());
+}
+
+TEST_F(DatabaseApiCursorEndTest, SuccessfulQueryEmptiesTheCurrentRow)
+{
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+    const DbTableRowValues& current = *database.begin();
+    ASSERT_FALSE(current.cells.empty());
+
+    EXPECT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+
+    EXPECT_THAT(current.cells, IsEmpty());
+}
+
+TEST_F(DatabaseApiCursorEndTest, CloseReadTableReleasesTheQueryAndLeavesTheCurrentRow)
+{
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+    const DbTableRowValues& current = *database.begin();
+    FailWithMissingCommand();
+    const RecordedSqlite sqlite;
+
+    EXPECT_TRUE(database.CloseReadTable());
+
+    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)"));
+    EXPECT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
+    EXPECT_FALSE(database.ReadNextRow(row));
+    EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+}
+
+TEST_F(DatabaseApiCursorEndTest, CloseReadTableWithoutAQuerySucceeds)
+{
+    FailWithMissingCommand();
+    const RecordedSqlite sqlite;
+
+    EXPECT_TRUE(database.CloseReadTable());
+
+    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(sqlite.Calls(), IsEmpty());
+}
+
+TEST_F(DatabaseApiCursorEndTest, WholeReadEndsTheQueryAndTheNextFetchContinuesOnTheReadsStatement)
+{
+    DbTableData data;
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+    const DbTableRowValues& current = *database.begin();
+
+    EXPECT_TRUE(database.ReadValues("SELECT b FROM t", data));
+
+    EXPECT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
+    EXPECT_TRUE(database.ReadNextRow(row)) << "a finished statement starts over";
+    EXPECT_THAT(CellTexts(row), ElementsAre("0:Text string(one)"));
+    EXPECT_TRUE(database.ReadNextRow(row));
+    EXPECT_FALSE(database.ReadNextRow(row));
+    EXPECT_THAT(database, HasRecord(0, ""));
+}
+
+TEST_F(DatabaseApiCursorEndTest, OtherOperationsLeaveTheQueryWhereItWas)
+{
+    int result = -1;
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+    ASSERT_TRUE(database.ReadNextRow(row));
+
+    EXPECT_TRUE(database.Execute("CREATE TABLE IF NOT EXISTS t (a)"));
+    EXPECT_TRUE(database.ExistsTable("t", result));
+    EXPECT_TRUE(database.UpdateTableValues("t", {{"b"}, {{{TextCell("new")}}}}, "WHERE a=1"));
+    EXPECT_TRUE(database.OpenDatabase(path, true));
+    EXPECT_TRUE(database.PrepareStatement("SELECT 1").Step());
+    EXPECT_FALSE(database.CloseDatabase());
+    EXPECT_TRUE(database.Execute("SELECT 1"));
+
+    EXPECT_TRUE(database.ReadNextRow(row));
+    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)"));
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests

@@ -1,0 +1,82 @@
+#include <gmock/gmock.h>
+
+#include "support/Cells.h"
+#include "support/OpenFacade.h"
+#include "support/RecordedSqlite.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+using testing::ElementsAre;
+
+/// A column that cannot be converted: the call that fails, what it answers, and what a row's fetch records.
+struct FailureCase {
+    const char* name;
+    const char* function;
+    int result;
+    const char* message;
+};
+
+class DatabaseApiFailedConversionTest : public OpenFacade, public testing::WithParamInterface<FailureCase> {
+protected:
+    DatabaseApiFailedConversionTest()
+    {
+        EXPECT_TRUE(database.Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, 10), (2, 20), (3, 30)"));
+    }
+
+    DbTableData data;
+    DbTableRowValues row;
+};
+
+TEST_P(DatabaseApiFailedConversionTest, WholeReadKeepsTheRowsBeforeItAndEndsWithTheStepsRecord)
+{
+    RecordedSqlite sqlite;
+    sqlite.ReplaceNextResult(GetParam().function, GetParam().result, false, 3);
+
+    EXPECT_FALSE(database.ReadValues("SELECT a, b FROM t", data));
+
+    EXPECT_FALSE(sqlite.Pending());
+    EXPECT_THAT(database, HasRecord(100, ""));
+    EXPECT_FALSE(database.Succeeded());
+    EXPECT_TRUE(database.Failed());
+    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)", "1:Integer int(10)")));
+    EXPECT_EQ(sqlite.CallsOf("sqlite3_step").size(), 2U);
+}
+
+TEST_P(DatabaseApiFailedConversionTest, SingleRowKeepsTheCellsBeforeItAndTheMessage)
+{
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
+    RecordedSqlite sqlite;
+    sqlite.ReplaceNextResult(GetParam().function, GetParam().result, false, 1);
+
+    EXPECT_FALSE(database.ReadNextRow(row));
+
+    EXPECT_FALSE(sqlite.Pending());
+    EXPECT_THAT(database, HasRecord(112, GetParam().message));
+    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(1)"));
+}
+
+TEST_P(DatabaseApiFailedConversionTest, BeginReturnsTheEndWithTheMessage)
+{
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
+    RecordedSqlite sqlite;
+    sqlite.ReplaceNextResult(GetParam().function, GetParam().result, false);
+
+    EXPECT_EQ(database.begin(), database.end());
+
+    EXPECT_FALSE(sqlite.Pending());
+    EXPECT_THAT(database, HasRecord(112, GetParam().message));
+}
+
+INSTANTIATE_TEST_SUITE_P(Columns, DatabaseApiFailedConversionTest,
+                         testing::Values(FailureCase{"NoValue", "sqlite3_column_value", 0, "No value exists."},
+                                         FailureCase{"NegativeType", "sqlite3_value_type", -1, "No value exists."},
+                                         FailureCase{"TypeZero", "sqlite3_value_type", 0, "Unknown value type."},
+                                         FailureCase{"TypeSix", "sqlite3_value_type", 6, "Unknown value type."},
+                                         FailureCase{"TypeNine", "sqlite3_value_type", 9, "Unknown value type."}),
+                         [](const auto& failureCase) { return failureCase.param.name; });
+
+} // namespace
+
+} // namespace Morvik::sql::tests

@@ -1,0 +1,160 @@
+#include <gmock/gmock.h>
+
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <new>
+#include <ranges>
+#include <string>
+
+#include "support/AddressSanitizer.h"
+#include "support/LiveBytes.h"
+#include "support/OpenFacade.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+// A walk holds one row at a time, however many there are. Every row has the same size, and SQLite's own page cache is
+// kept smaller than the first rows, so that whatever grows would be the walk.
+
+constexpr int Million = 1'000'000;
+
+class DatabaseApiLongWalkTest : public OpenFacade {
+protected:
+    /// Fills the table and begins the walk through it.
+    void BeginWalk(int rows)
+    {
+        ASSERT_TRUE(database.Execute("PRAGMA synchronous = OFF; PRAGMA cache_size = 4; CREATE TABLE t (a, b);"
+                                     "WITH RECURSIVE numbers (n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM numbers "
+                                     "LIMIT " +
+                                     std::to_string(rows) +
+                                     ") INSERT INTO t SELECT n, printf('%040d', n) FROM numbers"));
+        ASSERT_TRUE(database.SqlQueryBegin(query));
+    }
+
+    const std::string query = "SELECT a, b FROM t";
+};
+
+TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryAtTheMillionthRowAsAtTheThousandth)
+{
+    std::size_t atFirst = 0;
+    std::size_t atLast = 0;
+    int rows = 0;
+    BeginWalk(Million);
+
+    for (const DbTableRowValues& row : database) {
+        ASSERT_EQ(std::get<int>(row.cells.at(0).value), ++rows);
+        if (rows == 1000) {
+            atFirst = LiveBytes();
+        } else if (rows == Million) {
+            atLast = LiveBytes();
+        }
+    }
+
+    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_EQ(rows, Million);
+    EXPECT_EQ(atLast, atFirst);
+}
+
+TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryWhenTheCallerKeepsTheRow)
+{
+    constexpr int Rows = 100'000;
+    BeginWalk(Rows);
+    DbTableRowValues row;
+    std::size_t atFirst = 0;
+
+    for (int fetch = 1; fetch <= Rows; ++fetch) {
+        ASSERT_TRUE(database.ReadNextRow(row));
+        if (fetch == 1000) {
+            atFirst = LiveBytes();
+        }
+    }
+
+    EXPECT_EQ(LiveBytes(), atFirst);
+}
+
+TEST_F(DatabaseApiLongWalkTest, WholeReadHoldsEveryRow)
+{
+    constexpr int Rows = 10'000;
+    BeginWalk(Rows);
+    DbTableData data;
+    const std::size_t before = LiveBytes();
+
+    ASSERT_TRUE(database.ReadValues(query, data));
+
+    ASSERT_EQ(data.rows.size(), std::size_t{Rows});
+    EXPECT_GT(LiveBytes(), before + Rows * (sizeof(DbTableRowValues) + 2 * sizeof(DbTableColumnValue) + 40));
+}
+
+#if !TKOSQLLITE_ADDRESS_SANITIZER
+
+/// Lets this process grow by 32 MiB more. Returns whether the system keeps to it.
+bool LimitAddressSpace()
+{
+    constexpr std::size_t Room = std::size_t{32} << 20;
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const rlim_t limit = pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + Room;
+    const rlimit limits{limit, limit};
+    if (setrlimit(RLIMIT_AS, &limits) != 0) {
+        return false;
+    }
+    void* const tooMuch = mmap(nullptr, 2 * Room, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    return tooMuch == MAP_FAILED;
+}
+
+bool AddressSpaceCanBeLimited()
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(LimitAddressSpace() ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status == 0;
+}
+
+[[noreturn]] void WalkInLittleSpace(DatabaseApi& database)
+{
+    LimitAddressSpace();
+    const auto rows = std::ranges::distance(database);
+    std::cerr << rows << " rows, code " << database.GetLastError();
+    std::_Exit(0);
+}
+
+[[noreturn]] void ReadInLittleSpace(DatabaseApi& database, const std::string& query)
+{
+    LimitAddressSpace();
+    DbTableData data;
+    try {
+        const bool read = database.ReadValues(query, data);
+        std::cerr << (read ? "all rows" : "code " + std::to_string(database.GetLastError()));
+    } catch (const std::bad_alloc&) {
+        std::cerr << "out of memory";
+    }
+    std::_Exit(0);
+}
+
+TEST_F(DatabaseApiLongWalkTest, WalksInAnAddressSpaceTooSmallForTheWholeResult)
+{
+    if (!AddressSpaceCanBeLimited()) {
+        GTEST_SKIP() << "this system does not keep to a limit of the address space (user-mode emulation does not)";
+    }
+    BeginWalk(Million);
+
+    EXPECT_EXIT(WalkInLittleSpace(database), testing::ExitedWithCode(0), "1000000 rows, code 0");
+    EXPECT_EXIT(ReadInLittleSpace(database, query), testing::ExitedWithCode(0), "out of memory|code 7");
+}
+
+#endif
+
+} // namespace
+
+} // namespace Morvik::sql::tests

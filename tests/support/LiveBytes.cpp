@@ -1,0 +1,24 @@
+#include "support/LiveBytes.h"
+
+#include "support/AddressSanitizer.h"
+
+#if TKOSQLLITE_ADDRESS_SANITIZER
+// Declared here, because gcc brings the function without its header.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+#else
+#include <malloc.h>
+#endif
+
+namespace Morvik::sql::tests {
+
+std::size_t LiveBytes()
+{
+#if TKOSQLLITE_ADDRESS_SANITIZER
+    return __sanitizer_get_current_allocated_bytes(); // mallinfo2 knows nothing of this allocator
+#else
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+#endif
+}
+
+} // namespace Morvik::sql::tests

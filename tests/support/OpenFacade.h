@@ -1,0 +1,46 @@
+#pragma once
+
+#include <sql/DatabaseApi.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/HasRecord.h"
+#include "support/PlainSqlite.h"
+#include "support/TemporaryDirectory.h"
+
+namespace Morvik::sql::tests {
+
+/// Tests with a facade open on a fresh database file of their own.
+class OpenFacade : public testing::Test {
+protected:
+    OpenFacade() { EXPECT_TRUE(database.OpenDatabase(path, false)) << database.GetLastErrorMsg(); }
+
+    /// The rows of a query, read past the library.
+    std::vector<std::vector<std::string>> PlainRows(const std::string& sql) const
+    {
+        return PlainSqlite(path).Rows(sql);
+    }
+
+    /// What plain SQLite answers for a text that it must reject.
+    PlainFailure PlainRejection(const std::string& sql) const
+    {
+        const PlainFailure failure = FailureOfExec(PlainSqlite(path).Handle(), sql);
+        EXPECT_NE(failure.code, 0) << sql;
+        return failure;
+    }
+
+    /// Leaves the record 112 "Missing command.".
+    void FailWithMissingCommand()
+    {
+        EXPECT_FALSE(database.Execute(""));
+        EXPECT_THAT(database, HasRecord(112, "Missing command."));
+    }
+
+    const TemporaryDirectory directory;
+    const std::string path = directory.File("test.db");
+    DatabaseApi database;
+};
+
+} // namespace Morvik::sql::tests
