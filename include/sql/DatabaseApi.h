@@ -85,16 +85,16 @@ public:
     SqlCommand PrepareStatement(std::string_view sql) const;
 
     /// The facade's result code: that of the last operation that wrote it.
-    int GetLastError() const noexcept;
+    int GetLastError() const;
 
     /// The facade's message. The reference is valid as long as the facade lives, its content until the next operation.
-    const std::string& GetLastErrorMsg() const noexcept;
+    const std::string& GetLastErrorMsg() const;
 
     /// True exactly when the code is 0; unlike SqlError::Succeeded(), 100 and 101 are failures here.
-    bool Succeeded() const noexcept;
+    bool Succeeded() const;
 
     /// The negation of Succeeded().
-    bool Failed() const noexcept;
+    bool Failed() const;
 
 private:
     class Impl;

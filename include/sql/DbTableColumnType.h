@@ -8,7 +8,8 @@ namespace Morvik::sql {
 /// values 1 to 5 are SQLite's numbers of its storage classes.
 ///
 /// A cell that was read from an SQL NULL carries None, never Null. A cell tagged Null has no SQL text and cannot be
-/// written; leave the column out of the written columns to store NULL.
+/// written; a column that is left out of an insert gets its default, which is NULL unless declared otherwise; to write
+/// NULL, bind it or use Execute.
 enum class DbTableColumnType : std::int32_t {
     /// No declared type; written like Integer. Also the tag of a cell read from NULL, which holds an empty text and
     /// therefore cannot be written back.

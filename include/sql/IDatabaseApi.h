@@ -67,7 +67,8 @@ public:
     /// True from a successful OpenDatabase() to a successful CloseDatabase(). Touches no error state.
     virtual bool IsOpen() const = 0;
 
-    /// Creates the table if no table of that name exists; an existing one is left unchanged, whatever its columns.
+    /// Creates the table if no table or view of that name exists; an existing one is left unchanged, whatever its
+    /// columns.
     ///
     /// Returns true with code 0. Returns false with 111 "Database isn't open.", 112 "Missing table name.", or SQLite's
     /// code and message for a definition that SQLite rejects (every definition with a foreign key, see
@@ -76,7 +77,8 @@ public:
 
     /// Returns whether a table of that name exists, letter case ignored (ASCII); `result` receives the facade's code: 0
     /// when the test ran, 112 ("Missing table name.") for an empty name, SQLite's code when the test could not run
-    /// (1 for a name holding an apostrophe, 21 on a closed database). A query in progress is left undisturbed.
+    /// (1 for a name whose apostrophes break the query, 21 and "out of memory" on a closed
+    /// database). A query in progress is left undisturbed.
     virtual bool ExistsTable(const std::string& table, int& result) const = 0;
 
     /// Deletes all rows of the table, then drops it; an absent table is a success. These are two statements: when the
@@ -96,7 +98,8 @@ public:
     /// message; statements before the failing one stay done. On a closed database: code 21 with an empty message.
     virtual bool Execute(const std::string& sql) = 0;
 
-    /// Inserts all rows of `data` with one statement, so either all of them or none. Without column names the rows give
+    /// Inserts all rows of `data` with one statement, so either all of them or none, but for rows that the keys of
+    /// DbTableConstraints tell SQLite to skip. Without column names the rows give
     /// every column of the table in its order.
     ///
     /// Returns true with code 0. Returns false with 112 "Missing table name.", or with SQLite's code and message: 19

@@ -97,7 +97,8 @@ public:
     bool Finalize();
 
     /// The number of columns of the current row; 0 when no row is available. A row is available from a Step() that
-    /// yielded one up to the next operation that stores a code (a bind, ClearBindings(), Reset(), Finalize(), Step()).
+    /// yielded one up to the next operation that stores a code (a bind, ClearBindings(), Reset(), Finalize(), Step(),
+    /// Execute()).
     int ColumnCount() const;
 
     /// True when a row is available and column `column` (from 0) holds NULL.
@@ -122,14 +123,14 @@ public:
     std::span<const unsigned char> ColumnBlob(int column) const;
 
     /// True when the record's code is 100: the last step yielded a row.
-    bool HasRowData() const noexcept;
+    bool HasRowData() const;
 
     /// The code of the last operation that wrote the record.
-    int GetLastError() const noexcept;
+    int GetLastError() const;
 
-    /// The message in the record; the reference is valid until this object is moved from or destroyed, the content
-    /// until the next operation that writes it.
-    const std::string& GetLastErrorMsg() const noexcept;
+    /// The message in the record; the reference is valid until this object is assigned to, moved from or destroyed, the
+    /// content until the next operation that writes it.
+    const std::string& GetLastErrorMsg() const;
 
 private:
     class Impl;

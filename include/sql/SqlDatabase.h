@@ -18,7 +18,7 @@ namespace Morvik::sql {
 /// A connection and everything made on it is used from one thread at a time.
 ///
 /// A moved-from SqlDatabase may only be assigned to: no operation of it may be called, and it may not be destroyed
-/// before something has been assigned to it.
+/// before something has been assigned to it. That rules out assigning from a temporary, which is destroyed at once.
 class __attribute__((visibility("default"))) SqlDatabase final {
 public:
     /// A closed connection with code 0 and an empty message.
@@ -60,19 +60,19 @@ public:
     bool Close();
 
     /// True from a successful Open() to a successful Close().
-    bool IsOpen() const noexcept;
+    bool IsOpen() const;
 
     /// SQLite's own handle of the connection, null while closed. It stays owned by this object and is valid until
     /// Close(). Only the form GetNativeDatabaseInstance<sqlite3>() exists.
     template <typename Native>
-    Native* GetNativeDatabaseInstance() noexcept = delete;
+    Native* GetNativeDatabaseInstance() = delete;
 
     /// The code of the last connection operation that wrote the record.
-    int GetLastError() const noexcept;
+    int GetLastError() const;
 
     /// The message of the last connection operation that wrote the record; the reference is valid until this object
-    /// is moved from or destroyed, the content until the next operation.
-    const std::string& GetLastErrorMsg() const noexcept;
+    /// is assigned to, moved from or destroyed, the content until the next operation.
+    const std::string& GetLastErrorMsg() const;
 
 private:
     class Impl;
@@ -81,6 +81,6 @@ private:
 };
 
 template <>
-sqlite3* SqlDatabase::GetNativeDatabaseInstance<sqlite3>() noexcept;
+__attribute__((visibility("default"))) sqlite3* SqlDatabase::GetNativeDatabaseInstance<sqlite3>();
 
 } // namespace Morvik::sql

@@ -22,35 +22,35 @@ namespace Morvik::sql {
 class __attribute__((visibility("default"))) SqlError {
 public:
     /// The code of the last recorded call; 0 in a fresh record.
-    int GetLastError() const noexcept { return m_code; }
+    int GetLastError() const { return m_code; }
 
     /// The text that belongs to the code, empty when the code needs none. The reference stays valid as long as the
     /// record lives; its content changes with the next recorded call.
-    const std::string& GetLastErrorMsg() const noexcept { return m_message; }
+    const std::string& GetLastErrorMsg() const { return m_message; }
 
     /// True exactly for the codes 0 (OK), 100 (a row is available) and 101 (no more rows).
-    bool Succeeded() const noexcept { return m_code == Ok || m_code == Row || m_code == Done; }
+    bool Succeeded() const { return m_code == Ok || m_code == Row || m_code == Done; }
 
     /// The negation of Succeeded(); a negative code counts as failed.
-    bool Failed() const noexcept { return !Succeeded(); }
+    bool Failed() const { return !Succeeded(); }
 
     /// True exactly for code 100: the last step yielded a row.
-    bool HasRowData() const noexcept { return m_code == Row; }
+    bool HasRowData() const { return m_code == Row; }
 
     /// Stores the code and empties the message, so that no success carries the text of an earlier failure.
-    void SetError(int code) noexcept
+    void SetError(int code)
     {
         m_code = code;
         m_message.clear();
     }
 
     /// Stores the message and leaves the code as it is.
-    void SetErrorMsg(std::string message) noexcept { m_message = std::move(message); }
+    void SetErrorMsg(std::string message) { m_message = std::move(message); }
 
 protected:
     /// Stores the code beside whatever message stands there. The statement class records preparing, binding,
     /// resetting and finalizing this way; callers rely on the earlier message still being readable afterwards.
-    void SetErrorKeepingMessage(int code) noexcept { m_code = code; }
+    void SetErrorKeepingMessage(int code) { m_code = code; }
 
     /// SQLite's numbers of the codes that count as success.
     static constexpr std::int32_t Ok = 0;

@@ -21,11 +21,12 @@ class SqlDatabase;
 /// Columns count from 0. Operations are const although they move the cursor, so that a cursor reached through a const
 /// reference can be walked. The cursors of one connection are used from one thread at a time.
 ///
-/// The cursor compiles with SQLite's legacy interface: a failed step reports the generic code 1 in most cases, and
-/// code 17 when the schema changed since Open().
+/// The cursor compiles with SQLite's legacy interface: a failed step reports the generic code 1 ("SQL logic error") in
+/// most cases, and Reset() or Close() then reports the specific one: 19 for a violated constraint, 17 when the schema
+/// changed since Open().
 ///
 /// A moved-from SqlTable may only be assigned to: no operation of it may be called, and it may not be destroyed
-/// before something has been assigned to it.
+/// before something has been assigned to it. That rules out assigning from a temporary, which is destroyed at once.
 class __attribute__((visibility("default"))) SqlTable final {
 public:
     /// A closed cursor on `database`; code 0 and an empty message. The connection may be opened later.
@@ -48,12 +49,13 @@ public:
     ///
     /// Returns true with code 0 and an empty message, also for a text that holds no statement (empty, blanks, a
     /// comment): IsOpen() stays false then. Returns false with SQLite's code and message when the text is rejected;
-    /// the cursor is closed afterwards. On a closed connection: code 21. If a query is still held on a closed
-    /// connection, nothing is compiled and the record tells whether it counts as succeeded.
+    /// the cursor is closed afterwards. On a closed connection: code 21 with the misleading text "out of memory". If a
+    /// query is still held on a closed connection, nothing is compiled and the record tells whether it counts as
+    /// succeeded.
     bool Open(const std::string& sql) const;
 
     /// True while a query is held, also after its last row.
-    bool IsOpen() const noexcept;
+    bool IsOpen() const;
 
     /// Advances to the next row. Returns true with code 100 and an empty message for a row. Returns false at the end
     /// of the rows with code 0 and an empty message, on a failure with SQLite's code and message, and on a closed
@@ -64,11 +66,11 @@ public:
     int Columns() const;
 
     /// Rewinds to before the first row. Returns true with code 0, and true with the record untouched on a closed
-    /// cursor. After a failed step SQLite reports that step's code once more: false with it and an empty message.
+    /// cursor. After a failed step: false with that step's specific code and an empty message.
     bool Reset() const;
 
     /// Releases the query. Returns true with code 0, and true with the record untouched on a closed cursor. After a
-    /// failed step SQLite reports that step's code once more: false with its message; the query is released anyway.
+    /// failed step: false with that step's specific code and message; the query is released anyway.
     bool Close() const;
 
     /// The length in bytes of column `column` (from 0) as text or bytes. The reads from here to GetValue() check
@@ -100,11 +102,11 @@ public:
     SqlValue operator[](const std::string& name) const;
 
     /// The code of the last cursor operation that wrote the record.
-    int GetLastError() const noexcept;
+    int GetLastError() const;
 
-    /// The message in the record; the reference is valid until this object is moved from or destroyed, the content
-    /// until the next operation that writes it.
-    const std::string& GetLastErrorMsg() const noexcept;
+    /// The message in the record; the reference is valid until this object is assigned to, moved from or destroyed, the
+    /// content until the next operation that writes it.
+    const std::string& GetLastErrorMsg() const;
 
 private:
     class Impl;

@@ -41,7 +41,7 @@ public:
     ~SqlValue() = default;
 
     /// The wrapped instance, null when there is none.
-    sqlite3_value* ValueInstance() const noexcept { return m_value; }
+    sqlite3_value* ValueInstance() const { return m_value; }
 
     /// The storage class: 1 INTEGER, 2 FLOAT, 3 TEXT, 4 BLOB, 5 NULL; -1 when nothing is wrapped.
     int GetValueType() const;

@@ -214,17 +214,17 @@ std::span<const unsigned char> SqlCommand::ColumnBlob(int column) const
     return {static_cast<const unsigned char*>(blob), static_cast<std::size_t>(bytes)};
 }
 
-bool SqlCommand::HasRowData() const noexcept
+bool SqlCommand::HasRowData() const
 {
     return m_impl->HasRowData();
 }
 
-int SqlCommand::GetLastError() const noexcept
+int SqlCommand::GetLastError() const
 {
     return m_impl->GetLastError();
 }
 
-const std::string& SqlCommand::GetLastErrorMsg() const noexcept
+const std::string& SqlCommand::GetLastErrorMsg() const
 {
     return m_impl->GetLastErrorMsg();
 }

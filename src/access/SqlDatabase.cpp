@@ -2,6 +2,8 @@
 
 #include <sql/SqlError.h>
 
+#include <utility>
+
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 #include <sqlite3.h>
@@ -63,10 +65,10 @@ bool SqlDatabase::Open(const std::string& path, bool readOnly)
     }
 
     // SQLite hands back a handle even for a failed open, to carry the message; it is null only when memory ran out.
-    if (m_impl->handle != nullptr) {
-        RecordConnectionMessage(m_impl->record, m_impl->handle);
-        sqlite3_close(m_impl->handle);
-        m_impl->handle = nullptr;
+    const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> failed(std::exchange(m_impl->handle, nullptr),
+                                                                    sqlite3_close);
+    if (failed != nullptr) {
+        RecordConnectionMessage(m_impl->record, failed.get());
     }
     return false;
 }
@@ -85,23 +87,23 @@ bool SqlDatabase::Close()
     return false;
 }
 
-bool SqlDatabase::IsOpen() const noexcept
+bool SqlDatabase::IsOpen() const
 {
     return m_impl->handle != nullptr;
 }
 
 template <>
-sqlite3* SqlDatabase::GetNativeDatabaseInstance<sqlite3>() noexcept
+sqlite3* SqlDatabase::GetNativeDatabaseInstance<sqlite3>()
 {
     return m_impl->handle;
 }
 
-int SqlDatabase::GetLastError() const noexcept
+int SqlDatabase::GetLastError() const
 {
     return m_impl->record.GetLastError();
 }
 
-const std::string& SqlDatabase::GetLastErrorMsg() const noexcept
+const std::string& SqlDatabase::GetLastErrorMsg() const
 {
     return m_impl->record.GetLastErrorMsg();
 }

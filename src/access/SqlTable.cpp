@@ -17,30 +17,40 @@ public:
     explicit Impl(SqlDatabase& tableDatabase) noexcept : database(&tableDatabase) {}
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
-    ~Impl() { CloseStatement(); }
+    ~Impl() { CloseHeldStatement(); }
 
     sqlite3* Handle() const { return database->GetNativeDatabaseInstance<sqlite3>(); }
     void RecordMessage() { RecordConnectionMessage(record, Handle()); }
-    void CloseStatement() noexcept;
+    bool CloseStatement() noexcept;
+
+    void CloseHeldStatement() noexcept
+    {
+        if (statement != nullptr) {
+            CloseStatement();
+        }
+    }
 
     SqlError record;
     SqlDatabase* database;
     sqlite3_stmt* statement = nullptr;
 };
 
-// A statement whose connection is gone is kept and not finalized: its memory is not this cursor's to touch any more.
-void SqlTable::Impl::CloseStatement() noexcept
+// Returns whether the statement was closed and that was recorded whole. A statement whose connection is gone is kept
+// and not finalized: its memory is not this cursor's to touch any more.
+bool SqlTable::Impl::CloseStatement() noexcept
 {
-    if (statement == nullptr || !database->IsOpen()) {
-        return;
+    if (!database->IsOpen()) {
+        return false;
     }
-    record.SetError(sqlite3_finalize(statement));
-    statement = nullptr;
-    if (record.Failed()) {
-        try {
+    try {
+        record.SetError(sqlite3_finalize(statement));
+        statement = nullptr; // before anything can fail, lest it be finalized twice
+        if (record.Failed()) {
             RecordMessage();
-        } catch (...) { // NOLINT(bugprone-empty-catch): without memory for the message, the code stands alone
         }
+        return true;
+    } catch (...) {
+        return false; // without memory for the message, the code stands alone
     }
 }
 
@@ -57,11 +67,8 @@ SqlTable::~SqlTable()
 
 bool SqlTable::Open(const std::string& sql) const
 {
-    if (m_impl->statement != nullptr) {
-        m_impl->CloseStatement();
-        if (m_impl->statement != nullptr) {
-            return m_impl->record.Succeeded();
-        }
+    if (m_impl->statement != nullptr && !m_impl->CloseStatement()) {
+        return m_impl->record.Succeeded();
     }
 
     // Callers know the codes of the legacy interface, and that it never compiles a statement again behind their back.
@@ -70,11 +77,11 @@ bool SqlTable::Open(const std::string& sql) const
         return true;
     }
     m_impl->RecordMessage();
-    m_impl->CloseStatement();
+    m_impl->CloseHeldStatement();
     return m_impl->record.Succeeded();
 }
 
-bool SqlTable::IsOpen() const noexcept
+bool SqlTable::IsOpen() const
 {
     return m_impl->statement != nullptr;
 }
@@ -172,12 +179,12 @@ SqlValue SqlTable::operator[](const std::string& name) const
     return SqlValue(nullptr);
 }
 
-int SqlTable::GetLastError() const noexcept
+int SqlTable::GetLastError() const
 {
     return m_impl->record.GetLastError();
 }
 
-const std::string& SqlTable::GetLastErrorMsg() const noexcept
+const std::string& SqlTable::GetLastErrorMsg() const
 {
     return m_impl->record.GetLastErrorMsg();
 }

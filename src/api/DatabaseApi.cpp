@@ -79,22 +79,22 @@ SqlCommand DatabaseApi::PrepareStatement(std::string_view sql) const
     return command;
 }
 
-int DatabaseApi::GetLastError() const noexcept
+int DatabaseApi::GetLastError() const
 {
     return m_impl->code;
 }
 
-const std::string& DatabaseApi::GetLastErrorMsg() const noexcept
+const std::string& DatabaseApi::GetLastErrorMsg() const
 {
     return m_impl->message;
 }
 
-bool DatabaseApi::Succeeded() const noexcept
+bool DatabaseApi::Succeeded() const
 {
     return m_impl->Succeeded();
 }
 
-bool DatabaseApi::Failed() const noexcept
+bool DatabaseApi::Failed() const
 {
     return !Succeeded();
 }

@@ -29,8 +29,9 @@ bool DatabaseApi::Impl::CloseCursor()
 
 bool DatabaseApi::SqlQueryBegin(const std::string& sql)
 {
-    m_row.cells.clear();
-    return m_impl->OpenCursor(sql);
+    const bool begun = m_impl->OpenCursor(sql);
+    m_row.cells.clear(); // last, for `sql` may be a text of this row
+    return begun;
 }
 
 DbTableRowIterator DatabaseApi::begin()

@@ -93,11 +93,8 @@ bool DatabaseApi::Impl::GetColumnData(const SqlTable& cursor, DbTableColumnValue
     cell.type = DbTableColumnType::None;
     cell.column = column;
     sqlite3_value* const value = cursor.GetValue(static_cast<int>(column)).ValueInstance();
-    if (value == nullptr) {
-        cell.value = 0;
-        return Fail(MissingValue, "No value exists.");
-    }
-    switch (sqlite3_value_type(value)) {
+    const int storageClass = value != nullptr ? sqlite3_value_type(value) : -1;
+    switch (storageClass) {
     case SQLITE_INTEGER:
         cell.type = DbTableColumnType::Integer;
         cell.value = sqlite3_value_int(value); // 32 bits, as every cell
@@ -119,7 +116,7 @@ bool DatabaseApi::Impl::GetColumnData(const SqlTable& cursor, DbTableColumnValue
         break;
     default:
         cell.value = 0;
-        return Fail(MissingValue, "Unknown value type.");
+        return Fail(MissingValue, storageClass < 0 ? "No value exists." : "Unknown value type.");
     }
     return Succeeded();
 }
