@@ -1,0 +1,113 @@
+#!/bin/sh
+# debian-sysroot.sh ARCHITECTURE MULTIARCH-NAME [FOLDER]
+#
+# Fetches this project's dependencies for another Debian architecture and unpacks them into FOLDER. The packages cannot
+# be installed, because their development files conflict with this machine's own. So apt gets a state of its own: its
+# own lists, its own cache and one signed source. It verifies the release's signature and through it every package.
+#
+# TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
+set -eu
+
+architecture=$1
+multiarch=$2
+project=$(cd "$(dirname "$0")/.." && pwd)
+sysroot=${3:-$project/build/$architecture-sysroot}
+mirror=${TKOSQLLITE_DEBIAN_MIRROR:-http://deb.debian.org/debian}
+release=bookworm
+keyring=/usr/share/keyrings/debian-archive-keyring.gpg
+boost=1.74
+packages="libsqlite3-0 libsqlite3-dev
+    libboost-filesystem${boost}.0 libboost-filesystem${boost}-dev libboost-system${boost}.0 libboost-system${boost}-dev
+    libgtest-dev libgmock-dev libbenchmark1debian libbenchmark-dev"
+
+fail()
+{
+    echo "$architecture-sysroot: $*" >&2
+    exit 1
+}
+
+# The first complaint in the log says what went wrong.
+fail_with_log()
+{
+    fail "$1: $(grep '^E: ' "$log" | head -n 1 | grep . || tail -n 1 "$log")"
+}
+
+# Complains about the first thing that a folder lacks.
+missing()
+{
+    for file in usr/include/sqlite3.h usr/include/boost/version.hpp usr/include/gtest/gtest.h \
+        "usr/lib/$multiarch/libsqlite3.so" "usr/lib/$multiarch/libboost_filesystem.so" \
+        "usr/lib/$multiarch/libgtest.a" "usr/lib/$multiarch/libgmock.a" "usr/lib/$multiarch/libbenchmark.so"; do
+        [ -e "$1/$file" ] || { echo "$file" && return; }
+    done
+}
+
+# What a complete folder was made from; another list of packages makes it anew.
+contents="$release $architecture $packages"
+if [ "$(cat "$sysroot/.made-from" 2>/dev/null)" = "$contents" ] && [ -z "$(missing "$sysroot")" ]; then
+    echo "$architecture-sysroot: $sysroot is complete"
+    exit 0
+fi
+if [ -e "$sysroot" ] && [ ! -e "$sysroot/.made-from" ] && ! rmdir "$sysroot" 2>/dev/null; then
+    fail "$sysroot holds something else; name another folder"
+fi
+
+for tool in apt-get dpkg-deb; do
+    command -v "$tool" >/dev/null || fail "$tool is needed and not installed"
+done
+[ -r "$keyring" ] || fail "$keyring is needed and not there (package debian-archive-keyring)"
+
+# Boost's headers are the same for every architecture, and large.
+headers=/usr/include/boost
+grep -q "BOOST_LIB_VERSION \"$(echo "$boost" | tr . _)\"" "$headers/version.hpp" 2>/dev/null ||
+    fail "the headers of Boost $boost are needed in $headers and not there (package libboost$boost-dev)"
+
+mkdir -p "$(dirname "$sysroot")" || fail "cannot make the folder $(dirname "$sysroot")"
+sysroot=$(cd "$(dirname "$sysroot")" && pwd)/$(basename "$sysroot")
+work=$(mktemp -d "$sysroot.XXXXXX") || fail "cannot write beside $sysroot"
+trap 'rm -rf "$work"' EXIT
+trap 'exit 1' HUP INT TERM
+log=$work/log
+
+mkdir -p "$work/state/lists/partial" "$work/cache/archives/partial" "$work/packages" "$work/sysroot"
+: >"$work/state/status"
+echo "deb [arch=$architecture signed-by=$keyring] $mirror $release main" >"$work/sources.list"
+cat >"$work/apt.conf" <<END
+APT::Architecture "$architecture";
+#clear APT::Architectures;
+APT::Architectures { "$architecture"; };
+#clear APT::Update::Post-Invoke;
+#clear APT::Update::Post-Invoke-Success;
+APT::Update::Error-Mode "any";
+APT::Get::AllowUnauthenticated "false";
+APT::Sandbox::User "";
+Acquire::AllowInsecureRepositories "false";
+Acquire::AllowDowngradeToInsecureRepositories "false";
+Acquire::Languages "none";
+Acquire::Retries "3";
+Dir::State "$work/state";
+Dir::State::status "$work/state/status";
+Dir::Cache "$work/cache";
+Dir::Etc::sourcelist "$work/sources.list";
+Dir::Etc::sourceparts "/dev/null";
+Dir::Etc::preferences "/dev/null";
+Dir::Etc::preferencesparts "/dev/null";
+END
+export APT_CONFIG="$work/apt.conf"
+
+echo "$architecture-sysroot: fetching $(echo "$packages" | wc -w) packages from $mirror"
+apt-get update >"$log" 2>&1 || fail_with_log "cannot read $mirror"
+# shellcheck disable=SC2086 # a list of names
+(cd "$work/packages" && apt-get download $packages) >"$log" 2>&1 || fail_with_log "cannot fetch the packages"
+
+for package in "$work"/packages/*.deb; do
+    dpkg-deb -x "$package" "$work/sysroot" >"$log" 2>&1 || fail_with_log "cannot unpack $(basename "$package")"
+done
+mkdir -p "$work/sysroot/usr/include"
+ln -s "$headers" "$work/sysroot/usr/include/boost"
+
+[ -z "$(missing "$work/sysroot")" ] || fail "the packages held no $(missing "$work/sysroot")"
+echo "$contents" >"$work/sysroot/.made-from"
+rm -rf "$sysroot"
+mv "$work/sysroot" "$sysroot" || fail "cannot move the finished folder to $sysroot"
+echo "$architecture-sysroot: made $sysroot"
