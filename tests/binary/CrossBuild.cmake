@@ -1,0 +1,24 @@
+# The checks of a cross build: what it was made from, and which tests it leaves out.
+
+set(maps)
+foreach(target tkosqllite tkosqllite_tests tkosqllite_internals_tests)
+    set(map ${CMAKE_BINARY_DIR}/${target}.map)
+    target_link_options(${target} PRIVATE -Wl,-Map=${map})
+    list(APPEND maps ${map})
+endforeach()
+add_binary_check(TakesNothingFromThisMachine check-sysroot.sh ${CMAKE_BINARY_DIR} ${TKOSQLLITE_SYSROOT} ${maps})
+add_binary_check(TakingFromElsewhereIsNoticed check-sysroot.sh ${CMAKE_BINARY_DIR} ${CMAKE_CURRENT_BINARY_DIR} ${maps})
+set_tests_properties(Binary.TakingFromElsewhereIsNoticed PROPERTIES
+    PASS_REGULAR_EXPRESSION "this machine's [^\n]*/libsqlite3.so was linked")
+
+# What cannot run under emulation is disabled, by name and with a reason.
+set(excluded 0)
+set(list ${PROJECT_SOURCE_DIR}/tests/armhf-excluded.txt)
+set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${CMAKE_CURRENT_SOURCE_DIR}/disable-excluded.cmake)
+add_binary_check(LeavesOutOnlyTheListedTests check-excluded.sh ${list} ${excluded} ${CMAKE_BINARY_DIR})
+
+file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/excluded.txt "NoSuchTest.Runs\n")
+add_binary_check(WrongListOfLeftOutTestsIsNoticed
+    check-excluded.sh ${CMAKE_CURRENT_BINARY_DIR}/excluded.txt 1 ${CMAKE_BINARY_DIR})
+set_tests_properties(Binary.WrongListOfLeftOutTestsIsNoticed PROPERTIES
+    PASS_REGULAR_EXPRESSION "NoSuchTest.Runs is left out without a reason.*NoSuchTest.Runs does not exist")

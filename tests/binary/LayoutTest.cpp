@@ -1,0 +1,132 @@
+// Programs are compiled against the layout of the public types and keep it in their own code: a size or an order that
+// changes here breaks every program that is not compiled anew.
+#include <sql/DatabaseApi.h>
+#include <sql/DbTableData.h>
+#include <sql/DbTableDataWrite.h>
+#include <sql/DbTableDefinition.h>
+#include <sql/SqlCommand.h>
+#include <sql/SqlDatabase.h>
+#include <sql/SqlTable.h>
+#include <sql/SqlValue.h>
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
+#include "binary/ObjectBytes.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+constexpr std::size_t Word = sizeof(void*);
+
+#if defined(__x86_64__) || defined(__arm__)
+// Sizes on the target, and on a 64-bit machine.
+constexpr bool HasSize(std::size_t size, std::size_t onTarget, std::size_t on64Bits)
+{
+    return size == (Word == 4 ? onTarget : on64Bits);
+}
+
+static_assert(HasSize(sizeof(DbTableColumnValue), 40, 48));
+static_assert(HasSize(sizeof(DbTableRowValues), 12, 24));
+static_assert(HasSize(sizeof(DbTableData), 12, 24));
+static_assert(HasSize(sizeof(DbTableDataWrite), 24, 48));
+static_assert(HasSize(sizeof(DbTableColumnDefinition), 60, 96));
+static_assert(HasSize(sizeof(DbTableConstraints), 60, 104));
+static_assert(HasSize(sizeof(DbTableDefinition), 96, 160));
+static_assert(HasSize(sizeof(SqlError), 28, 40));
+static_assert(HasSize(sizeof(SqlValue), 32, 48));
+static_assert(HasSize(sizeof(DbTableRowIterator), 16, 32));
+#endif
+
+// The classes that keep their state to themselves are one pointer to it, the facade a pointer and the current row.
+static_assert(sizeof(SqlDatabase) == Word);
+static_assert(sizeof(SqlCommand) == Word);
+static_assert(sizeof(SqlTable) == Word);
+static_assert(sizeof(IDatabaseApi) == Word);
+static_assert(sizeof(DatabaseApi) == 2 * Word + sizeof(DbTableRowValues));
+
+static_assert(std::is_same_v<std::underlying_type_t<DbTableColumnType>, std::int32_t>);
+static_assert(std::is_same_v<std::underlying_type_t<DbTableColumnConstraint>, std::uint32_t>);
+static_assert(std::is_same_v<decltype(DbTableColumnValue::column), std::uint32_t>);
+static_assert(
+    std::is_same_v<decltype(DbTableColumnValue::value), std::variant<int, double, std::string, std::vector<char>>>);
+static_assert(std::is_same_v<decltype(DbTableColumnDefinition::reserved), std::int32_t>);
+static_assert(std::is_same_v<decltype(DbTableColumnDefinition::constraintFlags), std::uint32_t>);
+
+// Some of the types hold standard containers that are not of standard layout; their compilers lay them out all the
+// same.
+#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+
+static_assert(offsetof(DbTableColumnValue, type) == 0);
+static_assert(offsetof(DbTableColumnValue, column) == 4);
+static_assert(offsetof(DbTableColumnValue, value) == 8);
+
+static_assert(offsetof(DbTableRowValues, cells) == 0);
+static_assert(offsetof(DbTableData, rows) == 0);
+static_assert(offsetof(DbTableDataWrite, columns) == 0);
+static_assert(offsetof(DbTableDataWrite, rows) == sizeof(std::vector<std::string>));
+
+static_assert(offsetof(DbTableColumnDefinition, name) == 0);
+static_assert(offsetof(DbTableColumnDefinition, type) == sizeof(std::string));
+static_assert(offsetof(DbTableColumnDefinition, reserved) == sizeof(std::string) + 4);
+static_assert(offsetof(DbTableColumnDefinition, constraintFlags) == sizeof(std::string) + 8);
+static_assert(offsetof(DbTableColumnDefinition, constraintArguments) == sizeof(std::string) + (Word == 4 ? 12 : 16));
+
+static_assert(offsetof(DbTableConstraints, primaryKey) == 0);
+static_assert(offsetof(DbTableConstraints, unique) == sizeof(std::vector<char>));
+static_assert(offsetof(DbTableConstraints, referenceTable) == 2 * sizeof(std::vector<char>));
+static_assert(offsetof(DbTableConstraints, foreignKey) == 2 * sizeof(std::vector<char>) + sizeof(std::string));
+
+static_assert(offsetof(DbTableDefinition, name) == 0);
+static_assert(offsetof(DbTableDefinition, columns) == sizeof(std::string));
+static_assert(offsetof(DbTableDefinition, constraints) == sizeof(std::string) + sizeof(std::vector<int>));
+
+TEST(LayoutTest, RecordIsTheCodeAndThenTheMessage)
+{
+    SqlError error;
+    error.SetError(77);
+
+    EXPECT_EQ(ReadAt<std::int32_t>(&error, 0), 77);
+    EXPECT_EQ(OffsetIn(&error, error.GetLastErrorMsg()), Word);
+    EXPECT_EQ(sizeof(SqlError), Word + sizeof(std::string));
+}
+
+TEST(LayoutTest, ValueIsARecordAndThenTheWrappedInstance)
+{
+    int instance = 0;
+    const SqlValue value(reinterpret_cast<sqlite3_value*>(&instance));
+
+    EXPECT_EQ(OffsetIn(&value, static_cast<const SqlError&>(value)), 0);
+    EXPECT_EQ(ReadAt<const void*>(&value, sizeof(SqlError)), &instance);
+}
+
+TEST(LayoutTest, FacadeEndsInItsCurrentRowAndIteratorsPointAtBoth)
+{
+    DatabaseApi facade;
+    ASSERT_TRUE(facade.OpenDatabase(":memory:", false));
+    ASSERT_TRUE(facade.SqlQueryBegin("SELECT 1"));
+
+    const DbTableRowIterator onRow = facade.begin();
+    const DbTableRowIterator atEnd = facade.end();
+
+    EXPECT_EQ(OffsetIn(&facade, *onRow), 2 * Word);
+    EXPECT_EQ(ReadAt<const void*>(&onRow, 0), &facade);
+    EXPECT_EQ(ReadAt<std::int32_t>(&onRow, Word), 0);
+    EXPECT_EQ(ReadAt<const void*>(&onRow, 2 * Word), &*onRow);
+    EXPECT_EQ(ReadAt<std::uintptr_t>(&onRow, 3 * Word), 0U);
+    EXPECT_EQ(ReadAt<const void*>(&atEnd, 0), &facade);
+    EXPECT_EQ(ReadAt<std::int32_t>(&atEnd, Word), -1);
+    EXPECT_EQ(ReadAt<const void*>(&atEnd, 2 * Word), nullptr);
+    EXPECT_EQ(ReadAt<std::uintptr_t>(&atEnd, 3 * Word), 0U);
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests

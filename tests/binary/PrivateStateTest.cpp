@@ -1,0 +1,106 @@
+// The private state behind the one-pointer classes, read through that pointer. Programs never see it, but debuggers,
+// core dumps and tools that read them do.
+#include <sql/DatabaseApi.h>
+#include <sql/SqlCommand.h>
+#include <sql/SqlDatabase.h>
+#include <sql/SqlError.h>
+#include <sql/SqlTable.h>
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "binary/ObjectBytes.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+constexpr std::size_t Word = sizeof(void*);
+
+class PrivateStateTest : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(m_database.Open(":memory:", false)); }
+
+    sqlite3* Handle() { return m_database.GetNativeDatabaseInstance<sqlite3>(); }
+
+    // The connection's one statement.
+    const void* Statement() { return sqlite3_next_stmt(Handle(), nullptr); }
+
+    SqlDatabase m_database;
+};
+
+TEST_F(PrivateStateTest, ConnectionIsARecordAndThenTheHandle)
+{
+    const auto* state = ReadAt<const char*>(&m_database, 0);
+
+    EXPECT_EQ(OffsetIn(state, m_database.GetLastErrorMsg()), Word);
+    EXPECT_EQ(ReadAt<const void*>(state, sizeof(SqlError)), Handle());
+
+    SqlCommand holding(m_database);
+    ASSERT_TRUE(holding.Prepare("SELECT 1"));
+    ASSERT_FALSE(m_database.Close());
+
+    EXPECT_EQ(ReadAt<std::int32_t>(state, 0), SQLITE_BUSY);
+}
+
+TEST_F(PrivateStateTest, CursorIsARecordThenTheConnectionThenTheStatement)
+{
+    const SqlTable table(m_database);
+    const auto* state = ReadAt<const char*>(&table, 0);
+
+    EXPECT_EQ(OffsetIn(state, table.GetLastErrorMsg()), Word);
+    EXPECT_EQ(ReadAt<const void*>(state, sizeof(SqlError)), &m_database);
+    EXPECT_EQ(ReadAt<const void*>(state, sizeof(SqlError) + Word), nullptr);
+
+    ASSERT_TRUE(table.Open("SELECT 1"));
+    ASSERT_TRUE(table.ReadNext());
+
+    EXPECT_EQ(ReadAt<std::int32_t>(state, 0), SQLITE_ROW);
+    EXPECT_EQ(ReadAt<const void*>(state, sizeof(SqlError) + Word), Statement());
+}
+
+TEST_F(PrivateStateTest, StatementIsATableOfFunctionsThenARecordThenTheConnectionThenTheStatement)
+{
+    SqlCommand command(m_database);
+    const auto* state = ReadAt<const char*>(&command, 0);
+
+    EXPECT_EQ(OffsetIn(state, command.GetLastErrorMsg()), 2 * Word);
+    EXPECT_EQ(ReadAt<const void*>(state, Word + sizeof(SqlError)), &m_database);
+    EXPECT_EQ(ReadAt<const void*>(state, 2 * Word + sizeof(SqlError)), nullptr);
+
+    ASSERT_TRUE(command.Prepare("SELECT 1"));
+    ASSERT_TRUE(command.Step());
+
+    EXPECT_EQ(ReadAt<std::int32_t>(state, Word), SQLITE_ROW);
+    EXPECT_EQ(ReadAt<const void*>(state, 2 * Word + sizeof(SqlError)), Statement());
+}
+
+TEST_F(PrivateStateTest, FacadeIsItsCodeThenItsMessageThenTheConnectionThenTheCursor)
+{
+    DatabaseApi facade;
+    const auto* state = ReadAt<const char*>(&facade, Word);
+    constexpr std::size_t Connection = Word + sizeof(std::string);
+    constexpr std::size_t Cursor = Connection + Word;
+
+    EXPECT_EQ(OffsetIn(state, facade.GetLastErrorMsg()), Word);
+    ASSERT_FALSE(facade.Execute(""));
+    EXPECT_EQ(ReadAt<std::int32_t>(state, 0), facade.GetLastError());
+
+    // The cursor's state names the connection it was made on, which is the facade's own.
+    const auto* cursorState = ReadAt<const char*>(state, Cursor);
+    EXPECT_EQ(ReadAt<const void*>(cursorState, sizeof(SqlError)), state + Connection);
+
+    // The connection's state holds no handle until it is opened.
+    const auto* connectionState = ReadAt<const char*>(state, Connection);
+    EXPECT_EQ(ReadAt<const void*>(connectionState, sizeof(SqlError)), nullptr);
+    ASSERT_TRUE(facade.OpenDatabase(":memory:", false));
+    EXPECT_NE(ReadAt<const void*>(connectionState, sizeof(SqlError)), nullptr);
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests

@@ -1,0 +1,44 @@
+# The checks of the library as it ships, and what renews the lists they compare with.
+
+set(exports ${CMAKE_CURRENT_SOURCE_DIR}/exports-${machine}.txt)
+set(abi ${CMAKE_CURRENT_SOURCE_DIR}/abi-${machine}.xml)
+
+add_binary_check(NeedsOnlySqliteBoostAndTheRunTime check-needed.sh ${library})
+add_binary_check(RunsNothingWhenItIsLoaded check-initialisers.sh ${library})
+add_binary_check(HasTheVirtualTablesOfItsClasses check-virtual-tables.sh ${library})
+add_binary_check(ExportsWhatIsListed check-exports.sh ${library} ${exports})
+
+# The types are compared through debug information, which changes no code but is readable only without link-time
+# optimisation: the same objects, linked once more.
+set(debug_information -g -fdebug-prefix-map=${PROJECT_SOURCE_DIR}=.)
+target_compile_options(tkosqllite_objects PRIVATE ${debug_information} -ffat-lto-objects)
+add_library(tkosqllite_described SHARED DescribedTypes.cpp)
+set_target_properties(tkosqllite_described PROPERTIES
+    CXX_VISIBILITY_PRESET hidden
+    LIBRARY_OUTPUT_DIRECTORY described
+    OUTPUT_NAME tkosqllite)
+target_compile_options(tkosqllite_described PRIVATE ${debug_information})
+target_link_libraries(tkosqllite_described PRIVATE tkosqllite_objects tkosqllite_options)
+target_link_options(tkosqllite_described PRIVATE
+    -fno-lto -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)
+set(described $<TARGET_FILE:tkosqllite_described>)
+add_binary_check(KeepsItsTypes check-abi.sh ${described} ${abi})
+
+add_library(tkosqllite_flawed SHARED Flawed.cpp)
+set_target_properties(tkosqllite_flawed PROPERTIES
+    LIBRARY_OUTPUT_DIRECTORY flawed
+    OUTPUT_NAME tkosqllite
+    SOVERSION 1)
+target_link_options(tkosqllite_flawed PRIVATE
+    -Wl,-rpath,/nowhere -Wl,-z,execstack,-z,lazy,-z,norelro,-z,notext -Wl,--no-as-needed -lresolv)
+add_binary_check(ChecksNameTheFlawsTheyLookFor
+    prove-checks.sh $<TARGET_LINKER_FILE:tkosqllite_flawed> ${library} ${described} ${machine})
+
+add_custom_target(renew-exports
+    COMMAND ${CMAKE_COMMAND} -E env ${tools} ${CMAKE_CURRENT_SOURCE_DIR}/list-exports.sh ${library} > ${exports}
+    DEPENDS tkosqllite
+    VERBATIM)
+add_custom_target(renew-abi-baseline
+    COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/describe-abi.sh ${described} ${abi}
+    DEPENDS tkosqllite_described
+    VERBATIM)

@@ -1,0 +1,22 @@
+#!/bin/sh
+# check-exports.sh LIBRARY LIST
+#
+# The library exports what LIST names, no more and no less, and all of it belongs to Morvik::sql.
+. "$(dirname "$0")/findings.sh"
+library=$1
+list=$2
+
+$NM -D --defined-only "$library" | grep -Ev ' _Z(NK?|T[VIS]N)6Morvik3sql' | while read -r _ _ stray; do
+    echo "it exports $stray, which is not of Morvik::sql"
+done | {
+    while read -r finding; do
+        flaw "$finding"
+    done
+
+    exports=$("$(dirname "$0")/list-exports.sh" "$library")
+    differences=$(echo "$exports" | diff "$list" - || true)
+    echo "$differences" | sed -n 's/^< /missing: /p; s/^> /new: /p'
+    [ -z "$differences" ] || flaw "what it exports differs from $list (renew that on purpose: scripts/renew-exports.sh)"
+
+    conclude "$library"
+}

@@ -1,0 +1,35 @@
+#!/bin/sh
+# check-sysroot.sh BUILD-FOLDER SYSROOT LINK-MAP...
+#
+# A cross build takes nothing from this machine but its programs: every header that was read, and every file that was
+# linked, is the project's, the sysroot's or the cross compiler's own. Boost's headers, which the sysroot only points
+# to, are the exception.
+. "$(dirname "$0")/findings.sh"
+build=$(cd "$1" && pwd)
+sysroot=$(cd "$2" && pwd)
+shift 2
+project=$(cd "$(dirname "$0")/../.." && pwd)
+compiler='/usr/lib/gcc-cross|/usr/arm-linux-gnueabihf'
+
+# Makes the paths absolute and leaves out what may be there. Link-time optimisation links temporary objects.
+strays()
+{
+    (cd "$build" && sort -u | grep -Ev '\.(ltrans|debug\.temp)\.o$' | xargs realpath -ms) |
+        grep -Ev "^($build|$project/(include|src|tests|examples)|$sysroot|$compiler)/" || true
+}
+
+headers=$(cd "$build" && ninja -t deps | sed -n 's/^    //p')
+linked=$(sed -n 's/^LOAD //p' "$@" | grep -v '^linker stubs$')
+
+echo "$headers" | grep -Eq "^$sysroot/usr/include/sqlite3\.h$" || flaw "sqlite3.h of $sysroot was not read"
+for library in libsqlite3 libboost_filesystem; do
+    echo "$linked" | grep -Eq "^$sysroot/usr/lib/.*/$library\.so" || flaw "$library of $sysroot was not linked"
+done
+for header in $(echo "$headers" | strays | grep -v '^/usr/include/boost/'); do
+    flaw "this machine's header $header was read"
+done
+for file in $(echo "$linked" | strays); do
+    flaw "this machine's $file was linked"
+done
+
+conclude "$build"

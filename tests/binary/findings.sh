@@ -1,0 +1,24 @@
+# shellcheck shell=sh
+# Sourced by the checks of a built library: a check calls `flaw` for everything that it finds and ends with `conclude`.
+# READELF and NM name the tools of the library's machine.
+set -eu
+LC_ALL=C
+export LC_ALL
+: "${READELF:=readelf}" "${NM:=nm}"
+flaws=0
+
+flaw()
+{
+    flaws=$((flaws + 1))
+    printf 'flaw: %s\n' "$*"
+}
+
+# Says how the check ended; the argument is what was looked at.
+conclude()
+{
+    if [ "$flaws" -ne 0 ]; then
+        printf '%s: %d flaw(s)\n' "$1" "$flaws"
+        exit 1
+    fi
+    printf '%s: no flaw\n' "$1"
+}
