@@ -1,7 +1,7 @@
 #!/bin/sh
 # check-machine.sh LIBRARY MACHINE
 #
-# The library holds code for MACHINE: x86_64, i386, or armhf with the calling convention that passes floating-point arguments
+# The library holds code for MACHINE: x86_64, or armhf with the calling convention that passes floating-point arguments
 # in floating-point registers.
 . "$(dirname "$0")/findings.sh"
 library=$1
@@ -18,10 +18,6 @@ case $machine in
 x86_64)
     expect_header Class 'ELF64$'
     expect_header Machine 'Advanced Micro Devices X86-64$'
-    ;;
-i386)
-    expect_header Class 'ELF32$'
-    expect_header Machine 'Intel 80386$'
     ;;
 armhf)
     expect_header Class 'ELF32$'
