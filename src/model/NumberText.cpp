@@ -1,5 +1,6 @@
 #include "model/NumberText.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -20,14 +21,30 @@ constexpr int Precision = 6;
 // Enough for "-1.23457e+308" and "-2147483648".
 constexpr std::size_t LongestNumber = 13;
 
-template <typename Number>
-[[gnu::cold, gnu::noinline]] void AppendStreamed(StatementText& text, Number number)
+using StreamInsertion = void (*)(std::ostream& stream, const void* number);
+
+[[gnu::cold, gnu::noinline]] void AppendInserted(StatementText& text, StreamInsertion insert, const void* number)
 {
     std::ostringstream stream;
     // Otherwise the stream would swallow a failed allocation and go on with a number cut short.
     stream.exceptions(std::ios_base::badbit);
-    stream << number;
+    insert(stream, number);
     text += stream.view();
+}
+
+// One stream serves every type of number: the code of a second one would be larger than all that is written here.
+template <typename Number>
+void AppendStreamed(StatementText& text, Number number)
+{
+    const StreamInsertion insert = [](std::ostream& stream, const void* value) {
+        stream << *static_cast<const Number*>(value);
+    };
+    AppendInserted(text, insert, &number);
+}
+
+[[gnu::noinline]] char* WriteDigits(char* end, std::uint32_t number)
+{
+    return std::to_chars(end, end + LongestNumber, number).ptr;
 }
 
 // The six significant digits of a number that is written without an exponent, as an integer, and the decimal exponent
@@ -65,22 +82,22 @@ bool FindSixDigits(double magnitude, SixDigits& found)
 char* WriteSixDigits(char* end, SixDigits number)
 {
     const int wholeDigits = number.exponent + 1;
-    std::array<char, Precision> digits;
-    std::uint32_t rest = number.digits;
-    for (int i = Precision; i-- > 0; rest /= 10) {
-        digits[static_cast<std::size_t>(i)] = static_cast<char>('0' + rest % 10);
-    }
-    int count = Precision;
-    while (count > wholeDigits && digits[static_cast<std::size_t>(count) - 1] == '0') {
+    std::array<char, LongestNumber> digits;
+    WriteDigits(digits.data(), number.digits);
+    std::size_t count = Precision;
+    while (count > static_cast<std::size_t>(wholeDigits) && digits[count - 1] == '0') {
         --count;
     }
-    for (int i = 0; i < count; ++i) {
-        if (i == wholeDigits) {
-            *end++ = '.';
+    // All six are copied, and those behind the point once more: copies of a fixed size are the cheapest.
+    std::copy_n(digits.begin(), Precision, end);
+    if (count > static_cast<std::size_t>(wholeDigits)) {
+        end[wholeDigits] = '.';
+        for (std::size_t i = static_cast<std::size_t>(wholeDigits); i < count; ++i) {
+            end[i + 1] = digits[i];
         }
-        *end++ = digits[static_cast<std::size_t>(i)];
+        ++count;
     }
-    return end;
+    return end + count;
 }
 
 } // namespace
@@ -91,8 +108,12 @@ void AppendNumber(StatementText& text, std::int32_t number)
         AppendStreamed(text, number);
         return;
     }
-    char* const end = text.Room(LongestNumber);
-    text.AdvanceTo(std::to_chars(end, end + LongestNumber, number).ptr);
+    char* end = text.Room(LongestNumber);
+    const auto digits = static_cast<std::uint32_t>(number);
+    if (number < 0) {
+        *end++ = '-';
+    }
+    text.AdvanceTo(WriteDigits(end, number < 0 ? 0 - digits : digits));
 }
 
 void AppendNumber(StatementText& text, std::uint32_t number)

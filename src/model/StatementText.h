@@ -34,7 +34,7 @@ public:
     }
 
     /// The end of the text, with room for `size` bytes behind it; AdvanceTo() says how far they were written.
-    char* Room(std::size_t size)
+    [[gnu::always_inline]] char* Room(std::size_t size)
     {
         if (static_cast<std::size_t>(m_limit - m_end) < size) {
             Grow(size);
@@ -51,7 +51,7 @@ public:
     std::string Take();
 
 private:
-    void Grow(std::size_t missing);
+    [[gnu::cold]] void Grow(std::size_t missing);
 
     std::string m_text;
     char* m_end;

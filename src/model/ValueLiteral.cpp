@@ -129,7 +129,8 @@ std::size_t ColumnValueSize(const DbTableColumnValue& cell)
     }
     // A cell with a time function usually holds the int it was made with.
     const auto* const number = ValueOf<int>(cell);
-    return std::max(TimeFunction(cell.type).size(), number != nullptr ? NumberSize(*number) : 0);
+    const std::size_t size = number != nullptr ? NumberSize(*number) : 0;
+    return cell.type < DbTableColumnType::DateTimeNow ? size : std::max(TimeFunction(cell.type).size(), size);
 }
 
 } // namespace Morvik::sql
