@@ -1,0 +1,13 @@
+#!/bin/bash
+# Checks that every source is formatted as .clang-format says. "clang-format -i FILE" mends one that is not.
+
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+format()
+{
+    find include src examples tests \( -name '*.h' -o -name '*.cpp' \) -print0 |
+        xargs -0 clang-format --dry-run -Werror
+}
+
+step "Checking the format" format
