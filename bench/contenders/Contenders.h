@@ -1,0 +1,35 @@
+#pragma once
+
+#include "contenders/Library.h"
+#include "contenders/PlainC.h"
+
+#if TKOSQLLITE_BENCH_SQLITECPP
+#include "contenders/SqliteCpp.h"
+#endif
+#if TKOSQLLITE_BENCH_SOCI
+#include "contenders/Soci.h"
+#endif
+#if TKOSQLLITE_BENCH_POCO
+#include "contenders/Poco.h"
+#endif
+
+namespace Morvik::sql::bench {
+
+/// Calls `action.operator()<Contender>()` for every contender of this build.
+template <typename Action>
+void ForEachContender(Action action)
+{
+    action.template operator()<Library>();
+    action.template operator()<PlainC>();
+#if TKOSQLLITE_BENCH_SQLITECPP
+    action.template operator()<SqliteCpp>();
+#endif
+#if TKOSQLLITE_BENCH_SOCI
+    action.template operator()<Soci>();
+#endif
+#if TKOSQLLITE_BENCH_POCO
+    action.template operator()<Poco>();
+#endif
+}
+
+} // namespace Morvik::sql::bench

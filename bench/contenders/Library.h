@@ -1,0 +1,44 @@
+#pragma once
+
+#include "support/Sample.h"
+
+#include <sql/DatabaseApi.h>
+
+#include <string>
+#include <vector>
+
+namespace Morvik::sql::bench {
+
+/// The jobs as an application does them with the facade.
+class Library {
+public:
+    static constexpr const char* Name = "tkosqllite";
+
+    using Write = DbTableDataWrite;
+    using Rows = DbTableData;
+    struct Change {
+        DbTableDataWrite values;
+        std::string condition;
+    };
+
+    static Write MakeWrite(const std::vector<SampleRow>& rows) { return WriteRequest(rows); }
+    static Change MakeChange(const SampleRow& row);
+    static Totals SumOf(const Rows& rows);
+    static void OpenAndClose(const std::string& path);
+
+    explicit Library(const std::string& path);
+
+    void Execute(const std::string& sql);
+    void Insert(const Write& write);
+    void Update(const Change& change);
+    void Read(const std::string& sql, Rows& rows);
+    Totals Walk(const std::string& sql);
+    Totals Iterate(const std::string& sql);
+    void InsertBound(const std::vector<SampleRow>& rows);
+    Totals ReadColumns(int times);
+
+private:
+    DatabaseApi m_database;
+};
+
+} // namespace Morvik::sql::bench

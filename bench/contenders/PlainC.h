@@ -1,0 +1,47 @@
+#pragma once
+
+#include "support/Sample.h"
+
+#include <sql/DbTableData.h>
+
+#include <string>
+#include <vector>
+
+struct sqlite3;
+
+namespace Morvik::sql::bench {
+
+/// The floor: the least that a careful program has to do for each job with SQLite's own interface. What it writes is
+/// text that was made before the clock started; what it reads it keeps in the same rows as the facade.
+class PlainC {
+public:
+    static constexpr const char* Name = "C";
+
+    using Write = std::string;
+    using Rows = DbTableData;
+    using Change = std::string;
+
+    static Write MakeWrite(const std::vector<SampleRow>& rows) { return InsertText(rows); }
+    static Change MakeChange(const SampleRow& row) { return UpdateText(row); }
+    static Totals SumOf(const Rows& rows);
+    static void OpenAndClose(const std::string& path);
+
+    explicit PlainC(const std::string& path);
+    ~PlainC();
+
+    PlainC(const PlainC&) = delete;
+    PlainC& operator=(const PlainC&) = delete;
+
+    void Execute(const std::string& sql);
+    void Insert(const Write& write) { Execute(write); }
+    void Update(const Change& change) { Execute(change); }
+    void Read(const std::string& sql, Rows& rows);
+    Totals Walk(const std::string& sql);
+    void InsertBound(const std::vector<SampleRow>& rows);
+    Totals ReadColumns(int times);
+
+private:
+    sqlite3* m_handle = nullptr;
+};
+
+} // namespace Morvik::sql::bench

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <sql/DbTableDataWrite.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace Morvik::sql::bench {
+
+/// The row that every job writes or reads: an int, a double, a text of 20 characters and a blob of 16 bytes.
+struct SampleRow {
+    int number = 0;
+    double measure = 0.0;
+    std::string label;
+    std::vector<char> bytes;
+
+    bool operator==(const SampleRow&) const = default;
+};
+
+inline constexpr const char* CreateTable =
+    "CREATE TABLE sample (number INTEGER PRIMARY KEY, measure REAL, label TEXT, bytes BLOB)";
+inline constexpr const char* SelectAll = "SELECT * FROM sample";
+
+/// Rows with the numbers from 0 on, the same at every call. The doubles have six digits and the bytes hold neither a
+/// zero nor a double quotation mark, so that all of them survive being written as SQL text.
+std::vector<SampleRow> SampleRows(int count);
+
+/// The same numbers with other values.
+std::vector<SampleRow> ChangedRows(int count);
+
+/// The rows as the facade takes them.
+DbTableDataWrite WriteRequest(const std::vector<SampleRow>& rows);
+
+/// The statement that the facade makes of WriteRequest(rows), rendered here by a stream.
+std::string InsertText(const std::vector<SampleRow>& rows);
+
+/// The statement that the facade makes of an update of the row's columns but the number, and its condition.
+std::string UpdateText(const SampleRow& row);
+std::string UpdateCondition(const SampleRow& row);
+std::string SelectByNumber(int number);
+
+/// What a reader sums over the rows it was given; every byte counts, so that equal totals tell equal rows.
+struct Totals {
+    long long rows = 0;
+    long long numbers = 0;
+    double measures = 0.0;
+    std::size_t labels = 0;
+    std::size_t bytes = 0;
+
+    bool operator==(const Totals&) const = default;
+
+    void Add(int number, double measure, const char* label, std::size_t labelSize, const char* blob,
+             std::size_t blobSize)
+    {
+        ++rows;
+        numbers += number;
+        measures += measure;
+        labels += labelSize + static_cast<unsigned char>(label[labelSize / 2]);
+        bytes += blobSize + static_cast<unsigned char>(blob[blobSize / 2]);
+    }
+};
+
+Totals Sum(const std::vector<SampleRow>& rows);
+
+} // namespace Morvik::sql::bench
