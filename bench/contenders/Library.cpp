@@ -58,15 +58,35 @@ void Library::Insert(const Write& write)
     Require(m_database.WriteTableValues("sample", write), "write", m_database.GetLastErrorMsg().c_str());
 }
 
-void Library::Update(const Change& change)
+void Library::InsertEach(const std::vector<Write>& writes)
 {
-    Require(m_database.UpdateTableValues("sample", change.values, change.condition), "update",
-            m_database.GetLastErrorMsg().c_str());
+    for (const Write& write : writes) {
+        Insert(write);
+    }
+}
+
+void Library::UpdateEach(const std::vector<Change>& changes)
+{
+    for (const Change& change : changes) {
+        Require(m_database.UpdateTableValues("sample", change.values, change.condition), "update",
+                m_database.GetLastErrorMsg().c_str());
+    }
 }
 
 void Library::Read(const std::string& sql, Rows& rows)
 {
     Require(m_database.ReadValues(sql, rows), "read", m_database.GetLastErrorMsg().c_str());
+}
+
+Totals Library::LookUp(const std::vector<Query>& queries)
+{
+    Totals totals;
+    for (const Query& query : queries) {
+        Rows rows;
+        Read(query, rows);
+        totals += SumOf(rows);
+    }
+    return totals;
 }
 
 Totals Library::Walk(const std::string& sql)

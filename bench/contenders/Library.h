@@ -16,12 +16,14 @@ public:
 
     using Write = DbTableDataWrite;
     using Rows = DbTableData;
+    using Query = std::string;
     struct Change {
         DbTableDataWrite values;
         std::string condition;
     };
 
     static Write MakeWrite(const std::vector<SampleRow>& rows) { return WriteRequest(rows); }
+    static Query MakeQuery(int number) { return SelectByNumber(number); }
     static Change MakeChange(const SampleRow& row);
     static Totals SumOf(const Rows& rows);
     static void OpenAndClose(const std::string& path);
@@ -30,8 +32,10 @@ public:
 
     void Execute(const std::string& sql);
     void Insert(const Write& write);
-    void Update(const Change& change);
+    void InsertEach(const std::vector<Write>& writes);
+    void UpdateEach(const std::vector<Change>& changes);
     void Read(const std::string& sql, Rows& rows);
+    Totals LookUp(const std::vector<Query>& queries);
     Totals Walk(const std::string& sql);
     Totals Iterate(const std::string& sql);
     void InsertBound(const std::vector<SampleRow>& rows);

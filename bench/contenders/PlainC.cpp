@@ -103,6 +103,20 @@ void PlainC::Execute(const std::string& sql)
     Check(sqlite3_exec(m_handle, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK, m_handle, "execute");
 }
 
+void PlainC::InsertEach(const std::vector<Write>& writes)
+{
+    for (const Write& write : writes) {
+        Execute(write);
+    }
+}
+
+void PlainC::UpdateEach(const std::vector<Change>& changes)
+{
+    for (const Change& change : changes) {
+        Execute(change);
+    }
+}
+
 void PlainC::Read(const std::string& sql, Rows& rows)
 {
     sqlite3_stmt* const statement = Prepared(m_handle, sql.data(), sql.size());
@@ -110,13 +124,24 @@ void PlainC::Read(const std::string& sql, Rows& rows)
     int code = SQLITE_OK;
     while ((code = sqlite3_step(statement)) == SQLITE_ROW) {
         std::vector<DbTableColumnValue>& cells = rows.rows.emplace_back().cells;
-        cells.resize(static_cast<std::size_t>(columns));
+        cells.reserve(static_cast<std::size_t>(columns));
         for (int column = 0; column < columns; ++column) {
-            ReadCell(statement, column, cells[static_cast<std::size_t>(column)]);
+            ReadCell(statement, column, cells.emplace_back());
         }
     }
     Check(code, SQLITE_DONE, m_handle, "step");
     sqlite3_finalize(statement);
+}
+
+Totals PlainC::LookUp(const std::vector<Query>& queries)
+{
+    Totals totals;
+    for (const Query& query : queries) {
+        Rows rows;
+        Read(query, rows);
+        totals += SumOf(rows);
+    }
+    return totals;
 }
 
 Totals PlainC::Walk(const std::string& sql)

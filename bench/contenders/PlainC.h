@@ -19,9 +19,11 @@ public:
 
     using Write = std::string;
     using Rows = DbTableData;
+    using Query = std::string;
     using Change = std::string;
 
     static Write MakeWrite(const std::vector<SampleRow>& rows) { return InsertText(rows); }
+    static Query MakeQuery(int number) { return SelectByNumber(number); }
     static Change MakeChange(const SampleRow& row) { return UpdateText(row); }
     static Totals SumOf(const Rows& rows);
     static void OpenAndClose(const std::string& path);
@@ -34,8 +36,10 @@ public:
 
     void Execute(const std::string& sql);
     void Insert(const Write& write) { Execute(write); }
-    void Update(const Change& change) { Execute(change); }
+    void InsertEach(const std::vector<Write>& writes);
+    void UpdateEach(const std::vector<Change>& changes);
     void Read(const std::string& sql, Rows& rows);
+    Totals LookUp(const std::vector<Query>& queries);
     Totals Walk(const std::string& sql);
     void InsertBound(const std::vector<SampleRow>& rows);
     Totals ReadColumns(int times);

@@ -41,23 +41,12 @@ void LookUp(benchmark::State& state, int count)
     Contender contender(InMemory);
     Fill(contender, count);
     const Totals expected = Sum(SampleRows(count));
-    std::vector<std::string> queries;
+    std::vector<typename Contender::Query> queries;
     for (int number = 0; number < count; ++number) {
-        queries.push_back(SelectByNumber(number));
+        queries.push_back(Contender::MakeQuery(number));
     }
     for ([[maybe_unused]] auto round : state) {
-        Totals totals;
-        for (const std::string& query : queries) {
-            typename Contender::Rows rows;
-            contender.Read(query, rows);
-            const Totals one = Contender::SumOf(rows);
-            totals.rows += one.rows;
-            totals.numbers += one.numbers;
-            totals.measures += one.measures;
-            totals.labels += one.labels;
-            totals.bytes += one.bytes;
-        }
-        Require(totals == expected, "rows looked up", Contender::Name);
+        Require(contender.LookUp(queries) == expected, "rows looked up", Contender::Name);
     }
 }
 

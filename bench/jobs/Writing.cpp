@@ -41,11 +41,7 @@ void WriteSingly(benchmark::State& state, int count)
     }
     Contender contender(InMemory);
     contender.Execute(CreateTable);
-    InTransactions(state, contender, [&] {
-        for (const auto& write : writes) {
-            contender.Insert(write);
-        }
-    });
+    InTransactions(state, contender, [&] { contender.InsertEach(writes); });
     RequireWritten(contender, rows);
 }
 
@@ -59,11 +55,7 @@ void UpdateSingly(benchmark::State& state, int count)
     }
     Contender contender(InMemory);
     Fill(contender, count);
-    InTransactions(state, contender, [&] {
-        for (const auto& change : changes) {
-            contender.Update(change);
-        }
-    });
+    InTransactions(state, contender, [&] { contender.UpdateEach(changes); });
     RequireWritten(contender, rows);
 }
 

@@ -7,8 +7,13 @@
 
 namespace Morvik::sql::bench {
 
+/// Takes the number of repetitions from the program's arguments, for the line that shows how far the whole is. To be
+/// called before the arguments are taken over by the benchmark.
+void ReadRepetitions(int argc, char** argv);
+
 /// Registers one job of one contender as "job/contender". Each of its runs repeats the job `iterations` times, so that
-/// the number of runs is known beforehand and a line on the standard error stream can show how far the whole is.
+/// the number of runs is known beforehand; without a filter on the jobs, a line on the standard error stream shows how
+/// far the whole is.
 void RegisterJob(const std::string& job, const char* contender, int iterations,
                  const std::function<void(benchmark::State&)>& run);
 

@@ -99,11 +99,21 @@ std::string SelectByNumber(int number)
     return "SELECT * FROM sample WHERE number=" + std::to_string(number);
 }
 
+Totals& Totals::operator+=(const Totals& other)
+{
+    rows += other.rows;
+    numbers += other.numbers;
+    measures += other.measures;
+    labels += other.labels;
+    bytes += other.bytes;
+    return *this;
+}
+
 Totals Sum(const std::vector<SampleRow>& rows)
 {
     Totals totals;
     for (const SampleRow& row : rows) {
-        totals.Add(row.number, row.measure, row.label.data(), row.label.size(), row.bytes.data(), row.bytes.size());
+        totals.Add(row);
     }
     return totals;
 }

@@ -49,6 +49,12 @@ struct Totals {
     std::size_t bytes = 0;
 
     bool operator==(const Totals&) const = default;
+    Totals& operator+=(const Totals& other);
+
+    void Add(const SampleRow& row)
+    {
+        Add(row.number, row.measure, row.label.data(), row.label.size(), row.bytes.data(), row.bytes.size());
+    }
 
     void Add(int number, double measure, const char* label, std::size_t labelSize, const char* blob,
              std::size_t blobSize)

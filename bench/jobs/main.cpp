@@ -1,16 +1,16 @@
 #include "support/Jobs.h"
-
-#include <sqlite3.h>
+#include "support/Machine.h"
 
 int main(int argc, char** argv)
 {
     namespace bench = Morvik::sql::bench;
 
+    bench::ReadRepetitions(argc, argv);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
-    benchmark::AddCustomContext("sqlite_version", sqlite3_libversion());
+    bench::AddMachineToContext();
     bench::RegisterWriting();
     bench::RegisterReading();
     bench::RegisterBinding();
