@@ -2,6 +2,7 @@
 
 #include "contenders/Contenders.h"
 #include "support/Databases.h"
+#include "support/ExecutedTexts.h"
 #include "support/Transactions.h"
 
 #include <filesystem>
@@ -59,10 +60,26 @@ void UpdateSingly(benchmark::State& state, int count)
     RequireWritten(contender, rows);
 }
 
+// The floor is the library's own text, or the ratios say nothing.
+void RequireSameTexts()
+{
+    const std::vector<SampleRow> rows = SampleRows(1000);
+    const ExecutedTexts executed;
+    {
+        Library library(InMemory);
+        library.Execute(CreateTable);
+        library.Insert(Library::MakeWrite(rows));
+        library.UpdateEach({Library::MakeChange(rows.front())});
+    }
+    const std::vector<std::string> expected{CreateTable, PlainC::MakeWrite(rows), PlainC::MakeChange(rows.front())};
+    Require(executed.Texts() == expected, "the library's texts are not the ready-made ones");
+}
+
 } // namespace
 
 void RegisterWriting()
 {
+    RequireSameTexts();
     ForEachContender([]<typename Contender> {
         for (const int rows : {1'000, 10'000, 100'000}) {
             for (const bool inFile : {false, true}) {

@@ -5,14 +5,12 @@
 
 namespace Morvik::sql::bench {
 
-void Require(bool right, const char* what, const char* detail, std::source_location where)
+void Require(bool right, const char* what, const char* detail)
 {
-    if (right) {
-        return;
+    if (!right) {
+        std::fprintf(stderr, "\nwrong result: %s %s\n", what, detail);
+        std::exit(EXIT_FAILURE);
     }
-    std::fprintf(stderr, "\n%s:%u: wrong result: %s %s\n", where.file_name(), static_cast<unsigned>(where.line()), what,
-                 detail);
-    std::exit(EXIT_FAILURE);
 }
 
 } // namespace Morvik::sql::bench

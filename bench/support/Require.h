@@ -1,11 +1,8 @@
 #pragma once
 
-#include <source_location>
-
 namespace Morvik::sql::bench {
 
 /// Ends the program with a failure unless `right` holds: a figure of a wrong result is worth nothing.
-void Require(bool right, const char* what, const char* detail = "",
-             std::source_location where = std::source_location::current());
+void Require(bool right, const char* what, const char* detail = "");
 
 } // namespace Morvik::sql::bench
