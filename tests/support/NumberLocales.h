@@ -30,7 +30,7 @@ struct NumberLocale {
     std::string name;
     std::locale locale;
 
-    friend std::ostream& operator<<(std::ostream& stream, const NumberLocale& locale) { return stream << locale.name; }
+    friend std::ostream& operator<<(std::ostream& stream, const NumberLocale& chosen) { return stream << chosen.name; }
 };
 
 /// The classic locale, and others that need no installed one: each writes most numbers in another way.
