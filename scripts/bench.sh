@@ -1,11 +1,11 @@
 #!/bin/sh
 # Builds the benchmarks, runs them, prints the table of ratios and writes docs/performance.md with its plots.
 #
-# usage: scripts/bench.sh [ROUNDS]      (15 rounds unless told)
+# usage: scripts/bench.sh [ROUNDS]      (25 rounds unless told)
 set -eu
 
 cd "$(dirname "$0")/.."
-rounds=${1:-15}
+rounds=${1:-25}
 
 install_what_lacks() {
     lacking=

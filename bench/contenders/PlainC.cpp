@@ -4,6 +4,7 @@
 #include "support/Require.h"
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <cstddef>
 
@@ -89,6 +90,14 @@ void PlainC::OpenAndClose(const std::string& path)
 {
     sqlite3* const handle = Opened(path);
     Check(sqlite3_close(handle), SQLITE_OK, handle, "close");
+}
+
+void PlainC::OpenAndCloseInDirectory(const std::string& path)
+{
+    const std::string directory = path.substr(0, path.rfind('/'));
+    struct stat status {};
+    Require(stat(directory.c_str(), &status) == 0 && S_ISDIR(status.st_mode), "directory", directory.c_str());
+    OpenAndClose(path);
 }
 
 PlainC::PlainC(const std::string& path) : m_handle(Opened(path)) {}

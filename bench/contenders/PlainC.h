@@ -28,6 +28,9 @@ public:
     static Totals SumOf(const Rows& rows);
     static void OpenAndClose(const std::string& path);
 
+    /// Asks for the status of the file's directory before, which whoever creates missing directories has to.
+    static void OpenAndCloseInDirectory(const std::string& path);
+
     explicit PlainC(const std::string& path);
     ~PlainC();
 
