@@ -5,6 +5,7 @@
 #include <random>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Morvik::sql::tests {
@@ -35,6 +36,24 @@ public:
     const Item& Of(const std::vector<Item>& items)
     {
         return items[Below(items.size())];
+    }
+
+    /// 32 bits, each of them 0 or 1.
+    std::uint32_t Bits()
+    {
+        const auto upper = static_cast<std::uint32_t>(Below(0x10000));
+        const auto lower = static_cast<std::uint32_t>(Below(0x10000));
+        return upper << 16 | lower;
+    }
+
+    /// At most `longest` characters of `alphabet`.
+    std::string TextOf(std::string_view alphabet, std::size_t longest)
+    {
+        std::string text;
+        for (std::size_t left = Below(longest + 1); left > 0; --left) {
+            text += alphabet[Below(alphabet.size())];
+        }
+        return text;
     }
 
     /// False once the given bytes are used up; a generator never ends.

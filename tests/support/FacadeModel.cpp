@@ -4,6 +4,7 @@
 
 #include <sstream>
 
+#include "support/PlainRendering.h"
 #include "support/PlainSqlite.h"
 
 namespace Morvik::sql::tests {

@@ -17,12 +17,6 @@ using DescribedRow = std::vector<std::string>;
 
 DescribedRow Described(const DbTableRowValues& row);
 
-/// The cell's SQL text, rendered through a stream; empty when it has none.
-std::string PlainLiteral(const DbTableColumnValue& cell);
-
-/// The CREATE TABLE statement of a definition, rendered through a stream.
-std::string PlainCreateStatement(const DbTableDefinition& definition);
-
 /// Predicts what a DatabaseApi answers: the same operations on a database of its own, done with plain SQLite calls, so
 /// that SQLite's codes and messages need no table. Every operation returns the predicted result; code and message are
 /// the predicted record.

@@ -1,7 +1,11 @@
+#include "support/PlainRendering.h"
+
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <sstream>
 #include <utility>
+#include <vector>
 
 #include "support/FacadeModel.h"
 
@@ -29,25 +33,6 @@ std::string PlainTypeName(DbTableColumnType type)
     return name != Names.end() ? name->second : "";
 }
 
-std::string PlainColumn(const DbTableColumnDefinition& column)
-{
-    static const std::vector<std::pair<DbTableColumnConstraint, std::string>> Keywords{
-        {PrimaryKey, "PRIMARY KEY"}, {NotNull, "NOT NULL"}, {Unique, "UNIQUE"}, {Check, "CHECK"}, {Default, "DEFAULT"}};
-    std::ostringstream stream;
-    stream << column.name << ' ' << PlainTypeName(column.type) << ' ';
-    const char* blank = "";
-    for (const auto& [constraint, keyword] : Keywords) {
-        if ((column.constraintFlags & constraint) != 0) {
-            stream << blank << keyword;
-            blank = " ";
-            if (column.constraintArguments.contains(constraint) && !column.constraintArguments.at(constraint).empty()) {
-                stream << ' ' << column.constraintArguments.at(constraint);
-            }
-        }
-    }
-    return stream.str();
-}
-
 template <typename Items>
 std::string PlainJoined(const Items& items)
 {
@@ -58,27 +43,6 @@ std::string PlainJoined(const Items& items)
         comma = ",";
     }
     return stream.str();
-}
-
-std::string PlainConstraints(const DbTableConstraints& constraints)
-{
-    std::vector<std::string> items;
-    if (!constraints.primaryKey.empty()) {
-        items.push_back("PRIMARY KEY (" + PlainJoined(constraints.primaryKey) + ") ON CONFLICT IGNORE");
-    }
-    if (!constraints.unique.empty()) {
-        items.push_back("UNIQUE (" + PlainJoined(constraints.unique) + ") ON CONFLICT IGNORE");
-    }
-    const bool keyOrReference = !items.empty() || !constraints.referenceTable.empty();
-    if (keyOrReference && !constraints.foreignKey.empty()) {
-        const std::string names = PlainJoined(constraints.foreignKey);
-        items.push_back("FOREIGN KEY (" + names + ")" +
-                        (constraints.referenceTable.empty()
-                             ? ""
-                             : " REFERENCES " + constraints.referenceTable + "(" + names + ") ON DELETE SET NULL") +
-                        " )");
-    }
-    return PlainJoined(items);
 }
 
 } // namespace
@@ -144,11 +108,66 @@ std::string PlainLiteral(const DbTableColumnValue& cell)
     return stream.str();
 }
 
+std::string PlainColumnConstraints(const DbTableColumnDefinition& column)
+{
+    static const std::vector<std::pair<DbTableColumnConstraint, std::string>> Keywords{
+        {PrimaryKey, "PRIMARY KEY"}, {NotNull, "NOT NULL"}, {Unique, "UNIQUE"}, {Check, "CHECK"}, {Default, "DEFAULT"}};
+    std::ostringstream stream;
+    const char* blank = "";
+    for (const auto& [constraint, keyword] : Keywords) {
+        if ((column.constraintFlags & constraint) != 0) {
+            stream << blank << keyword;
+            blank = " ";
+            if (column.constraintArguments.contains(constraint) && !column.constraintArguments.at(constraint).empty()) {
+                stream << ' ' << column.constraintArguments.at(constraint);
+            }
+        }
+    }
+    return stream.str();
+}
+
+std::string PlainColumn(const DbTableColumnDefinition& column)
+{
+    std::ostringstream stream;
+    stream << column.name << ' ' << PlainTypeName(column.type) << ' ' << PlainColumnConstraints(column);
+    return stream.str();
+}
+
+std::string PlainForeignKey(const DbTableConstraints& constraints)
+{
+    std::ostringstream stream;
+    const std::string names = PlainJoined(constraints.foreignKey);
+    if (!constraints.foreignKey.empty()) {
+        stream << "FOREIGN KEY (" << names << ')';
+        if (!constraints.referenceTable.empty()) {
+            stream << " REFERENCES " << constraints.referenceTable << '(' << names << ") ON DELETE SET NULL";
+        }
+    }
+    stream << " )";
+    return stream.str();
+}
+
+std::string PlainTableConstraints(const DbTableConstraints& constraints)
+{
+    std::vector<std::string> items;
+    if (!constraints.primaryKey.empty()) {
+        items.push_back("PRIMARY KEY (" + PlainJoined(constraints.primaryKey) + ") ON CONFLICT IGNORE");
+    }
+    if (!constraints.unique.empty()) {
+        items.push_back("UNIQUE (" + PlainJoined(constraints.unique) + ") ON CONFLICT IGNORE");
+    }
+    const bool keyOrReference = !items.empty() || !constraints.referenceTable.empty();
+    if (keyOrReference && !constraints.foreignKey.empty()) {
+        items.push_back(PlainForeignKey(constraints));
+    }
+    return PlainJoined(items);
+}
+
 std::string PlainCreateStatement(const DbTableDefinition& definition)
 {
     std::vector<std::string> columns;
     std::transform(definition.columns.begin(), definition.columns.end(), std::back_inserter(columns), PlainColumn);
-    const std::string constraints = PlainConstraints(definition.constraints);
+    const std::string constraints = PlainTableConstraints(definition.constraints);
     std::ostringstream stream;
     stream << "CREATE TABLE IF NOT EXISTS " << definition.name << " (" << PlainJoined(columns)
            << (constraints.empty() ? "" : ",") << constraints << ')';

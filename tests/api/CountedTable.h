@@ -1,0 +1,46 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/HasRecord.h"
+#include "support/OpenFacade.h"
+#include "support/PlainSqlite.h"
+
+namespace Morvik::sql::tests {
+
+/// Tests that count the rows of a table t, which holds 1, 2 and 3 in its column a.
+class CountedTable : public OpenFacade {
+protected:
+    static constexpr int NotWritten = -77;
+
+    CountedTable() { PlainSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2), (3)"); }
+
+    int Count(const std::string& table, const std::string& condition)
+    {
+        result = NotWritten;
+        return database.ExistData(table, condition, result);
+    }
+
+    /// Begins a walk over three rows and takes the first.
+    void BeginWalk()
+    {
+        ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t ORDER BY a"));
+        ASSERT_TRUE(database.ReadNextRow(row));
+    }
+
+    void ExpectNoWalk()
+    {
+        EXPECT_FALSE(database.ReadNextRow(row));
+        EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+    }
+
+    /// Takes away the row of the count, so that another one is the first.
+    const std::string noCount = "WHERE 0 GROUP BY a";
+
+    int result = NotWritten;
+    DbTableRowValues row;
+};
+
+} // namespace Morvik::sql::tests

@@ -1,0 +1,192 @@
+#include "model/ValueLiteral.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <ios>
+#include <limits>
+#include <locale>
+#include <new>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "model/LiteralOf.h"
+#include "model/StatementText.h"
+#include "support/FailingAllocation.h"
+#include "support/ScopedGlobalLocale.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+using namespace std::string_literals;
+
+using Alternatives = decltype(DbTableColumnValue::value);
+
+const Alternatives Values[] = {Alternatives(7), Alternatives(2.5), Alternatives("text"s),
+                               Alternatives(std::vector<char>{'b', 'y'})};
+const char* const ValueNames[] = {"Int", "Double", "String", "Bytes"};
+
+std::string NameOfTag(std::int32_t tag)
+{
+    const std::int64_t wide = tag;
+    return wide < 0 ? "Minus" + std::to_string(-wide) : std::to_string(wide);
+}
+
+std::string NameOfPair(const testing::TestParamInfo<std::tuple<std::int32_t, std::size_t>>& pair)
+{
+    return "Tag" + NameOfTag(std::get<0>(pair.param)) + "With" + ValueNames[std::get<1>(pair.param)];
+}
+
+DbTableColumnValue CellOf(const std::tuple<std::int32_t, std::size_t>& pair)
+{
+    return {static_cast<DbTableColumnType>(std::get<0>(pair)), 0, Values[std::get<1>(pair)]};
+}
+
+// The alternative that a tag with data goes with.
+std::size_t AlternativeOf(std::int32_t tag)
+{
+    return tag == 0 ? 0 : static_cast<std::size_t>(tag - 1);
+}
+
+class TagAndValueTest : public testing::TestWithParam<std::tuple<std::int32_t, std::size_t>> {};
+
+TEST_P(TagAndValueTest, MustBelongTogether)
+{
+    const std::string literals[] = {"7", "2.5", "\"text\"", "\"by\""};
+    const auto [tag, value] = GetParam();
+
+    const std::optional<std::string> literal = LiteralOf(CellOf(GetParam()));
+
+    if (AlternativeOf(tag) == value) {
+        EXPECT_EQ(literal, literals[value]);
+    } else {
+        EXPECT_EQ(literal, std::nullopt);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(TagsWithData, TagAndValueTest,
+                         testing::Combine(testing::Range(std::int32_t{0}, std::int32_t{5}),
+                                          testing::Range(std::size_t{0}, std::size_t{4})),
+                         NameOfPair);
+
+class TagWithoutTextTest : public testing::TestWithParam<std::tuple<std::int32_t, std::size_t>> {};
+
+TEST_P(TagWithoutTextTest, HasNoLiteralWhateverValueTheCellHolds)
+{
+    EXPECT_EQ(LiteralOf(CellOf(GetParam())), std::nullopt);
+}
+
+INSTANTIATE_TEST_SUITE_P(NullAndUnknown, TagWithoutTextTest,
+                         testing::Combine(testing::Values(5, 10, 11, 12, 256, -1, -5,
+                                                          std::numeric_limits<std::int32_t>::max(),
+                                                          std::numeric_limits<std::int32_t>::min()),
+                                          testing::Range(std::size_t{0}, std::size_t{4})),
+                         NameOfPair);
+
+TEST(InvalidCellTest, CellReadFromNullCannotBeWrittenBack)
+{
+    EXPECT_EQ(LiteralOf({DbTableColumnType::None, 2, std::string()}), std::nullopt);
+}
+
+// A facet of an application's locale that cannot write numbers.
+class ThrowingNumbers : public std::num_put<char> {
+public:
+    static inline int calls = 0;
+
+protected:
+    iter_type do_put(iter_type, std::ios_base&, char_type, long) const override { throw Failure(); }
+    iter_type do_put(iter_type, std::ios_base&, char_type, unsigned long) const override { throw Failure(); }
+    iter_type do_put(iter_type, std::ios_base&, char_type, double) const override { throw Failure(); }
+
+private:
+    static std::runtime_error Failure()
+    {
+        ++calls;
+        return std::runtime_error("numbers cannot be written");
+    }
+};
+
+TEST(InvalidCellTest, NumberThatTheLocaleCannotWriteHasNoLiteral)
+{
+    const ScopedGlobalLocale locale(std::locale(std::locale::classic(), new ThrowingNumbers));
+    ThrowingNumbers::calls = 0;
+
+    const std::optional<std::string> integer = LiteralOf({DbTableColumnType::Integer, 0, 42});
+    const std::optional<std::string> untyped = LiteralOf({DbTableColumnType::None, 0, 42});
+    const std::optional<std::string> real = LiteralOf({DbTableColumnType::Real, 0, 0.5});
+    const std::optional<std::string> text = LiteralOf({DbTableColumnType::Text, 0, "42"s});
+
+    EXPECT_EQ(ThrowingNumbers::calls, 3);
+    EXPECT_EQ(integer, std::nullopt);
+    EXPECT_EQ(untyped, std::nullopt);
+    EXPECT_EQ(real, std::nullopt);
+    EXPECT_EQ(text, "\"42\"");
+}
+
+TEST(InvalidCellTest, TextWhoseQuotesCannotBeDoubledForLackOfMemoryHasNoLiteral)
+{
+    const DbTableColumnValue cell{DbTableColumnType::Text, 0, "it's \"here\" " + std::string(100, '\'')};
+    const std::string literal = LiteralOf(cell).value();
+    int failures = 0;
+
+    for (bool fired = true; fired; ++failures) {
+        StatementText sql(literal.size()); // so that no allocation but those of the doubling can fail
+        bool written = false;
+        {
+            const FailingAllocation failing(failures);
+            written = ColumnValueAsString(cell, sql);
+            fired = failing.Fired();
+        }
+        EXPECT_EQ(written, !fired) << "after " << failures << " allocations";
+        EXPECT_EQ(sql.Take(), fired ? "" : literal);
+    }
+
+    EXPECT_GT(failures, 1) << "no allocation failed";
+}
+
+TEST(InvalidCellTest, StatementThatCannotGrowForLackOfMemoryIsNotTakenForAnInvalidCell)
+{
+    const DbTableColumnValue cells[] = {{DbTableColumnType::Text, 0, std::string(100, 'x')},
+                                        {DbTableColumnType::Blob, 0, std::vector<char>(100, 'x')},
+                                        {DbTableColumnType::DateTimeNowLocalTime}};
+    for (const DbTableColumnValue& cell : cells) {
+        StatementText sql(0);
+        const FailingAllocation failing(0);
+
+        EXPECT_THROW(ColumnValueAsString(cell, sql), std::bad_alloc);
+        EXPECT_TRUE(failing.Fired());
+    }
+}
+
+TEST(InvalidCellTest, NumberIsNeverCutShortForLackOfMemory)
+{
+    const ScopedGlobalLocale locale;
+    const DbTableColumnValue cell{DbTableColumnType::Integer, 0, -1234567};
+    int failures = 0;
+
+    for (bool fired = true; fired; ++failures) {
+        StatementText sql(0);
+        bool thrown = false;
+        {
+            const FailingAllocation failing(failures);
+            try {
+                EXPECT_TRUE(ColumnValueAsString(cell, sql));
+            } catch (const std::bad_alloc&) {
+                thrown = true;
+            }
+            fired = failing.Fired();
+        }
+        EXPECT_EQ(thrown, fired);
+        EXPECT_EQ(sql.Take(), fired ? "" : "-1.234.567");
+    }
+
+    EXPECT_GT(failures, 1) << "no allocation failed";
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "model/StatementText.h"
+#include "model/ValueLiteral.h"
+
+namespace Morvik::sql::tests {
+
+/// The text that the cell's literal adds to a statement, or nothing when the cell has none. Fails the test when the
+/// statement's earlier text does not stand, or when a cell without a literal leaves something behind.
+inline std::optional<std::string> LiteralOf(const DbTableColumnValue& cell)
+{
+    const std::string earlier = "VALUES ('\"";
+    StatementText statement(0);
+    statement += earlier;
+    const bool written = ColumnValueAsString(cell, statement);
+    const std::string sql = statement.Take();
+    if (!written) {
+        EXPECT_EQ(sql, earlier) << "a cell without a literal leaves the statement as it is";
+        return std::nullopt;
+    }
+    EXPECT_EQ(sql.substr(0, earlier.size()), earlier);
+    EXPECT_GT(sql.size(), earlier.size()) << "an empty text is no literal";
+    return sql.substr(earlier.size());
+}
+
+} // namespace Morvik::sql::tests

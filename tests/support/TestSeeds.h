@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace Morvik::sql::tests {
+
+/// The seeds of generated tests: a fixed one, so that a run can be repeated, and the number in the environment variable
+/// TKOSQLLITE_TEST_SEED where it is set, so that many runs try many inputs.
+inline std::vector<std::uint64_t> TestSeeds()
+{
+    std::vector<std::uint64_t> seeds{20240229};
+    if (const char* const given = std::getenv("TKOSQLLITE_TEST_SEED"); given != nullptr) {
+        seeds.push_back(std::strtoull(given, nullptr, 10));
+    }
+    return seeds;
+}
+
+/// What a failure message needs so that its input can be generated again.
+inline std::string Describe(std::uint64_t seed)
+{
+    return "TKOSQLLITE_TEST_SEED=" + std::to_string(seed);
+}
+
+} // namespace Morvik::sql::tests
