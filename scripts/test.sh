@@ -1,27 +1,46 @@
 #!/bin/bash
-# Builds everything with the address and undefined-behaviour sanitizers and runs every test. The last line tells how
-# many tests passed and how many did not.
+# Runs every test: on this machine with the address and undefined-behaviour sanitizers, on the library as it ships, with
+# the target's unsigned char and with its 32-bit widths, under the budgets of instructions and memory, and then on the
+# target, 32-bit ARM, under emulation. The last line tells how many tests passed and how many did not.
+#
+#   scripts/test.sh [PRESET...]      only these of: dev native unsigned-char m32 budgets armhf
 
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-results=$project/build/dev/test-results.xml
+presets=("$@")
+[ $# -gt 0 ] || presets=(dev native unsigned-char m32 budgets armhf)
 
-scripts/install-dependencies.sh test
-step "Configuring" quietly cmake --preset dev
-step "Building with the sanitizers" quietly cmake --build --preset dev
-echo "== Testing"
-rm -f "$results"
-status=0
-ctest --preset dev -j "$(nproc)" --output-junit "$results" || status=$?
-[ -s "$results" ] || fail "failed: testing (ctest ended with status $status and left no results)"
+passed=0
+failed=0
+ended_badly=0
 
 # A test that was skipped, disabled or not even built has not passed.
-total=$(grep -c '<testcase ' "$results" || true)
-passed=$(grep -c '<testcase .* status="run">' "$results" || true)
-failed=$((total - passed))
-if [ "$status" -ne 0 ] && [ "$failed" -eq 0 ]; then
-    echo "test.sh: failed: testing (ctest ended with status $status)" >&2
-fi
+run_tests()
+{
+    local preset=$1 results=$project/build/$1/test-results.xml status=0 total here
+    echo "== Testing ($preset)"
+    rm -f "$results"
+    ctest --preset "$preset" -j "$(nproc)" --output-junit "$results" || status=$?
+    [ -s "$results" ] || fail "failed: testing ($preset: ctest ended with status $status and left no results)"
+    total=$(grep -c '<testcase ' "$results" || true)
+    here=$(grep -c '<testcase .* status="run">' "$results" || true)
+    passed=$((passed + here))
+    failed=$((failed + total - here))
+    echo "== $preset: $here of $total tests passed"
+    [ "$here" -gt 0 ] && [ "$status" -eq 0 ] || ended_badly=1
+}
+
+scripts/install-dependencies.sh test
+for preset in "${presets[@]}"; do
+    case $preset in
+    armhf) step "Fetching the target's libraries" scripts/armhf-sysroot.sh ;;
+    m32) step "Fetching the 32-bit libraries" scripts/i386-sysroot.sh ;;
+    esac
+    step "Configuring ($preset)" quietly cmake --preset "$preset"
+    step "Building ($preset)" quietly cmake --build --preset "$preset"
+    run_tests "$preset"
+done
+
 echo "$passed passed, $failed failed"
-[ "$status" -eq 0 ] && [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
+[ "$ended_badly" -eq 0 ] && [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]

@@ -4,6 +4,8 @@ set(abi ${CMAKE_CURRENT_SOURCE_DIR}/abi-${machine}.xml)
 
 add_binary_check(NeedsOnlySqliteBoostAndTheRunTime check-needed.sh ${library})
 add_binary_check(RunsNothingWhenItIsLoaded check-initialisers.sh ${library})
+add_binary_check(KeepsToItsFootprint
+    check-footprint.sh ${library} ${machine} ${PROJECT_SOURCE_DIR}/tests/budgets/footprint.txt)
 add_binary_check(HasTheVirtualTablesOfItsClasses check-virtual-tables.sh ${library})
 
 # The types are compared through debug information, which changes no code but is readable only without link-time

@@ -1,0 +1,18 @@
+#!/bin/bash
+# Prints what the library takes as it ships, for this machine and for the target: the stripped file, symbols,
+# relocations, pages written to at load, and the sections. The budgets stand in tests/budgets/footprint.txt.
+
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+scripts/install-dependencies.sh test
+step "Fetching the target's libraries" quietly scripts/armhf-sysroot.sh
+for preset in native armhf; do
+    step "Building ($preset)" quietly cmake --preset "$preset"
+    quietly cmake --build --preset "$preset" --target tkosqllite
+    prefix=
+    [ "$preset" = native ] || prefix=arm-linux-gnueabihf-
+    library=build/$preset/src/libtkosqllite.so
+    READELF=${prefix}readelf NM=${prefix}nm STRIP=${prefix}strip tests/binary/footprint.sh "$library"
+    "${prefix}size" -A "$library" | grep -v '\.debug'
+done
