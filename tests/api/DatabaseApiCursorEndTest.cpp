@@ -74,6 +74,18 @@ TEST_F(DatabaseApiCursorEndTest, SuccessfulQueryEmptiesTheCurrentRow)
     EXPECT_THAT(current.cells, IsEmpty());
 }
 
+TEST_F(DatabaseApiCursorEndTest, QueryMayBeBegunWithATextOfTheCurrentRow)
+{
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT 'SELECT b AS a_name_long_enough_for_memory_of_its_own FROM t'"));
+    const DbTableRowIterator iterator = database.begin();
+    ASSERT_NE(iterator, database.end());
+
+    EXPECT_TRUE(database.SqlQueryBegin(std::get<std::string>(iterator->cells.at(0).value)));
+
+    EXPECT_TRUE(database.ReadNextRow(row));
+    EXPECT_THAT(CellTexts(row), ElementsAre("0:Text string(one)"));
+}
+
 TEST_F(DatabaseApiCursorEndTest, CloseReadTableReleasesTheQueryAndLeavesTheCurrentRow)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <cstdint>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -99,6 +100,40 @@ TEST_P(DatabaseApiInsertTextTest, IsExecutedAsItStandsAndLeavesSqlitesRecord)
 
 INSTANTIATE_TEST_SUITE_P(Requests, DatabaseApiInsertTextTest, testing::ValuesIn(TextCases),
                          [](const auto& textCase) { return textCase.param.name; });
+
+/// The text of an insert of the row, `count` times, by a stream under the locale of the moment.
+std::string StreamedInsert(int integer, double real, const std::string& text, int count)
+{
+    std::ostringstream stream;
+    stream << "INSERT INTO t VALUES";
+    for (int row = 0; row < count; ++row) {
+        stream << (row == 0 ? " (" : " ,(") << integer << ',' << real << ",\"" << text << "\")";
+    }
+    return stream.str();
+}
+
+TEST(DatabaseApiLongInsertTest, IsWrittenWholeHoweverLongItsNumbersAre)
+{
+    constexpr int Count = 3000;
+    DatabaseApi closed;
+    DbTableDataWrite data;
+    data.rows.assign(Count, {{IntegerCell(INT32_MIN), RealCell(-1.25e-300), TextCell("text")}});
+    {
+        const RecordedSqlite sqlite;
+
+        closed.WriteTableValues("t", data);
+
+        EXPECT_EQ(sqlite.Executed().at(0), StreamedInsert(INT32_MIN, -1.25e-300, "text", Count));
+    }
+    const ScopedGlobalLocale locale;
+    const RecordedSqlite sqlite;
+
+    closed.WriteTableValues("t", data);
+
+    const std::string text = sqlite.Executed().at(0);
+    EXPECT_EQ(text, StreamedInsert(INT32_MIN, -1.25e-300, "text", Count));
+    EXPECT_THAT(text, testing::StartsWith("INSERT INTO t VALUES (-2.147.483.648,-1,25e-300,\"text\") ,("));
+}
 
 class DatabaseApiInvalidCellTest : public OpenFacade {
 protected:
