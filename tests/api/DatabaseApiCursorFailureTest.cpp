@@ -5,6 +5,7 @@
 
 #include "support/Cells.h"
 #include "support/OpenFacade.h"
+#include "support/PlainLegacyStatement.h"
 #include "support/RecordedSqlite.h"
 
 namespace Morvik::sql::tests {
@@ -89,24 +90,20 @@ TEST_F(DatabaseApiCursorFailureTest, NewQueryForgetsTheFailedOne)
 
 TEST_F(DatabaseApiCursorFailureTest, SchemaChangedAfterTheQueryBeganFailsItsFirstStep)
 {
-    PlainSqlite other(path);
-    sqlite3_stmt* statement = nullptr;
     PlainSqlite plain(path);
-    ASSERT_EQ(sqlite3_prepare(plain.Handle(), "SELECT a FROM t", -1, &statement, nullptr), SQLITE_OK);
+    PlainLegacyStatement statement(plain, "SELECT a FROM t");
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
-    other.Execute("CREATE TABLE made (a)");
-    const int stepped = sqlite3_step(statement);
-    const std::string steppedMessage = sqlite3_errmsg(plain.Handle());
-    const int finalized = sqlite3_finalize(statement);
-    const std::string finalizedMessage = sqlite3_errmsg(plain.Handle());
-    ASSERT_NE(stepped, SQLITE_ROW);
+    PlainSqlite(path).Execute("CREATE TABLE made (a)");
+    const PlainFailure stepped = statement.Step();
+    const PlainFailure finalized = statement.Finalize();
+    ASSERT_NE(stepped.code, SQLITE_ROW);
 
     EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasRecord(stepped, steppedMessage));
+    EXPECT_THAT(database, HasRecord(stepped.code, stepped.message));
 
     EXPECT_FALSE(database.CloseReadTable());
-    EXPECT_EQ(finalized, SQLITE_SCHEMA);
-    EXPECT_THAT(database, HasRecord(finalized, finalizedMessage));
+    EXPECT_EQ(finalized.code, SQLITE_SCHEMA);
+    EXPECT_THAT(database, HasRecord(finalized.code, finalized.message));
 }
 
 class DatabaseApiStaleFailureTest : public OpenFacade {

@@ -3,118 +3,96 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <iostream>
+#include <filesystem>
 #include <string>
 
+#include "support/HasRecord.h"
 #include "support/PlainSqlite.h"
+#include "support/ScopedPermissions.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-using testing::HasSubstr;
-
-// Permission bits stop everybody but root, so what is tried runs in a child process that is not root any more.
-
-constexpr uid_t Nobody = 65534;
-
-/// What a test's child says on its way out: the result, the code and the message.
-std::string Told(bool result, int code, const std::string& message)
-{
-    return std::string(result ? "true" : "false") + ", " + std::to_string(code) + ", \"" + message + "\"";
-}
-
-void StopBeingRoot()
-{
-    if (geteuid() == 0 && (setgid(Nobody) != 0 || setuid(Nobody) != 0)) {
-        std::_Exit(1);
-    }
-}
-
-[[noreturn]] void OpenAndWrite(const std::string& path, bool readOnly, const std::string& sql)
-{
-    StopBeingRoot();
-    DatabaseApi database;
-    bool result = database.OpenDatabase(path, readOnly);
-    std::cerr << Told(result, database.GetLastError(), database.GetLastErrorMsg());
-    if (result && !sql.empty()) {
-        result = database.Execute(sql);
-        std::cerr << "; " << Told(result, database.GetLastError(), database.GetLastErrorMsg());
-    }
-    std::_Exit(0);
-}
+namespace fs = std::filesystem;
 
 class DatabaseFilePermissionTest : public testing::Test {
 protected:
     DatabaseFilePermissionTest()
     {
         PlainSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1)");
-        // Anybody may look at what is here, nobody but root may change it.
-        chmod(path.c_str(), 0444);
-        chmod(directory.Path().c_str(), 0555);
+        OpenToEverybody(directory.Path());
     }
-    ~DatabaseFilePermissionTest() override { chmod(directory.Path().c_str(), 0755); }
 
-    void ExpectNothingLost()
-    {
-        chmod(directory.Path().c_str(), 0755);
-        chmod(path.c_str(), 0644);
-        EXPECT_EQ(PlainSqlite(path).Value("SELECT group_concat(a) FROM t"), "'1'");
-    }
+    void ExpectNothingLost() const { EXPECT_EQ(PlainSqlite(path).Value("SELECT group_concat(a) FROM t"), "'1'"); }
 
     const TemporaryDirectory directory;
     const std::string path = directory.File("test.db");
+    DatabaseApi database;
 };
 
 TEST_F(DatabaseFilePermissionTest, FileInADirectoryClosedToWritersCannotBeMade)
 {
     const std::string missing = directory.File("missing.db");
+    {
+        const ScopedPermissions readable(directory.Path(), ReadableDirectory);
 
-    EXPECT_EXIT(OpenAndWrite(missing, false, ""), testing::ExitedWithCode(0),
-                HasSubstr(Told(false, SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN))));
+        EXPECT_FALSE(database.OpenDatabase(missing, false));
+        EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN)));
+        EXPECT_FALSE(database.IsOpen());
+    }
+
+    EXPECT_TRUE(database.OpenDatabase(missing, false)) << "the same facade opens it once it may";
 }
 
-TEST_F(DatabaseFilePermissionTest, DirectoryInADirectoryClosedToWritersCannotBeMade)
+TEST_F(DatabaseFilePermissionTest, DirectoryThatCannotBeMadeIsNamedByTheDatabase)
 {
     const std::string missing = directory.File("missing/x.db");
+    const ScopedPermissions readable(directory.Path(), ReadableDirectory);
 
-    EXPECT_EXIT(OpenAndWrite(missing, false, ""), testing::ExitedWithCode(0),
-                HasSubstr(Told(false, 111, "Create directory failed: " + missing)));
-    EXPECT_EXIT(OpenAndWrite(missing, true, ""), testing::ExitedWithCode(0),
-                HasSubstr(Told(false, 111, "Create directory failed: " + missing)));
+    for (const bool readOnly : {false, true}) {
+        EXPECT_FALSE(database.OpenDatabase(missing, readOnly));
+        EXPECT_THAT(database, HasRecord(111, "Create directory failed: " + missing));
+        EXPECT_FALSE(database.IsOpen());
+    }
 }
 
 TEST_F(DatabaseFilePermissionTest, DirectoryThatCannotBeLookedIntoIsNamedByTheDatabase)
 {
     const std::string hidden = directory.File("inner/x.db");
-    chmod(directory.Path().c_str(), 0);
+    fs::create_directory(directory.File("inner"));
+    const ScopedPermissions locked(directory.Path(), fs::perms::none);
 
-    EXPECT_EXIT(OpenAndWrite(hidden, true, ""), testing::ExitedWithCode(0),
-                HasSubstr(Told(false, 111, "Create directory failed: " + hidden)));
+    EXPECT_FALSE(database.OpenDatabase(hidden, true));
+
+    EXPECT_THAT(database, HasRecord(111, "Create directory failed: " + hidden));
 }
 
-TEST_F(DatabaseFilePermissionTest, FileThatMayOnlyBeReadIsNotWritten)
+TEST_F(DatabaseFilePermissionTest, FileThatMayOnlyBeReadIsReadAndNotWritten)
 {
-    EXPECT_EXIT(OpenAndWrite(path, false, "INSERT INTO t VALUES (2)"), testing::ExitedWithCode(0),
-                HasSubstr(Told(true, 0, "") + "; " + Told(false, SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY))));
-    EXPECT_EXIT(OpenAndWrite(path, true, "SELECT a FROM t"), testing::ExitedWithCode(0),
-                HasSubstr(Told(true, 0, "") + "; " + Told(true, 0, "")));
+    {
+        const ScopedPermissions readable(path, ReadableFile);
+
+        EXPECT_TRUE(database.OpenDatabase(path, false));
+        EXPECT_FALSE(database.Execute("INSERT INTO t VALUES (2)"));
+        EXPECT_THAT(database, HasRecord(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
+        EXPECT_TRUE(database.Execute("SELECT a FROM t"));
+        EXPECT_TRUE(database.CloseDatabase());
+    }
 
     ExpectNothingLost();
 }
 
 TEST_F(DatabaseFilePermissionTest, FileThatMayNotBeReadCannotBeOpened)
 {
-    chmod(path.c_str(), 0);
+    {
+        const ScopedPermissions locked(path, fs::perms::none);
 
-    for (const bool readOnly : {false, true}) {
-        EXPECT_EXIT(OpenAndWrite(path, readOnly, ""), testing::ExitedWithCode(0),
-                    HasSubstr(Told(false, SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN))));
+        for (const bool readOnly : {false, true}) {
+            EXPECT_FALSE(database.OpenDatabase(path, readOnly));
+            EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN)));
+        }
     }
 
     ExpectNothingLost();

@@ -8,6 +8,7 @@
 
 #include "support/Cells.h"
 #include "support/OpenFacade.h"
+#include "support/PlainLegacyStatement.h"
 
 namespace Morvik::sql::tests {
 
@@ -212,22 +213,18 @@ TEST_F(DatabaseFileTest, LockTakenDuringAWalkFailsItsStepAsItFailsPlainSqlites)
 {
     MakeDatabase();
     PlainSqlite plain(path);
-    plain.Execute("SELECT * FROM t");
+    PlainLegacyStatement statement(plain, "SELECT a FROM t");
     ASSERT_TRUE(database.OpenDatabase(path, false));
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
-    sqlite3_stmt* statement = nullptr;
-    ASSERT_EQ(sqlite3_prepare(plain.Handle(), "SELECT a FROM t", -1, &statement, nullptr), SQLITE_OK);
     PlainSqlite other(path);
     other.Execute("BEGIN EXCLUSIVE");
-    const int stepped = sqlite3_step(statement);
-    const std::string message = sqlite3_errmsg(plain.Handle());
-    sqlite3_finalize(statement);
+    const PlainFailure stepped = statement.Step();
     DbTableRowValues fetched;
 
     EXPECT_FALSE(database.ReadNextRow(fetched));
 
-    EXPECT_NE(stepped, SQLITE_ROW);
-    EXPECT_THAT(database, HasRecord(stepped, message));
+    EXPECT_NE(stepped.code, SQLITE_ROW);
+    EXPECT_THAT(database, HasRecord(stepped.code, stepped.message));
     other.Execute("ROLLBACK");
     ExpectNothingLost();
 }
