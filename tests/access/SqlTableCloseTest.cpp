@@ -83,6 +83,21 @@ TEST_F(SqlTableCloseTest, ExceptionWhileTheMessageIsStoredIsDroppedAndLeavesTheC
     EXPECT_EQ(sqlite.CallsOf("sqlite3_finalize").size(), 1U);
 }
 
+TEST_F(SqlTableCloseTest, NothingIsCompiledWhenAnExceptionEndsTheClosingOfThePreviousQuery)
+{
+    const PlainFailure plain = LeaveFailedStep();
+    RecordedSqlite sqlite;
+    sqlite.ReplaceNextResult("sqlite3_errmsg", 0, false);
+
+    const bool opened = table->Open("SELECT 7");
+
+    EXPECT_FALSE(opened);
+    EXPECT_FALSE(sqlite.Pending());
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)", "sqlite3_errmsg(handle)"));
+    EXPECT_THAT(*table, HasRecord(plain.code, ""));
+    EXPECT_TRUE(table->Open("SELECT 7"));
+}
+
 TEST_F(SqlTableCloseTest, DestructorDropsAnExceptionToo)
 {
     LeaveFailedStep();
