@@ -4,6 +4,7 @@ add_library(tkosqllite_options INTERFACE)
 target_compile_features(tkosqllite_options INTERFACE cxx_std_20)
 target_compile_options(tkosqllite_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict> # GCC 12 sees overlapping copies in "text" + std::string where there are none
     $<$<BOOL:${TKOSQLLITE_WARNINGS_AS_ERRORS}>:-Werror>)
 
 if(TKOSQLLITE_SANITIZERS)

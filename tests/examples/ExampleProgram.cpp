@@ -8,7 +8,7 @@ std::vector<std::string> ExampleCommand(const std::string& program, const std::v
 {
     std::vector<std::string> command;
     std::istringstream emulator(TKOSQLLITE_EMULATOR);
-    for (std::string word; std::getline(emulator, word, ';');) {
+    for (std::string word; std::getline(emulator, word, '|');) {
         command.push_back(word);
     }
     command.push_back(std::string(TKOSQLLITE_EXAMPLES) + "/" + program);

@@ -56,6 +56,10 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Sett
     }
     pointers.push_back(nullptr);
 
+    // A child that is killed before it opened its files has written nothing.
+    std::ofstream(m_files.File("out")).close();
+    std::ofstream(m_files.File("err")).close();
+
     FileActions actions;
     actions.Open(STDIN_FILENO, "/dev/null", O_RDONLY);
     actions.Open(STDOUT_FILENO, settings.output.empty() ? m_files.File("out") : settings.output, O_WRONLY | O_CREAT);
@@ -104,7 +108,7 @@ ChildResult ChildProcess::Wait()
         result.signal = WTERMSIG(ending);
     }
     result.err = FileContent(m_files.File("err"));
-    result.out = access(m_files.File("out").c_str(), F_OK) == 0 ? FileContent(m_files.File("out")) : std::string();
+    result.out = FileContent(m_files.File("out"));
     return result;
 }
 

@@ -1,5 +1,8 @@
 #include "support/FailingAllocation.h"
 
+#include <malloc.h>
+
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
@@ -12,6 +15,7 @@ constexpr int NoneFails = -1;
 
 thread_local int allocationsLeft = NoneFails;
 thread_local bool fired = false;
+std::atomic<std::size_t> liveBytes = 0;
 
 bool Fails()
 {
@@ -24,7 +28,15 @@ bool Fails()
 
 void* Allocate(std::size_t size) noexcept
 {
-    return Fails() ? nullptr : std::malloc(size != 0 ? size : 1);
+    void* const memory = Fails() ? nullptr : std::malloc(size != 0 ? size : 1);
+    liveBytes += malloc_usable_size(memory);
+    return memory;
+}
+
+void Free(void* memory) noexcept
+{
+    liveBytes -= malloc_usable_size(memory);
+    std::free(memory);
 }
 
 void* AllocateOrThrow(std::size_t size)
@@ -54,6 +66,11 @@ bool FailingAllocation::Fired() const
     return fired;
 }
 
+std::size_t LiveBytesOfNew()
+{
+    return liveBytes;
+}
+
 } // namespace Morvik::sql::tests
 
 // The whole family for types of usual alignment, so that each piece of memory is freed by the partner of what gave it.
@@ -79,30 +96,30 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
 
 void operator delete(void* memory) noexcept
 {
-    std::free(memory);
+    Morvik::sql::tests::Free(memory);
 }
 
 void operator delete[](void* memory) noexcept
 {
-    std::free(memory);
+    Morvik::sql::tests::Free(memory);
 }
 
 void operator delete(void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    Morvik::sql::tests::Free(memory);
 }
 
 void operator delete[](void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    Morvik::sql::tests::Free(memory);
 }
 
 void operator delete(void* memory, const std::nothrow_t&) noexcept
 {
-    std::free(memory);
+    Morvik::sql::tests::Free(memory);
 }
 
 void operator delete[](void* memory, const std::nothrow_t&) noexcept
 {
-    std::free(memory);
+    Morvik::sql::tests::Free(memory);
 }

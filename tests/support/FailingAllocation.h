@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 namespace Morvik::sql::tests {
 
 /// Lets one allocation of the running thread fail with std::bad_alloc while the object lives: the one that follows
@@ -23,5 +25,8 @@ public:
 
     bool Fired() const;
 };
+
+/// The bytes that the process holds from operator new at the moment: everything of C++, and nothing of SQLite's.
+std::size_t LiveBytesOfNew();
 
 } // namespace Morvik::sql::tests
