@@ -39,7 +39,6 @@ protected:
         EXPECT_EQ(command.ColumnText(0), "");
         EXPECT_EQ(command.ColumnBlob(0).data(), nullptr);
         EXPECT_EQ(command.ColumnBlob(0).size(), 0U);
-        EXPECT_FALSE(command.HasRowData());
         EXPECT_THAT(sqlite.Calls(), IsEmpty());
     }
 
@@ -123,8 +122,7 @@ TEST_F(SqlCommandRowTest, NoRowIsAvailableWhenFinalizeAnswersARow)
     }
 
     EXPECT_TRUE(command.HasRowData());
-    EXPECT_EQ(command.ColumnCount(), 0);
-    EXPECT_EQ(command.ColumnText(0), "");
+    ExpectNoRow();
 }
 
 } // namespace
