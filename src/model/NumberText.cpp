@@ -92,7 +92,7 @@ char* WriteSixDigits(char* end, SixDigits number)
     std::copy_n(digits.begin(), Precision, end);
     if (count > static_cast<std::size_t>(wholeDigits)) {
         end[wholeDigits] = '.';
-        for (std::size_t i = static_cast<std::size_t>(wholeDigits); i < count; ++i) {
+        for (auto i = static_cast<std::size_t>(wholeDigits); i < count; ++i) {
             end[i + 1] = digits[i];
         }
         ++count;
