@@ -8,9 +8,10 @@ set(CMAKE_CXX_COMPILER g++)
 set(CMAKE_CXX_FLAGS_INIT "-m32 -msse2 -mfpmath=sse -idirafter /usr/include/x86_64-linux-gnu")
 set(CMAKE_LIBRARY_ARCHITECTURE ${target})
 
-# The run path of a test program serves the libraries' own needs as well.
+# The run path of a program serves the libraries' own needs as well; it holds the folder's libraries, see the end.
 set(CMAKE_EXE_LINKER_FLAGS_INIT -Wl,--disable-new-dtags)
 
 set(TKOSQLLITE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/i386-sysroot
     CACHE PATH "The folder that scripts/i386-sysroot.sh made")
 include(${CMAKE_CURRENT_LIST_DIR}/sysroot.cmake)
+string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -Wl,-rpath,${sysroot}/usr/lib/${target}")
