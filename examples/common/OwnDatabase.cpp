@@ -18,6 +18,8 @@ OwnDatabase::OwnDatabase(const std::string& path, int applicationId) : m_path(pa
         throw Failure("cannot use " + path + ": it is no regular file");
     }
     Require(m_api.OpenDatabase(path, false), "open");
+    // Without this, a program that reads the file at the wrong moment would make a write fail at once.
+    Execute("PRAGMA busy_timeout = 3000", "open");
 
     // SQLite looks into the file at the first statement; this is where one that is no database is found out.
     const DbTableData found = Read("SELECT application_id, (SELECT count(*) FROM sqlite_master) "

@@ -10,6 +10,7 @@ namespace examples {
 /// code and message.
 ///
 /// The file carries the program's application id, so that a database of another program is refused rather than changed.
+/// While another program uses the file, calls wait for it for up to three seconds.
 class OwnDatabase {
 public:
     /// Opens `path` for writing; the library makes missing directories. Throws Failure if that is impossible and if

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <csignal>
 #include <ctime>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <thread>
@@ -148,6 +149,24 @@ TEST_F(DeviceLogTest, KillLeavesASoundLogThatTheNextRunContinues)
     EXPECT_EQ(Answer("PRAGMA integrity_check; SELECT count(*) FROM sample"), "ok\n4");
     EXPECT_THAT(RunChild(Command({"--samples", "1", "--keep", "100"})), SucceededQuietly());
     EXPECT_EQ(Answer("PRAGMA integrity_check; SELECT count(*) FROM sample"), "ok\n5");
+}
+
+TEST_F(DeviceLogTest, WaitsForAProgramThatReadsTheLog)
+{
+    ASSERT_THAT(RunChild(Command({"--samples", "1"})), SucceededQuietly());
+    PlainSqlite reader(m_database);
+    reader.Execute("BEGIN; SELECT * FROM sample");
+    ChildProcess program(Command({"--samples", "1"}));
+    const std::string journal = m_database + "-journal";
+    for (int attempt = 0; attempt < 600 && !std::filesystem::exists(journal); ++attempt) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ASSERT_TRUE(std::filesystem::exists(journal)) << "the program did not come to write";
+
+    reader.Execute("COMMIT");
+
+    EXPECT_THAT(program.Wait(), SucceededQuietly());
+    EXPECT_EQ(Answer("SELECT count(*) FROM sample"), "2");
 }
 
 TEST_F(DeviceLogTest, DatabaseOfAnotherProgramEndsInOneLineAndStaysAsItIs)
