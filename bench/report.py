@@ -114,13 +114,23 @@ def contender_rows(figures):
     for job in sorted(figures.median, key=by_job_and_size):
         medians = figures.median[job]
         name, size = job.split("/")
-        if name == "iterate":
+        if name in ("iterate", "stat"):
             continue
         values = [f"{medians[c] / 1000:,.0f}" if c in medians else "–" for c in (OURS, FLOOR, *others)]
         rows.append((f"{name}, {int(size):,}" if int(size) > 1 else name, *values))
     megabytes = [f"{figures.peak[c] / 1e6:.1f} MB" for c in (OURS, FLOOR, *others)]
     rows.append(("peak memory, 100,000", *megabytes))
     return rows
+
+
+def opening_rows(figures):
+    """What an open and a close consist of, in microseconds and as shares of the whole."""
+    whole, c = (figures.median["open/1"][contender] for contender in (OURS, FLOOR))
+    status = figures.median["stat/1"][FLOOR]
+    steps = [("SQLite's open and close", c), ("the `stat` of the directory", status), ("all else", whole - c - status),
+             ("`OpenDatabase` and `CloseDatabase`", whole)]
+    return [("step", "microseconds", "share"),
+            *((step, f"{time / 1000:.2f}", f"{100 * time / whole:.1f} %") for step, time in steps)]
 
 
 def markdown(rows, right):
@@ -173,6 +183,7 @@ def main():
                   ratios=markdown([header, *(t.cells() for t in table)], range(2, 4)),
                   met=sum(t.met == "yes" for t in table),
                   all=len(table),
+                  opening=markdown(opening_rows(figures), range(1, 3)),
                   times=markdown(contender_rows(figures), range(1, 9)))
     (docs / "performance.md").write_text(template.format(**values))
     draw_ratios(table, pictures / "ratios.svg")

@@ -92,11 +92,16 @@ void PlainC::OpenAndClose(const std::string& path)
     Check(sqlite3_close(handle), SQLITE_OK, handle, "close");
 }
 
-void PlainC::OpenAndCloseInDirectory(const std::string& path)
+void PlainC::RequireDirectory(const std::string& path)
 {
     const std::string directory = path.substr(0, path.rfind('/'));
     struct stat status {};
     Require(stat(directory.c_str(), &status) == 0 && S_ISDIR(status.st_mode), "directory", directory.c_str());
+}
+
+void PlainC::OpenAndCloseInDirectory(const std::string& path)
+{
+    RequireDirectory(path);
     OpenAndClose(path);
 }
 

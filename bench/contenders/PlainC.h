@@ -28,7 +28,10 @@ public:
     static Totals SumOf(const Rows& rows);
     static void OpenAndClose(const std::string& path);
 
-    /// Asks for the status of the file's directory before, which whoever creates missing directories has to.
+    /// Asks for the status of the file's directory, which whoever creates missing directories has to.
+    static void RequireDirectory(const std::string& path);
+
+    /// Does that before.
     static void OpenAndCloseInDirectory(const std::string& path);
 
     explicit PlainC(const std::string& path);

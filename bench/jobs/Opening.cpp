@@ -7,12 +7,12 @@ namespace Morvik::sql::bench {
 
 namespace {
 
-void RegisterOpen(const char* contender, void (*openAndClose)(const std::string& path))
+void RegisterWithFile(const char* job, const char* contender, void (*act)(const std::string& path))
 {
-    RegisterJob("open/1", contender, 1000, [=](benchmark::State& state) {
+    RegisterJob(job, contender, 1000, [=](benchmark::State& state) {
         const std::string path = FilledFile(1000);
         for ([[maybe_unused]] auto round : state) {
-            openAndClose(path);
+            act(path);
         }
     });
 }
@@ -21,8 +21,9 @@ void RegisterOpen(const char* contender, void (*openAndClose)(const std::string&
 
 void RegisterOpening()
 {
-    ForEachContender([]<typename Contender> { RegisterOpen(Contender::Name, Contender::OpenAndClose); });
-    RegisterOpen("C with stat", PlainC::OpenAndCloseInDirectory);
+    ForEachContender([]<typename Contender> { RegisterWithFile("open/1", Contender::Name, Contender::OpenAndClose); });
+    RegisterWithFile("open/1", "C with stat", PlainC::OpenAndCloseInDirectory);
+    RegisterWithFile("stat/1", PlainC::Name, PlainC::RequireDirectory);
 }
 
 } // namespace Morvik::sql::bench
