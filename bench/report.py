@@ -16,6 +16,7 @@ OURS = "tkosqllite"
 FLOOR = "C"
 SIZES = (1000, 10000, 100000)
 PLOTS = pathlib.Path(__file__).parent / "plots"
+BUDGETS = pathlib.Path(__file__).parent.parent / "tests" / "budgets" / "instructions.txt"
 
 
 @dataclass
@@ -133,6 +134,17 @@ def opening_rows(figures):
             *((step, f"{time / 1000:.2f}", f"{100 * time / whole:.1f} %") for step, time in steps)]
 
 
+def instruction_rows():
+    """The counted instructions per row or opening, from the budgets that a test holds the library to."""
+    rows = [("job", "SQLite and the system", OURS, "share", "allocations of C++")]
+    for line in BUDGETS.read_text().splitlines():
+        job, *figures = line.split()
+        if figures and all(map(str.isdigit, figures)):
+            whole, own, allocations = (int(figure) / 1000 for figure in figures)
+            rows.append((job, f"{whole - own:,.0f}", f"{own:,.0f}", f"{100 * own / whole:.1f} %", f"{allocations:.3f}"))
+    return rows
+
+
 def markdown(rows, right):
     header, *body = rows
     rule = ["---:" if i in right else "---" for i in range(len(header))]
@@ -184,6 +196,7 @@ def main():
                   met=sum(t.met == "yes" for t in table),
                   all=len(table),
                   opening=markdown(opening_rows(figures), range(1, 3)),
+                  instructions=markdown(instruction_rows(), range(1, 5)),
                   times=markdown(contender_rows(figures), range(1, 9)))
     (docs / "performance.md").write_text(template.format(**values))
     draw_ratios(table, pictures / "ratios.svg")

@@ -1,4 +1,5 @@
-// Does one job on 1,000 rows, for callgrind to count its instructions, and prints the heap allocations that it made.
+// Does one job on 1,000 rows or files, for callgrind to count its instructions, and prints the heap allocations that it
+// made.
 
 #include <sqlite3.h>
 
@@ -11,6 +12,7 @@
 #include "RunBudgetedJob.h"
 #include "contenders/Library.h"
 #include "support/Require.h"
+#include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::bench {
 
@@ -106,6 +108,18 @@ void Bind()
     database.RequireRows(rows);
 }
 
+void Open()
+{
+    const tests::TemporaryDirectory directory;
+    const std::string path = directory.File("opened.db");
+    Library::OpenAndClose(path);
+    Measure([&] {
+        for (int i = 0; i < Count; ++i) {
+            Library::OpenAndClose(path);
+        }
+    });
+}
+
 } // namespace
 
 } // namespace Morvik::sql::bench
@@ -114,12 +128,12 @@ int main(int argc, char** argv)
 {
     namespace bench = Morvik::sql::bench;
 
-    const std::map<std::string, void (*)()> jobs{{"write", bench::Write}, {"update", bench::Update},
-                                                 {"read", bench::Read},   {"walk", bench::Walk},
-                                                 {"bind", bench::Bind},   {"look-up", bench::LookUp}};
+    const std::map<std::string, void (*)()> jobs{
+        {"write", bench::Write}, {"update", bench::Update},  {"read", bench::Read}, {"walk", bench::Walk},
+        {"bind", bench::Bind},   {"look-up", bench::LookUp}, {"open", bench::Open}};
     const auto job = jobs.find(argc == 2 ? argv[1] : "");
     if (job == jobs.end()) {
-        std::fprintf(stderr, "usage: %s write|update|read|walk|bind|look-up\n", argv[0]);
+        std::fprintf(stderr, "usage: %s write|update|read|walk|bind|look-up|open\n", argv[0]);
         return EXIT_FAILURE;
     }
     std::printf("machine GCC %s, SQLite %s, %zu-bit\n", __VERSION__, sqlite3_libversion(), 8 * sizeof(void*));
