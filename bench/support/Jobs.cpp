@@ -44,13 +44,14 @@ void ReadRepetitions(int argc, char** argv)
 void RegisterJob(const std::string& job, const char* contender, int iterations,
                  const std::function<void(benchmark::State&)>& run)
 {
+    const bool onlyOnce = std::getenv("TKOSQLLITE_BENCH_ONCE") != nullptr;
     ++registered;
     benchmark::RegisterBenchmark((job + '/' + contender).c_str(),
                                  [run](benchmark::State& state) {
                                      ShowProgress();
                                      run(state);
                                  })
-        ->Iterations(iterations)
+        ->Iterations(onlyOnce ? 1 : iterations)
         ->Unit(benchmark::kMicrosecond);
 }
 

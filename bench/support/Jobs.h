@@ -13,7 +13,8 @@ void ReadRepetitions(int argc, char** argv);
 
 /// Registers one job of one contender as "job/contender". Each of its runs repeats the job `iterations` times, so that
 /// the number of runs is known beforehand; without a filter on the jobs, a line on the standard error stream shows how
-/// far the whole is.
+/// far the whole is. Where the environment sets TKOSQLLITE_BENCH_ONCE, every job is done just once: its result is
+/// checked, its time says nothing.
 void RegisterJob(const std::string& job, const char* contender, int iterations,
                  const std::function<void(benchmark::State&)>& run);
 
