@@ -90,6 +90,28 @@ TEST_F(DatabaseApiWritingTest, BlobsAreStoredAsText)
     EXPECT_THAT(PlainRows("SELECT a FROM t"), ElementsAre(ElementsAre("'AB'")));
 }
 
+TEST_F(DatabaseApiWritingTest, QuotationMarkInABlobBreaksItsStatement)
+{
+    EXPECT_FALSE(database.WriteTableValues("t", {{"a"}, {{{BlobCell("A\"B")}}}}));
+
+    EXPECT_EQ(database.GetLastError(), SQLITE_ERROR);
+    EXPECT_THAT(PlainRows("SELECT a FROM t"), IsEmpty());
+}
+
+TEST_F(DatabaseApiWritingTest, BlobFromOutsideCanRunStatementsOfItsOwn)
+{
+    EXPECT_TRUE(database.WriteTableValues("t", {{"a"}, {{{BlobCell("A\"); DROP TABLE t; --")}}}}));
+
+    EXPECT_THAT(PlainRows("SELECT name FROM sqlite_master"), IsEmpty());
+}
+
+TEST_F(DatabaseApiWritingTest, TextFromOutsideStaysAText)
+{
+    EXPECT_TRUE(database.WriteTableValues("t", {{"a"}, {{{TextCell("A\"); DROP TABLE t; --")}}}}));
+
+    EXPECT_THAT(PlainRows("SELECT a FROM t"), ElementsAre(ElementsAre("'A\"); DROP TABLE t; --'")));
+}
+
 TEST_F(DatabaseApiWritingTest, TimesAreComputedBySqlite)
 {
     const DbTableDataWrite data{

@@ -1,0 +1,123 @@
+#!/usr/bin/env python3
+"""Makes programs of the C++ code blocks of a document, and compares what they print with the document.
+
+usage: code_blocks.py generate DOCUMENT DIRECTORY      writes the programs, prints their file names
+       code_blocks.py check DOCUMENT PROGRAM...        runs them, in the order in which they were printed
+
+A block marked "cpp" is statements; all of a document stand in one main(), in order, so that later ones go on with what
+earlier ones made. "cpp declarations" stand before that main(), "cpp program" is a program of its own, and what is
+marked "cpp excerpt" is left out: it repeats a part of another file, which the document names. A "text" block that
+follows a block of code directly, or with nothing but one line of prose between, is what that block prints.
+"""
+
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+from dataclasses import dataclass
+
+FENCE = re.compile(r"^```(.*)$")
+SEPARATOR = "\x1e"
+INCLUDES = ["sql/DatabaseApi.h", "sql/SqlTable.h", "cstdio", "iostream", "string", "string_view", "vector"]
+
+
+@dataclass
+class Block:
+    """One fenced block: where its code begins, counted from 1, and what the document says it prints."""
+
+    kind: str
+    line: int
+    code: str
+    output: str | None = None
+
+
+def blocks(document):
+    found, kind, last_code, prose = [], None, None, 0
+    for number, line in enumerate(pathlib.Path(document).read_text().splitlines(), 1):
+        fence = FENCE.match(line)
+        if kind is None and fence:
+            kind, begin, code = fence.group(1), number + 1, []
+        elif kind is not None and line == "```":
+            block = Block(kind, begin, "\n".join(code) + "\n")
+            if kind == "text" and last_code and prose <= 1:
+                last_code.output = block.code
+            last_code = block if kind.split()[:1] == ["cpp"] else None
+            found.append(block)
+            kind, prose = None, 0
+        elif kind is not None:
+            code.append(line)
+        elif line:
+            prose += 1
+    return [block for block in found if block.kind.split()[:1] == ["cpp"] and block.kind != "cpp excerpt"]
+
+
+def located(document, block):
+    return f'#line {block.line} "{pathlib.Path(document).resolve()}"\n{block.code}'
+
+
+def page(document, parts):
+    """One program of all statements; a separator is printed after each block."""
+    includes = [f"#include <{header}>\n" for header in INCLUDES]
+    for block in parts:
+        includes += re.findall(r"^#include .*\n", block.code, re.M)
+        block.code = re.sub(r"^#include .*$", "", block.code, flags=re.M)
+    declarations = [located(document, block) for block in parts if block.kind == "cpp declarations"]
+    statements = [located(document, block) + 'std::cout << "\\x1e" << std::flush;\n'
+                  for block in parts if block.kind == "cpp"]
+    return "".join([*dict.fromkeys(includes), "using namespace Morvik::sql;\n", *declarations,
+                    "int main()\n{\n", *statements, "}\n"])
+
+
+def generate(document, directory):
+    found = blocks(document)
+    if not found:
+        sys.exit(f"{document} holds no code")
+    programs = [located(document, block) for block in found if block.kind == "cpp program"]
+    parts = [block for block in found if block.kind != "cpp program"]
+    if any(block.kind == "cpp" for block in parts):
+        programs.insert(0, page(document, parts))
+    for number, program in enumerate(programs):
+        target = pathlib.Path(directory) / f"{pathlib.Path(document).stem}-{number}.cpp"
+        target.parent.mkdir(parents=True, exist_ok=True)
+        if not target.exists() or target.read_text() != program:
+            target.write_text(program)
+        print(target)
+
+
+def printed_by(program):
+    with tempfile.TemporaryDirectory() as directory:
+        run = subprocess.run([pathlib.Path(program).resolve()], cwd=directory, capture_output=True, text=True, timeout=60)
+        if run.returncode != 0:
+            sys.exit(f"{program} ended with {run.returncode}\n{run.stdout}{run.stderr}")
+        return run.stdout
+
+
+def check(document, programs):
+    found = blocks(document)
+    statements = [block for block in found if block.kind == "cpp"]
+    whole = [block for block in found if block.kind == "cpp program"]
+    if len(programs) != len(whole) + bool(statements):
+        sys.exit(f"{document} holds another number of programs than were built")
+    outputs = []
+    if statements:
+        outputs += zip(statements, printed_by(programs[0]).split(SEPARATOR))
+    outputs += [(block, printed_by(program)) for block, program in zip(whole, programs[bool(statements):])]
+
+    wrong = 0
+    for block, output in outputs:
+        if output != (block.output or ""):
+            wrong += 1
+            print(f"{document}:{block.line}: the document says\n{block.output or ''}-- but the code prints\n{output}")
+    print(f"{document}: {len(outputs) - wrong} of {len(outputs)} blocks print what stands there")
+    sys.exit(1 if wrong else 0)
+
+
+if __name__ == "__main__":
+    match sys.argv[1:]:
+        case ["generate", document, directory]:
+            generate(document, directory)
+        case ["check", document, *programs]:
+            check(document, programs)
+        case _:
+            sys.exit(__doc__)
