@@ -19,7 +19,7 @@ from dataclasses import dataclass
 
 FENCE = re.compile(r"^```(.*)$")
 SEPARATOR = "\x1e"
-INCLUDES = ["sql/DatabaseApi.h", "sql/SqlTable.h", "cstdio", "iostream", "string", "string_view", "vector"]
+INCLUDES = ["sql/DatabaseApi.h", "sql/SqlDatabase.h", "sql/SqlTable.h", "cstdio", "iostream", "string", "string_view", "vector"]
 
 
 @dataclass
