@@ -2,6 +2,7 @@
 
 #include <sql/SqlError.h>
 
+#include <cstddef>
 #include <utility>
 
 #include <boost/filesystem/operations.hpp>
@@ -24,9 +25,12 @@ public:
 bool SqlDatabase::Impl::CreateMissingDirectories(const std::string& path)
 {
     try {
-        const boost::filesystem::path directory = boost::filesystem::path(path).parent_path();
-        if (!directory.empty() && !boost::filesystem::exists(directory)) {
-            boost::filesystem::create_directories(directory);
+        // Each level by itself, because Boost ends the process when memory runs out while it makes a missing ancestor.
+        for (std::size_t end = 0; (end = path.find('/', end + 1)) != std::string::npos;) {
+            const boost::filesystem::path directory = path.substr(0, end);
+            if (!boost::filesystem::exists(directory)) {
+                boost::filesystem::create_directories(directory);
+            }
         }
         return true;
     } catch (...) {
