@@ -50,7 +50,7 @@ double SqlValue::GetValue<double>()
 template <>
 std::string SqlValue::GetValue<std::string>()
 {
-    return HasInstance(*this) ? std::string(TextOf(m_value)) : std::string();
+    return HasInstance(*this) ? std::string(TextOf(m_value, GetValueType())) : std::string();
 }
 
 template <>

@@ -8,11 +8,12 @@
 
 namespace Morvik::sql {
 
-std::string_view TextOf(sqlite3_value* value)
+// A conversion that fails for lack of memory leaves the value NULL: its class would be asked for too late then.
+std::string_view TextOf(sqlite3_value* value, int storageClass)
 {
     const unsigned char* text = sqlite3_value_text(value);
     if (text == nullptr) {
-        ThrowMissingData(sqlite3_value_type(value));
+        ThrowMissingData(storageClass);
     }
     return reinterpret_cast<const char*>(text);
 }

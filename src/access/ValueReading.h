@@ -7,8 +7,9 @@ struct sqlite3_value;
 
 namespace Morvik::sql {
 
-/// The value's text up to its first zero byte, owned by SQLite. Throws std::logic_error for NULL.
-std::string_view TextOf(sqlite3_value* value);
+/// The text, up to its first zero byte and owned by SQLite, of a value of the given storage class, which must have been
+/// asked for before. Throws std::logic_error for NULL.
+std::string_view TextOf(sqlite3_value* value, int storageClass);
 
 /// The value's bytes, owned by SQLite; empty for NULL.
 std::span<const char> BytesOf(sqlite3_value* value);

@@ -105,7 +105,7 @@ bool DatabaseApi::Impl::GetColumnData(const SqlTable& cursor, DbTableColumnValue
         break;
     case SQLITE_TEXT:
         cell.type = DbTableColumnType::Text;
-        Store<std::string>(cell, TextOf(value));
+        Store<std::string>(cell, TextOf(value, storageClass));
         break;
     case SQLITE_BLOB:
         cell.type = DbTableColumnType::Blob;

@@ -100,8 +100,8 @@ TEST_F(SqlValueTest, EveryReadMakesItsCallAndLeavesTheRecord)
     EXPECT_THAT(value.GetValue<std::vector<char>>(), ElementsAre('7'));
 
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_value_type()", "sqlite3_value_int()", "sqlite3_value_int64()",
-                                            "sqlite3_value_double()", "sqlite3_value_text()", "sqlite3_value_bytes()",
-                                            "sqlite3_value_blob()"));
+                                            "sqlite3_value_double()", "sqlite3_value_type()", "sqlite3_value_text()",
+                                            "sqlite3_value_bytes()", "sqlite3_value_blob()"));
     EXPECT_THAT(value, HasRecord(0, ""));
 }
 
