@@ -7,28 +7,18 @@
 #include <cstdlib>
 #include <new>
 
+#include "support/FailurePoint.h"
+
 namespace Morvik::sql::tests {
 
 namespace {
 
-constexpr int NoneFails = -1;
-
-thread_local int allocationsLeft = NoneFails;
-thread_local bool fired = false;
+thread_local FailurePoint failurePoint;
 std::atomic<std::size_t> liveBytes = 0;
-
-bool Fails()
-{
-    if (allocationsLeft == NoneFails || allocationsLeft-- > 0) {
-        return false;
-    }
-    fired = true;
-    return true;
-}
 
 void* Allocate(std::size_t size) noexcept
 {
-    void* const memory = Fails() ? nullptr : std::malloc(size != 0 ? size : 1);
+    void* const memory = failurePoint.Reached() ? nullptr : std::malloc(size != 0 ? size : 1);
     liveBytes += malloc_usable_size(memory);
     return memory;
 }
@@ -50,20 +40,19 @@ void* AllocateOrThrow(std::size_t size)
 
 } // namespace
 
-FailingAllocation::FailingAllocation(int succeeding)
+FailingAllocation::FailingAllocation(int succeeding, FailureExtent extent)
 {
-    fired = false;
-    allocationsLeft = succeeding;
+    failurePoint.Set(succeeding, extent);
 }
 
 FailingAllocation::~FailingAllocation()
 {
-    allocationsLeft = NoneFails;
+    failurePoint.Clear();
 }
 
 bool FailingAllocation::Fired() const
 {
-    return fired;
+    return failurePoint.Fired();
 }
 
 std::size_t LiveBytesOfNew()

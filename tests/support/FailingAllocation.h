@@ -4,9 +4,13 @@
 
 namespace Morvik::sql::tests {
 
-/// Lets one allocation of the running thread fail with std::bad_alloc while the object lives: the one that follows
-/// after `succeeding` others. The program that links it defines operator new; SQLite's own memory comes from malloc and
-/// is not concerned. Proves itself: Fired() tells whether that allocation was asked for.
+/// Which allocations fail: one, or that one and all that follow it.
+enum class FailureExtent { Once, ForEver };
+
+/// Lets allocations of the running thread fail with std::bad_alloc while the object lives: the one that follows after
+/// `succeeding` others, and, for ever, those behind it too. The program that links it defines operator new; SQLite's
+/// own memory comes from malloc and is not concerned (FailingSqliteMemory is for that). Proves itself: Fired() tells
+/// whether that allocation was asked for.
 ///
 ///     for (int succeeding = 0;; ++succeeding) {
 ///         const FailingAllocation failing(succeeding);
@@ -14,10 +18,10 @@ namespace Morvik::sql::tests {
 ///         if (!failing.Fired()) { break; }   // Act() needs no more allocations than these
 ///     }
 ///
-/// Test macros allocate too, so look at the outcome after the object is gone, or after it fired.
+/// Test macros allocate too, so look at the outcome after the object is gone, or after its one failure fired.
 class FailingAllocation {
 public:
-    explicit FailingAllocation(int succeeding);
+    explicit FailingAllocation(int succeeding, FailureExtent extent = FailureExtent::Once);
     ~FailingAllocation();
 
     FailingAllocation(const FailingAllocation&) = delete;
