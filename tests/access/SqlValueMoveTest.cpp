@@ -19,8 +19,8 @@ namespace {
 static_assert(!std::is_copy_constructible_v<SqlValue> && !std::is_copy_assignable_v<SqlValue>);
 static_assert(std::is_nothrow_move_constructible_v<SqlValue> && std::is_nothrow_move_assignable_v<SqlValue>);
 
-constexpr int Missing = 112;
-constexpr char MissingMessage[] = "No value instance exists.";
+constexpr int MissingInstance = 112;
+constexpr char MissingInstanceMessage[] = "No value instance exists.";
 
 class SqlValueMoveTest : public WithOpenDatabase {
 protected:
@@ -49,7 +49,7 @@ TEST_F(SqlValueMoveTest, MoveTakesTheInstanceAndStartsAFreshRecord)
     // NOLINTBEGIN(bugprone-use-after-move): what the source is left with is the point
     EXPECT_EQ(source.ValueInstance(), nullptr);
     EXPECT_EQ(source.GetValueType(), -1);
-    EXPECT_THAT(source, HasRecord(Missing, MissingMessage));
+    EXPECT_THAT(source, HasRecord(MissingInstance, MissingInstanceMessage));
     // NOLINTEND(bugprone-use-after-move)
 }
 

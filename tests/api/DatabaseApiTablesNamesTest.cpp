@@ -16,7 +16,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-constexpr int NotWritten = -77;
+constexpr int UnwrittenResult = -77;
 
 // A name that SQLite takes only in quotes, for a table that exists.
 struct AwkwardName {
@@ -47,7 +47,7 @@ protected:
 
     const std::string name = GetParam().name;
     const std::string quoted = GetParam().Quoted();
-    int result = NotWritten;
+    int result = UnwrittenResult;
 };
 
 TEST_P(AwkwardTableNameTest, UnquotedIsTestedAsItStands)
@@ -140,7 +140,7 @@ protected:
 
 TEST_F(TableNameTest, NameWithItsSchemaIsNotFoundByTheExistenceTest)
 {
-    int result = NotWritten;
+    int result = UnwrittenResult;
 
     EXPECT_FALSE(database.ExistsTable("main.t", result));
     EXPECT_EQ(database.ExistData("main.t", "", result), 0);
@@ -156,7 +156,7 @@ TEST_F(TableNameTest, NewNameMayEndTheStatementAndBeginAnother)
     EXPECT_TRUE(database.AlterTable("t", "u; CREATE TABLE extra (a)"));
 
     EXPECT_EQ(recorded.Executed(), std::vector<std::string>{"ALTER TABLE t RENAME TO u; CREATE TABLE extra (a)"});
-    int result = NotWritten;
+    int result = UnwrittenResult;
     EXPECT_TRUE(database.ExistsTable("extra", result));
 }
 

@@ -18,7 +18,7 @@ using testing::ElementsAre;
 
 // The text of an insert, and what becomes of a cell that has none.
 
-struct TextCase {
+struct WritingTextCase {
     const char* name;
     std::string table;
     DbTableDataWrite data;
@@ -26,7 +26,7 @@ struct TextCase {
     bool accepted = false;
 };
 
-const std::vector<TextCase> TextCases{
+const std::vector<WritingTextCase> TextCases{
     {"TwoRows",
      "person",
      {{"id", "name"},
@@ -84,7 +84,7 @@ const std::vector<TextCase> TextCases{
      "INSERT INTO t (a) VALUES (5,) ,(8,9)"},
     {"EmptyTextIsAValidCell", "t", {{"a"}, {{{TextCell("")}}}}, R"(INSERT INTO t (a) VALUES (""))", true}};
 
-class DatabaseApiInsertTextTest : public OpenFacade, public testing::WithParamInterface<TextCase> {};
+class DatabaseApiInsertTextTest : public OpenFacade, public testing::WithParamInterface<WritingTextCase> {};
 
 TEST_P(DatabaseApiInsertTextTest, IsExecutedAsItStandsAndLeavesSqlitesRecord)
 {

@@ -19,7 +19,7 @@ using testing::IsEmpty;
 
 // What the facade answers for files that are not as they should be, and that nothing in them is lost over it.
 
-std::string ContentOf(const std::string& path)
+std::string BytesOfFile(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
@@ -89,7 +89,7 @@ TEST_F(DatabaseFileTest, FileInTheWayOfTheDirectoryIsLeftAsItIs)
     EXPECT_THAT(database, HasRecord(111, "Create directory failed: " + directory.File("file/sub/x.db")));
 
     EXPECT_FALSE(database.IsOpen());
-    EXPECT_EQ(ContentOf(directory.File("file")), "kept");
+    EXPECT_EQ(BytesOfFile(directory.File("file")), "kept");
 }
 
 TEST_F(DatabaseFileTest, DirectoryThatCannotBeMadeIsNamedByTheDatabase)
@@ -142,14 +142,14 @@ TEST_F(DatabaseFileTest, FileThatIsNoDatabaseIsRefusedByItsFirstUseAndLeftAsItIs
     EXPECT_THAT(database, HasRecord(prepared.code, prepared.message));
 
     EXPECT_TRUE(database.CloseDatabase());
-    EXPECT_EQ(ContentOf(path), content);
+    EXPECT_EQ(BytesOfFile(path), content);
 }
 
 TEST_F(DatabaseFileTest, FileCutShortIsRefusedAndLeftAsItIs)
 {
     PlainSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, zeroblob(100000))");
     std::filesystem::resize_file(path, 3000);
-    const std::string content = ContentOf(path);
+    const std::string content = BytesOfFile(path);
     ASSERT_TRUE(database.OpenDatabase(path, false));
     const PlainFailure executed = FailureOfExec(PlainSqlite(path).Handle(), "INSERT INTO t (a,b) VALUES (3,\"three\")");
     const PlainFailure prepared = FailureOfPrepare(PlainSqlite(path).Handle(), "SELECT * FROM t");
@@ -161,7 +161,7 @@ TEST_F(DatabaseFileTest, FileCutShortIsRefusedAndLeftAsItIs)
     EXPECT_THAT(database, HasRecord(prepared.code, prepared.message));
 
     EXPECT_TRUE(database.CloseDatabase());
-    EXPECT_EQ(ContentOf(path), content);
+    EXPECT_EQ(BytesOfFile(path), content);
 }
 
 TEST_F(DatabaseFileTest, ReadOnlyDatabaseIsReadAndNotWritten)

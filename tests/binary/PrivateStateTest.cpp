@@ -19,7 +19,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-constexpr std::size_t Word = sizeof(void*);
+constexpr std::size_t StateWord = sizeof(void*);
 
 class PrivateStateTest : public testing::Test {
 protected:
@@ -37,7 +37,7 @@ TEST_F(PrivateStateTest, ConnectionIsARecordAndThenTheHandle)
 {
     const auto* state = ReadAt<const char*>(&m_database, 0);
 
-    EXPECT_EQ(OffsetIn(state, m_database.GetLastErrorMsg()), Word);
+    EXPECT_EQ(OffsetIn(state, m_database.GetLastErrorMsg()), StateWord);
     EXPECT_EQ(ReadAt<const void*>(state, sizeof(SqlError)), Handle());
 
     SqlCommand holding(m_database);
@@ -52,15 +52,15 @@ TEST_F(PrivateStateTest, CursorIsARecordThenTheConnectionThenTheStatement)
     const SqlTable table(m_database);
     const auto* state = ReadAt<const char*>(&table, 0);
 
-    EXPECT_EQ(OffsetIn(state, table.GetLastErrorMsg()), Word);
+    EXPECT_EQ(OffsetIn(state, table.GetLastErrorMsg()), StateWord);
     EXPECT_EQ(ReadAt<const void*>(state, sizeof(SqlError)), &m_database);
-    EXPECT_EQ(ReadAt<const void*>(state, sizeof(SqlError) + Word), nullptr);
+    EXPECT_EQ(ReadAt<const void*>(state, sizeof(SqlError) + StateWord), nullptr);
 
     ASSERT_TRUE(table.Open("SELECT 1"));
     ASSERT_TRUE(table.ReadNext());
 
     EXPECT_EQ(ReadAt<std::int32_t>(state, 0), SQLITE_ROW);
-    EXPECT_EQ(ReadAt<const void*>(state, sizeof(SqlError) + Word), Statement());
+    EXPECT_EQ(ReadAt<const void*>(state, sizeof(SqlError) + StateWord), Statement());
 }
 
 TEST_F(PrivateStateTest, StatementIsATableOfFunctionsThenARecordThenTheConnectionThenTheStatement)
@@ -68,25 +68,25 @@ TEST_F(PrivateStateTest, StatementIsATableOfFunctionsThenARecordThenTheConnectio
     SqlCommand command(m_database);
     const auto* state = ReadAt<const char*>(&command, 0);
 
-    EXPECT_EQ(OffsetIn(state, command.GetLastErrorMsg()), 2 * Word);
-    EXPECT_EQ(ReadAt<const void*>(state, Word + sizeof(SqlError)), &m_database);
-    EXPECT_EQ(ReadAt<const void*>(state, 2 * Word + sizeof(SqlError)), nullptr);
+    EXPECT_EQ(OffsetIn(state, command.GetLastErrorMsg()), 2 * StateWord);
+    EXPECT_EQ(ReadAt<const void*>(state, StateWord + sizeof(SqlError)), &m_database);
+    EXPECT_EQ(ReadAt<const void*>(state, 2 * StateWord + sizeof(SqlError)), nullptr);
 
     ASSERT_TRUE(command.Prepare("SELECT 1"));
     ASSERT_TRUE(command.Step());
 
-    EXPECT_EQ(ReadAt<std::int32_t>(state, Word), SQLITE_ROW);
-    EXPECT_EQ(ReadAt<const void*>(state, 2 * Word + sizeof(SqlError)), Statement());
+    EXPECT_EQ(ReadAt<std::int32_t>(state, StateWord), SQLITE_ROW);
+    EXPECT_EQ(ReadAt<const void*>(state, 2 * StateWord + sizeof(SqlError)), Statement());
 }
 
 TEST_F(PrivateStateTest, FacadeIsItsCodeThenItsMessageThenTheConnectionThenTheCursor)
 {
     DatabaseApi facade;
-    const auto* state = ReadAt<const char*>(&facade, Word);
-    constexpr std::size_t Connection = Word + sizeof(std::string);
-    constexpr std::size_t Cursor = Connection + Word;
+    const auto* state = ReadAt<const char*>(&facade, StateWord);
+    constexpr std::size_t Connection = StateWord + sizeof(std::string);
+    constexpr std::size_t Cursor = Connection + StateWord;
 
-    EXPECT_EQ(OffsetIn(state, facade.GetLastErrorMsg()), Word);
+    EXPECT_EQ(OffsetIn(state, facade.GetLastErrorMsg()), StateWord);
     ASSERT_FALSE(facade.Execute(""));
     EXPECT_EQ(ReadAt<std::int32_t>(state, 0), facade.GetLastError());
 

@@ -185,13 +185,13 @@ TEST_P(FullDiskTest, EndsInOneLineAndLeavesTheEarlierInventory)
 INSTANTIATE_TEST_SUITE_P(HalfKibibytes, FullDiskTest, testing::Values(1, 24, 100, 1000),
                          testing::PrintToStringParamName());
 
-struct UsageCase {
+struct InventoryUsageCase {
     const char* name;
     std::vector<std::string> arguments;
     const char* complaint;
 };
 
-class InventoryUsageTest : public testing::TestWithParam<UsageCase> {};
+class InventoryUsageTest : public testing::TestWithParam<InventoryUsageCase> {};
 
 TEST_P(InventoryUsageTest, EndsInOneLineAndStatusTwo)
 {
@@ -201,10 +201,11 @@ TEST_P(InventoryUsageTest, EndsInOneLineAndStatusTwo)
 }
 
 INSTANTIATE_TEST_SUITE_P(CommandLines, InventoryUsageTest,
-                         testing::Values(UsageCase{"UnknownOption", {"--fast"}, "--fast is no option"},
-                                         UsageCase{"NoValue", {"--database"}, "--database needs a value"},
-                                         UsageCase{"EmptyPath", {"--database", ""}, "--database needs the path"},
-                                         UsageCase{"TwoStatusFiles", {"a", "b"}, "one status file at most"}),
+                         testing::Values(InventoryUsageCase{"UnknownOption", {"--fast"}, "--fast is no option"},
+                                         InventoryUsageCase{"NoValue", {"--database"}, "--database needs a value"},
+                                         InventoryUsageCase{
+                                             "EmptyPath", {"--database", ""}, "--database needs the path"},
+                                         InventoryUsageCase{"TwoStatusFiles", {"a", "b"}, "one status file at most"}),
                          [](const auto& usage) { return usage.param.name; });
 
 } // namespace

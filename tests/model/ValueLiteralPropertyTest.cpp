@@ -38,7 +38,7 @@ double RandomReal(Choices& choices)
     return std::bit_cast<double>(upper << 32 | choices.Bits());
 }
 
-std::int32_t RandomInteger(Choices& choices)
+std::int32_t IntegerChoice(Choices& choices)
 {
     const auto bits = static_cast<std::int32_t>(choices.Bits());
     return choices.OneIn(2) ? bits : bits % 2000;
@@ -60,7 +60,7 @@ DbTableColumnValue RandomCell(Choices& choices)
     const std::string bytes = RandomBytes(choices);
     switch (choices.Below(4)) {
     case 0:
-        cell.value = RandomInteger(choices);
+        cell.value = IntegerChoice(choices);
         break;
     case 1:
         cell.value = RandomReal(choices);

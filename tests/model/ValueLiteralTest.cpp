@@ -42,7 +42,7 @@ TEST_P(ValueLiteralCaseTest, IsTheTextOfTheCell)
 
 constexpr auto NameOfCase = [](const auto& literalCase) { return literalCase.param.name; };
 
-const LiteralCase Integers[] = {
+const LiteralCase IntegerLiterals[] = {
     {"FortyTwo", {Integer, 0, 42}, "42"},
     {"Zero", {Integer, 0, 0}, "0"},
     {"Negative", {Integer, 0, -7}, "-7"},
@@ -54,7 +54,7 @@ const LiteralCase Integers[] = {
     {"ColumnIsNotRead", {Integer, 77, 5}, "5"},
 };
 
-const LiteralCase Reals[] = {
+const LiteralCase RealLiterals[] = {
     {"SixDigits", {Real, 0, 3.14159265}, "3.14159"},
     {"WholeNumberHasNoPoint", {Real, 0, 100.0}, "100"},
     {"Million", {Real, 0, 1234567.0}, "1.23457e+06"},
@@ -101,8 +101,8 @@ const LiteralCase Blobs[] = {
     {"HighBytes", {Blob, 0, std::vector<char>{'\xFF', '\x80'}}, "\"\xFF\x80\""},
 };
 
-INSTANTIATE_TEST_SUITE_P(Integer, ValueLiteralCaseTest, testing::ValuesIn(Integers), NameOfCase);
-INSTANTIATE_TEST_SUITE_P(Real, ValueLiteralCaseTest, testing::ValuesIn(Reals), NameOfCase);
+INSTANTIATE_TEST_SUITE_P(Integer, ValueLiteralCaseTest, testing::ValuesIn(IntegerLiterals), NameOfCase);
+INSTANTIATE_TEST_SUITE_P(Real, ValueLiteralCaseTest, testing::ValuesIn(RealLiterals), NameOfCase);
 INSTANTIATE_TEST_SUITE_P(Text, ValueLiteralCaseTest, testing::ValuesIn(Texts), NameOfCase);
 INSTANTIATE_TEST_SUITE_P(Blob, ValueLiteralCaseTest, testing::ValuesIn(Blobs), NameOfCase);
 
