@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -125,11 +125,12 @@ ChildResult RunChild(const std::vector<std::string>& arguments, const ChildProce
 std::string FileContent(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
-    std::string content{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::ostringstream content;
+    content << file.rdbuf();
     if (!file) {
         throw std::runtime_error("cannot read " + path);
     }
-    return content;
+    return content.str();
 }
 
 } // namespace Morvik::sql::tests

@@ -1,0 +1,85 @@
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "files/DamageTrials.h"
+#include "files/SampleDatabase.h"
+#include "support/Effort.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+// Bytes of a real database turned into others, one at a time. Whatever plain SQLite makes of it, the library answers.
+
+constexpr std::size_t SmallPage = 1024;
+constexpr std::size_t DefaultPage = 4096;
+
+// Flips every bit of a byte at once, and each of them alone.
+const std::vector<unsigned> AllBits{0xFF};
+const std::vector<unsigned> EachPattern{0xFF, 1, 2, 4, 8, 16, 32, 64, 128};
+
+class FlippedByteTest : public testing::Test {
+protected:
+    /// Tries the sample with the bytes from `begin` to `end` flipped, one at a time, each by every pattern. Ends the
+    /// test after a few failures.
+    void FlipEach(std::size_t begin, std::size_t end, const std::vector<unsigned>& patterns, std::size_t stride = 1)
+    {
+        for (std::size_t offset = begin; offset < end; offset += stride) {
+            for (const unsigned pattern : patterns) {
+                std::string damaged = trials.Content();
+                damaged.at(offset) = static_cast<char>(static_cast<unsigned char>(damaged.at(offset)) ^ pattern);
+                const std::string damage = "byte " + std::to_string(offset) + " ^ " + std::to_string(pattern);
+                ASSERT_TRUE(trials.Try(damaged, damage));
+            }
+        }
+    }
+
+    DamageTrials trials{SampleDatabase(SmallPage)};
+};
+
+TEST_F(FlippedByteTest, EveryByteOfTheHeaderPageIsAnsweredAsPlainSqliteAnswersIt)
+{
+    FlipEach(0, SmallPage, SoakIsOn() ? EachPattern : AllBits);
+
+    EXPECT_GE(trials.codes[SQLITE_NOTADB], 16) << "the file begins with as many bytes that tell a database";
+    EXPECT_GT(trials.codes[SQLITE_CORRUPT], 100);
+    EXPECT_GT(trials.codes[SQLITE_ERROR], 20) << "the schema is there too";
+    EXPECT_GT(trials.otherContent, 20);
+    EXPECT_LT(trials.unnoticed, trials.trials * 3 / 4);
+}
+
+TEST_F(FlippedByteTest, BytesOfTheFurtherPagesAreAnsweredAsPlainSqliteAnswersThem)
+{
+    constexpr std::size_t Stride = 97; // shares no factor with the page, so that every place in it has its turn
+    ASSERT_GT(trials.Content().size(), 30 * SmallPage);
+
+    FlipEach(SmallPage, trials.Content().size(), AllBits, Stride);
+    if (SoakIsOn()) {
+        FlipEach(SmallPage, 4 * SmallPage, EachPattern);
+    }
+
+    EXPECT_GT(trials.codes[SQLITE_CORRUPT], 20);
+    EXPECT_GT(trials.otherContent, 50) << "texts and blobs are stored without any check";
+}
+
+TEST_F(FlippedByteTest, PagesOfTheDefaultSizeAreNoOther)
+{
+    DamageTrials defaultTrials(SampleDatabase(DefaultPage));
+    const std::size_t stride = SoakIsOn() ? 1 : 211;
+
+    for (std::size_t offset = 0; offset < 4 * DefaultPage; offset += stride) {
+        std::string damaged = defaultTrials.Content();
+        damaged.at(offset) = static_cast<char>(damaged.at(offset) ^ 0xFF);
+        ASSERT_TRUE(defaultTrials.Try(damaged, "byte " + std::to_string(offset)));
+    }
+
+    EXPECT_LT(defaultTrials.unnoticed, defaultTrials.trials);
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests

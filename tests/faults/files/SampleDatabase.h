@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+namespace Morvik::sql::tests {
+
+/// The bytes of a database that the library made: the tables "reading" (with the index "by_label") and "note", whose
+/// texts and blobs reach over several pages, and pages that a dropped table has left free.
+std::string SampleDatabase(int pageSize);
+
+} // namespace Morvik::sql::tests
