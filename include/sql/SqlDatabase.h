@@ -48,7 +48,8 @@ public:
     /// - while a connection is already open: that connection and the record stay as they are;
     /// - with code 111 and "Create directory failed: " followed by `path` when the parent directory could not be
     ///   inspected or created;
-    /// - with SQLite's code and message when SQLite cannot open the file. The connection is closed afterwards.
+    /// - with SQLite's code and message when SQLite cannot open the file. The connection is closed afterwards. A named
+    ///   pipe, which SQLite might wait for, is refused at once (code 14).
     ///
     /// SQLite reads a file's content only when it is first used, so opening a file that is no database succeeds and
     /// the first statement fails with code 26.

@@ -8,11 +8,25 @@
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 #include "access/ConnectionMessage.h"
 #include "access/ResultCode.h"
 
 namespace Morvik::sql {
+
+namespace {
+
+// Nothing can be opened behind a device.
+constexpr const char* NoFile = "/dev/null/none";
+
+bool IsNamedPipe(const char* path)
+{
+    struct stat64 status;
+    return stat64(path, &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
+} // namespace
 
 class __attribute__((visibility("hidden"))) SqlDatabase::Impl {
 public:
@@ -57,13 +71,21 @@ bool SqlDatabase::Open(const std::string& path, bool readOnly)
     if (IsOpen()) {
         return false;
     }
-    // The directory is made for a read-only open too; applications rely on finding it afterwards.
-    if (!path.starts_with(':') && !m_impl->CreateMissingDirectories(path)) {
-        return false;
+    const char* file = path.c_str();
+    if (!path.starts_with(':')) {
+        // The directory is made for a read-only open too; applications rely on finding it afterwards.
+        if (!m_impl->CreateMissingDirectories(path)) {
+            return false;
+        }
+        // Opening a named pipe may wait for its other end, perhaps for ever. SQLite, which would find only afterwards
+        // that it is no file, gets to refuse another path in its place.
+        if (IsNamedPipe(file)) {
+            file = NoFile;
+        }
     }
 
     const int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
-    m_impl->record.SetError(sqlite3_open_v2(path.c_str(), &m_impl->handle, flags, nullptr));
+    m_impl->record.SetError(sqlite3_open_v2(file, &m_impl->handle, flags, nullptr));
     if (m_impl->record.Succeeded()) {
         return true;
     }
