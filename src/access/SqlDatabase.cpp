@@ -36,16 +36,29 @@ public:
     sqlite3* handle = nullptr;
 };
 
+namespace {
+
+// Creates the directory that the path lies in. Missing ancestors are made one by one, because Boost ends the process
+// when memory runs out while it makes one.
+void CreateMissingDirectory(const std::string& path)
+{
+    const std::size_t end = path.rfind('/');
+    if (end == std::string::npos || end == 0) {
+        return;
+    }
+    const boost::filesystem::path directory = path.substr(0, end);
+    if (!boost::filesystem::exists(directory)) {
+        CreateMissingDirectory(directory.native());
+        boost::filesystem::create_directories(directory);
+    }
+}
+
+} // namespace
+
 bool SqlDatabase::Impl::CreateMissingDirectories(const std::string& path)
 {
     try {
-        // Each level by itself, because Boost ends the process when memory runs out while it makes a missing ancestor.
-        for (std::size_t end = 0; (end = path.find('/', end + 1)) != std::string::npos;) {
-            const boost::filesystem::path directory = path.substr(0, end);
-            if (!boost::filesystem::exists(directory)) {
-                boost::filesystem::create_directories(directory);
-            }
-        }
+        CreateMissingDirectory(path);
         return true;
     } catch (...) {
         record.SetError(NotOpen);
