@@ -23,21 +23,21 @@ void ArrangeRows(Subject& subject)
 // The quotes are doubled in memory of their own.
 void ArrangeQuotes(Subject& subject)
 {
-    OpenFacade(subject);
+    OpenWarmFacade(subject);
     subject.write.columns = {"weight", "name"};
     subject.write.rows = {{{IntegerCell(7), TextCell("O'Brien and O'Hara of \"The Blue Door\"")}}};
 }
 
 void ArrangeInvalidCell(Subject& subject)
 {
-    OpenFacade(subject);
+    OpenWarmFacade(subject);
     subject.write.columns = {"name", "weight"};
     subject.write.rows = {{{TextCell("a"), InvalidCell(1)}}};
 }
 
 void ArrangeTimes(Subject& subject)
 {
-    OpenFacade(subject);
+    OpenWarmFacade(subject);
     subject.write.columns = {"name", "weight", "picture", "id"};
     subject.write.rows = {
         {{TagCell(DbTableColumnType::DateTimeNow), TagCell(DbTableColumnType::JulianDayNow),
@@ -70,7 +70,7 @@ std::vector<Scenario> FacadeRowScenarios()
         {.name = "WriteTextWithQuotes",
          .arrange = ArrangeQuotes,
          .act = Write,
-         .least = {40, 4},
+         .least = {25, 4},
          .refusalsForNew = {{1, "near \")\": syntax error"}}},
         {.name = "WriteInvalidCell", .arrange = ArrangeInvalidCell, .act = WriteInvalid, .least = {5, 3}},
         {.name = "UpdateTableValues", .arrange = ArrangeRows, .act = Update<Condition>, .least = {40, 2}},

@@ -49,8 +49,8 @@ struct Scenario {
     /// It may report success though it did nothing, when SQLite's memory failed where the library must not tell.
     bool mayPassUndone = false;
 
-    /// It reads texts or bytes, for which SQLite may have no memory: that is std::bad_alloc.
-    bool readsText = false;
+    /// It reads texts or bytes for which SQLite needs memory: where there is none, that is std::bad_alloc.
+    bool convertsText = false;
 
     /// A refused act may leave a transaction open, so that other connections may find the file locked.
     bool mayStayLocked = false;
@@ -73,7 +73,8 @@ void MakeCommand(Subject& subject);
 void MakeCursor(Subject& subject);
 void OpenFacade(Subject& subject);
 
-// Lets SQLite read the schema beforehand, as it does with an application's first statement.
+// The same, with the schema read beforehand: otherwise SQLite reads it with the first statement, in many allocations.
+// Only in a soak every scenario goes through these.
 void MakeWarmCommand(Subject& subject);
 void MakeWarmCursor(Subject& subject);
 void OpenWarmFacade(Subject& subject);

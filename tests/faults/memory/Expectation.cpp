@@ -1,0 +1,199 @@
+#include "Expectation.h"
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "support/Cells.h"
+#include "support/PlainSqlite.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+const std::string PassesUndone = "reports success with nothing done";
+const std::string ThrowsForSqlite = "throws std::bad_alloc for SQLite";
+
+std::string RefusesWith(const Refusal& refusal)
+{
+    return "is refused with code " + std::to_string(refusal.code) + ", \"" + std::string(refusal.message) + '"';
+}
+
+std::string StopsAfter(const std::string& content)
+{
+    return "stops after the first steps, with\n" + content;
+}
+
+// A fixed text that ends so has a name behind it.
+bool Matches(std::string_view message, std::string_view expected)
+{
+    return message == expected || (expected.ends_with(": ") && message.starts_with(expected));
+}
+
+Report ActWithMemory(const Scenario& scenario, Subject& subject)
+{
+    subject.ForgetWhatWasRead();
+    const Report report = scenario.act(subject);
+    if (!report.Done()) {
+        throw std::runtime_error(scenario.name + ": " + std::to_string(report.Code()) + ", " +
+                                 std::string(report.Message()));
+    }
+    ++subject.timesDone;
+    return report;
+}
+
+} // namespace
+
+Expectation::Expectation(const Scenario& scenario, Memory memory, const std::string& path, const std::string& fresh,
+                         KnownContents& contents)
+    : m_scenario(scenario), m_memory(memory)
+{
+    StartAfresh(path, fresh);
+    {
+        Subject subject(path);
+        scenario.arrange(subject);
+        m_before = contents.Of(subject.path);
+        ActWithMemory(scenario, subject);
+        m_once = contents.Of(subject.path);
+        m_readOnce = subject.WhatWasRead();
+        m_rowsOnce = CellTexts(subject.data);
+        ActWithMemory(scenario, subject);
+        m_readTwice = subject.WhatWasRead();
+        subject.DestroyObjects();
+        m_twice = contents.Of(subject.path);
+    }
+
+    const bool ofSqlite = memory == Memory::OfSqlite;
+    if ((ofSqlite ? scenario.least.ofSqlite : scenario.least.ofNew) > 0) {
+        StartAfresh(path, fresh);
+        for (const std::string& statement : scenario.firstSteps) {
+            PlainSqlite(path).Execute(statement);
+            m_afterFirstSteps.push_back(contents.Of(path));
+            m_used[StopsAfter(m_afterFirstSteps.back())] = false;
+        }
+    }
+    for (const Refusal& refusal : ofSqlite ? scenario.refusalsForSqlite : scenario.refusalsForNew) {
+        m_used[RefusesWith(refusal)] = false;
+    }
+    if (ofSqlite && scenario.mayPassUndone) {
+        m_used[PassesUndone] = false;
+    }
+    if (ofSqlite && scenario.convertsText) {
+        m_used[ThrowsForSqlite] = false;
+    }
+}
+
+void Expectation::ExpectReport(const Attempt& attempt)
+{
+    EXPECT_TRUE(MayReport(attempt));
+    if (!attempt.fired) {
+        EXPECT_EQ(attempt.outcome, Outcome::Done);
+    }
+}
+
+bool Expectation::MayReport(const Attempt& attempt)
+{
+    switch (attempt.outcome) {
+    case Outcome::Done:
+        return true;
+    case Outcome::Refused:
+        return MayRefuseWith(attempt.report);
+    case Outcome::BadAlloc:
+        Use(ThrowsForSqlite);
+        return m_memory == Memory::OfNew || m_scenario.convertsText;
+    default:
+        return false;
+    }
+}
+
+bool Expectation::MayRefuseWith(const Report& report)
+{
+    const auto matches = [&](const Refusal& refusal) {
+        return report.Code() == refusal.code && Matches(report.Message(), refusal.message);
+    };
+    const bool ofSqlite = m_memory == Memory::OfSqlite;
+    const std::vector<Refusal>& licensed = ofSqlite ? m_scenario.refusalsForSqlite : m_scenario.refusalsForNew;
+    if (const auto found = std::ranges::find_if(licensed, matches); found != licensed.end()) {
+        Use(RefusesWith(*found));
+        return true;
+    }
+    return ofSqlite && (matches({SQLITE_NOMEM, "out of memory"}) || matches({SQLITE_NOMEM, ""}));
+}
+
+void Expectation::ExpectRead(const Attempt& attempt, const Subject& subject) const
+{
+    if (attempt.outcome == Outcome::Done) {
+        EXPECT_EQ(subject.WhatWasRead(), m_readOnce);
+        return;
+    }
+    const std::vector<std::vector<std::string>> rows = CellTexts(subject.data);
+    ASSERT_LE(rows.size(), m_rowsOnce.size());
+    EXPECT_TRUE(std::equal(rows.begin(), rows.end(), m_rowsOnce.begin())) << subject.WhatWasRead();
+}
+
+void Expectation::ExpectContent(const Attempt& attempt, const std::string& content)
+{
+    const bool undone = content == m_before;
+    if (attempt.outcome == Outcome::Done) {
+        EXPECT_TRUE(content == m_once || (m_scenario.mayPassUndone && undone)) << content;
+        if (content != m_once) {
+            Use(PassesUndone);
+        }
+        return;
+    }
+    const bool begun = std::ranges::find(m_afterFirstSteps, content) != m_afterFirstSteps.end();
+    EXPECT_TRUE(undone || begun) << content;
+    if (begun) {
+        Use(StopsAfter(content));
+    }
+}
+
+void Expectation::ExpectAgain(const Attempt& attempt, Subject& subject) const
+{
+    const bool wasDone = attempt.outcome == Outcome::Done;
+    subject.timesDone += wasDone ? 1 : 0;
+    subject.ForgetWhatWasRead();
+    const Report again = m_scenario.act(subject);
+    EXPECT_TRUE(again.Done()) << "again: " << again.Code() << ", " << again.Message();
+    EXPECT_EQ(subject.WhatWasRead(), wasDone ? m_readTwice : m_readOnce);
+}
+
+void Expectation::ExpectContentAgain(const Attempt& attempt, const std::string& before,
+                                     const std::string& content) const
+{
+    const bool wasDone = attempt.outcome == Outcome::Done && (m_scenario.mayStayLocked || before == m_once);
+    const bool wasBegun = std::ranges::find(m_afterFirstSteps, before) != m_afterFirstSteps.end();
+    const std::string& expected = wasDone ? m_twice : m_once;
+    EXPECT_TRUE(content == expected || (wasBegun && content == m_twice)) << content;
+}
+
+// Allocates nothing that stays, for the caller counts that.
+void Expectation::Use(const std::string& licence)
+{
+    if (const auto found = m_used.find(licence); found != m_used.end()) {
+        found->second = true;
+    }
+}
+
+std::vector<std::string> Expectation::UnusedLicences() const
+{
+    std::vector<std::string> unused;
+    for (const auto& [licence, used] : m_used) {
+        if (!used) {
+            unused.push_back(licence);
+        }
+    }
+    return unused;
+}
+
+void StartAfresh(const std::string& path, const std::string& fresh)
+{
+    std::filesystem::remove(path + "-journal");
+    std::ofstream(path, std::ios::binary) << fresh;
+}
+
+} // namespace Morvik::sql::tests
