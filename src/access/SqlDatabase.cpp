@@ -2,7 +2,6 @@
 
 #include <sql/SqlError.h>
 
-#include <cstddef>
 #include <utility>
 
 #include <boost/filesystem/operations.hpp>
@@ -20,10 +19,13 @@ namespace {
 // Nothing can be opened behind a device.
 constexpr const char* NoFile = "/dev/null/none";
 
-bool IsNamedPipe(const char* path)
+// Boost ends the process if memory runs out while it makes a missing ancestor, so each level is made by itself.
+void CreateMissing(const boost::filesystem::path& directory)
 {
-    struct stat64 status;
-    return stat64(path, &status) == 0 && S_ISFIFO(status.st_mode);
+    if (!directory.empty() && !boost::filesystem::exists(directory)) {
+        CreateMissing(directory.parent_path());
+        boost::filesystem::create_directories(directory);
+    }
 }
 
 } // namespace
@@ -36,29 +38,10 @@ public:
     sqlite3* handle = nullptr;
 };
 
-namespace {
-
-// Creates the directory that the path lies in. Missing ancestors are made one by one, because Boost ends the process
-// when memory runs out while it makes one.
-void CreateMissingDirectory(const std::string& path)
-{
-    const std::size_t end = path.rfind('/');
-    if (end == std::string::npos || end == 0) {
-        return;
-    }
-    const boost::filesystem::path directory = path.substr(0, end);
-    if (!boost::filesystem::exists(directory)) {
-        CreateMissingDirectory(directory.native());
-        boost::filesystem::create_directories(directory);
-    }
-}
-
-} // namespace
-
 bool SqlDatabase::Impl::CreateMissingDirectories(const std::string& path)
 {
     try {
-        CreateMissingDirectory(path);
+        CreateMissing(boost::filesystem::path(path).parent_path());
         return true;
     } catch (...) {
         record.SetError(NotOpen);
@@ -86,13 +69,16 @@ bool SqlDatabase::Open(const std::string& path, bool readOnly)
     }
     const char* file = path.c_str();
     if (!path.starts_with(':')) {
-        // The directory is made for a read-only open too; applications rely on finding it afterwards.
-        if (!m_impl->CreateMissingDirectories(path)) {
+        struct stat64 status;
+        const bool exists = stat64(file, &status) == 0;
+        // The directory is made for a read-only open too; applications rely on finding it afterwards. Where the file
+        // exists, so does its directory.
+        if (!exists && !m_impl->CreateMissingDirectories(path)) {
             return false;
         }
         // Opening a named pipe may wait for its other end, perhaps for ever. SQLite, which would find only afterwards
         // that it is no file, gets to refuse another path in its place.
-        if (IsNamedPipe(file)) {
+        if (exists && S_ISFIFO(status.st_mode)) {
             file = NoFile;
         }
     }
