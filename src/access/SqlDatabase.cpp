@@ -2,6 +2,7 @@
 
 #include <sql/SqlError.h>
 
+#include <cstddef>
 #include <utility>
 
 #include <boost/filesystem/operations.hpp>
@@ -19,15 +20,6 @@ namespace {
 // Nothing can be opened behind a device.
 constexpr const char* NoFile = "/dev/null/none";
 
-// Boost ends the process if memory runs out while it makes a missing ancestor, so each level is made by itself.
-void CreateMissing(const boost::filesystem::path& directory)
-{
-    if (!directory.empty() && !boost::filesystem::exists(directory)) {
-        CreateMissing(directory.parent_path());
-        boost::filesystem::create_directories(directory);
-    }
-}
-
 } // namespace
 
 class __attribute__((visibility("hidden"))) SqlDatabase::Impl {
@@ -41,7 +33,13 @@ public:
 bool SqlDatabase::Impl::CreateMissingDirectories(const std::string& path)
 {
     try {
-        CreateMissing(boost::filesystem::path(path).parent_path());
+        const boost::filesystem::path directory = boost::filesystem::path(path).parent_path();
+        if (!directory.empty() && !boost::filesystem::exists(directory)) {
+            // One level at a time: Boost ends the process if memory runs out while it makes a missing ancestor.
+            for (std::size_t end = 0; (end = path.find('/', end + 1)) != std::string::npos;) {
+                boost::filesystem::create_directories(path.substr(0, end));
+            }
+        }
         return true;
     } catch (...) {
         record.SetError(NotOpen);

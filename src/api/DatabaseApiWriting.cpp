@@ -47,7 +47,7 @@ std::size_t RowSize(const DbTableRowValues& row)
     return size;
 }
 
-std::string InvalidCellMessage(int position, std::uint32_t column)
+[[gnu::cold]] std::string InvalidCellMessage(int position, std::uint32_t column)
 {
     constexpr std::string_view Prefix = "Invalid column value: (row | column)";
     StatementText message(Prefix.size() + std::size("0|0"));

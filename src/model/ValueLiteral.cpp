@@ -62,11 +62,8 @@ bool Holds(const std::string& text, char quote)
     return text.find(quote) != std::string::npos;
 }
 
-bool AppendText(StatementText& sql, const std::string& text)
+[[gnu::cold]] bool AppendDoubled(StatementText& sql, const std::string& text)
 {
-    if (!Holds(text, '\'') && !Holds(text, '"')) {
-        return AppendQuoted(sql, text);
-    }
     std::string doubled;
     try {
         doubled = boost::algorithm::replace_all_copy(text, "'", "''");
@@ -75,6 +72,11 @@ bool AppendText(StatementText& sql, const std::string& text)
         return false; // without the memory to double its quotes, the cell counts as one that cannot be written
     }
     return AppendQuoted(sql, doubled);
+}
+
+bool AppendText(StatementText& sql, const std::string& text)
+{
+    return Holds(text, '\'') || Holds(text, '"') ? AppendDoubled(sql, text) : AppendQuoted(sql, text);
 }
 
 bool AppendLiteral(StatementText& sql, const DbTableColumnValue& cell)

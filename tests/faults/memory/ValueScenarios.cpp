@@ -8,8 +8,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-const std::string Query =
-    "SELECT substr(name, 2), 4294967296, 2.5, zeroblob(4000), name, NULL FROM t WHERE id < 3";
+const std::string Query = "SELECT substr(name, 2), 4294967296, 2.5, zeroblob(4000), name, NULL FROM t WHERE id < 3";
 
 template <typename T>
 T Read(const Subject& subject, int column)
