@@ -6,6 +6,7 @@
 #include <fstream>
 #include <string>
 
+#include "support/FailingAllocation.h"
 #include "support/HasRecord.h"
 #include "support/RecordedSqlite.h"
 #include "support/ScopedPermissions.h"
@@ -79,6 +80,28 @@ TEST_F(SqlDatabaseDirectoryTest, DirectoryWithoutPermissionCannotBeCreated)
         ExpectNoDirectoryFor(directory.File("sub/new.db"));
     }
     EXPECT_TRUE(fs::is_empty(directory.Path()));
+}
+
+// Boost ends the process when it has no memory while it makes an ancestor of what it is asked for.
+TEST_F(SqlDatabaseDirectoryTest, MissingAncestorsWithoutMemoryAreReportedLikeAnyOther)
+{
+    const std::string path = directory.File("one/two/three/four/new.db");
+    int failures = 0;
+
+    for (bool fired = true; fired; ++failures) {
+        fs::remove_all(directory.Path() / "one");
+        SqlDatabase database;
+        bool opened = false;
+        {
+            const FailingAllocation failing(failures);
+            EXPECT_NO_THROW(opened = database.Open(path, false));
+            fired = failing.Fired();
+        }
+        EXPECT_EQ(opened, !fired) << "after " << failures << " allocations";
+        EXPECT_THAT(database, HasRecord(fired ? 111 : 0, fired ? "Create directory failed: " + path : ""));
+    }
+
+    EXPECT_GT(failures, 8) << "too few allocations failed";
 }
 
 TEST_F(SqlDatabaseDirectoryTest, OpenAfterAFailedDirectoryStepSucceeds)

@@ -1,0 +1,106 @@
+#include <sql/SqlCommand.h>
+#include <sql/SqlDatabase.h>
+#include <sql/SqlTable.h>
+
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+
+#include <new>
+#include <string>
+#include <vector>
+
+#include "support/FailingSqliteMemory.h"
+#include "support/HasRecord.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+using testing::IsEmpty;
+
+// A number that is asked for as a text, for which SQLite needs memory. Where it has none, the value becomes NULL.
+class LostConversionTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() { FailingSqliteMemory::Install(); }
+
+    LostConversionTest()
+    {
+        EXPECT_TRUE(connection.Open(":memory:", false));
+        EXPECT_TRUE(cursor.Open(query) && cursor.ReadNext());
+        EXPECT_TRUE(command.Prepare(query) && command.Step());
+    }
+
+    // Asks without memory, and proves that memory was asked for.
+    template <typename Asking>
+    static auto WithoutMemory(const Asking& asking)
+    {
+        const FailingSqliteMemory failing(0);
+        auto answer = asking();
+        EXPECT_TRUE(failing.Fired());
+        return answer;
+    }
+
+    const std::string query = "SELECT 4294967296 UNION ALL SELECT 7";
+    SqlDatabase connection;
+    const SqlTable cursor{connection};
+    SqlCommand command{connection};
+};
+
+TEST_F(LostConversionTest, TextOfACursorIsNotTakenForNull)
+{
+    EXPECT_THROW(WithoutMemory([&] { return cursor.GetText(0); }), std::bad_alloc);
+}
+
+TEST_F(LostConversionTest, TextOfAValueIsNotTakenForNull)
+{
+    EXPECT_THROW(WithoutMemory([&] { return cursor[0].GetValue<std::string>(); }), std::bad_alloc);
+}
+
+TEST_F(LostConversionTest, TextOfNullIsALogicErrorAlsoAfterALostConversion)
+{
+    EXPECT_THROW(WithoutMemory([&] { return cursor[0].GetValue<std::string>(); }), std::bad_alloc);
+
+    ASSERT_TRUE(cursor.Open("SELECT NULL") && cursor.ReadNext());
+
+    EXPECT_THROW(cursor.GetText(0), std::logic_error);
+    EXPECT_THROW(cursor[0].GetValue<std::string>(), std::logic_error);
+}
+
+TEST_F(LostConversionTest, TextOfACommandIsEmptyAndTheNextStepTells)
+{
+    EXPECT_EQ(WithoutMemory([&] { return command.ColumnText(0); }), "");
+
+    EXPECT_FALSE(command.Step());
+    EXPECT_THAT(command, HasRecord(SQLITE_NOMEM, "out of memory"));
+    EXPECT_FALSE(command.Finalize());
+}
+
+TEST_F(LostConversionTest, BytesOfACommandAreEmptyAndFinalizingTells)
+{
+    EXPECT_THAT(WithoutMemory([&] { return command.ColumnBlob(0); }), IsEmpty());
+
+    EXPECT_FALSE(command.Finalize());
+    EXPECT_EQ(command.GetLastError(), SQLITE_NOMEM);
+}
+
+TEST_F(LostConversionTest, BytesOfAValueAreEmptyAndClosingTells)
+{
+    EXPECT_THAT(WithoutMemory([&] { return cursor[0].GetValue<std::vector<char>>(); }), IsEmpty());
+
+    EXPECT_FALSE(cursor.ReadNext());
+    EXPECT_EQ(cursor.GetLastError(), SQLITE_ERROR);
+    EXPECT_FALSE(cursor.Close());
+    EXPECT_THAT(cursor, HasRecord(SQLITE_NOMEM, "out of memory"));
+}
+
+TEST_F(LostConversionTest, LengthIsZeroAndClosingTells)
+{
+    EXPECT_EQ(WithoutMemory([&] { return cursor.GetLength(0); }), 0);
+
+    EXPECT_FALSE(cursor.Close());
+    EXPECT_EQ(cursor.GetLastError(), SQLITE_NOMEM);
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests

@@ -1,0 +1,52 @@
+#include <sql/DatabaseApi.h>
+#include <sql/SqlCommand.h>
+#include <sql/SqlDatabase.h>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <optional>
+
+#include "support/FailingAllocation.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+// The one place where running out of memory ends the process: SQLite refuses to close the connection of an object that
+// is being destroyed, and its reason cannot be stored. Whoever destroys statements before their database never gets
+// there.
+TEST(RefusedClosingDeathTest, ConnectionDestroyedBeforeItsStatementEndsTheProcessWithoutMemory)
+{
+    std::optional<SqlDatabase> connection(std::in_place);
+    ASSERT_TRUE(connection->Open(":memory:", false));
+    SqlCommand statement(*connection);
+    ASSERT_TRUE(statement.Prepare("SELECT 1"));
+
+    EXPECT_EXIT(
+        {
+            const FailingAllocation failing(0);
+            connection.reset();
+        },
+        testing::KilledBySignal(SIGABRT), "");
+}
+
+TEST(RefusedClosingDeathTest, FacadeDestroyedBeforeItsStatementEndsTheProcessWithoutMemory)
+{
+    std::optional<DatabaseApi> facade(std::in_place);
+    ASSERT_TRUE(facade->OpenDatabase(":memory:", false));
+    SqlCommand statement = facade->PrepareStatement("SELECT 1");
+
+    EXPECT_EXIT(
+        {
+            const FailingAllocation failing(0);
+            facade.reset();
+        },
+        testing::KilledBySignal(SIGABRT), "");
+
+    statement.Finalize();
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests
