@@ -1,19 +1,12 @@
 #include "examples/ExampleProgram.h"
 
-#include <sstream>
+#include "support/BuiltProgram.h"
 
 namespace Morvik::sql::tests {
 
 std::vector<std::string> ExampleCommand(const std::string& program, const std::vector<std::string>& arguments)
 {
-    std::vector<std::string> command;
-    std::istringstream emulator(TKOSQLLITE_EMULATOR);
-    for (std::string word; std::getline(emulator, word, '|');) {
-        command.push_back(word);
-    }
-    command.push_back(std::string(TKOSQLLITE_EXAMPLES) + "/" + program);
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    return command;
+    return CommandLine(std::string(TKOSQLLITE_EXAMPLES) + "/" + program, arguments);
 }
 
 std::string AnswerOfSqlite3(const std::string& database, const std::string& sql)

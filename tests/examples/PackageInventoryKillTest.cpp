@@ -2,26 +2,15 @@
 #include <csignal>
 #include <filesystem>
 #include <random>
-#include <thread>
 
 #include "examples/InventoryTest.h"
+#include "support/KilledProgram.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-using std::chrono::microseconds;
-using std::chrono::steady_clock;
-
-class InventoryKillTest : public InventoryTest {
-protected:
-    // A run writes both the database and, until it commits, the journal that takes its changes back.
-    bool LeftAJournal() const
-    {
-        std::error_code absent;
-        return std::filesystem::file_size(m_database + "-journal", absent) > 0 && !absent;
-    }
-};
+using InventoryKillTest = InventoryTest;
 
 TEST_F(InventoryKillTest, KillAtAnyMomentOfASecondRunLeavesOneWholeInventory)
 {
@@ -35,9 +24,7 @@ TEST_F(InventoryKillTest, KillAtAnyMomentOfASecondRunLeavesOneWholeInventory)
     ASSERT_NE(later, earlier);
     const std::string earlierFile = FileContent(m_database);
     WriteFile(StatusFile(), ManyPackages(1600, "2.0"));
-    const auto begin = steady_clock::now();
-    ASSERT_THAT(RunChild(Command({StatusFile()})), SucceededQuietly());
-    const auto duration = std::chrono::duration_cast<microseconds>(steady_clock::now() - begin);
+    const std::chrono::microseconds duration = DurationOf(Command({StatusFile()}));
 
     int killed = 0;
     int killedWhileWriting = 0;
@@ -45,11 +32,9 @@ TEST_F(InventoryKillTest, KillAtAnyMomentOfASecondRunLeavesOneWholeInventory)
     std::uniform_int_distribution<long long> moment(0, duration.count());
     for (int attempt = 0; attempt < Attempts && (killed < Kills || killedWhileWriting == 0); ++attempt) {
         WriteFile(m_database, earlierFile);
-        ChildProcess program(Command({StatusFile()}));
-        std::this_thread::sleep_for(microseconds(moment(random)));
-        program.Signal(SIGKILL);
-        killed += program.Wait().signal == SIGKILL ? 1 : 0;
-        killedWhileWriting += LeftAJournal() ? 1 : 0;
+        const ChildResult result = RunAndKill(Command({StatusFile()}), std::chrono::microseconds(moment(random)));
+        killed += result.signal == SIGKILL ? 1 : 0;
+        killedWhileWriting += LeftAJournal(m_database) ? 1 : 0;
 
         const std::string left = WholeInventory();
 
