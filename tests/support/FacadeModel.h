@@ -33,6 +33,7 @@ public:
     bool OpenDatabase(const std::string& path, const std::string& ownPath, bool readOnly, bool directoryFails);
     bool CloseDatabase();
     bool IsOpen() const { return m_handle != nullptr; }
+    sqlite3* Handle() const { return m_handle; }
 
     bool CreateTable(const DbTableDefinition& definition);
     bool ExistsTable(const std::string& table, int& result);
