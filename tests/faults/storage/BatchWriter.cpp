@@ -1,0 +1,48 @@
+// Writes batches into a database file and says of each, on standard output, when the call begins and when it has been
+// acknowledged: "begin" and "done", each on a line of its own.
+//
+//   tkosqllite_batch_writer DATABASE PRAGMAS SEED BATCHES
+#include <sql/DatabaseApi.h>
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <string_view>
+
+#include "support/WriteBatches.h"
+
+namespace {
+
+// Nothing is held back that a kill could take along.
+void Say(std::string_view line)
+{
+    if (write(STDOUT_FILENO, line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
+        std::abort();
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 5) {
+        return 2;
+    }
+    Morvik::sql::DatabaseApi facade;
+    if (!facade.OpenDatabase(argv[1], false) || !facade.Execute(argv[2])) {
+        std::cerr << facade.GetLastErrorMsg() << '\n';
+        return 1;
+    }
+    Morvik::sql::tests::WriteBatches batches(std::strtoull(argv[3], nullptr, 10));
+    for (int left = std::atoi(argv[4]); left > 0; --left) {
+        const Morvik::sql::tests::WriteBatch batch = batches.Next();
+        Say("begin\n");
+        if (!batch.run(facade)) {
+            std::cerr << facade.GetLastError() << ' ' << facade.GetLastErrorMsg() << '\n';
+            return 1;
+        }
+        Say("done\n");
+    }
+    return 0;
+}

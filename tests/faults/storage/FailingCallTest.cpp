@@ -1,0 +1,196 @@
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <list>
+#include <memory>
+
+#include "faults/storage/StorageScenario.h"
+#include "support/DatabaseContent.h"
+#include "support/PlainSqlite.h"
+#include "support/TemporaryDirectory.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+// Every way in which a call can fail. SQLite's own file system reports them with these codes.
+const std::vector<FileFault>& Faults()
+{
+    static const std::vector<FileFault> faults = [] {
+        std::vector<FileFault> once = {
+            {.call = FileCall::Open, .code = SQLITE_CANTOPEN},
+            {.call = FileCall::Read, .code = SQLITE_IOERR_READ},
+            {.call = FileCall::Write, .code = SQLITE_IOERR_WRITE},
+            {.call = FileCall::Write, .code = SQLITE_FULL},
+            {.call = FileCall::Write, .code = SQLITE_FULL, .carriedOut = true},
+            {.call = FileCall::Truncate, .code = SQLITE_IOERR_TRUNCATE},
+            {.call = FileCall::Sync, .code = SQLITE_IOERR_FSYNC},
+            {.call = FileCall::FileSize, .code = SQLITE_IOERR_FSTAT},
+            {.call = FileCall::Delete, .code = SQLITE_IOERR_DELETE},
+            {.call = FileCall::Delete, .code = SQLITE_IOERR_DIR_FSYNC, .carriedOut = true},
+            {.call = FileCall::Access, .code = SQLITE_IOERR_ACCESS},
+            {.call = FileCall::Lock, .code = SQLITE_BUSY},
+            {.call = FileCall::Lock, .code = SQLITE_IOERR_LOCK},
+            {.call = FileCall::Unlock, .code = SQLITE_IOERR_UNLOCK},
+            {.call = FileCall::CheckReservedLock, .code = SQLITE_IOERR_CHECKRESERVEDLOCK},
+            {.call = FileCall::MapShared, .code = SQLITE_IOERR_SHMMAP},
+            {.call = FileCall::LockShared, .code = SQLITE_BUSY},
+            {.call = FileCall::LockShared, .code = SQLITE_IOERR_SHMLOCK},
+        };
+        std::vector<FileFault> all = once;
+        for (FileFault fault : once) {
+            fault.lasting = true;
+            all.push_back(fault);
+        }
+        return all;
+    }();
+    return faults;
+}
+
+struct Case {
+    JournalMode mode;
+    const StorageScenario* scenario;
+};
+
+// Only a writer chooses how its journal ends, and it does so on a sound file; only a file that is there has a
+// write-ahead log.
+bool DependsOn(JournalMode mode, const StorageScenario& scenario)
+{
+    switch (mode) {
+    case JournalMode::Truncate:
+        return !scenario.changes.empty() && scenario.found != StorageScenario::Found::Unfinished;
+    case JournalMode::WriteAheadLog:
+        return scenario.found != StorageScenario::Found::Nothing;
+    default:
+        return true;
+    }
+}
+
+std::vector<Case> Cases()
+{
+    std::vector<Case> cases;
+    for (const JournalMode mode : {JournalMode::Delete, JournalMode::Truncate, JournalMode::WriteAheadLog}) {
+        for (const StorageScenario& scenario : StorageScenarios()) {
+            if (DependsOn(mode, scenario)) {
+                cases.push_back({mode, &scenario});
+            }
+        }
+    }
+    return cases;
+}
+
+std::string NameOf(const testing::TestParamInfo<Case>& info)
+{
+    static constexpr const char* Modes[] = {"DeletedJournal", "TruncatedJournal", "WriteAheadLog"};
+    return Modes[static_cast<int>(info.param.mode)] + std::string("_") + info.param.scenario->name;
+}
+
+// What a run of the scenario answered and left.
+struct RunResult {
+    std::string outcomes;
+    bool acknowledged = false;
+    int fired = 0;
+    const DatabaseContent* content = nullptr;
+};
+
+class FailingCallTest : public testing::TestWithParam<Case> {
+protected:
+    template <typename Side>
+    RunResult RunWith(const FileFault& fault) const
+    {
+        const StorageScenario& scenario = *GetParam().scenario;
+        m_found.PutBack(m_path);
+        RunResult run;
+        {
+            FailingFileSystem disk;
+            Side side;
+            scenario.prepare(side, m_path);
+            if (GetParam().mode == JournalMode::Truncate && !scenario.readOnly) {
+                side.Execute("PRAGMA journal_mode = TRUNCATE");
+            }
+            disk.Arm(fault);
+            const StepOutcome outcome = scenario.act(side, m_path);
+            run.acknowledged = outcome.succeeded;
+            run.outcomes = outcome.text;
+            // Afterwards the connection is still good for something, or fails in the same way.
+            run.outcomes += side.Read("SELECT count(*) FROM reading").text;
+            run.outcomes += side.Close().text;
+            run.fired = disk.Fired();
+        }
+        run.content = &ContentLeft();
+        return run;
+    }
+
+    // The content of the files as another process finds it. What the same bytes hold need not be read again.
+    const DatabaseContent& ContentLeft() const
+    {
+        const FailingFileSystem withoutAFault; // does not wait for the disk
+        const DatabaseFiles left(m_path);
+        const auto known = std::ranges::find(m_known, left, &std::pair<DatabaseFiles, DatabaseContent>::first);
+        return known != m_known.end() ? known->second : m_known.emplace_back(left, ContentOf(m_path)).second;
+    }
+
+    // The content that the scenario finds, and what it may leave in order.
+    std::vector<DatabaseContent> States() const
+    {
+        const FailingFileSystem withoutAFault;
+        m_found.PutBack(m_path);
+        std::vector<DatabaseContent> states{ContentOf(m_path)};
+        for (const std::string& change : GetParam().scenario->changes) {
+            PlainSqlite(m_path).Execute(change);
+            states.push_back(ContentOf(m_path));
+        }
+        return states;
+    }
+
+    TemporaryDirectory m_directory;
+    std::string m_path = m_directory.File("test.db");
+    DatabaseFiles m_found = FoundFiles(GetParam().scenario->found, GetParam().mode);
+    mutable std::list<std::pair<DatabaseFiles, DatabaseContent>> m_known;
+};
+
+TEST_P(FailingCallTest, LeavesTheRecordOfThePlainCallAndTheContentWhole)
+{
+    const std::vector<DatabaseContent> states = States();
+    std::set<FileCall> fired;
+    int failures = 0;
+
+    for (FileFault fault : Faults()) {
+        for (fault.position = 1;; ++fault.position) {
+            SCOPED_TRACE(Described(fault));
+
+            const RunResult expected = RunWith<PlainSide>(fault);
+            const RunResult actual = RunWith<LibrarySide>(fault);
+
+            ASSERT_EQ(actual.outcomes, expected.outcomes);
+            ASSERT_EQ(actual.fired, expected.fired);
+            ASSERT_TRUE(actual.content == expected.content || *actual.content == *expected.content)
+                << Described(*actual.content) << "in place of\n"
+                << Described(*expected.content);
+            if (actual.acknowledged && GetParam().scenario->acknowledges) {
+                ASSERT_TRUE(*actual.content == states.back()) << Described(*actual.content);
+            }
+            ASSERT_NE(std::ranges::find(states, *actual.content), states.end()) << Described(*actual.content);
+            if (actual.fired == 0) {
+                ASSERT_TRUE(actual.acknowledged) << actual.outcomes;
+                break;
+            }
+            fired.insert(fault.call);
+            failures += actual.acknowledged ? 0 : 1;
+        }
+    }
+
+    EXPECT_EQ(failures > 0, GetParam().scenario->canFail);
+    const std::set<FileCall> necessary = NecessaryCalls(*GetParam().scenario, GetParam().mode);
+    for (const FileCall call : necessary) {
+        EXPECT_TRUE(fired.contains(call)) << Described(FileFault{.call = call}) << " never happened";
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Storage, FailingCallTest, testing::ValuesIn(Cases()), NameOf);
+
+} // namespace
+
+} // namespace Morvik::sql::tests

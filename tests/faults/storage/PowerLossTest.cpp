@@ -1,0 +1,180 @@
+#include <sql/DatabaseApi.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <stdexcept>
+
+#include "faults/storage/BatchContent.h"
+#include "support/DatabaseFiles.h"
+#include "support/Effort.h"
+#include "support/PowerlessFileSystem.h"
+#include "support/TemporaryDirectory.h"
+#include "support/TestSeeds.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+using Removals = PowerlessFileSystem::Removals;
+
+// How a database is kept, and on what kind of file system.
+struct Keeping {
+    std::string name;
+    std::string pragmas;
+    Removals removals = Removals::Lasting;
+};
+
+// What the machine finds when it has come back.
+enum class Found {
+    EverythingAcknowledged, // and what was being written, whole or not at all
+    TheLastWriteTakenBack,  // and everything before it
+    AnythingElse,
+};
+
+struct Outcome {
+    Found found = Found::AnythingElse;
+    bool unsyncedWritesWereLost = false;
+    bool journalWasRolledBack = false;
+    bool logWasReplayed = false;
+    std::string description;
+};
+
+class PowerLossTest : public testing::Test {
+protected:
+    // Writes until the power goes, and looks at what is left.
+    Outcome RunRound(const Keeping& keeping, std::uint64_t seed) const
+    {
+        const std::string path = m_directory.File("round.db");
+        DatabaseFiles().PutBack(path);
+        Choices choices(seed);
+        WriteBatches batches(seed);
+        std::vector<BatchTables> earlier{{}};
+        std::vector<BatchTables> expected{{}}; // the acknowledged state, and what the last call may have left
+        int lostSectors = 0;
+        {
+            PowerlessFileSystem machine(choices, 1 + static_cast<int>(choices.Below(400)), keeping.removals);
+            {
+                DatabaseApi facade;
+                facade.OpenDatabase(path, false);
+                facade.Execute(keeping.pragmas);
+                while (!machine.IsOut()) {
+                    const WriteBatch batch = batches.Next();
+                    const bool succeeded = batch.run(facade);
+                    if (!succeeded || machine.IsOut()) { // an answer after that reaches nobody
+                        EXPECT_TRUE(machine.IsOut()) << facade.GetLastErrorMsg();
+                        expected.insert(expected.end(), batch.states.begin(), batch.states.end());
+                        break;
+                    }
+                    if (batch.states.back() != expected.back()) { // what changes no row begins no write
+                        earlier = {expected.back()};
+                        earlier.insert(earlier.end(), batch.states.begin(), batch.states.end());
+                    }
+                    expected = {batch.states.back()};
+                }
+            }
+            lostSectors = machine.ComeBack();
+        }
+
+        Outcome outcome;
+        outcome.unsyncedWritesWereLost = lostSectors > 0;
+        const DatabaseFiles left(path);
+        try {
+            const DatabaseContent content = ContentOf(path);
+            const auto isContent = [&](const BatchTables& tables) { return ContentWith(tables) == content; };
+            outcome.found = std::ranges::any_of(expected, isContent)  ? Found::EverythingAcknowledged
+                            : std::ranges::any_of(earlier, isContent) ? Found::TheLastWriteTakenBack
+                                                                      : Found::AnythingElse;
+            outcome.description = Described(content) + "in place of\n" + Described(ContentWith(expected.front()));
+        } catch (const std::runtime_error& failure) {
+            outcome.description = failure.what();
+        }
+        const DatabaseFiles recovered(path);
+        const bool changed = left.contents.contains("") && left.contents.at("") != recovered.contents.at("");
+        outcome.journalWasRolledBack = changed && left.contents.contains("-journal");
+        outcome.logWasReplayed = changed && left.contents.contains("-wal");
+        return outcome;
+    }
+
+private:
+    TemporaryDirectory m_directory;
+};
+
+class DurableKeepingTest : public PowerLossTest, public testing::WithParamInterface<Keeping> {};
+
+TEST_P(DurableKeepingTest, KeepsWhatWasAcknowledgedAndNoWriteByHalves)
+{
+    int roundsWithLoss = 0;
+    int roundsWithRecovery = 0;
+    for (const std::uint64_t seed : TestSeeds()) {
+        for (int round = 0; round < Rounds(50, 500); ++round) {
+            SCOPED_TRACE(Describe(seed) + ", round " + std::to_string(round));
+
+            const Outcome outcome = RunRound(GetParam(), seed + static_cast<std::uint64_t>(round));
+
+            ASSERT_EQ(outcome.found, Found::EverythingAcknowledged) << outcome.description;
+            roundsWithLoss += outcome.unsyncedWritesWereLost ? 1 : 0;
+            roundsWithRecovery += outcome.journalWasRolledBack || outcome.logWasReplayed ? 1 : 0;
+        }
+    }
+
+    EXPECT_GT(roundsWithLoss, 0);
+    EXPECT_GT(roundsWithRecovery, 0);
+    RecordProperty("rounds_with_loss", roundsWithLoss);
+    RecordProperty("rounds_with_recovery", roundsWithRecovery);
+}
+
+// A small cache makes SQLite write into the database before the commit.
+INSTANTIATE_TEST_SUITE_P(
+    Storage, DurableKeepingTest,
+    testing::Values(
+        Keeping{"AsOpened", "PRAGMA cache_size = 4"},
+        Keeping{"DeletedJournalSyncedWithItsDirectory", "PRAGMA cache_size = 4; PRAGMA synchronous = EXTRA",
+                Removals::AwaitingASync},
+        Keeping{"TruncatedJournal", "PRAGMA cache_size = 4; PRAGMA journal_mode = TRUNCATE", Removals::AwaitingASync},
+        Keeping{"WriteAheadLog", "PRAGMA journal_mode = WAL; PRAGMA cache_size = 4; PRAGMA wal_autocheckpoint = 20",
+                Removals::AwaitingASync}),
+    [](const auto& tested) { return tested.param.name; });
+
+// A commit removes the journal, and as a database is opened nothing syncs the directory after that. Where the file
+// system does not keep the removal by itself, the journal comes back and takes the last write with it.
+TEST_F(PowerLossTest, AsOpenedARemovalThatAwaitsASyncTakesTheLastWriteBackWhole)
+{
+    const Keeping keeping{"", "PRAGMA cache_size = 4", Removals::AwaitingASync};
+    int takenBack = 0;
+    for (const std::uint64_t seed : TestSeeds()) {
+        for (int round = 0; round < Rounds(50, 500); ++round) {
+            SCOPED_TRACE(Describe(seed) + ", round " + std::to_string(round));
+
+            const Outcome outcome = RunRound(keeping, seed + static_cast<std::uint64_t>(round));
+
+            ASSERT_NE(outcome.found, Found::AnythingElse) << outcome.description;
+            takenBack += outcome.found == Found::TheLastWriteTakenBack ? 1 : 0;
+        }
+    }
+
+    EXPECT_GT(takenBack, 0);
+    RecordProperty("rounds_taken_back", takenBack);
+}
+
+// The rounds are able to find a loss: without syncs they do.
+TEST_F(PowerLossTest, WithoutSyncsTheSameRoundsFindLossAndDamage)
+{
+    const Keeping keeping{"", "PRAGMA cache_size = 4; PRAGMA synchronous = OFF", Removals::Lasting};
+    int found = 0;
+    for (const std::uint64_t seed : TestSeeds()) {
+        for (int round = 0; round < Rounds(50, 500); ++round) {
+            const Outcome outcome = RunRound(keeping, seed + static_cast<std::uint64_t>(round));
+
+            found += outcome.found == Found::EverythingAcknowledged ? 0 : 1;
+        }
+    }
+
+    EXPECT_GT(found, 0);
+    RecordProperty("rounds_found", found);
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests

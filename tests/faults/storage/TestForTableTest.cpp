@@ -1,0 +1,98 @@
+#include <sql/DatabaseApi.h>
+
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+
+#include "support/DatabaseContent.h"
+#include "support/FailingFileSystem.h"
+#include "support/HasRecord.h"
+#include "support/PlainSqlite.h"
+#include "support/TemporaryDirectory.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+// The operations that first test whether their table exists do not tell a failed test from an absent table. Callers
+// rely on what follows from that, however odd it is.
+class TestForTableTest : public testing::TestWithParam<FileFault> {
+protected:
+    TestForTableTest()
+    {
+        PlainSqlite(m_path).Execute("CREATE TABLE reading (id INTEGER); INSERT INTO reading VALUES (1)");
+    }
+
+    // Opens the file and reads its schema, so that the fault meets the test itself.
+    void OpenWithFault(FailingFileSystem& disk, DatabaseApi& facade) const
+    {
+        int result = -1;
+        ASSERT_TRUE(facade.OpenDatabase(m_path, false));
+        ASSERT_TRUE(facade.ExistsTable("reading", result));
+        disk.Arm(GetParam());
+    }
+
+    const DatabaseContent m_content{{"reading", {{"1"}}}};
+    TemporaryDirectory m_directory;
+    std::string m_path = m_directory.File("test.db");
+};
+
+TEST_P(TestForTableTest, DropTableSucceedsAndDropsNothing)
+{
+    FailingFileSystem disk;
+    DatabaseApi facade;
+    OpenWithFault(disk, facade);
+
+    const bool dropped = facade.DropTable("reading");
+
+    EXPECT_TRUE(dropped);
+    EXPECT_THAT(facade, HasRecord(0, ""));
+    EXPECT_EQ(disk.Fired(), 1);
+    EXPECT_TRUE(facade.CloseDatabase());
+    EXPECT_EQ(ContentOf(m_path), m_content);
+}
+
+TEST_P(TestForTableTest, AlterTableFindsNoTable)
+{
+    FailingFileSystem disk;
+    DatabaseApi facade;
+    OpenWithFault(disk, facade);
+
+    const bool altered = facade.AlterTable("reading", "old_reading");
+
+    EXPECT_FALSE(altered);
+    EXPECT_THAT(facade, HasRecord(113, "No table exists: reading"));
+    EXPECT_EQ(disk.Fired(), 1);
+    EXPECT_TRUE(facade.CloseDatabase());
+    EXPECT_EQ(ContentOf(m_path), m_content);
+}
+
+TEST_P(TestForTableTest, ExistsTableAndExistDataFindNothingWithCodeZero)
+{
+    FailingFileSystem disk;
+    DatabaseApi facade;
+    OpenWithFault(disk, facade);
+    int existsResult = -1;
+    int dataResult = -1;
+
+    const bool exists = facade.ExistsTable("reading", existsResult);
+    disk.Arm(GetParam());
+    const int count = facade.ExistData("reading", "", dataResult);
+
+    EXPECT_FALSE(exists);
+    EXPECT_EQ(existsResult, 0);
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(dataResult, 0);
+    EXPECT_EQ(disk.Fired(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Storage, TestForTableTest,
+                         testing::Values(FileFault{.call = FileCall::Read, .code = SQLITE_IOERR_READ},
+                                         FileFault{.call = FileCall::Lock, .code = SQLITE_BUSY}),
+                         [](const auto& tested) {
+                             return std::string(tested.param.code == SQLITE_BUSY ? "LockedByAnother" : "CannotRead");
+                         });
+
+} // namespace
+
+} // namespace Morvik::sql::tests
