@@ -22,12 +22,13 @@ public:
         if (!m_fromBytes) {
             return static_cast<std::size_t>(m_generator() % count);
         }
-        if (m_bytes.empty()) {
-            return 0;
+        // As many bytes as it takes to reach every number; 0 once they are used up.
+        std::uint64_t number = 0;
+        for (std::uint64_t reached = 1; reached < count && !m_bytes.empty(); reached *= 256) {
+            number = number * 256 + m_bytes.front();
+            m_bytes = m_bytes.subspan(1);
         }
-        const std::size_t byte = m_bytes.front();
-        m_bytes = m_bytes.subspan(1);
-        return byte % count;
+        return static_cast<std::size_t>(number % count);
     }
 
     bool OneIn(std::size_t count) { return Below(count) == 0; }
@@ -54,6 +55,16 @@ public:
             text += alphabet[Below(alphabet.size())];
         }
         return text;
+    }
+
+    /// `count` bytes of any value, or those that are left.
+    std::string Bytes(std::size_t count)
+    {
+        std::string bytes;
+        for (; count > 0 && Left(); --count) {
+            bytes += static_cast<char>(Below(256));
+        }
+        return bytes;
     }
 
     /// False once the given bytes are used up; a generator never ends.
