@@ -1,0 +1,36 @@
+// Any sequence of facade operations answers as the model of the facade does, and leaves the same files.
+
+#include <span>
+#include <string>
+
+#include "fuzz/Finding.h"
+#include "fuzz/FuzzTarget.h"
+#include "support/FacadeOperations.h"
+#include "support/TemporaryDirectory.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+constexpr int MostOperations = 300;
+
+void TryOperations(Choices& choices)
+{
+    const TemporaryDirectory directory;
+    FacadeOperations operations(directory.Path());
+    for (int operation = 0; operation < MostOperations && choices.Left(); ++operation) {
+        RequireSame("The difference at operation " + std::to_string(operation), operations.RunOne(choices), "");
+    }
+    RequireSame("The difference of the files", operations.CompareFiles(), "");
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    Morvik::sql::tests::Choices choices(std::span(data, size));
+    Morvik::sql::tests::TryOperations(choices);
+    return 0;
+}

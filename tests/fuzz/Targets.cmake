@@ -1,0 +1,18 @@
+# The fuzz targets, for libFuzzer and for the ordinary tests that replay their corpus alike.
+set(fuzz_directory ${CMAKE_CURRENT_LIST_DIR})
+set(fuzz_targets value-literals schema-text operations database-files)
+set(fuzz_source_value-literals ${fuzz_directory}/ValueLiteralsTarget.cpp)
+set(fuzz_source_schema-text ${fuzz_directory}/SchemaTextTarget.cpp)
+set(fuzz_source_operations ${fuzz_directory}/OperationsTarget.cpp)
+set(fuzz_source_database-files ${fuzz_directory}/DatabaseFilesTarget.cpp)
+
+add_library(tkosqllite_fuzz_support OBJECT
+    ${fuzz_directory}/BoundedConnections.cpp
+    ${fuzz_directory}/DamagedFile.cpp
+    ${fuzz_directory}/Features.cpp
+    ${fuzz_directory}/Finding.cpp
+    ${fuzz_directory}/PaddedPages.cpp
+    ${fuzz_directory}/StoredValue.cpp)
+target_include_directories(tkosqllite_fuzz_support
+    PUBLIC ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
+target_link_libraries(tkosqllite_fuzz_support PUBLIC tkosqllite_options SQLite::SQLite3 ${CMAKE_DL_LIBS})
