@@ -12,6 +12,7 @@ add_library(tkosqllite_fuzz_support OBJECT
     ${fuzz_directory}/Features.cpp
     ${fuzz_directory}/Finding.cpp
     ${fuzz_directory}/PaddedPages.cpp
+    ${fuzz_directory}/StoredRow.cpp
     ${fuzz_directory}/StoredValue.cpp)
 target_include_directories(tkosqllite_fuzz_support
     PUBLIC ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)

@@ -44,8 +44,9 @@ TMPDIR=$scratch/files ASAN_OPTIONS=quarantine_size_mb=16:malloc_context_size=10:
     -artifact_prefix="$build/findings/$target-" "$kept" "$here/corpus/$target" >"$scratch/log" 2>&1 || status=$?
 
 if [ "$status" -ne 0 ]; then
-    cat "$scratch/log"
-    fail "ended with status $status; repeat it with: $program $build/findings/$target-..."
+    grep -av '^#[0-9]*[[:space:]]' "$scratch/log" || true
+    input=$(sed -n 's/^.*Test unit written to //p' "$scratch/log")
+    fail "ended with status $status${input:+; to repeat it: $program $input}"
 fi
 executed=$(sed -n 's/^stat::number_of_executed_units: *//p' "$scratch/log")
 reached=$(sed -n 's/^.*DONE *cov: \([0-9]*\) .*/\1/p' "$scratch/log")
