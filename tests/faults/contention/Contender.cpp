@@ -15,8 +15,7 @@
 //
 //   writer FILE NUMBER SECONDS TIMEOUT     adds entries until the time is over
 //   reader FILE NUMBER SECONDS TIMEOUT     reads the balance and the entries until then
-//   holder FILE MARK SECONDS TIMEOUT       locks the file for that time, having made the directory MARK, and adds an
-//   entry
+//   holder FILE MARK SECONDS TIMEOUT       locks the file, makes the directory MARK, later adds an entry
 //
 // A writer or reader that was not served even once goes on until it is: SQLite promises no fair turns. TIMEOUT is
 // SQLite's busy timeout in milliseconds. What was acknowledged is written to standard output, "entry N" for every entry
