@@ -11,7 +11,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 build=(g++ cmake ninja-build libsqlite3-dev libboost-filesystem-dev)
 test=("${build[@]}" libgtest-dev libgmock-dev sqlite3 python3 valgrind libbenchmark-dev abigail-tools
     g++-12-multilib g++-arm-linux-gnueabihf qemu-user-static clang libclang-rt-14-dev)
-all=("${test[@]}" clang-format clang-tidy shellcheck)
+all=("${test[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang-14)
 
 case ${1:-test} in
 build) wanted=("${build[@]}") ;;

@@ -1,0 +1,38 @@
+#!/bin/bash
+# Shows that the tests reach every line and every function of src/ and include/, and at least 97 % of the branches.
+#
+#   scripts/coverage.sh [PROGRAM...]       counts what these test programs reach too, each a target of the build
+#
+# Left out of the branches are those that the compiler adds for passing exceptions on (--exclude-throw-branches) and
+# those of lines without code of their own, such as closing braces (--exclude-unreachable-branches). Lines that no test
+# can reach stand with the reason in tests/coverage/unreached.txt. The report is build/unsigned-char/report/index.html.
+
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+build=$project/build/unsigned-char
+report=$build/report
+programs=(tkosqllite_tests tkosqllite_internals_tests "$@")
+
+run_programs()
+{
+    local name program
+    # What an earlier run counted does not count.
+    find "$build" -name '*.gcda' -delete
+    for name in "${programs[@]}"; do
+        program=$(find "$build/tests" -name "$name" -type f)
+        "$program" --gtest_brief=1 || return
+    done
+}
+
+scripts/install-dependencies.sh all
+step "Configuring (unsigned-char)" quietly cmake --preset unsigned-char
+step "Building (unsigned-char)" quietly cmake --build --preset unsigned-char --target "${programs[@]}"
+step "Testing (coverage)" quietly run_programs
+rm -rf "$report"
+mkdir -p "$report"
+step "Counting" quietly gcovr --root "$project" --filter src/ --filter include/ -j "$(nproc)" \
+    --exclude-throw-branches --exclude-unreachable-branches --json "$report/coverage.json" \
+    --html-details "$report/index.html" "$build/src/CMakeFiles/tkosqllite_objects.dir" "$build/tests"
+step "Checking what the tests reach" \
+    python3 tests/coverage/check.py "$report/coverage.json" tests/coverage/unreached.txt
