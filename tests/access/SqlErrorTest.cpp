@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <type_traits>
 
 #include "support/HasRecord.h"
@@ -27,6 +28,8 @@ struct CodeCase {
     int code;
     bool succeeded;
     bool hasRowData;
+
+    friend void PrintTo(const CodeCase& codeCase, std::ostream* stream) { *stream << codeCase.name; }
 };
 
 class SqlErrorCodeTest : public testing::TestWithParam<CodeCase> {};

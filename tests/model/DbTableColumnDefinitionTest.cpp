@@ -108,6 +108,7 @@ TEST(DbTableColumnDefinitionTest, DefaultDescribesAnUntypedColumnWithoutConstrai
     EXPECT_EQ(column.name, "");
     EXPECT_EQ(column.type, DbTableColumnType::None);
     EXPECT_EQ(column.constraintFlags, 0U);
+    EXPECT_EQ(column.reserved, 0);
     EXPECT_TRUE(column.constraintArguments.empty());
     EXPECT_EQ(column.ColumnConstraintsAsString(), "");
 }

@@ -127,6 +127,23 @@ TEST(InvalidCellTest, NumberThatTheLocaleCannotWriteHasNoLiteral)
     EXPECT_EQ(text, "\"42\"");
 }
 
+struct Interruption {};
+
+class InterruptedNumbers : public std::num_put<char> {
+protected:
+    iter_type do_put(iter_type, std::ios_base&, char_type, long) const override { throw Interruption(); }
+};
+
+TEST(InvalidCellTest, WhatIsThrownThatIsNoStandardExceptionReachesTheCaller)
+{
+    const ScopedGlobalLocale locale(std::locale(std::locale::classic(), new InterruptedNumbers));
+    StatementText sql(0);
+
+    EXPECT_THROW(ColumnValueAsString({DbTableColumnType::Integer, 0, 42}, sql), Interruption);
+
+    EXPECT_EQ(sql.Size(), 0U);
+}
+
 TEST(InvalidCellTest, TextWhoseQuotesCannotBeDoubledForLackOfMemoryHasNoLiteral)
 {
     const DbTableColumnValue cell{DbTableColumnType::Text, 0, "it's \"here\" " + std::string(100, '\'')};
