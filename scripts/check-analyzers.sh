@@ -1,0 +1,32 @@
+#!/bin/bash
+# Checks the library with cppcheck and with GCC's -fanalyzer, which is experimental for C++. What they find must be
+# mended, or answered in tests/analyzers/answered.txt.
+
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+findings=$project/build/analyzers.txt
+
+export LC_ALL=C # plain quotation marks in what is found
+
+run_cppcheck()
+{
+    cppcheck --enable=warning,performance,portability,style --std=c++20 --language=c++ --quiet \
+        --template='{file}:{line}:{column}: warning: {message} [{id}]' --template-location='' \
+        -I include -I src include src 2>>"$findings"
+}
+
+run_gcc()
+{
+    find src -name '*.cpp' -print0 | sort -z |
+        xargs -0 -I SOURCE g++ -std=c++20 -O2 -fanalyzer -fdiagnostics-plain-output -I include -I src \
+            -c SOURCE -o /dev/null 2>>"$findings"
+}
+
+scripts/install-dependencies.sh all
+mkdir -p build
+: >"$findings"
+step "Checking with cppcheck" run_cppcheck
+step "Checking with GCC's analyzer" run_gcc
+step "Looking for findings without an answer" \
+    python3 tests/analyzers/check.py "$findings" tests/analyzers/answered.txt
