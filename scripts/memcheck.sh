@@ -1,0 +1,52 @@
+#!/bin/bash
+# Runs the tests under valgrind, which must find nothing: no read of what was not written, no access beyond what was
+# allocated, no leak.
+#
+#   scripts/memcheck.sh [--all] [PROGRAM...]
+#
+# The two main test programs run, and each target of the build that is named. Without --all the slow tests are left out
+# (tests/memcheck/excluded.txt). Programs that tests start are not looked into.
+
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+excluded='never|slow'
+if [ "${1:-}" = --all ]; then
+    excluded=never
+    shift
+fi
+programs=(tkosqllite_tests tkosqllite_internals_tests "$@")
+filter=-$(sed -nE "s/^($excluded) //p" tests/memcheck/excluded.txt | paste -sd :)
+
+# An exclusion that excludes nothing is a misspelt one.
+check_exclusions()
+{
+    local pattern name tests
+    while read -r pattern; do
+        tests=
+        for name in tkosqllite_tests tkosqllite_internals_tests; do
+            tests+=$("build/native/tests/$name" --gtest_list_tests --gtest_filter="$pattern" | grep '^  ' || true)
+        done
+        [ -n "$tests" ] || fail "tests/memcheck/excluded.txt: \"$pattern\" is no test"
+    done < <(sed -nE 's/^(never|slow) //p' tests/memcheck/excluded.txt)
+}
+
+# The tests' own operator new takes its memory from malloc, which valgrind watches; intercepting it too would keep the
+# tests of failing allocations from failing any.
+run_program()
+{
+    local program
+    program=$(find build/native/tests -name "$1" -type f)
+    valgrind --quiet --error-exitcode=99 --suppressions=tests/memcheck/suppressions.supp --child-silent-after-fork=yes \
+        --leak-check=full --errors-for-leak-kinds=definite,indirect --show-leak-kinds=definite,indirect \
+        --soname-synonyms=somalloc=nouserintercepts \
+        "$program" --gtest_brief=1 --gtest_filter="$filter"
+}
+
+scripts/install-dependencies.sh test
+step "Configuring (native)" quietly cmake --preset native
+step "Building (native)" quietly cmake --build --preset native --target "${programs[@]}"
+check_exclusions
+for program in "${programs[@]}"; do
+    step "Looking over $program with valgrind" quietly run_program "$program"
+done
