@@ -1,0 +1,19 @@
+#!/bin/bash
+# Changes the library one operator, constant, condition or call at a time and tells which changes no test notices. A
+# change that nothing can notice is answered in tests/mutants/answered.txt.
+#
+#   scripts/mutants.sh                      tries every change, in about an hour on two processors
+#   scripts/mutants.sh --sample N [--seed S]
+#                                           tries N of them, chosen at random or as by the seed of an earlier run
+#   scripts/mutants.sh --only PATH          tries those of the files whose path holds PATH
+#   scripts/mutants.sh --list               prints them
+
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+scripts/install-dependencies.sh all
+step "Configuring (native)" quietly cmake --preset native
+step "Building (native)" quietly cmake --build --preset native --target tkosqllite_tests tkosqllite_internals_tests
+
+# Debian's Python has Debian's clang package.
+step "Trying mutants" /usr/bin/python3 tests/mutants/mutants.py build/native --workers "$(nproc)" "$@"

@@ -1,0 +1,148 @@
+#!/usr/bin/env python3
+"""Changes the library one operator, constant, condition or call at a time and tells which changes no test notices.
+
+A survivor must be answered in tests/mutants/answered.txt. A full run also fails when an answer is out of date, and when
+fewer than 97 % of the mutants were noticed.
+"""
+
+import argparse
+import collections
+import concurrent.futures
+import json
+import pathlib
+import random
+import shutil
+import sys
+import tempfile
+import time
+
+from answers import MalformedAnswer, key_of, read_answers, written
+from building import DoesNotCompile, TestDoesNotCompile, Workshop
+from mutations import Mutant, mutants_of
+from suite import Suite, SuiteFails
+
+PROJECT = pathlib.Path(__file__).resolve().parents[2]
+ANSWERED = PROJECT / "tests" / "mutants" / "answered.txt"
+REQUIRED_SHARE = 0.97
+
+
+def sources() -> list[pathlib.Path]:
+    return sorted(path for folder in ("include", "src") for ending in ("*.h", "*.cpp")
+                  for path in (PROJECT / folder).rglob(ending))
+
+
+def find_mutants(path: pathlib.Path, arguments: list[str]) -> list[Mutant]:
+    return list(mutants_of(path, str(path.relative_to(PROJECT)), arguments))
+
+
+def try_mutant(mutant: Mutant, workshop: Workshop, suite: Suite) -> str:
+    def verdict(whole: bool) -> str:
+        directory = pathlib.Path(tempfile.mkdtemp(dir=workshop.room))
+        try:
+            return suite.notices(mutant.file, workshop.build_mutant(mutant, directory, whole))
+        except DoesNotCompile:
+            return "not compiling"
+        except TestDoesNotCompile:
+            return "killed"
+        finally:
+            shutil.rmtree(directory, ignore_errors=True)
+
+    found = verdict(whole=False)
+    if found == "survived" and mutant.file.endswith(".h"):
+        found = verdict(whole=True)
+    return found
+
+
+def parse_arguments() -> argparse.Namespace:
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("build", type=pathlib.Path, help="the build to work beside")
+    parser.add_argument("--sample", type=int, metavar="N", help="try only N of the mutants, chosen at random")
+    parser.add_argument("--seed", type=int, metavar="S", help="choose the same sample again")
+    parser.add_argument("--only", metavar="PATH", help="try only the mutants of files whose path holds this")
+    parser.add_argument("--workers", type=int, default=2, metavar="N", help="how many to try at once (2)")
+    parser.add_argument("--list", action="store_true", help="only print what would be tried")
+    return parser.parse_args()
+
+
+def choose(options: argparse.Namespace, mutants: list[Mutant]) -> list[Mutant]:
+    chosen = [mutant for mutant in mutants if options.only is None or options.only in mutant.file]
+    if options.sample is None:
+        return chosen
+    seed = random.randrange(1_000_000) if options.seed is None else options.seed
+    print(f"a sample of {options.sample} of {len(chosen)} mutants; once more with --seed {seed}", flush=True)
+    return random.Random(seed).sample(chosen, min(options.sample, len(chosen)))
+
+
+def try_all(mutants: list[Mutant], workshop: Workshop, suite: Suite, workers: int) -> dict[Mutant, str]:
+    results: dict[Mutant, str] = {}
+    with concurrent.futures.ThreadPoolExecutor(workers) as pool:
+        running = {pool.submit(try_mutant, mutant, workshop, suite): mutant for mutant in mutants}
+        for future in concurrent.futures.as_completed(running):
+            mutant = running[future]
+            results[mutant] = future.result()
+            if results[mutant] == "survived":
+                print(f"survived: {mutant.file}:{mutant.line}\n  - {mutant.before}\n  + {mutant.after}", flush=True)
+            if len(results) % 50 == 0:
+                print(f"{len(results)} of {len(mutants)} tried", flush=True)
+    return results
+
+
+def judge(results: dict[Mutant, str], full: bool, room: pathlib.Path) -> bool:
+    answers = read_answers(ANSWERED)
+    survivors = {key_of(mutant): mutant for mutant, found in results.items() if found == "survived"}
+    unanswered = [key for key in survivors if key not in answers]
+    stale = [key for key in answers if key not in survivors] if full else []
+    (room / "unanswered.txt").write_text("\n".join(written(key, "") for key in sorted(unanswered)), encoding="ascii")
+
+    counts = collections.Counter(results.values())
+    compiled = len(results) - counts["not compiling"]
+    noticed = counts["killed"] + counts["timed out"]
+    share = noticed / compiled if compiled else 1.0
+    print(f"{len(results)} mutants: {counts['killed']} killed, {counts['timed out']} timed out, "
+          f"{counts['not compiling']} not compiling, {counts['survived']} survived "
+          f"({counts['survived'] - len(unanswered)} of them answered); {share:.1%} of those that compile were noticed")
+    for key in unanswered:
+        print(f"not answered: {key[0]}:{survivors[key].line}\n{written(key, '')}")
+    for key in stale:
+        print(f"answered, but no survivor any more:\n{written(key, answers[key])}")
+    if full and share < REQUIRED_SHARE:
+        print(f"fewer than {REQUIRED_SHARE:.0%} were noticed")
+        return False
+    return not unanswered and not stale
+
+
+def main() -> int:
+    options = parse_arguments()
+    room = PROJECT / "build" / "mutants"
+    shutil.rmtree(room, ignore_errors=True)
+    room.mkdir(parents=True)
+    workshop = Workshop(PROJECT, options.build.resolve(), room)
+
+    with concurrent.futures.ProcessPoolExecutor(options.workers) as pool:
+        paths = sources()
+        found = pool.map(find_mutants, paths, [workshop.arguments_for(path) for path in paths])
+        mutants = choose(options, [mutant for in_file in found for mutant in in_file])
+    if options.list:
+        for mutant in mutants:
+            print(f"{mutant.file}:{mutant.line} {mutant.function}\n  - {mutant.before}\n  + {mutant.after}")
+        print(len(mutants), "mutants")
+        return 0
+
+    started = time.monotonic()
+    suite = Suite(workshop.build_base(options.workers), room)
+    print(f"{len(suite.tests)} tests, {sum(test.seconds for test in suite.tests):.0f} s without any change; "
+          f"{len(mutants)} mutants to try", flush=True)
+    results = try_all(mutants, workshop, suite, options.workers)
+    (room / "results.json").write_text(json.dumps(
+        [{"file": mutant.file, "line": mutant.line, "function": mutant.function, "before": mutant.before,
+          "after": mutant.after, "found": found} for mutant, found in results.items()], indent=1))
+    good = judge(results, options.sample is None and options.only is None, room)
+    print(f"{time.monotonic() - started:.0f} s")
+    return 0 if good else 1
+
+
+if __name__ == "__main__":
+    try:
+        sys.exit(main())
+    except (DoesNotCompile, MalformedAnswer, SuiteFails, ValueError) as error:
+        sys.exit(str(error))
