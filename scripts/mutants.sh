@@ -16,4 +16,4 @@ step "Configuring (native)" quietly cmake --preset native
 step "Building (native)" quietly cmake --build --preset native --target tkosqllite_tests tkosqllite_internals_tests
 
 # Debian's Python has Debian's clang package.
-step "Trying mutants" /usr/bin/python3 tests/mutants/mutants.py build/native --workers "$(nproc)" "$@"
+step "Trying mutants" /usr/bin/python3 -B tests/mutants/mutants.py build/native --workers "$(nproc)" "$@"

@@ -132,12 +132,13 @@ TEST_F(SqlCommandColumnTest, EmptyTextAndNullAreEmpty)
 
 TEST_F(SqlCommandColumnTest, BlobIsAViewOfSqlitesBytes)
 {
-    StepTo("SELECT x'00FF00', 'ab'");
+    StepTo("SELECT x'00FF00', 'ab', x'07'");
 
     EXPECT_THAT(command.ColumnBlob(0), ElementsAre(0x00, 0xFF, 0x00));
     sqlite3_stmt* const statement = sqlite3_next_stmt(database.GetNativeDatabaseInstance<sqlite3>(), nullptr);
     EXPECT_EQ(command.ColumnBlob(0).data(), sqlite3_column_blob(statement, 0));
     EXPECT_THAT(command.ColumnBlob(1), ElementsAre('a', 'b'));
+    EXPECT_THAT(command.ColumnBlob(2), ElementsAre(0x07));
 }
 
 TEST_F(SqlCommandColumnTest, EmptyBlobAndNullAreAnEmptyViewWithoutData)
