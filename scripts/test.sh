@@ -1,15 +1,16 @@
 #!/bin/bash
 # Runs every test: on this machine with the address and undefined-behaviour sanitizers, on the library as it ships, with
-# the target's unsigned char and with its 32-bit widths, under the budgets of instructions and memory, and then on the
-# target, 32-bit ARM, under emulation. The last line tells how many tests passed, how many did not, and how many cannot run under emulation.
+# the target's unsigned char and with its 32-bit widths, on several threads with the thread sanitizer, under the budgets
+# of instructions and memory, with fuzzed inputs, and then on the target, 32-bit ARM, under emulation. The last line
+# tells how many tests passed, how many did not, and how many cannot run under emulation.
 #
-#   scripts/test.sh [PRESET...]      only these of: dev native unsigned-char m32 budgets armhf
+#   scripts/test.sh [PRESET...]      only these of: dev native unsigned-char m32 tsan budgets fuzz armhf
 
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 presets=("$@")
-[ $# -gt 0 ] || presets=(dev native unsigned-char m32 budgets armhf)
+[ $# -gt 0 ] || presets=(dev native unsigned-char m32 tsan budgets fuzz armhf)
 
 passed=0
 failed=0
