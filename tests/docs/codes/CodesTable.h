@@ -1,0 +1,28 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace Morvik::sql::tests {
+
+/// One row of the tables in docs/codes.md, for one of the operations that it names. Cells as they stand there, without
+/// backticks and with \| for |.
+struct CodesRow {
+    std::string operation; ///< with its class: "SqlDatabase::Open"
+    std::string situation;
+    std::string returned;
+    std::string code;
+    std::string message;
+
+    friend void PrintTo(const CodesRow& row, std::ostream* stream)
+    {
+        *stream << row.operation << ": " << row.situation;
+    }
+};
+
+/// Every row of the document, in order; a row that names several operations comes once for each. None if there is no
+/// such file. Throws std::runtime_error for a row with another number of cells.
+std::vector<CodesRow> ReadCodesTable(const std::string& path);
+
+} // namespace Morvik::sql::tests

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <new>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "support/PlainSqlite.h"
+
+namespace Morvik::sql::tests {
+
+/// A code and its message, by value.
+struct Record {
+    int code = 0;
+    std::string message;
+
+    friend bool operator==(const Record&, const Record&) = default;
+};
+
+/// What came of a situation.
+struct Outcome {
+    std::string returned;
+    Record before;
+    Record after;
+
+    /// What SQLite itself answers in the same situation, where the document says "SQLite's".
+    std::optional<PlainFailure> plain{};
+
+    /// The values that the document's message names.
+    std::map<std::string, std::string> names{};
+};
+
+/// A situation of the document: how it is brought about and what came of it.
+struct Situation {
+    std::string operation;
+    std::string name;
+    std::function<Outcome()> run;
+};
+
+using Situations = std::vector<Situation>;
+
+Situations OpeningSituations();
+Situations TableSituations();
+Situations CountingSituations();
+Situations WritingSituations();
+Situations UpdatingSituations();
+Situations ReadingSituations();
+Situations WalkingSituations();
+Situations ConnectionSituations();
+Situations CommandSituations();
+Situations BindingSituations();
+Situations CursorSituations();
+Situations ValueSituations();
+
+template <typename Recorded>
+Record RecordOf(const Recorded& recorded)
+{
+    return {recorded.GetLastError(), recorded.GetLastErrorMsg()};
+}
+
+inline std::string ReturnedText(bool value)
+{
+    return value ? "true" : "false";
+}
+
+inline std::string ReturnedText(int value)
+{
+    return std::to_string(value);
+}
+
+inline std::string ReturnedText(std::string text)
+{
+    return text;
+}
+
+/// Runs one operation on an object, or on what hands its failures to that object's record.
+template <typename Recorded, typename Act>
+Outcome Observe(const Recorded& recorded, Act act, std::optional<PlainFailure> plain = std::nullopt)
+{
+    Outcome outcome{"", RecordOf(recorded), {}, std::move(plain)};
+    try {
+        outcome.returned = ReturnedText(act());
+    } catch (const std::bad_alloc&) {
+        outcome.returned = "throws std::bad_alloc";
+    } catch (const std::logic_error&) {
+        outcome.returned = "throws std::logic_error";
+    }
+    outcome.after = RecordOf(recorded);
+    return outcome;
+}
+
+} // namespace Morvik::sql::tests
