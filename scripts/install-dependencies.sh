@@ -1,9 +1,10 @@
 #!/bin/bash
 # Installs what the project needs and this Debian machine lacks; nothing happens when nothing lacks.
 #
-#   scripts/install-dependencies.sh [build|test|all]
+#   scripts/install-dependencies.sh [build|test|reference|all]
 #
-# build: to build the library and the examples; test: also to run the tests (the default); all: also to run the checks.
+# build: to build the library and the examples; test: also to run the tests (the default); reference: to write and check
+# the reference; all: all of these, and to run the other checks.
 
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -11,13 +12,15 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 build=(g++ cmake ninja-build libsqlite3-dev libboost-filesystem-dev)
 test=("${build[@]}" libgtest-dev libgmock-dev sqlite3 python3 valgrind libbenchmark-dev abigail-tools
     g++-12-multilib g++-arm-linux-gnueabihf qemu-user-static clang libclang-rt-14-dev)
-all=("${test[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang-14)
+reference=(doxygen graphviz python3 python3-selenium chromium chromium-driver)
+all=("${test[@]}" "${reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang-14)
 
 case ${1:-test} in
 build) wanted=("${build[@]}") ;;
 test) wanted=("${test[@]}") ;;
+reference) wanted=("${reference[@]}") ;;
 all) wanted=("${all[@]}") ;;
-*) fail "\"$1\" is none of build, test, all" ;;
+*) fail "\"$1\" is none of build, test, reference, all" ;;
 esac
 
 if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then

@@ -20,11 +20,11 @@ class DatabaseApi;
 /// the row that every one of them shows. The facade must outlive them. Same thread as the facade.
 class __attribute__((visibility("default"))) DbTableRowIterator {
 public:
-    using iterator_concept = std::input_iterator_tag;
-    using value_type = DbTableRowValues;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const DbTableRowValues*;
-    using reference = const DbTableRowValues&;
+    using iterator_concept = std::input_iterator_tag; ///< Each row is seen once.
+    using value_type = DbTableRowValues;              ///< A row.
+    using difference_type = std::ptrdiff_t;           ///< Required of an iterator; rows are not counted.
+    using pointer = const DbTableRowValues*;          ///< The current row.
+    using reference = const DbTableRowValues&;        ///< The current row.
 
     /// An end iterator of no facade.
     DbTableRowIterator() noexcept = default;

@@ -81,7 +81,9 @@ private:
     std::unique_ptr<Impl> m_impl;
 };
 
+/// @cond
 template <>
 __attribute__((visibility("default"))) sqlite3* SqlDatabase::GetNativeDatabaseInstance<sqlite3>();
+/// @endcond
 
 } // namespace Morvik::sql

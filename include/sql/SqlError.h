@@ -52,10 +52,10 @@ protected:
     /// resetting and finalizing this way; callers rely on the earlier message still being readable afterwards.
     void SetErrorKeepingMessage(int code) { m_code = code; }
 
-    /// SQLite's numbers of the codes that count as success.
-    static constexpr std::int32_t Ok = 0;
-    static constexpr std::int32_t Row = 100;
-    static constexpr std::int32_t Done = 101;
+    // SQLite's numbers of the codes that count as success.
+    static constexpr std::int32_t Ok = 0;     ///< The call did what it was asked for.
+    static constexpr std::int32_t Row = 100;  ///< A step yielded a row.
+    static constexpr std::int32_t Done = 101; ///< A step found no more rows.
 
 private:
     std::int32_t m_code = Ok;

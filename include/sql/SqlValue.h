@@ -62,6 +62,7 @@ private:
     sqlite3_value* m_value;
 };
 
+/// @cond
 template <>
 int SqlValue::GetValue<int>();
 template <>
@@ -72,5 +73,6 @@ template <>
 std::string SqlValue::GetValue<std::string>();
 template <>
 std::vector<char> SqlValue::GetValue<std::vector<char>>();
+/// @endcond
 
 } // namespace Morvik::sql

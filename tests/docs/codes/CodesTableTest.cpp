@@ -14,7 +14,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-using testing::IsSubsetOf;
+using testing::IsEmpty;
 
 // docs/codes.md and the library say the same: each row's situation is brought about here, and what comes of it compared
 // with the row. Neither can change alone.
@@ -140,12 +140,14 @@ TEST(CodesDocumentTest, HasARowForEverySituation)
     for (const CodesRow& row : Rows()) {
         rows.insert(Key(row.operation, row.situation));
     }
-    std::set<std::string> situations;
+    std::vector<std::string> withoutRow;
     for (const auto& [key, situation] : Registered()) {
-        situations.insert(key);
+        if (!rows.contains(key)) {
+            withoutRow.push_back(key);
+        }
     }
 
-    EXPECT_THAT(situations, IsSubsetOf(rows));
+    EXPECT_THAT(withoutRow, IsEmpty());
 }
 
 } // namespace
