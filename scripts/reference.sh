@@ -25,7 +25,9 @@ draw()
 write_pages()
 {
     doxygen docs/reference/Doxyfile &&
-        cp docs/reference/search.css "$pages/html/search/search.css"
+        cp docs/reference/search.css "$pages/html/search/search.css" &&
+        # Nothing leads to these indices; the search is in their place.
+        rm -f "$pages"/html/{classes,hierarchy,pages,dir_*,functions*,namespacemembers*}.html
 }
 
 scripts/install-dependencies.sh reference

@@ -1,0 +1,27 @@
+#!/bin/bash
+# Checks the reference in a headless Chromium: links, console, telephone width, light and dark, and the search, all from
+# the file system. Build it first, with scripts/reference.sh.
+#
+#   scripts/check-reference.sh                 checks every page
+#   scripts/check-reference.sh screenshots     takes the README's pictures anew
+
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+# Debian's own Python is the one that has Debian's Selenium.
+check()
+{
+    /usr/bin/python3 docs/reference/check.py build/reference/html "$@"
+}
+
+scripts/install-dependencies.sh reference
+[ -f build/reference/html/index.html ] || fail "there is no reference to check; scripts/reference.sh builds it"
+case ${1:-} in
+'') step "Checking the reference" check ;;
+screenshots)
+    for scheme in light dark; do
+        step "Taking a picture ($scheme)" check "$scheme" "docs/reference/screenshot-$scheme.png"
+    done
+    ;;
+*) fail "\"$1\" is not screenshots" ;;
+esac
