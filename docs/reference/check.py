@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Looks at the built reference as a reader would, in a headless Chromium, from the file system.
 
-usage: check.py DIRECTORY              checks every page; prints what is wrong, a line each
-       check.py DIRECTORY light|dark FILE    takes a picture of the first page
+usage: check.py DIRECTORY                      checks every page; prints what is wrong, a line each
+       check.py DIRECTORY light|dark PICTURE   takes a picture
 
-Every link and picture leads to something that there is, nothing is written to the console, no page is wider than a
-telephone, letters are large enough and stand out from their ground, light and dark, and the search finds.
+Every member is described, every link and picture leads to something that there is, nothing is written to the console, no
+page is wider than a telephone, letters are large enough and stand out from their ground, light and dark, and the search
+finds.
 """
 
 import pathlib
@@ -99,7 +100,15 @@ class Reader:
             self.names[path] = set(re.findall(r'(?:id|name)="([^"]+)"', path.read_text(encoding="utf-8")))
         return not target.fragment or urllib.parse.unquote(target.fragment) in self.names[path]
 
+    def check_members(self, page):
+        text = (self.directory / page).read_text(encoding="utf-8")
+        described = set(re.findall(r'class="memdesc:(\w+)', text))
+        for member, row in re.findall(r'<tr class="memitem:(\w+)[^"]*">(.*?)</tr>', text, re.DOTALL):
+            if member not in described:
+                self.find(page, "has no description: " + re.sub(r"<[^>]*>|&#160;", "", row).strip())
+
     def check_page(self, page):
+        self.check_members(page)
         self.hold(TELEPHONE, "light")
         self.open(page)
         for link in sorted(set(self.browser.execute_script(LINKS))):
@@ -164,7 +173,7 @@ def main():
     try:
         if len(sys.argv) > 2:
             reader.hold(SCREEN, sys.argv[2])
-            reader.open("index.html")
+            reader.open("cursor.html")
             reader.browser.save_screenshot(sys.argv[3])
             return 0
         pages = sorted(page.name for page in reader.directory.glob("*.html"))

@@ -21,12 +21,13 @@ namespace Morvik::sql {
 ///     if (database.Failed()) { Report(database.GetLastError(), database.GetLastErrorMsg()); }
 ///
 /// The operations of IDatabaseApi are described there. An object, its statements and its iterators belong to one
-/// thread at a time. Destruction finalizes the query and closes the connection; statements made by PrepareStatement()
-/// must be gone by then.
+/// thread at a time.
 class __attribute__((visibility("default"))) DatabaseApi : public IDatabaseApi {
 public:
     /// A facade without a database; code 0 and an empty message.
     DatabaseApi();
+
+    /// Finalizes the query and closes the connection; statements made by PrepareStatement() must be gone by then.
     ~DatabaseApi() override;
 
     bool OpenDatabase(const std::string& path, bool readOnly) override;

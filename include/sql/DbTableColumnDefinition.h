@@ -13,8 +13,8 @@ namespace Morvik::sql {
 ///
 ///     DbTableColumnDefinition{"qty", DbTableColumnType::Integer, 0, NotNull | Default, {{Default, "0"}}}
 ///
-/// renders as `qty INTEGER NOT NULL DEFAULT 0`. Nothing is checked, quoted or escaped; SQLite rejects what is malformed
-/// when the table is created.
+/// renders as `qty INTEGER NOT NULL DEFAULT 0`. Nothing is checked, quoted or escaped, and rendering never fails;
+/// SQLite rejects what is malformed when the table is created.
 struct DbTableColumnDefinition {
     /// The column's name, written unquoted: quote a name with a blank, a quote or a keyword yourself ("\"order\"").
     std::string name{};

@@ -50,7 +50,7 @@ public:
     }
 
 private:
-    friend class DatabaseApi;
+    friend class DatabaseApi; ///< Makes the iterators.
 
     static constexpr std::int32_t OnRow = 0;
     static constexpr std::int32_t AtEnd = -1;

@@ -22,7 +22,8 @@ namespace Morvik::sql {
 ///
 /// No operation throws for an SQL or file failure: it returns false and leaves a code and a message. Only running out
 /// of memory is thrown, as std::bad_alloc. Every operation that starts a piece of work sets the code to 0 first and
-/// leaves the message, so a success may stand beside the message of an earlier failure. Codes:
+/// leaves the message, so a success may stand beside the message of an earlier failure. These are the codes; each
+/// failure of each operation, in all classes, has its row in docs/codes.md.
 ///
 /// | Code | Message                                   | Meaning                                                  |
 /// |------|-------------------------------------------|----------------------------------------------------------|
@@ -46,10 +47,10 @@ namespace Morvik::sql {
 /// blank, a quote or a keyword yourself, and never build them from an untrusted source.
 class __attribute__((visibility("default"))) IDatabaseApi {
 public:
-    virtual ~IDatabaseApi();
+    virtual ~IDatabaseApi(); ///< Destroys the object behind the interface.
 
-    IDatabaseApi(const IDatabaseApi&) = delete;
-    IDatabaseApi& operator=(const IDatabaseApi&) = delete;
+    IDatabaseApi(const IDatabaseApi&) = delete;            ///< An open database has one owner.
+    IDatabaseApi& operator=(const IDatabaseApi&) = delete; ///< An open database has one owner.
 
     /// Opens the database file `path` read-only, or read-write with creation; missing parent directories are created
     /// in both modes. ":memory:" opens a database in memory.
@@ -135,7 +136,7 @@ public:
     virtual int ExistData(const std::string& table, const std::string& condition, int& result) = 0;
 
 protected:
-    IDatabaseApi() = default;
+    IDatabaseApi() = default; ///< For the classes that implement it.
 };
 
 } // namespace Morvik::sql

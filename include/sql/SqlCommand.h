@@ -26,6 +26,8 @@ class SqlDatabase;
 /// stands there from before, so a failed Prepare() of a fresh command has a code and no message. Operations that need
 /// a statement and find none return false and leave the record as it was.
 ///
+/// Nothing is thrown but std::bad_alloc, when memory runs out.
+///
 /// A moved-from command may be assigned to or destroyed; nothing else may be called on it.
 class __attribute__((visibility("default"))) SqlCommand final {
 public:
@@ -38,8 +40,8 @@ public:
     /// Takes over the source's statement, record and connection, then finalizes the statement held until now.
     SqlCommand& operator=(SqlCommand&& other) noexcept;
 
-    SqlCommand(const SqlCommand&) = delete;
-    SqlCommand& operator=(const SqlCommand&) = delete;
+    SqlCommand(const SqlCommand&) = delete;            ///< A statement has one owner.
+    SqlCommand& operator=(const SqlCommand&) = delete; ///< A statement has one owner.
 
     /// Finalizes a held statement.
     ~SqlCommand();

@@ -32,8 +32,8 @@ public:
     /// being closed; call Close() before assigning over it.
     SqlDatabase& operator=(SqlDatabase&& other) noexcept;
 
-    SqlDatabase(const SqlDatabase&) = delete;
-    SqlDatabase& operator=(const SqlDatabase&) = delete;
+    SqlDatabase(const SqlDatabase&) = delete;            ///< A connection has one owner.
+    SqlDatabase& operator=(const SqlDatabase&) = delete; ///< A connection has one owner.
 
     /// Closes as Close() does. If SQLite refuses because statements are still held, the connection is abandoned
     /// unclosed. Running out of memory while the refusal's message is stored ends the process.

@@ -38,8 +38,8 @@ public:
     /// Takes over the source's query and record, then closes the query held until now.
     SqlTable& operator=(SqlTable&& other) noexcept;
 
-    SqlTable(const SqlTable&) = delete;
-    SqlTable& operator=(const SqlTable&) = delete;
+    SqlTable(const SqlTable&) = delete;            ///< A query has one owner.
+    SqlTable& operator=(const SqlTable&) = delete; ///< A query has one owner.
 
     /// Closes the cursor. A query still held on a connection that is closed is left unfinalized.
     ~SqlTable();
@@ -84,7 +84,8 @@ public:
     long long GetInt64(int column) const;
 
     /// A copy of the text of column `column` (from 0) up to its first zero byte. Throws std::logic_error for NULL: ask
-    /// GetValue(column).GetValueType() first where a column may hold NULL.
+    /// GetValue(column).GetValueType() first where a column may hold NULL; and std::bad_alloc when SQLite has no memory
+    /// for it.
     std::string GetText(int column) const;
 
     /// The bytes of column `column` (from 0), owned by SQLite and valid until the next ReadNext(), Reset() or Close();
@@ -97,8 +98,9 @@ public:
     /// The same as GetValue().
     SqlValue operator[](int column) const;
 
-    /// The first column whose name has exactly these bytes (letter case counts). If there is none, a value that wraps
-    /// nothing: its getters return zeroes and record code 112 in the value. The cursor's record is not touched.
+    /// The first column of the query whose name has exactly these bytes (letter case counts), as GetValue() gives it.
+    /// If there is none, a value that wraps nothing: its getters return zeroes and record code 112 in the value. The
+    /// cursor's record is not touched.
     SqlValue operator[](const std::string& name) const;
 
     /// The code of the last cursor operation that wrote the record.

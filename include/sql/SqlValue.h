@@ -36,9 +36,9 @@ public:
         return *this;
     }
 
-    SqlValue(const SqlValue&) = delete;
-    SqlValue& operator=(const SqlValue&) = delete;
-    ~SqlValue() = default;
+    SqlValue(const SqlValue&) = delete;            ///< Moved, not copied.
+    SqlValue& operator=(const SqlValue&) = delete; ///< Moved, not copied.
+    ~SqlValue() = default;                         ///< Leaves the instance to its statement.
 
     /// The wrapped instance, null when there is none.
     sqlite3_value* ValueInstance() const { return m_value; }
@@ -55,6 +55,8 @@ public:
     /// - double;
     /// - std::string: up to the first zero byte; throws std::logic_error for NULL, so ask GetValueType() first;
     /// - std::vector<char>: all bytes.
+    ///
+    /// Texts and bytes are copies; std::bad_alloc is thrown when there is no memory for one.
     template <typename T>
     T GetValue() = delete;
 
