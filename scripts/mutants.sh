@@ -6,6 +6,7 @@
 #   scripts/mutants.sh --sample N [--seed S]
 #                                           tries N of them, chosen at random or as by the seed of an earlier run
 #   scripts/mutants.sh --only PATH          tries those of the files whose path holds PATH
+#   scripts/mutants.sh --again              tries those that survived the last run
 #   scripts/mutants.sh --list               prints them
 
 # shellcheck source=scripts/common.sh
@@ -13,7 +14,8 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 scripts/install-dependencies.sh all
 step "Configuring (native)" quietly cmake --preset native
-step "Building (native)" quietly cmake --build --preset native --target tkosqllite_tests tkosqllite_internals_tests
+step "Building (native)" quietly cmake --build --preset native \
+    --target tkosqllite_tests tkosqllite_internals_tests tkosqllite_memory_fault_tests
 
 # Debian's Python has Debian's clang package.
 step "Trying mutants" /usr/bin/python3 -B tests/mutants/mutants.py build/native --workers "$(nproc)" "$@"

@@ -177,7 +177,7 @@ TEST_F(SqlValueTest, BytesOfAUtf16TextAreReadAsUtf8)
 
 TEST_F(SqlValueTest, DataThatCannotBeHandedOutIsOutOfMemory)
 {
-    ReadRow("SELECT 'text', x'0102'");
+    ReadRow("SELECT 'text', x'07'");
     RecordedSqlite sqlite;
 
     sqlite.ReplaceNextResult("sqlite3_value_text", 0, false);

@@ -127,6 +127,21 @@ TEST(LayoutTest, FacadeEndsInItsCurrentRowAndIteratorsPointAtBoth)
     EXPECT_EQ(ReadAt<std::uintptr_t>(&atEnd, 3 * Word), 0U);
 }
 
+TEST(LayoutTest, IteratorAdvancedPastTheLastRowHoldsWhatTheEndHolds)
+{
+    DatabaseApi facade;
+    ASSERT_TRUE(facade.OpenDatabase(":memory:", false));
+    ASSERT_TRUE(facade.SqlQueryBegin("SELECT 1"));
+    DbTableRowIterator advanced = facade.begin();
+
+    ++advanced;
+
+    EXPECT_EQ(ReadAt<const void*>(&advanced, 0), &facade);
+    EXPECT_EQ(ReadAt<std::int32_t>(&advanced, Word), -1);
+    EXPECT_EQ(ReadAt<const void*>(&advanced, 2 * Word), nullptr);
+    EXPECT_EQ(ReadAt<std::uintptr_t>(&advanced, 3 * Word), 0U);
+}
+
 } // namespace
 
 } // namespace Morvik::sql::tests

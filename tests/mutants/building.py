@@ -17,7 +17,9 @@ from collections.abc import Iterable, Mapping
 
 from mutations import Mutant
 
-PROGRAMS = ("tkosqllite_tests", "tkosqllite_internals_tests")
+# Where the build has the test programs, in the order in which they run.
+PROGRAMS = ("tests/tkosqllite_tests", "tests/tkosqllite_internals_tests",
+            "tests/faults/memory/tkosqllite_memory_fault_tests")
 LIBRARY = "src/libtkosqllite.so"
 
 # The library is compiled for a quick answer; what it is tested against here stays the same.
@@ -54,7 +56,7 @@ class Workshop:
         self.units = list(self.read_units())
         self.headers = self.read_headers()
         self.links = {target: self.link_command(target)
-                      for target in (LIBRARY, *(f"tests/{program}" for program in PROGRAMS))}
+                      for target in (LIBRARY, *PROGRAMS)}
         self.base: dict[str, pathlib.Path] = {}  # the library's objects by output
         self.whole_library = room / "library.cpp"
         self.whole_library.write_text("".join(f'#include "{unit.source}"\n' for unit in self.library_units()))
@@ -143,10 +145,10 @@ class Workshop:
         paths = {}
         run(substituted(self.links[LIBRARY], replaced, objects, library), self.build)
         for program in PROGRAMS:
-            command = self.links[f"tests/{program}"]
-            paths[program] = self.build / "tests" / program
+            command = self.links[program]
+            paths[program] = self.build / program
             if any(word in replaced for word in command):
-                paths[program] = directory / program
+                paths[program] = directory / pathlib.Path(program).name
                 run(substituted(command, replaced, objects, paths[program]), self.build)
         return Programs(paths, directory)
 

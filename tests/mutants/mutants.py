@@ -8,6 +8,7 @@ fewer than 97 % of the mutants were noticed.
 import argparse
 import collections
 import concurrent.futures
+import dataclasses
 import json
 import pathlib
 import random
@@ -23,6 +24,7 @@ from suite import Suite, SuiteFails
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
 ANSWERED = PROJECT / "tests" / "mutants" / "answered.txt"
+RESULTS = PROJECT / "build" / "mutants.json"
 REQUIRED_SHARE = 0.97
 
 
@@ -59,13 +61,22 @@ def parse_arguments() -> argparse.Namespace:
     parser.add_argument("--sample", type=int, metavar="N", help="try only N of the mutants, chosen at random")
     parser.add_argument("--seed", type=int, metavar="S", help="choose the same sample again")
     parser.add_argument("--only", metavar="PATH", help="try only the mutants of files whose path holds this")
+    parser.add_argument("--again", action="store_true", help="try only those that survived the last run")
     parser.add_argument("--workers", type=int, default=2, metavar="N", help="how many to try at once (2)")
     parser.add_argument("--list", action="store_true", help="only print what would be tried")
     return parser.parse_args()
 
 
+def last_survivors() -> set[Mutant]:
+    """Positions may have moved since; two mutants are the same when their lines are."""
+    return {Mutant(**result["mutant"]) for result in json.loads(RESULTS.read_text()) if result["found"] == "survived"}
+
+
 def choose(options: argparse.Namespace, mutants: list[Mutant]) -> list[Mutant]:
     chosen = [mutant for mutant in mutants if options.only is None or options.only in mutant.file]
+    if options.again:
+        survivors = last_survivors()
+        chosen = [mutant for mutant in chosen if mutant in survivors]
     if options.sample is None:
         return chosen
     seed = random.randrange(1_000_000) if options.seed is None else options.seed
@@ -133,10 +144,9 @@ def main() -> int:
     print(f"{len(suite.tests)} tests, {sum(test.seconds for test in suite.tests):.0f} s without any change; "
           f"{len(mutants)} mutants to try", flush=True)
     results = try_all(mutants, workshop, suite, options.workers)
-    (room / "results.json").write_text(json.dumps(
-        [{"file": mutant.file, "line": mutant.line, "function": mutant.function, "before": mutant.before,
-          "after": mutant.after, "found": found} for mutant, found in results.items()], indent=1))
-    good = judge(results, options.sample is None and options.only is None, room)
+    RESULTS.write_text(json.dumps([{"mutant": dataclasses.asdict(mutant), "found": found}
+                                   for mutant, found in results.items()], indent=1))
+    good = judge(results, options.sample is None and options.only is None and not options.again, room)
     print(f"{time.monotonic() - started:.0f} s")
     return 0 if good else 1
 
