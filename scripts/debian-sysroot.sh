@@ -19,6 +19,8 @@ boost=1.74
 packages="libsqlite3-0 libsqlite3-dev
     libboost-filesystem${boost}.0 libboost-filesystem${boost}-dev libboost-system${boost}.0 libboost-system${boost}-dev
     libgtest-dev libgmock-dev libbenchmark1debian libbenchmark-dev"
+# What the library needs where it runs stands once more in a folder of its own, with what dpkg-shlibdeps reads.
+runtime="libc6 libgcc-s1 libstdc++6 libsqlite3-0 libboost-filesystem${boost}.0"
 
 fail()
 {
@@ -37,13 +39,14 @@ missing()
 {
     for file in usr/include/sqlite3.h usr/include/boost/version.hpp usr/include/gtest/gtest.h \
         "usr/lib/$multiarch/libsqlite3.so" "usr/lib/$multiarch/libboost_filesystem.so" \
-        "usr/lib/$multiarch/libgtest.a" "usr/lib/$multiarch/libgmock.a" "usr/lib/$multiarch/libbenchmark.so"; do
+        "usr/lib/$multiarch/libgtest.a" "usr/lib/$multiarch/libgmock.a" "usr/lib/$multiarch/libbenchmark.so" \
+        "runtime/lib/$multiarch/libc.so.6" runtime/DEBIAN/symbols runtime/DEBIAN/shlibs; do
         [ -e "$1/$file" ] || { echo "$file" && return; }
     done
 }
 
 # What a complete folder was made from; another list of packages makes it anew.
-contents="$release $architecture $packages"
+contents="$release $architecture $packages runtime: $runtime"
 if [ "$(cat "$sysroot/.made-from" 2>/dev/null)" = "$contents" ] && [ -z "$(missing "$sysroot")" ]; then
     echo "$architecture-sysroot: $sysroot is complete"
     exit 0
@@ -98,10 +101,24 @@ export APT_CONFIG="$work/apt.conf"
 echo "$architecture-sysroot: fetching $(echo "$packages" | wc -w) packages from $mirror"
 apt-get update >"$log" 2>&1 || fail_with_log "cannot read $mirror"
 # shellcheck disable=SC2086 # a list of names
-(cd "$work/packages" && apt-get download $packages) >"$log" 2>&1 || fail_with_log "cannot fetch the packages"
+(cd "$work/packages" && apt-get download $packages $runtime) >"$log" 2>&1 || fail_with_log "cannot fetch the packages"
 
-for package in "$work"/packages/*.deb; do
-    dpkg-deb -x "$package" "$work/sysroot" >"$log" 2>&1 || fail_with_log "cannot unpack $(basename "$package")"
+unpack()
+{
+    dpkg-deb "$@" >"$log" 2>&1 || fail_with_log "cannot unpack $(basename "$2")"
+}
+
+for package in $packages; do
+    unpack -x "$work/packages/${package}"_*.deb "$work/sysroot"
+done
+mkdir -p "$work/sysroot/runtime/DEBIAN"
+for package in $runtime; do
+    unpack -x "$work/packages/${package}"_*.deb "$work/sysroot/runtime"
+    unpack -e "$work/packages/${package}"_*.deb "$work/control"
+    for file in symbols shlibs; do
+        [ ! -e "$work/control/$file" ] || cat "$work/control/$file" >>"$work/sysroot/runtime/DEBIAN/$file"
+    done
+    rm -rf "$work/control"
 done
 mkdir -p "$work/sysroot/usr/include"
 ln -s "$headers" "$work/sysroot/usr/include/boost"

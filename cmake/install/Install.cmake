@@ -1,0 +1,37 @@
+# What `cmake --install` puts where: the library, its headers in a folder of their own, and what CMake and pkg-config need
+# to find both. All of it finds itself by its own place, so the installed tree may be moved.
+include(CMakePackageConfigHelpers)
+
+set(templates ${CMAKE_CURRENT_LIST_DIR})
+set(headers ${CMAKE_INSTALL_INCLUDEDIR}/tkosqllite)
+
+install(TARGETS tkosqllite EXPORT tkosqllite
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library
+    INCLUDES DESTINATION ${headers})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/sql DESTINATION ${headers} COMPONENT development
+    FILES_MATCHING PATTERN "*.h")
+
+# The headers include the standard library's alone, and the library brings SQLite and Boost by itself: there is nothing
+# that a consumer would have to find first.
+set(package ${CMAKE_INSTALL_LIBDIR}/cmake/tkosqllite)
+install(EXPORT tkosqllite
+    NAMESPACE tkosqllite::
+    FILE tkosqlliteTargets.cmake
+    DESTINATION ${package} COMPONENT development)
+configure_package_config_file(${templates}/tkosqlliteConfig.cmake.in ${PROJECT_BINARY_DIR}/tkosqlliteConfig.cmake
+    INSTALL_DESTINATION ${package}
+    NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/tkosqlliteConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/tkosqlliteConfig.cmake ${PROJECT_BINARY_DIR}/tkosqlliteConfigVersion.cmake
+    DESTINATION ${package} COMPONENT development)
+
+set(pkg_config_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+cmake_path(ABSOLUTE_PATH pkg_config_folder BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE up_to_prefix)
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${up_to_prefix} OUTPUT_VARIABLE up_to_prefix)
+# A place that was given as an absolute one stays where it is.
+foreach(place includedir libdir)
+    string(TOUPPER CMAKE_INSTALL_${place} given)
+    cmake_path(APPEND pkg_config_prefix "\${prefix}" ${${given}} OUTPUT_VARIABLE pkg_config_${place})
+endforeach()
+configure_file(${templates}/tkosqllite.pc.in ${PROJECT_BINARY_DIR}/tkosqllite.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/tkosqllite.pc DESTINATION ${pkg_config_folder} COMPONENT development)
