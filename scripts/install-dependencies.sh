@@ -1,26 +1,32 @@
 #!/bin/bash
 # Installs what the project needs and this Debian machine lacks; nothing happens when nothing lacks.
 #
-#   scripts/install-dependencies.sh [build|test|reference|all]
+#   scripts/install-dependencies.sh [build|package|package-armhf|test|reference|all]
 #
-# build: to build the library and the examples; test: also to run the tests (the default); reference: to write and check
-# the reference; all: all of these, and to run the other checks.
+# build: to build the library and the examples; package, package-armhf: also to make Debian packages for this machine
+# or for the target; test: also to run the tests (the default); reference: to write and check the reference; all: all of
+# these, and to run the other checks.
 
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 build=(g++ cmake ninja-build libsqlite3-dev libboost-filesystem-dev)
+package=("${build[@]}" dpkg-dev file)
+package_armhf=("${package[@]}" g++-arm-linux-gnueabihf)
 test=("${build[@]}" libgtest-dev libgmock-dev sqlite3 python3 valgrind libbenchmark-dev abigail-tools
     g++-12-multilib g++-arm-linux-gnueabihf qemu-user-static clang libclang-rt-14-dev)
 reference=(doxygen graphviz python3 python3-selenium chromium chromium-driver)
-all=("${test[@]}" "${reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang-14)
+all=("${test[@]}" "${package_armhf[@]}" "${reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr
+    python3-clang-14 pkg-config lintian)
 
 case ${1:-test} in
 build) wanted=("${build[@]}") ;;
+package) wanted=("${package[@]}") ;;
+package-armhf) wanted=("${package_armhf[@]}") ;;
 test) wanted=("${test[@]}") ;;
 reference) wanted=("${reference[@]}") ;;
 all) wanted=("${all[@]}") ;;
-*) fail "\"$1\" is none of build, test, reference, all" ;;
+*) fail "\"$1\" is none of build, package, package-armhf, test, reference, all" ;;
 esac
 
 if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then

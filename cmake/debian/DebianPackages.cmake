@@ -1,0 +1,102 @@
+# Debian packages of the library and of what is built against it, as scripts/packages.sh makes them with cpack. They
+# install to /usr, for the machine that the compiler builds for.
+#
+# The library's name carries no version, so its package has none in its name either, and other packages find it through
+# a symbols file (deb-symbols(5)): the older shlibs files know versioned names only.
+
+find_program(TKOSQLLITE_GENSYMBOLS dpkg-gensymbols REQUIRED)
+find_program(TKOSQLLITE_GZIP gzip REQUIRED)
+execute_process(
+    COMMAND dpkg-architecture --host-type ${CMAKE_LIBRARY_ARCHITECTURE} --query DEB_HOST_ARCH
+    OUTPUT_VARIABLE architecture OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+
+set(TKOSQLLITE_MAINTAINER "tkosqllite maintainers <maintainers@users.noreply.c-seed-6586b699.example>"
+    CACHE STRING "Whom the packages name as their maintainer")
+set(debian_revision 1)
+set(debian_version ${PROJECT_VERSION}-${debian_revision})
+set(folder ${PROJECT_BINARY_DIR}/debian)
+
+# The change log of the packages says when they were made: with SOURCE_DATE_EPOCH, at that time.
+string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+foreach(file changelog.Debian copyright)
+    configure_file(${CMAKE_CURRENT_LIST_DIR}/${file}.in ${folder}/${file} @ONLY)
+endforeach()
+configure_file(${PROJECT_SOURCE_DIR}/CHANGELOG.md ${folder}/changelog COPYONLY)
+foreach(file changelog changelog.Debian)
+    execute_process(
+        COMMAND ${TKOSQLLITE_GZIP} -9 -n -f -k ${folder}/${file} COMMAND_ERROR_IS_FATAL ANY)
+endforeach()
+
+set(library_package libtkosqllite)
+set(development_package libtkosqllite-dev)
+foreach(component library development)
+    set(package ${${component}_package})
+    configure_file(${CMAKE_CURRENT_LIST_DIR}/overrides-${component}.in ${folder}/lintian/${package} @ONLY)
+    install(FILES ${folder}/lintian/${package}
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/lintian/overrides COMPONENT ${component} EXCLUDE_FROM_ALL)
+    install(FILES ${folder}/changelog.gz ${folder}/changelog.Debian.gz ${folder}/copyright
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${package} COMPONENT ${component} EXCLUDE_FROM_ALL)
+endforeach()
+
+# Whatever is exported today is needed in this version at least.
+add_custom_command(OUTPUT ${folder}/symbols
+    COMMAND ${TKOSQLLITE_GENSYMBOLS} -q -p${library_package} -v${PROJECT_VERSION} -a${architecture}
+        -e$<TARGET_FILE:tkosqllite> -O${folder}/symbols
+    WORKING_DIRECTORY ${folder}
+    DEPENDS tkosqllite
+    COMMENT "Listing the symbols for other packages"
+    VERBATIM)
+add_custom_target(tkosqllite_debian_symbols ALL DEPENDS ${folder}/symbols)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME ${PROJECT_NAME})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # it would stand before those of the packages
+set(CPACK_PACKAGE_CONTACT ${TKOSQLLITE_MAINTAINER})
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL library development)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${architecture})
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${debian_revision})
+set(CPACK_DEBIAN_PACKAGE_SOURCE ${PROJECT_NAME})
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+set(about "tkosqllite turns plain descriptions into SQL: table definitions become tables,
+rows of cells are written, updated and read back, and every failure is a code
+and a message. Prepared statements are one call away.")
+
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library_package})
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_MULTIARCH same)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/triggers ${folder}/symbols)
+set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "application data in SQLite files - run-time library
+${about}
+.
+This package has the library that programs load.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${development_package})
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_MULTIARCH same)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library_package} (= ${debian_version})")
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "application data in SQLite files - development files
+${about}
+.
+This package has the headers, a CMake package and a pkg-config file.")
+
+# For another machine, dpkg-shlibdeps looks into that machine's packages, which scripts/debian-sysroot.sh keeps.
+if(CMAKE_CROSSCOMPILING AND TKOSQLLITE_SYSROOT)
+    set(runtime ${TKOSQLLITE_SYSROOT}/runtime)
+    cmake_path(ABSOLUTE_PATH runtime NORMALIZE)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+        ${runtime}/lib/${CMAKE_LIBRARY_ARCHITECTURE} ${runtime}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE})
+endif()
+
+include(CPack)

@@ -1,0 +1,50 @@
+#!/bin/bash
+# Builds two programs against an installed library and runs them.
+#
+#   consume.sh cmake      FOLDER FIRST-STEPS [ARGUMENT...]              arguments of cmake
+#   consume.sh pkg-config FOLDER FIRST-STEPS COMPILER [OPTION...]       options of the compiler
+#
+# FOLDER is made, and holds what is built; FIRST-STEPS is the source of the example of that name. The environment says
+# where the library is (CMAKE_PREFIX_PATH, PKG_CONFIG_PATH), and in RUN what runs a program, where that takes something.
+set -euo pipefail
+
+how=$1
+work=$(realpath -m -- "$2")
+first_steps=$(realpath -- "$3")
+shift 3
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+read -r -a run <<<"${RUN:-}"
+rm -rf "$work"
+mkdir -p "$work"
+
+prints()
+{
+    local expected=$1 program=$2 printed
+    printed=$(cd "$work" && "${run[@]}" "./$program") || { echo "$program ended with status $?"; return 1; }
+    [ "$printed" = "$expected" ] || { echo "$program printed \"$printed\", not \"$expected\""; return 1; }
+}
+
+case $how in
+cmake)
+    cmake -S "$here" -B "$work" -DFIRST_STEPS="$first_steps" "$@"
+    cmake --build "$work"
+    ;;
+pkg-config)
+    eval "flags=($(pkg-config --cflags --libs tkosqllite))" # it escapes blanks
+    includes=$(pkg-config --variable=includedir tkosqllite)
+    options=("$@" -Wall -Wextra -Wpedantic -Werror)
+
+    # All headers at once, in a program that uses none of them.
+    (cd "$includes/tkosqllite" && printf '#include <%s>\n' sql/*.h) >"$work/headers.cpp"
+    "${options[@]}" -fsyntax-only "$work/headers.cpp" "${flags[@]}"
+    "${options[@]}" -o "$work/first_steps" "$first_steps" "${flags[@]}"
+    "${options[@]}" -o "$work/prepared" "$here/prepared.cpp" "${flags[@]}"
+    ;;
+*)
+    echo "\"$how\" is neither cmake nor pkg-config" >&2
+    exit 2
+    ;;
+esac
+
+prints 'kitchen 21.5' first_steps
+prints $'one 9000000000\nseven 15000000000\nfifteen 21000000000' prepared
