@@ -25,13 +25,11 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/tkosqlliteConfigVersion.c
 install(FILES ${PROJECT_BINARY_DIR}/tkosqlliteConfig.cmake ${PROJECT_BINARY_DIR}/tkosqlliteConfigVersion.cmake
     DESTINATION ${package} COMPONENT development)
 
+# From the pkg-config file up to the prefix. A place that was given as an absolute one stays where it is.
 set(pkg_config_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-cmake_path(ABSOLUTE_PATH pkg_config_folder BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE up_to_prefix)
-cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${up_to_prefix} OUTPUT_VARIABLE up_to_prefix)
-# A place that was given as an absolute one stays where it is.
-foreach(place includedir libdir)
-    string(TOUPPER CMAKE_INSTALL_${place} given)
-    cmake_path(APPEND pkg_config_prefix "\${prefix}" ${${given}} OUTPUT_VARIABLE pkg_config_${place})
-endforeach()
+cmake_path(ABSOLUTE_PATH pkg_config_folder BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE from)
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${from} OUTPUT_VARIABLE pkg_config_up_to_prefix)
+cmake_path(APPEND pkg_config_includedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
+cmake_path(APPEND pkg_config_libdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
 configure_file(${templates}/tkosqllite.pc.in ${PROJECT_BINARY_DIR}/tkosqllite.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tkosqllite.pc DESTINATION ${pkg_config_folder} COMPONENT development)

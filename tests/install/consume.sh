@@ -30,15 +30,16 @@ cmake)
     cmake --build "$work"
     ;;
 pkg-config)
-    eval "flags=($(pkg-config --cflags --libs tkosqllite))" # it escapes blanks
-    includes=$(pkg-config --variable=includedir tkosqllite)
-    options=("$@" -Wall -Wextra -Wpedantic -Werror)
+    declare -a flags libraries
+    eval "flags=($(pkg-config --cflags tkosqllite)) libraries=($(pkg-config --libs tkosqllite))" # it escapes blanks
+    eval "includes=$(pkg-config --variable=includedir tkosqllite)"
+    options=("$@" -Wall -Wextra -Wpedantic -Werror "${flags[@]}")
 
     # All headers at once, in a program that uses none of them.
-    (cd "$includes/tkosqllite" && printf '#include <%s>\n' sql/*.h) >"$work/headers.cpp"
-    "${options[@]}" -fsyntax-only "$work/headers.cpp" "${flags[@]}"
-    "${options[@]}" -o "$work/first_steps" "$first_steps" "${flags[@]}"
-    "${options[@]}" -o "$work/prepared" "$here/prepared.cpp" "${flags[@]}"
+    (cd "${includes:?}/tkosqllite" && printf '#include <%s>\n' sql/*.h) >"$work/headers.cpp"
+    "${options[@]}" -fsyntax-only "$work/headers.cpp"
+    "${options[@]}" -o "$work/first_steps" "$first_steps" "${libraries[@]}"
+    "${options[@]}" -o "$work/prepared" "$here/prepared.cpp" "${libraries[@]}"
     ;;
 *)
     echo "\"$how\" is neither cmake nor pkg-config" >&2

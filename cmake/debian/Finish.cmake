@@ -1,0 +1,16 @@
+# Run by cpack when the packages are made: mends what this version of cpack cannot be told.
+foreach(package IN LISTS CPACK_PACKAGE_FILES)
+    cmake_path(REMOVE_EXTENSION package LAST_ONLY OUTPUT_VARIABLE folder)
+    execute_process(COMMAND dpkg-deb -R ${package} ${folder} COMMAND_ERROR_IS_FATAL ANY)
+
+    # Packages for two machines can stand side by side: each keeps its files in its machine's folder.
+    file(READ ${folder}/DEBIAN/control control)
+    string(STRIP "${control}" control)
+    file(WRITE ${folder}/DEBIAN/control "${control}\nMulti-Arch: same\n")
+
+    # The trigger does what these do, once for all packages that are installed together.
+    file(REMOVE ${folder}/DEBIAN/postinst ${folder}/DEBIAN/postrm)
+
+    execute_process(COMMAND dpkg-deb --root-owner-group -b ${folder} ${package} OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+    file(REMOVE_RECURSE ${folder})
+endforeach()

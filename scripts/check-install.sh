@@ -1,0 +1,123 @@
+#!/bin/bash
+# Checks what the library installs: the files, the Debian packages, and that programs can be built against them, with
+# every compiler and way to find a library that there is, here and for the target, 32-bit ARM.
+
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+scripts/install-dependencies.sh all
+unset LD_LIBRARY_PATH PKG_CONFIG_PATH PKG_CONFIG_LIBDIR CMAKE_PREFIX_PATH DESTDIR
+export CMAKE_GENERATOR=Ninja
+
+work=$project/build/check-install
+rm -rf "$work"
+mkdir -p "$work"
+tests=$project/tests/install
+first_steps=$project/examples/first_steps/main.cpp
+native=$(gcc -print-multiarch)
+target=arm-linux-gnueabihf
+
+scripts/packages.sh
+
+# Into a folder with blanks in its name that is moved afterwards, under another root, and from the packages.
+install_moved()
+{
+    cmake --install "build/$1" --prefix "$work/before" && mv "$work/before" "$2"
+}
+moved="$work/a moved prefix"
+moved_armhf="$work/a moved prefix for armhf"
+step "Installing" quietly install_moved package "$moved"
+quietly install_moved package-armhf "$moved_armhf"
+DESTDIR="$work/root" quietly cmake --install build/package
+step "Looking at what was installed" "$tests/check-files.sh" "$moved" "lib/$native"
+"$tests/check-files.sh" "$moved_armhf" "lib/$target"
+"$tests/check-files.sh" "$work/root/usr" "lib/$native"
+
+# check_packages FOLDER: also leaves them there as they would be installed.
+check_packages()
+{
+    local kind
+    for kind in libtkosqllite libtkosqllite-dev; do
+        "$tests/check-package.sh" "$1/$kind"_*.deb "$work/$1/$kind" || return
+        dpkg-deb -x "$1/$kind"_*.deb "$work/$1/all" || return
+    done
+    rm -rf "$work/$1/files"
+    cp -r "$work/$1/all/usr" "$work/$1/files"
+    rm -r "$work/$1/files/share"
+    "$tests/check-files.sh" "$work/$1/files" "lib/$2"
+}
+step "Looking at the packages" check_packages build/packages "$native"
+check_packages build/packages/armhf "$target"
+step "Checking the packages with lintian" \
+    quietly lintian --allow-root --fail-on error,warning build/packages/*.deb build/packages/armhf/*.deb
+
+with_cmake()
+{
+    CMAKE_PREFIX_PATH=$1 "$tests/consume.sh" cmake "$work/consumer" "$first_steps" "${@:2}"
+}
+with_pkg_config()
+{
+    local libraries=$1/lib/$native
+    PKG_CONFIG_PATH=$libraries/pkgconfig LD_LIBRARY_PATH=$libraries \
+        "$tests/consume.sh" pkg-config "$work/consumer" "$first_steps" "${@:2}"
+}
+step "Building programs with CMake" quietly with_cmake "$moved"
+quietly with_cmake "$work/root/usr" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_STANDARD=23
+step "Building programs with g++" quietly with_pkg_config "$moved" g++ -std=c++20
+quietly with_pkg_config "$moved" g++ -std=c++23 -fno-rtti
+step "Building programs with clang++" quietly with_pkg_config "$moved" clang++ -std=c++20 -fno-rtti
+quietly with_pkg_config "$work/build/packages/all/usr" clang++ -std=c++2b
+
+# The package of such a program needs the library's, which its symbols file says.
+dependency()
+{
+    mkdir -p "$work/program/debian" "$work/program/root/DEBIAN"
+    printf 'Source: program\n\nPackage: program\nArchitecture: any\n' >"$work/program/debian/control"
+    cp "$work/consumer/prepared" "$work/program/root"
+    (cd "$work/program" && dpkg-shlibdeps -O "-S$work/build/packages/libtkosqllite" root/prepared) |
+        tee "$work/program/depends" | grep -E 'libtkosqllite \(>= [0-9]' || { cat "$work/program/depends"; return 1; }
+}
+step "Looking at what a program's package depends on" quietly dependency
+
+# On the target, with nothing but what the packages depend on there. The linker has to find that as well.
+sysroot=$project/build/armhf-sysroot
+for_target()
+{
+    local libraries=$2/lib/$target
+    RUN="qemu-arm-static -L $sysroot/runtime -E LD_LIBRARY_PATH=$work/target-libraries" \
+        PKG_CONFIG_LIBDIR=$libraries/pkgconfig "$tests/consume.sh" "$1" "$work/consumer" "$first_steps" "${@:3}"
+}
+ln -s "$moved_armhf/lib/$target" "$work/target-libraries"
+step "Building programs for the target with CMake" quietly for_target cmake "$moved_armhf" \
+    "-Dtkosqllite_DIR=$moved_armhf/lib/$target/cmake/tkosqllite" \
+    "-DCMAKE_TOOLCHAIN_FILE=$project/cmake/armhf-toolchain.cmake" "-DTKOSQLLITE_SYSROOT=$sysroot"
+step "Building programs for the target with g++" quietly for_target pkg-config "$work/build/packages/armhf/all/usr" \
+    "$target-g++" -std=c++20 -Wno-psabi "-Wl,-rpath-link,$sysroot/usr/lib/$target"
+
+# subproject NAME ARGUMENT...
+subproject()
+{
+    local build=$work/$1
+    cmake -S "$tests/subproject" -B "$build" "-DTKOSQLLITE=$project" -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON "${@:2}" &&
+        cmake --build "$build" &&
+        (cd "$build" && [ "$(./first_steps)" = 'kitchen 21.5' ]) &&
+        cmake --install "$build" --prefix "$build/installed" &&
+        [ "$(cd "$build/installed" && find . -type f)" = ./bin/first_steps ]
+}
+step "Building as a part of another project" quietly subproject add_subdirectory
+quietly subproject fetched -DFETCH=ON
+
+# Other places than Debian's. Nothing needs to be built for that.
+other_places()
+{
+    local build=$work/other-places
+    cmake -S . -B "$build" -DTKOSQLLITE_BUILD_TESTS=OFF -DTKOSQLLITE_BUILD_EXAMPLES=OFF \
+        -DCMAKE_INSTALL_PREFIX=/opt/sql -DCMAKE_INSTALL_LIBDIR=lib64 -DCMAKE_INSTALL_INCLUDEDIR=/srv/headers &&
+        DESTDIR=$build/root cmake --install "$build" --component development || return
+    local -x PKG_CONFIG_PATH=$build/root/opt/sql/lib64/pkgconfig
+    [ "$(realpath -m "$(pkg-config --variable=libdir tkosqllite)")" = "$build/root/opt/sql/lib64" ] &&
+        [ "$(pkg-config --cflags tkosqllite | tr -d ' ')" = -I/srv/headers/tkosqllite ] &&
+        [ -s "$build/root/srv/headers/tkosqllite/sql/DatabaseApi.h" ]
+}
+step "Installing to other places" quietly other_places
+echo "== What is installed serves every program"
