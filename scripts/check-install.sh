@@ -5,7 +5,7 @@
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-scripts/install-dependencies.sh all
+scripts/install-dependencies.sh install
 unset LD_LIBRARY_PATH PKG_CONFIG_PATH PKG_CONFIG_LIBDIR CMAKE_PREFIX_PATH DESTDIR
 export CMAKE_GENERATOR=Ninja
 

@@ -9,7 +9,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 machines=("$@")
 [ $# -gt 0 ] || machines=(native)
-scripts/install-dependencies.sh all
+scripts/install-dependencies.sh install
 [ -n "${SOURCE_DATE_EPOCH:-}" ] || SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH
 

@@ -1,11 +1,11 @@
 #!/bin/bash
 # Installs what the project needs and this Debian machine lacks; nothing happens when nothing lacks.
 #
-#   scripts/install-dependencies.sh [build|package|package-armhf|test|reference|all]
+#   scripts/install-dependencies.sh [build|package|package-armhf|install|test|reference|all]
 #
 # build: to build the library and the examples; package, package-armhf: also to make Debian packages for this machine
-# or for the target; test: also to run the tests (the default); reference: to write and check the reference; all: all of
-# these, and to run the other checks.
+# or for the target; install: also to check those and what is installed; test: to build and run the tests (the default);
+# reference: to write and check the reference; all: all of these, and to run the other checks.
 
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -16,17 +16,18 @@ package_armhf=("${package[@]}" g++-arm-linux-gnueabihf)
 test=("${build[@]}" libgtest-dev libgmock-dev sqlite3 python3 valgrind libbenchmark-dev abigail-tools
     g++-12-multilib g++-arm-linux-gnueabihf qemu-user-static clang libclang-rt-14-dev)
 reference=(doxygen graphviz python3 python3-selenium chromium chromium-driver)
-all=("${test[@]}" "${package_armhf[@]}" "${reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr
-    python3-clang-14 pkg-config lintian)
+install=("${package_armhf[@]}" clang pkg-config lintian qemu-user-static debootstrap)
+all=("${test[@]}" "${install[@]}" "${reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang-14)
 
 case ${1:-test} in
 build) wanted=("${build[@]}") ;;
 package) wanted=("${package[@]}") ;;
 package-armhf) wanted=("${package_armhf[@]}") ;;
+install) wanted=("${install[@]}") ;;
 test) wanted=("${test[@]}") ;;
 reference) wanted=("${reference[@]}") ;;
 all) wanted=("${all[@]}") ;;
-*) fail "\"$1\" is none of build, package, package-armhf, test, reference, all" ;;
+*) fail "\"$1\" is none of build, package, package-armhf, install, test, reference, all" ;;
 esac
 
 if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then

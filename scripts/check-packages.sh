@@ -1,0 +1,101 @@
+#!/bin/bash
+# Installs the packages, for this machine and for the target, in a bare Debian 12 of their own, as a user would, and runs
+# programs against them there. Not a part of .ci/run: it fetches some hundred megabytes and takes minutes. It needs root
+# for the bare system, which it makes in build/check-packages and removes when all is well.
+#
+# TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
+
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+[ "$(id -u)" -eq 0 ] || fail "it takes root to make a Debian system in a folder"
+[ "$(dpkg --print-architecture)" = amd64 ] || fail "it knows amd64 and armhf only"
+scripts/install-dependencies.sh install
+scripts/packages.sh
+
+work=$project/build/check-packages
+root=$work/root
+target=arm-linux-gnueabihf
+mirror=${TKOSQLLITE_DEBIAN_MIRROR:-http://deb.debian.org/debian}
+rm -rf "$work"
+mkdir -p "$root"
+
+inside()
+{
+    chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 \
+        DEBIAN_FRONTEND=noninteractive "$@"
+}
+install()
+{
+    inside apt-get -q -y --no-install-recommends install "$@"
+}
+# package_of NAME ARCHITECTURE
+package_of()
+{
+    (cd "$root" && printf '/%s' packages/"$1"_*_"$2".deb)
+}
+step "Making a bare Debian" quietly debootstrap --variant=minbase bookworm "$root" "$mirror"
+cp /etc/resolv.conf "$root/etc/"
+mkdir -p "$root/project/examples" "$root/packages"
+cp -r tests/install "$root/project/"
+cp examples/first_steps/main.cpp "$root/project/first_steps.cpp"
+cp build/packages/*.deb build/packages/armhf/*.deb "$root/packages/"
+cp "$(command -v qemu-arm-static)" "$root/usr/bin/"
+
+# What apt took in is all that a program finds there; the program comes from here.
+build_here()
+{
+    mkdir -p "$work/$1" && dpkg-deb -x "build/packages/$2"libtkosqllite_*.deb "$work/$1/files" &&
+        dpkg-deb -x "build/packages/$2"libtkosqllite-dev_*.deb "$work/$1/files" &&
+        "$3" -std=c++20 -o "$root/project/prepared-$1" tests/install/prepared.cpp "-I$work/$1/files/usr/include/tkosqllite" \
+            "-L$work/$1/files/usr/lib/$4" -ltkosqllite "-Wl,-rpath-link,build/armhf-sysroot/usr/lib/$4"
+}
+serves_a_program()
+{
+    [ "$(inside "${@:2}" "/project/prepared-$1")" = $'one 9000000000\nseven 15000000000\nfifteen 21000000000' ]
+}
+cached()
+{
+    inside ldconfig -p | grep "^[[:space:]]*libtkosqllite.so .* /lib/$1/libtkosqllite.so$"
+}
+removed()
+{
+    inside apt-get -q -y purge libtkosqllite libtkosqllite:armhf &&
+        ! inside ldconfig -p | grep libtkosqllite &&
+        ! inside find / -xdev -name '*tkosqllite*' -not -path '/project/*' -not -path '/packages/*' | grep .
+}
+installed_native()
+{
+    ! serves_a_program native 2>/dev/null && install "$(package_of libtkosqllite amd64)" &&
+        cached x86_64-linux-gnu && serves_a_program native
+}
+installed_armhf()
+{
+    inside dpkg --add-architecture armhf && inside apt-get -q update &&
+        ! serves_a_program armhf qemu-arm-static 2>/dev/null && install "$(package_of libtkosqllite armhf)" &&
+        serves_a_program armhf qemu-arm-static
+}
+step "Installing the run-time package" quietly build_here native '' g++ x86_64-linux-gnu
+quietly installed_native
+step "Installing the target's beside it" quietly build_here armhf armhf/ "$target-g++" "$target"
+quietly installed_armhf
+
+developed_native()
+{
+    install g++ make cmake pkg-config "$(package_of libtkosqllite-dev amd64)" &&
+        inside /project/install/consume.sh cmake /project/cmake /project/first_steps.cpp &&
+        inside /project/install/consume.sh pkg-config /project/pkg-config /project/first_steps.cpp g++ -std=c++20
+}
+developed_armhf()
+{
+    install "g++-$target" "$(package_of libtkosqllite-dev armhf)" &&
+        inside env RUN=qemu-arm-static "PKG_CONFIG_LIBDIR=/usr/lib/$target/pkgconfig" /project/install/consume.sh \
+            pkg-config /project/pkg-config-armhf /project/first_steps.cpp "$target-g++" -std=c++20 -Wno-psabi &&
+        inside env RUN=qemu-arm-static /project/install/consume.sh cmake /project/cmake-armhf \
+            /project/first_steps.cpp "-DCMAKE_CXX_COMPILER=$target-g++"
+}
+step "Building programs with the development package" quietly developed_native
+step "Building programs for the target with its development package" quietly developed_armhf
+step "Removing all of it" quietly removed
+rm -rf "$work"
+echo "== The packages serve a bare Debian"
