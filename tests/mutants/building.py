@@ -7,13 +7,14 @@ inlined they are linked from the first object that has them.
 
 import concurrent.futures
 import dataclasses
+import functools
 import json
 import os
 import pathlib
 import re
 import shlex
 import subprocess
-from collections.abc import Iterable, Mapping
+from collections.abc import Callable, Iterable, Mapping
 
 from mutations import Mutant
 
@@ -43,30 +44,40 @@ class Unit:
     command: list[str]  # without source and output
 
 
-@dataclasses.dataclass(frozen=True)
 class Programs:
-    """What to run for one mutant: the programs by name, and where they find their library."""
-    paths: dict[str, pathlib.Path]
-    library_directory: pathlib.Path
+    """What to run for one mutant. A program that holds objects of the library is linked when it is first asked for."""
+
+    def __init__(self, library_directory: pathlib.Path, linking: dict[str, Callable[[], pathlib.Path]]) -> None:
+        self.library_directory = library_directory
+        self.linking = linking
+        self.linked: dict[str, pathlib.Path] = {}
+
+    def names(self) -> list[str]:
+        return list(self.linking)
+
+    def path(self, name: str) -> pathlib.Path:
+        if name not in self.linked:
+            self.linked[name] = self.linking[name]()
+        return self.linked[name]
 
 
 class Workshop:
     def __init__(self, project: pathlib.Path, build: pathlib.Path, room: pathlib.Path) -> None:
         self.project, self.build, self.room = project, build, room
+        self.links = {target: self.link_command(target) for target in (LIBRARY, *PROGRAMS)}
         self.units = list(self.read_units())
         self.headers = self.read_headers()
-        self.links = {target: self.link_command(target)
-                      for target in (LIBRARY, *PROGRAMS)}
         self.base: dict[str, pathlib.Path] = {}  # the library's objects by output
         self.whole_library = room / "library.cpp"
         self.whole_library.write_text("".join(f'#include "{unit.source}"\n' for unit in self.library_units()))
 
     def read_units(self) -> Iterable[Unit]:
+        linked = {word for command in self.links.values() for word in command}
         for entry in json.loads((self.build / "compile_commands.json").read_text()):
-            source = pathlib.Path(entry["file"])
-            if source.is_relative_to(self.project / "src") or source.is_relative_to(self.project / "tests"):
-                words = shlex.split(entry["command"])
-                yield Unit(source, words[words.index("-o") + 1], compile_flags(words))
+            words = shlex.split(entry["command"])
+            output = words[words.index("-o") + 1]
+            if output in linked:
+                yield Unit(pathlib.Path(entry["file"]), output, compile_flags(words))
 
     def read_headers(self) -> dict[str, set[pathlib.Path]]:
         """The project's headers that each object was made from, as the build knows them."""
@@ -139,22 +150,24 @@ class Workshop:
         return compiled
 
     def link(self, directory: pathlib.Path, objects: Mapping[str, pathlib.Path | None]) -> Programs:
-        """Links the library, and of the programs those that the build's own do not stand for."""
-        library = directory / "libtkosqllite.so"
+        """Links the library, and later on those programs that the build's own do not stand for."""
         replaced = {**self.base, **objects}
-        paths = {}
-        run(substituted(self.links[LIBRARY], replaced, objects, library), self.build)
-        for program in PROGRAMS:
-            command = self.links[program]
-            paths[program] = self.build / program
-            if any(word in replaced for word in command):
-                paths[program] = directory / pathlib.Path(program).name
-                run(substituted(command, replaced, objects, paths[program]), self.build)
-        return Programs(paths, directory)
+        run(substituted(self.links[LIBRARY], replaced, objects, directory / "libtkosqllite.so"), self.build)
+
+        def link_program(program: str) -> pathlib.Path:
+            if not any(word in replaced for word in self.links[program]):
+                return self.build / program
+            linked = directory / pathlib.Path(program).name
+            run(substituted(self.links[program], replaced, objects, linked), self.build)
+            return linked
+
+        return Programs(directory, {program: functools.partial(link_program, program) for program in PROGRAMS})
 
 
 def mirrors(test: pathlib.Path, header: pathlib.Path) -> bool:
-    return test.stem.startswith(header.stem)
+    """Whether a test, or one of several that are compiled as one, is named after the header."""
+    tests = [test.name, *re.findall(r'^#include ".*/(.*)"$', test.read_text(), re.M)]
+    return any(name.startswith(header.stem) and name.endswith("Test.cpp") for name in tests)
 
 
 def compile_flags(words: list[str]) -> list[str]:
@@ -176,7 +189,7 @@ def link_flags(words: list[str], target: str) -> list[str]:
     at = kept.index("-o")
     if kept[at + 1] != target:
         raise ValueError(f"{target} is not linked by {' '.join(words)}")
-    return kept[:at] + kept[at + 2:]
+    return kept[:at] + kept[at + 2:] + ["-fuse-ld=gold"]  # the fastest that every compiler brings
 
 
 def substituted(command: list[str], replaced: Mapping[str, pathlib.Path | None],

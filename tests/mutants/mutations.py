@@ -182,6 +182,8 @@ class Finder:
 
     def change_literal(self, cursor: Cursor) -> None:
         kind, text = cursor.kind, self.text(cursor)
+        if not text:
+            return  # written by the compiler
         if text in MACROS:
             self.replace(cursor, MACROS[text])
         elif kind == CursorKind.INTEGER_LITERAL:

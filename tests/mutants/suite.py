@@ -41,7 +41,7 @@ class Suite:
     def __init__(self, programs: Programs, room: pathlib.Path) -> None:
         self.room = room
         self.killers: dict[str, set[Test]] = collections.defaultdict(set)
-        self.tests = [test for name in programs.paths for test in self.measure(programs, name)]
+        self.tests = [test for name in programs.names() for test in self.measure(programs, name)]
 
     def measure(self, programs: Programs, program: str) -> list[Test]:
         """Runs every test on the unchanged library: it must pass, and how long it takes is when it is late."""
@@ -53,7 +53,7 @@ class Suite:
 
     def report(self, programs: Programs, program: str, scratch: pathlib.Path, arguments: list[str]) -> dict:
         output, log = scratch / "report.json", scratch / "log"
-        if not run([str(programs.paths[program]), f"--gtest_output=json:{output}", *arguments],
+        if not run([str(programs.path(program)), f"--gtest_output=json:{output}", *arguments],
                    programs.library_directory, scratch, log, patience=120):
             raise SuiteFails(f"{program} fails without any change:\n{log.read_text(errors='replace')[-4000:]}")
         return json.loads(output.read_text())
@@ -75,7 +75,7 @@ class Suite:
                        lambda test: test.seconds < SLOW, lambda test: True):
             chosen = [test for test in left if likely(test)]
             left = [test for test in left if not likely(test)]
-            for program in programs.paths:
+            for program in programs.names():
                 found = self.run_tests(mutated_file, programs, [test for test in chosen if test.program == program])
                 if found != "survived":
                     return found
@@ -89,7 +89,7 @@ class Suite:
         with self.scratch() as scratch:
             log = scratch / "log"
             try:
-                passed = run([str(programs.paths[program]), "--gtest_fail_fast", f"--gtest_filter={names}"],
+                passed = run([str(programs.path(program)), "--gtest_fail_fast", f"--gtest_filter={names}"],
                              programs.library_directory, scratch, log, 8 + 8 * max(test.seconds for test in tests))
             except TimedOut:
                 return "timed out"
