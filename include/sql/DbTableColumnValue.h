@@ -26,6 +26,9 @@ namespace Morvik::sql {
 ///   zero byte breaks its statement, and bytes from an untrusted source can change it. Bind blobs instead
 ///   (DatabaseApi::PrepareStatement and SqlCommand::BindBlob);
 /// - a number is written as a default stream writes it, under the process-wide C++ locale.
+///
+/// Where memory may run out, move cells and read them in place: with the standard library of GCC 12, a copy of a
+/// std::variant that fails to allocate ends the process instead of throwing. The library itself copies none.
 struct DbTableColumnValue {
     /// How the cell is written, or the storage class it was read from.
     DbTableColumnType type = DbTableColumnType::None;

@@ -21,9 +21,11 @@ namespace Morvik::sql {
 /// An object and everything it hands out belongs to one thread at a time.
 ///
 /// No operation throws for an SQL or file failure: it returns false and leaves a code and a message. Only running out
-/// of memory is thrown, as std::bad_alloc. Every operation that starts a piece of work sets the code to 0 first and
-/// leaves the message, so a success may stand beside the message of an earlier failure. These are the codes; each
-/// failure of each operation, in all classes, has its row in docs/codes.md.
+/// of memory is thrown, as std::bad_alloc; where SQLite's own memory runs out, that is code 7. Either way a write or a
+/// change of the schema has changed nothing then, but for those statements of Execute() and DropTable() that were done
+/// before. Every operation that starts a piece of work sets the code to 0 first and leaves the message, so a success
+/// may stand beside the message of an earlier failure. These are the codes; each failure of each operation, in all
+/// classes, has its row in docs/codes.md.
 ///
 /// | Code | Message                                   | Meaning                                                  |
 /// |------|-------------------------------------------|----------------------------------------------------------|
@@ -79,11 +81,13 @@ public:
     /// Returns whether a table of that name exists, letter case ignored (ASCII); `result` receives the facade's code: 0
     /// when the test ran, 112 ("Missing table name.") for an empty name, SQLite's code when the test could not run
     /// (1 for a name whose apostrophes break the query, 21 and "out of memory" on a closed
-    /// database). A query in progress is left undisturbed.
+    /// database). A test whose query fails while it runs, for lack of memory or because the file is locked, counts as
+    /// "no such table", with 0. A query in progress is left undisturbed.
     virtual bool ExistsTable(const std::string& table, int& result) const = 0;
 
     /// Deletes all rows of the table, then drops it; an absent table is a success. These are two statements: when the
-    /// second fails, an empty table is left. Run it in a transaction where that matters.
+    /// second fails, an empty table is left. Run it in a transaction where that matters. A table that the test of
+    /// ExistsTable() could not find counts as absent.
     ///
     /// Returns true with code 0. Returns false with 111 "Database isn't open.", 112 "Missing table name.", or SQLite's
     /// code and message.

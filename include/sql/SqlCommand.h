@@ -117,7 +117,8 @@ public:
     double ColumnDouble(int column) const;
 
     /// A copy of the text of column `column` (from 0), embedded zero bytes included; empty for NULL, for an empty text
-    /// and when no row is available.
+    /// and when no row is available. Also empty for a value that SQLite had no memory to convert: the next Step(),
+    /// Reset() or Finalize() then fails with code 7, as it does after the same in ColumnBlob().
     std::string ColumnText(int column) const;
 
     /// A view of the bytes of column `column` (from 0), valid until the next Step(), Reset() or Finalize(); null and 0

@@ -23,7 +23,7 @@ class SqlDatabase;
 ///
 /// The cursor compiles with SQLite's legacy interface: a failed step reports the generic code 1 ("SQL logic error") in
 /// most cases, and Reset() or Close() then reports the specific one: 19 for a violated constraint, 17 when the schema
-/// changed since Open().
+/// changed since Open(), 7 where SQLite had no memory.
 ///
 /// A moved-from SqlTable may only be assigned to: no operation of it may be called, and it may not be destroyed
 /// before something has been assigned to it. That rules out assigning from a temporary, which is destroyed at once.
@@ -74,7 +74,8 @@ public:
     bool Close() const;
 
     /// The length in bytes of column `column` (from 0) as text or bytes. The reads from here to GetValue() check
-    /// nothing: call them after ReadNext() returned true, with an index below Columns().
+    /// nothing: call them after ReadNext() returned true, with an index below Columns(). 0 also for a value that SQLite
+    /// had no memory to convert; Close() then returns false with code 7.
     int GetLength(int column) const;
 
     /// Column `column` (from 0) as a 32-bit integer; a wider value is cut to its low 32 bits.

@@ -54,7 +54,8 @@ public:
     /// - long long;
     /// - double;
     /// - std::string: up to the first zero byte; throws std::logic_error for NULL, so ask GetValueType() first;
-    /// - std::vector<char>: all bytes.
+    /// - std::vector<char>: all bytes; none where SQLite had no memory to convert what is no blob, and closing the
+    ///   cursor then fails with code 7.
     ///
     /// Texts and bytes are copies; std::bad_alloc is thrown when there is no memory for one.
     template <typename T>
