@@ -33,11 +33,12 @@ public:
 bool SqlDatabase::Impl::CreateMissingDirectories(const std::string& path)
 {
     try {
-        const boost::filesystem::path directory = boost::filesystem::path(path).parent_path();
-        if (!directory.empty() && !boost::filesystem::exists(directory)) {
-            // One level at a time: Boost ends the process if memory runs out while it makes a missing ancestor.
-            for (std::size_t end = 0; (end = path.find('/', end + 1)) != std::string::npos;) {
-                boost::filesystem::create_directories(path.substr(0, end));
+        // Level by level, because Boost ends the process when memory runs out while it makes a missing ancestor. Only
+        // what is missing is asked for: Boost refuses to make "." and "..".
+        for (std::size_t end = 0; (end = path.find('/', end + 1)) != std::string::npos;) {
+            const boost::filesystem::path directory = path.substr(0, end);
+            if (!boost::filesystem::exists(directory)) {
+                boost::filesystem::create_directories(directory);
             }
         }
         return true;

@@ -10,6 +10,7 @@
 #include "support/HasRecord.h"
 #include "support/RecordedSqlite.h"
 #include "support/ScopedPermissions.h"
+#include "support/ScopedWorkingDirectory.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -102,6 +103,23 @@ TEST_F(SqlDatabaseDirectoryTest, MissingAncestorsWithoutMemoryAreReportedLikeAny
     }
 
     EXPECT_GT(failures, 8) << "too few allocations failed";
+}
+
+TEST_F(SqlDatabaseDirectoryTest, MissingDirectoriesMayBeNamedWithDotsAndManySlashes)
+{
+    fs::create_directory(directory.Path() / "here");
+    const ScopedWorkingDirectory working(directory.Path() / "here");
+
+    for (const char* const path : {"./a/b/new.db", "../here/c/new.db", "../there/new.db", "d/../e/new.db",
+                                   "f//g///h/new.db", "i/./j/new.db", ".k/new.db", ".../l/new.db"}) {
+        SqlDatabase database;
+
+        const bool opened = database.Open(path, false);
+
+        EXPECT_TRUE(opened) << path;
+        EXPECT_THAT(database, HasRecord(0, "")) << path;
+        EXPECT_TRUE(fs::is_regular_file(path)) << path;
+    }
 }
 
 TEST_F(SqlDatabaseDirectoryTest, OpenAfterAFailedDirectoryStepSucceeds)
