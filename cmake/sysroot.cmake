@@ -12,4 +12,4 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
 # A program that links only the library must find there what the library needs.
-string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -Wl,-rpath-link,${sysroot}/usr/lib/${target}")
+string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " \"-Wl,-rpath-link,${sysroot}/usr/lib/${target}\"")

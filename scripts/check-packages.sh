@@ -1,6 +1,6 @@
 #!/bin/bash
 # Installs the packages, for this machine and for the target, in a bare Debian 12 of their own, as a user would, and runs
-# programs against them there. Not a part of .ci/run: it fetches some hundred megabytes and takes minutes. It needs root
+# programs against them there. Not a part of .ci/run: it fetches some hundred megabytes and takes four minutes. It needs root
 # for the bare system, which it makes in build/check-packages and removes when all is well.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
@@ -47,8 +47,9 @@ build_here()
 {
     mkdir -p "$work/$1" && dpkg-deb -x "build/packages/$2"libtkosqllite_*.deb "$work/$1/files" &&
         dpkg-deb -x "build/packages/$2"libtkosqllite-dev_*.deb "$work/$1/files" &&
-        "$3" -std=c++20 -o "$root/project/prepared-$1" tests/install/prepared.cpp "-I$work/$1/files/usr/include/tkosqllite" \
-            "-L$work/$1/files/usr/lib/$4" -ltkosqllite "-Wl,-rpath-link,build/armhf-sysroot/usr/lib/$4"
+        "$3" -std=c++20 -o "$root/project/prepared-$1" tests/install/prepared.cpp \
+            "-I$work/$1/files/usr/include/tkosqllite" "-L$work/$1/files/usr/lib/$4" -ltkosqllite \
+            "-Wl,-rpath-link,build/armhf-sysroot/usr/lib/$4"
 }
 serves_a_program()
 {
