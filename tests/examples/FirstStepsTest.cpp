@@ -30,13 +30,13 @@ TEST(FirstStepsTest, IsTheExampleInTheReadme)
 {
     const std::string readme = FileContent(TKOSQLLITE_SOURCE_DIR "/README.md");
     const std::string example = FileContent(TKOSQLLITE_SOURCE_DIR "/examples/first_steps/main.cpp");
-    static constexpr std::string_view Opening = "```cpp\n";
+    static constexpr std::string_view Opening = "```cpp program\n";
 
     const std::size_t begin = readme.find(Opening);
     ASSERT_NE(begin, std::string::npos);
-    const std::string block = readme.substr(begin + Opening.size(), readme.find("```", begin + 3) - begin - 7);
+    const std::string block = readme.substr(begin, readme.find("```", begin + 3) - begin);
 
-    EXPECT_EQ(block, example);
+    EXPECT_EQ(block, std::string(Opening) + example);
 }
 
 } // namespace
