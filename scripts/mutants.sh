@@ -5,8 +5,9 @@
 #   scripts/mutants.sh                      tries every change, in about an hour on two processors
 #   scripts/mutants.sh --sample N [--seed S]
 #                                           tries N of them, chosen at random or as by the seed of an earlier run
-#   scripts/mutants.sh --only PATH          tries those of the files whose path holds PATH
-#   scripts/mutants.sh --again              tries those that survived the last run
+#   scripts/mutants.sh --only PATH...       tries those of the files whose path holds one of these
+#   scripts/mutants.sh --continue           tries those that earlier runs have not come to
+#   scripts/mutants.sh --again              tries those that survived before
 #   scripts/mutants.sh --list               prints them
 
 # shellcheck source=scripts/common.sh

@@ -16,6 +16,7 @@ import shutil
 import sys
 import tempfile
 import time
+from collections.abc import Iterator
 
 from answers import MalformedAnswer, key_of, read_answers, written
 from building import DoesNotCompile, TestDoesNotCompile, Workshop
@@ -60,42 +61,53 @@ def parse_arguments() -> argparse.Namespace:
     parser.add_argument("build", type=pathlib.Path, help="the build to work beside")
     parser.add_argument("--sample", type=int, metavar="N", help="try only N of the mutants, chosen at random")
     parser.add_argument("--seed", type=int, metavar="S", help="choose the same sample again")
-    parser.add_argument("--only", metavar="PATH", help="try only the mutants of files whose path holds this")
-    parser.add_argument("--again", action="store_true", help="try only those that survived the last run")
+    parser.add_argument("--only", nargs="+", default=[""], metavar="PATH",
+                        help="try only the mutants of files whose path holds one of these")
+    parser.add_argument("--again", action="store_true", help="try only those that survived before")
+    parser.add_argument("--continue", action="store_true", dest="go_on", help="try only those not tried before")
     parser.add_argument("--workers", type=int, default=2, metavar="N", help="how many to try at once (2)")
     parser.add_argument("--list", action="store_true", help="only print what would be tried")
     return parser.parse_args()
 
 
-def last_survivors() -> set[Mutant]:
-    """Positions may have moved since; two mutants are the same when their lines are."""
-    return {Mutant(**result["mutant"]) for result in json.loads(RESULTS.read_text()) if result["found"] == "survived"}
+def read_results() -> dict[Mutant, str]:
+    """Of earlier runs. Positions may have moved since; two mutants are the same when their lines are."""
+    if not RESULTS.exists():
+        return {}
+    return {Mutant(**result["mutant"]): result["found"] for result in json.loads(RESULTS.read_text())}
 
 
-def choose(options: argparse.Namespace, mutants: list[Mutant]) -> list[Mutant]:
-    chosen = [mutant for mutant in mutants if options.only is None or options.only in mutant.file]
+def write_results(results: dict[Mutant, str]) -> None:
+    RESULTS.write_text(json.dumps([{"mutant": dataclasses.asdict(mutant), "found": found}
+                                   for mutant, found in results.items()], indent=1))
+
+
+def choose(options: argparse.Namespace, mutants: list[Mutant], earlier: dict[Mutant, str]) -> list[Mutant]:
+    chosen = [mutant for mutant in mutants if any(path in mutant.file for path in options.only)]
+    if options.go_on:
+        chosen = [mutant for mutant in chosen if mutant not in earlier]
     if options.again:
-        survivors = last_survivors()
-        chosen = [mutant for mutant in chosen if mutant in survivors]
+        chosen = [mutant for mutant in chosen if earlier.get(mutant) == "survived"]
     if options.sample is None:
         return chosen
+    # An answered one would survive once more and take the longest; a full run tells whether it still does.
+    answers = read_answers(ANSWERED)
+    chosen = [mutant for mutant in chosen if key_of(mutant) not in answers]
     seed = random.randrange(1_000_000) if options.seed is None else options.seed
     print(f"a sample of {options.sample} of {len(chosen)} mutants; once more with --seed {seed}", flush=True)
     return random.Random(seed).sample(chosen, min(options.sample, len(chosen)))
 
 
-def try_all(mutants: list[Mutant], workshop: Workshop, suite: Suite, workers: int) -> dict[Mutant, str]:
-    results: dict[Mutant, str] = {}
+def try_all(mutants: list[Mutant], workshop: Workshop, suite: Suite, workers: int) -> Iterator[tuple[Mutant, str]]:
     with concurrent.futures.ThreadPoolExecutor(workers) as pool:
         running = {pool.submit(try_mutant, mutant, workshop, suite): mutant for mutant in mutants}
-        for future in concurrent.futures.as_completed(running):
+        for tried, future in enumerate(concurrent.futures.as_completed(running), 1):
             mutant = running[future]
-            results[mutant] = future.result()
-            if results[mutant] == "survived":
+            if future.result() == "survived":
                 print(f"survived: {mutant.file}:{mutant.line}\n  - {mutant.before}\n  + {mutant.after}", flush=True)
-            if len(results) % 50 == 0:
-                print(f"{len(results)} of {len(mutants)} tried", flush=True)
-    return results
+            if tried % 50 == 0:
+                print(f"{tried} of {len(mutants)} tried", flush=True)
+            yield mutant, future.result()
 
 
 def judge(results: dict[Mutant, str], full: bool, room: pathlib.Path) -> bool:
@@ -132,7 +144,9 @@ def main() -> int:
     with concurrent.futures.ProcessPoolExecutor(options.workers) as pool:
         paths = sources()
         found = pool.map(find_mutants, paths, [workshop.arguments_for(path) for path in paths])
-        mutants = choose(options, [mutant for in_file in found for mutant in in_file])
+        existing = [mutant for in_file in found for mutant in in_file]
+    earlier = read_results() if options.again or options.go_on else {}
+    mutants = choose(options, existing, earlier)
     if options.list:
         for mutant in mutants:
             print(f"{mutant.file}:{mutant.line} {mutant.function}\n  - {mutant.before}\n  + {mutant.after}")
@@ -143,10 +157,12 @@ def main() -> int:
     suite = Suite(workshop.build_base(options.workers), room)
     print(f"{len(suite.tests)} tests, {sum(test.seconds for test in suite.tests):.0f} s without any change; "
           f"{len(mutants)} mutants to try", flush=True)
-    results = try_all(mutants, workshop, suite, options.workers)
-    RESULTS.write_text(json.dumps([{"mutant": dataclasses.asdict(mutant), "found": found}
-                                   for mutant, found in results.items()], indent=1))
-    good = judge(results, options.sample is None and options.only is None and not options.again, room)
+    results = {mutant: earlier[mutant] for mutant in existing if mutant in earlier}
+    for mutant, verdict in try_all(mutants, workshop, suite, options.workers):
+        results[mutant] = verdict
+        if options.sample is None:
+            write_results(results)
+    good = judge(results, len(results) == len(existing), room)
     print(f"{time.monotonic() - started:.0f} s")
     return 0 if good else 1
 

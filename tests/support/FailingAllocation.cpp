@@ -2,6 +2,7 @@
 
 #include <malloc.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
@@ -14,10 +15,15 @@ namespace Morvik::sql::tests {
 namespace {
 
 thread_local FailurePoint failurePoint;
+thread_local bool largestIsWatched = false;
+thread_local std::size_t largest = 0;
 std::atomic<std::size_t> liveBytes = 0;
 
 void* Allocate(std::size_t size) noexcept
 {
+    if (largestIsWatched) {
+        largest = std::max(largest, size);
+    }
     void* const memory = failurePoint.Reached() ? nullptr : std::malloc(size != 0 ? size : 1);
     liveBytes += malloc_usable_size(memory);
     return memory;
@@ -53,6 +59,22 @@ FailingAllocation::~FailingAllocation()
 bool FailingAllocation::Fired() const
 {
     return failurePoint.Fired();
+}
+
+LargestAllocation::LargestAllocation()
+{
+    largest = 0;
+    largestIsWatched = true;
+}
+
+LargestAllocation::~LargestAllocation()
+{
+    largestIsWatched = false;
+}
+
+std::size_t LargestAllocation::Size() const
+{
+    return largest;
 }
 
 std::size_t LiveBytesOfNew()

@@ -30,6 +30,19 @@ public:
     bool Fired() const;
 };
 
+/// Watches what the running thread asks operator new for while the object lives.
+class LargestAllocation {
+public:
+    LargestAllocation();
+    ~LargestAllocation();
+
+    LargestAllocation(const LargestAllocation&) = delete;
+    LargestAllocation& operator=(const LargestAllocation&) = delete;
+
+    /// The bytes of the largest piece.
+    std::size_t Size() const;
+};
+
 /// The bytes that the process holds from operator new at the moment: everything of C++, and nothing of SQLite's.
 std::size_t LiveBytesOfNew();
 

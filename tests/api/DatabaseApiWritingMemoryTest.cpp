@@ -1,0 +1,64 @@
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <string>
+
+#include "support/Cells.h"
+#include "support/FailingAllocation.h"
+#include "support/OpenFacade.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+class DatabaseApiWritingMemoryTest : public OpenFacade {
+protected:
+    DatabaseApiWritingMemoryTest()
+    {
+        EXPECT_TRUE(database.Execute("CREATE TABLE event (name, time)"));
+        for (int row = 0; row < 100; ++row) {
+            data.rows.push_back({{BlobCell(std::string(50, 'x')), TagCell(DbTableColumnType::UnixTimeNow)}});
+        }
+    }
+
+    const std::string cells = "\"" + std::string(50, 'x') + "\",strftime('%s', 'now')";
+    DbTableDataWrite data{{"name", "time"}, {}};
+};
+
+// A list of n items has n - 1 commas and room for n: one byte to spare for each row and for the columns.
+TEST_F(DatabaseApiWritingMemoryTest, InsertIsAllocatedOnceWithAByteToSpareForEachList)
+{
+    std::string text = "INSERT INTO event (name,time) VALUES (" + cells + ")";
+    for (std::size_t row = 1; row < data.rows.size(); ++row) {
+        text += " ,(" + cells + ")";
+    }
+    std::size_t allocated = 0;
+
+    {
+        const LargestAllocation largest;
+        EXPECT_TRUE(database.WriteTableValues("event", data));
+        allocated = largest.Size();
+    }
+
+    const std::size_t spare = data.rows.size() + 1 + 1; // the first row has no comma before it either
+    EXPECT_EQ(allocated, text.size() + spare + 1);
+}
+
+TEST_F(DatabaseApiWritingMemoryTest, UpdateIsAllocatedOnceWithFewBytesToSpare)
+{
+    const std::string condition = "WHERE name IS NOT NULL";
+    const std::string text = "UPDATE event SET (name,time)=(" + cells + ") " + condition;
+    std::size_t allocated = 0;
+
+    {
+        const LargestAllocation largest;
+        EXPECT_TRUE(database.UpdateTableValues("event", data, condition));
+        allocated = largest.Size();
+    }
+
+    EXPECT_EQ(allocated, text.size() + 10 + 1);
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests

@@ -1,0 +1,39 @@
+#include "model/Concatenated.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+#include "support/FailingAllocation.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+TEST(ConcatenatedTest, PartsFollowOneAnother)
+{
+    EXPECT_EQ(Concatenated({"one", "", std::string_view("t\0wo", 4), "three"}), std::string("onet\0wothree", 12));
+    EXPECT_EQ(Concatenated({}), "");
+}
+
+TEST(ConcatenatedTest, TextIsAllocatedOnceAndTakesNoMoreThanItNeeds)
+{
+    const std::string part(100, 'x');
+    bool fired = true;
+    std::string text;
+
+    {
+        const FailingAllocation failing(1);
+        text = Concatenated({part, part, part});
+        fired = failing.Fired();
+    }
+
+    EXPECT_FALSE(fired);
+    EXPECT_EQ(text.size(), 300U);
+    EXPECT_EQ(text.capacity(), 300U);
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests

@@ -1,0 +1,82 @@
+#include "model/NumberText.h"
+
+#include <dlfcn.h>
+
+#include <gtest/gtest.h>
+
+#include <charconv>
+#include <cmath>
+
+#include "model/StatementText.h"
+
+namespace {
+
+int conversions = 0;
+
+} // namespace
+
+// Stands before the standard library's in this program, and counts what reaches it.
+std::to_chars_result std::to_chars(char* first, char* last, double value, std::chars_format format,
+                                   int precision) noexcept
+{
+    using Conversion = std::to_chars_result (*)(char*, char*, double, std::chars_format, int);
+    static const auto next = reinterpret_cast<Conversion>(dlsym(RTLD_NEXT, "_ZSt8to_charsPcS_dSt12chars_formati"));
+    ++conversions;
+    return next(first, last, value, format, precision);
+}
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+// Numbers of common size are written without the standard library's conversion, which takes several times as long.
+bool TakesTheShortcut(double number)
+{
+    conversions = 0;
+    StatementText text(0);
+    AppendNumber(text, number);
+    return conversions == 0;
+}
+
+TEST(NumberTextShortcutTest, ServesNumbersWithoutAnExponentFromOneUp)
+{
+    for (const double number : {1.0, 1.5, 2.0, 9.0, 12.5, 499999.9, 500000.25, 999999.0, 999999.25}) {
+        EXPECT_TRUE(TakesTheShortcut(number)) << number;
+        EXPECT_TRUE(TakesTheShortcut(-number)) << -number;
+    }
+    for (const double power : {10.0, 100.0, 1000.0, 10000.0, 100000.0}) {
+        EXPECT_TRUE(TakesTheShortcut(power)) << power;
+        EXPECT_TRUE(TakesTheShortcut(std::nextafter(power, 0.0) / 2)) << power;
+    }
+}
+
+TEST(NumberTextShortcutTest, LeavesTheRestToTheStandardLibrary)
+{
+    for (const double number : {0.0, 0.5, 0.999, 999999.5, 1000000.0, 1e100, HUGE_VAL, std::nan("")}) {
+        EXPECT_FALSE(TakesTheShortcut(number)) << number;
+    }
+}
+
+TEST(NumberTextShortcutTest, LeavesWhatIsCloseToAHalfOfTheLastDigitToTheStandardLibrary)
+{
+    for (const double half : {123456.5, 200000.5}) {
+        EXPECT_FALSE(TakesTheShortcut(half)) << half;
+        for (const double side : {-1.0, 1.0}) {
+            EXPECT_FALSE(TakesTheShortcut(half + side * 0.8e-9)) << half;
+            EXPECT_TRUE(TakesTheShortcut(half + side * 1.2e-9)) << half;
+        }
+    }
+}
+
+// 9.999999 becomes 10.0000, whose first digit stands one place higher.
+TEST(NumberTextShortcutTest, LeavesWhatRoundsToThePowerOfTenAboveToTheStandardLibrary)
+{
+    for (const double number : {9.999999, 99999.99}) {
+        EXPECT_FALSE(TakesTheShortcut(number)) << number;
+    }
+    EXPECT_TRUE(TakesTheShortcut(9.99999));
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests
