@@ -5,6 +5,10 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -12,6 +16,7 @@
 
 #include "support/HasRecord.h"
 #include "support/PlainSqlite.h"
+#include "support/RecordedSqlite.h"
 #include "support/ScopedPermissions.h"
 #include "support/TemporaryDirectory.h"
 
@@ -20,6 +25,7 @@ namespace Morvik::sql::tests {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::ElementsAre;
 
 constexpr int ForWriting = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
 
@@ -48,6 +54,28 @@ TEST_F(SqlDatabaseBadFileTest, MissingFileIsNotCreatedForReading)
     EXPECT_FALSE(opened);
     EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(path, SQLITE_OPEN_READONLY).message));
     EXPECT_FALSE(fs::exists(path));
+}
+
+// Somebody holds the other end here, so that an open that is made all the same succeeds rather than waits.
+TEST_F(SqlDatabaseBadFileTest, NamedPipeIsRefusedWithoutBeingOpened)
+{
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    const int otherEnd = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_GE(otherEnd, 0);
+
+    for (const bool readOnly : {false, true}) {
+        const std::string flags = readOnly ? "1" : "6";
+        const RecordedSqlite sqlite;
+
+        EXPECT_FALSE(database.Open(path, readOnly));
+
+        EXPECT_THAT(sqlite.CallsOf("sqlite3_open_v2"),
+                    ElementsAre("sqlite3_open_v2(/dev/null/none, " + flags + ", null)"));
+        EXPECT_EQ(database.GetLastError(), SQLITE_CANTOPEN);
+        EXPECT_FALSE(database.IsOpen());
+    }
+
+    close(otherEnd);
 }
 
 TEST_F(SqlDatabaseBadFileTest, FileInPlaceOfTheDirectoryIsLeftToSqliteToRefuse)
