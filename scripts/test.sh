@@ -2,7 +2,8 @@
 # Runs every test: on this machine with the address and undefined-behaviour sanitizers, on the library as it ships, with
 # the target's unsigned char and with its 32-bit widths, on several threads with the thread sanitizer, under the budgets
 # of instructions and memory, with fuzzed inputs, and then on the target, 32-bit ARM, under emulation. The last line
-# tells how many tests passed, how many did not, and how many cannot run under emulation.
+# tells how many tests passed, how many did not, and how many cannot run under emulation. The tests of failing memory,
+# disks and power, of contention and of damaged files run with the sanitizers; a few of them also on the target.
 #
 #   scripts/test.sh [PRESET...]      only these of: dev native unsigned-char m32 tsan budgets fuzz armhf
 
