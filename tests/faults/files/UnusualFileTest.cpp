@@ -24,7 +24,7 @@ constexpr int ForReading = SQLITE_OPEN_READONLY;
 constexpr int ForWriting = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
 
 // What is no regular file: the library answers at once, and as plain SQLite does where that answers.
-class SpecialFileTest : public testing::Test {
+class UnusualFileTest : public testing::Test {
 protected:
     /// Everything on the device gives the same answers as with plain SQLite.
     static void ExpectPlainAnswers(const std::string& device)
@@ -49,7 +49,7 @@ protected:
     DatabaseApi database;
 };
 
-TEST_F(SpecialFileTest, FullDeviceRefusesEveryChange)
+TEST_F(UnusualFileTest, FullDeviceRefusesEveryChange)
 {
     ExpectPlainAnswers("/dev/full");
 
@@ -58,7 +58,7 @@ TEST_F(SpecialFileTest, FullDeviceRefusesEveryChange)
     EXPECT_THAT(database, HasRecord(SQLITE_FULL, sqlite3_errstr(SQLITE_FULL)));
 }
 
-TEST_F(SpecialFileTest, DeviceThatForgetsEverythingHoldsNoTable)
+TEST_F(UnusualFileTest, DeviceThatForgetsEverythingHoldsNoTable)
 {
     int result = -1;
     ExpectPlainAnswers("/dev/null");
@@ -69,7 +69,7 @@ TEST_F(SpecialFileTest, DeviceThatForgetsEverythingHoldsNoTable)
     EXPECT_EQ(result, 0);
 }
 
-TEST_F(SpecialFileTest, SocketIsNotOpened)
+TEST_F(UnusualFileTest, SocketIsNotOpened)
 {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -88,7 +88,7 @@ TEST_F(SpecialFileTest, SocketIsNotOpened)
     close(descriptor);
 }
 
-TEST_F(SpecialFileTest, LinkLoopInPlaceOfTheFileIsNotOpened)
+TEST_F(UnusualFileTest, LinkLoopInPlaceOfTheFileIsNotOpened)
 {
     fs::create_symlink("special.db", path);
 
@@ -100,7 +100,7 @@ TEST_F(SpecialFileTest, LinkLoopInPlaceOfTheFileIsNotOpened)
     EXPECT_TRUE(fs::is_symlink(path));
 }
 
-TEST_F(SpecialFileTest, LinkLoopInPlaceOfTheDirectoryIsNamedByTheDatabase)
+TEST_F(UnusualFileTest, LinkLoopInPlaceOfTheDirectoryIsNamedByTheDatabase)
 {
     fs::create_symlink("special.db", path);
 
@@ -110,7 +110,7 @@ TEST_F(SpecialFileTest, LinkLoopInPlaceOfTheDirectoryIsNamedByTheDatabase)
     }
 }
 
-TEST_F(SpecialFileTest, LinkToAMissingFileMakesThatFile)
+TEST_F(UnusualFileTest, LinkToAMissingFileMakesThatFile)
 {
     fs::create_symlink("target.db", path);
 
