@@ -89,7 +89,7 @@ def targets(figures):
                ("`OpenDatabase` and `CloseDatabase` of an existing file", "open/1", "C with the same calls", 1.05)]
     for title, job, against, limit in singles:
         table.append(Target(title, against, figures.ratio(job), limit))
-    table.append(Target(singles[-1][0], "C with the same calls and a `stat` of the directory",
+    table.append(Target(singles[-1][0], "C with the same calls and a `stat` of the file",
                         figures.ratio("open/1", floor="C with stat"), 1.05))
     for title, job, _, _ in sized:
         floor = floors.get(job, job)
@@ -128,7 +128,7 @@ def opening_rows(figures):
     """What an open and a close consist of, in microseconds and as shares of the whole."""
     whole, c = (figures.median["open/1"][contender] for contender in (OURS, FLOOR))
     status = figures.median["stat/1"][FLOOR]
-    steps = [("SQLite's open and close", c), ("the `stat` of the directory", status), ("all else", whole - c - status),
+    steps = [("SQLite's open and close", c), ("the `stat` of the file", status), ("all else", whole - c - status),
              ("`OpenDatabase` and `CloseDatabase`", whole)]
     return [("step", "microseconds", "share"),
             *((step, f"{time / 1000:.2f}", f"{100 * time / whole:.1f} %") for step, time in steps)]

@@ -92,16 +92,15 @@ void PlainC::OpenAndClose(const std::string& path)
     Check(sqlite3_close(handle), SQLITE_OK, handle, "close");
 }
 
-void PlainC::RequireDirectory(const std::string& path)
+void PlainC::RequireFile(const std::string& path)
 {
-    const std::string directory = path.substr(0, path.rfind('/'));
     struct stat status {};
-    Require(stat(directory.c_str(), &status) == 0 && S_ISDIR(status.st_mode), "directory", directory.c_str());
+    Require(stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode), "file", path.c_str());
 }
 
-void PlainC::OpenAndCloseInDirectory(const std::string& path)
+void PlainC::OpenAndCloseFile(const std::string& path)
 {
-    RequireDirectory(path);
+    RequireFile(path);
     OpenAndClose(path);
 }
 

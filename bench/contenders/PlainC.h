@@ -28,11 +28,11 @@ public:
     static Totals SumOf(const Rows& rows);
     static void OpenAndClose(const std::string& path);
 
-    /// Asks for the status of the file's directory, which whoever creates missing directories has to.
-    static void RequireDirectory(const std::string& path);
+    /// Asks for the status of the file, which whoever creates missing directories and refuses named pipes has to.
+    static void RequireFile(const std::string& path);
 
     /// Does that before.
-    static void OpenAndCloseInDirectory(const std::string& path);
+    static void OpenAndCloseFile(const std::string& path);
 
     explicit PlainC(const std::string& path);
     ~PlainC();

@@ -22,8 +22,8 @@ void RegisterWithFile(const char* job, const char* contender, void (*act)(const 
 void RegisterOpening()
 {
     ForEachContender([]<typename Contender> { RegisterWithFile("open/1", Contender::Name, Contender::OpenAndClose); });
-    RegisterWithFile("open/1", "C with stat", PlainC::OpenAndCloseInDirectory);
-    RegisterWithFile("stat/1", PlainC::Name, PlainC::RequireDirectory);
+    RegisterWithFile("open/1", "C with stat", PlainC::OpenAndCloseFile);
+    RegisterWithFile("stat/1", PlainC::Name, PlainC::RequireFile);
 }
 
 } // namespace Morvik::sql::bench
