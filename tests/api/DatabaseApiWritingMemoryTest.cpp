@@ -46,6 +46,7 @@ TEST_F(DatabaseApiWritingMemoryTest, InsertIsAllocatedOnceWithAByteToSpareForEac
 
 TEST_F(DatabaseApiWritingMemoryTest, UpdateIsAllocatedOnceWithFewBytesToSpare)
 {
+    data.rows.back() = {{BlobCell(""), IntegerCell(0)}}; // of the rows, only the first counts
     const std::string condition = "WHERE name IS NOT NULL";
     const std::string text = "UPDATE event SET (name,time)=(" + cells + ") " + condition;
     std::size_t allocated = 0;
