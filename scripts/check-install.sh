@@ -68,6 +68,26 @@ quietly with_pkg_config "$moved" g++ -std=c++23 -fno-rtti
 step "Building programs with clang++" quietly with_pkg_config "$moved" clang++ -std=c++20 -fno-rtti
 quietly with_pkg_config "$work/build/packages/all/usr" clang++ -std=c++2b
 
+# guide: builds the project that the guide shows, in both of its ways, and compares what it prints.
+guide()
+{
+    local page=$project/docs/guide/getting-started.md libraries=$1/lib/$native
+    # block WORD: the code between the fences that begin with it
+    block()
+    {
+        sed -n "/^\`\`\`$1\$/,/^\`\`\`\$/p" "$page" | sed '1d;$d'
+    }
+    mkdir -p "$work/guide" && cd "$work/guide" || return
+    block 'cpp program' >main.cpp
+    block cmake >CMakeLists.txt
+    block text >expected
+    CMAKE_PREFIX_PATH=$1 cmake -B build && cmake --build build && ./build/doors >printed && cmp expected printed || return
+    local -x PKG_CONFIG_PATH=$libraries/pkgconfig LD_LIBRARY_PATH=$libraries
+    rm -r state
+    eval "$(block sh)" && ./doors >printed && cmp expected printed
+}
+step "Building the project of the guide" quietly guide "$work/build/packages/all/usr"
+
 # The package of such a program needs the library's, which its symbols file says.
 dependency()
 {
