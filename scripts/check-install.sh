@@ -114,6 +114,14 @@ step "Building programs for the target with CMake" quietly for_target cmake "$mo
 step "Building programs for the target with g++" quietly for_target pkg-config "$work/build/packages/armhf/all/usr" \
     "$target-g++" -std=c++20 -Wno-psabi "-Wl,-rpath-link,$sysroot/usr/lib/$target"
 
+# The second of the guide's pieces; scripts/test.sh does what the first one says.
+guide_for_device()
+{
+    eval "$(awk '/^```/ { inside = /^```sh$/; n += inside; next } inside && n == 2' docs/guide/device.md)" &&
+        [ -s build/device/src/libtkosqllite.so ]
+}
+step "Building for a device as the guide says" quietly guide_for_device
+
 # subproject NAME ARGUMENT...
 subproject()
 {
