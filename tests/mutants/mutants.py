@@ -78,8 +78,10 @@ def read_results() -> dict[Mutant, str]:
 
 
 def write_results(results: dict[Mutant, str]) -> None:
-    RESULTS.write_text(json.dumps([{"mutant": dataclasses.asdict(mutant), "found": found}
-                                   for mutant, found in results.items()], indent=1))
+    written_anew = RESULTS.with_suffix(".new")  # a run that is ended meanwhile leaves the old ones whole
+    written_anew.write_text(json.dumps([{"mutant": dataclasses.asdict(mutant), "found": found}
+                                        for mutant, found in results.items()], indent=1))
+    written_anew.replace(RESULTS)
 
 
 def choose(options: argparse.Namespace, mutants: list[Mutant], earlier: dict[Mutant, str]) -> list[Mutant]:
