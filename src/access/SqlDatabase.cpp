@@ -33,12 +33,11 @@ public:
 bool SqlDatabase::Impl::CreateMissingDirectories(const std::string& path)
 {
     try {
-        // Level by level, because Boost ends the process when memory runs out while it makes a missing ancestor. Only
-        // what is missing is asked for: Boost refuses to make "." and "..".
-        for (std::size_t end = 0; (end = path.find('/', end + 1)) != std::string::npos;) {
-            const boost::filesystem::path directory = path.substr(0, end);
-            if (!boost::filesystem::exists(directory)) {
-                boost::filesystem::create_directories(directory);
+        const boost::filesystem::path directory = boost::filesystem::path(path).parent_path();
+        if (!boost::filesystem::exists(directory)) {
+            // Level by level, because Boost ends the process when memory runs out while it makes a missing ancestor.
+            for (std::size_t end = 0; (end = path.find('/', end + 1)) != std::string::npos;) {
+                boost::filesystem::create_directory(path.substr(0, end));
             }
         }
         return true;

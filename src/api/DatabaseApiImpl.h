@@ -76,7 +76,7 @@ public:
     SqlTable table;
 
 private:
-    bool AppendCells(StatementText& sql, const DbTableRowValues& row);
+    void AppendCells(StatementText& sql, const DbTableRowValues& row);
 };
 
 } // namespace Morvik::sql

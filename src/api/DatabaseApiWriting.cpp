@@ -62,7 +62,7 @@ std::size_t RowSize(const DbTableRowValues& row)
 
 // An invalid cell ends its row after the comma before it. The statement is run all the same and SQLite rejects it, so
 // that callers get SQLite's record; the one set here stays only if the statement should succeed.
-bool DatabaseApi::Impl::AppendCells(StatementText& sql, const DbTableRowValues& row)
+void DatabaseApi::Impl::AppendCells(StatementText& sql, const DbTableRowValues& row)
 {
     int position = 0;
     for (const DbTableColumnValue& cell : row.cells) {
@@ -70,11 +70,11 @@ bool DatabaseApi::Impl::AppendCells(StatementText& sql, const DbTableRowValues& 
             sql += ',';
         }
         if (!ColumnValueAsString(cell, sql)) {
-            return Fail(MissingValue, InvalidCellMessage(position, cell.column));
+            Fail(MissingValue, InvalidCellMessage(position, cell.column));
+            return;
         }
         ++position;
     }
-    return true;
 }
 
 bool DatabaseApi::Impl::Write(const std::string& name, const DbTableDataWrite& data)

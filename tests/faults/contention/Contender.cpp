@@ -34,9 +34,11 @@ public:
     Contender(const std::string& path, int number, const std::string& timeout)
         : m_number(number), m_waits(timeout != "0")
     {
-        Require(m_database.OpenDatabase(path, false) && m_database.Execute("PRAGMA busy_timeout = " + timeout));
-        // No power fails here, and a contender that does not wait for the disk comes in more often.
+        Require(m_database.OpenDatabase(path, false) && m_database.Execute("PRAGMA busy_timeout = 60000"));
+        // No power fails here, and a contender that does not wait for the disk comes in more often. This reads the
+        // file.
         Require(m_database.Execute("PRAGMA synchronous = OFF"));
+        Require(m_database.Execute("PRAGMA busy_timeout = " + timeout));
     }
 
     void AddEntries(steady_clock::time_point end)
