@@ -15,7 +15,7 @@ compiler='/usr/lib/gcc-cross|/usr/arm-linux-gnueabihf'
 strays()
 {
     (cd "$build" && sort -u | grep -Ev '\.(ltrans|debug\.temp)\.o$' | xargs realpath -ms) |
-        grep -Ev "^($build|$project/(include|src|tests|examples)|$sysroot|$compiler)/" || true
+        grep -Ev "^($build|$project/(include|src|tests|examples|bench)|$sysroot|$compiler)/" || true
 }
 
 headers=$(cd "$build" && ninja -t deps | sed -n 's/^    //p')
