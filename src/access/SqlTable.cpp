@@ -148,7 +148,7 @@ std::string SqlTable::GetText(int column) const
     const unsigned char* text = sqlite3_column_text(m_impl->statement, column);
     if (text == nullptr) {
         // A conversion that fails for lack of memory leaves the value NULL.
-        const bool noMemory = sqlite3_errcode(m_impl->Handle()) == SQLITE_NOMEM;
+        const bool noMemory = m_impl->statement != nullptr && sqlite3_errcode(m_impl->Handle()) == SQLITE_NOMEM;
         ThrowMissingData(noMemory ? SQLITE_TEXT : sqlite3_column_type(m_impl->statement, column));
     }
     return reinterpret_cast<const char*>(text);

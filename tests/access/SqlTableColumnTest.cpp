@@ -109,6 +109,14 @@ TEST_F(SqlTableColumnTest, TextOfNullIsALogicError)
     EXPECT_THAT(table, HasRecord(SQLITE_ROW, ""));
 }
 
+TEST(SqlTableWithoutDatabaseTest, TextOfNoRowThrowsAsThatOfNullDoes)
+{
+    SqlDatabase closed;
+    const SqlTable table(closed);
+
+    EXPECT_THROW(table.GetText(0), std::logic_error);
+}
+
 TEST_F(SqlTableColumnTest, TextThatCannotBeHandedOutIsOutOfMemory)
 {
     ReadRow("SELECT 'text'");
