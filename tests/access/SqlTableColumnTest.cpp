@@ -129,6 +129,18 @@ TEST_F(SqlTableColumnTest, TextThatCannotBeHandedOutIsOutOfMemory)
     EXPECT_EQ(table.GetText(0), "text");
 }
 
+TEST_F(SqlTableColumnTest, NullThatIsLeftOfALostConversionIsOutOfMemory)
+{
+    ReadRow("SELECT NULL");
+    RecordedSqlite sqlite;
+    sqlite.ReplaceNextResult("sqlite3_errcode", SQLITE_NOMEM, true);
+
+    EXPECT_THROW(table.GetText(0), std::bad_alloc);
+
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_text(0)", "sqlite3_errcode(handle)"));
+    EXPECT_FALSE(sqlite.Pending());
+}
+
 TEST_F(SqlTableColumnTest, IndexOutOfRangeIsPassedToSqliteUnchecked)
 {
     ReadRow("SELECT 1");

@@ -216,6 +216,12 @@ int sqlite3_close_v2(sqlite3* handle)
         sqlite3_close_v2, "sqlite3_close_v2", [&] { return "(" + tests::Given(handle, "handle") + ")"; }, handle);
 }
 
+int sqlite3_errcode(sqlite3* handle)
+{
+    return tests::Intercept(
+        sqlite3_errcode, "sqlite3_errcode", [&] { return "(" + tests::Given(handle, "handle") + ")"; }, handle);
+}
+
 const char* sqlite3_errmsg(sqlite3* handle)
 {
     return tests::Intercept(
