@@ -14,4 +14,4 @@ set(CMAKE_EXE_LINKER_FLAGS_INIT -Wl,--disable-new-dtags)
 set(TKOSQLLITE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/i386-sysroot
     CACHE PATH "The folder that scripts/i386-sysroot.sh made")
 include(${CMAKE_CURRENT_LIST_DIR}/sysroot.cmake)
-string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -Wl,-rpath,${sysroot}/usr/lib/${target}")
+string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " \"-Wl,-rpath,${sysroot}/usr/lib/${target}\"")

@@ -145,6 +145,10 @@ Situations CommandSituations()
         {"SqlCommand::ColumnBlob", "no row is available", WithoutAStatement(Blob)},
         {"SqlCommand::ColumnText", "SQLite has no memory for the value", WithoutMemory("sqlite3_column_text", Text)},
         {"SqlCommand::ColumnBlob", "SQLite has no memory for the value", WithoutMemory("sqlite3_column_blob", Blob)},
+        {"SqlCommand::ColumnText", "SQLite has no memory to convert the value",
+         WithoutMemory("sqlite3_column_bytes", Text)},
+        {"SqlCommand::ColumnBlob", "SQLite has no memory to convert the value",
+         WithoutMemory("sqlite3_column_bytes", Blob)},
     };
 }
 

@@ -83,6 +83,8 @@ Situations ValueSituations()
         {get + "<std::string>", "the value is NULL", [] { return OfAColumn<std::string>("SELECT NULL"); }},
         {get + "<std::string>", noMemory, [] { return OfAColumn<std::string>("SELECT 'text'", "sqlite3_value_text"); }},
         {get + "<std::vector<char>>", noMemory, [] { return OfAColumn<Bytes>("SELECT X'01'", "sqlite3_value_blob"); }},
+        {get + "<std::vector<char>>", "SQLite has no memory to convert the value",
+         [] { return OfAColumn<Bytes>("SELECT 1", "sqlite3_value_bytes"); }},
     };
 }
 
