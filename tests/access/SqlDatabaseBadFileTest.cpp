@@ -78,6 +78,19 @@ TEST_F(SqlDatabaseBadFileTest, NamedPipeIsRefusedWithoutBeingOpened)
     close(otherEnd);
 }
 
+// At once, so that memory still holds what the system told of the pipe.
+TEST_F(SqlDatabaseBadFileTest, NewFileIsNotTakenForThePipeThatWasRefusedBefore)
+{
+    const std::string pipe = directory.File("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+
+    const bool pipeWasOpened = database.Open(pipe, false);
+    const bool fileWasOpened = database.Open(path, false);
+
+    EXPECT_FALSE(pipeWasOpened);
+    EXPECT_TRUE(fileWasOpened);
+}
+
 TEST_F(SqlDatabaseBadFileTest, FileInPlaceOfTheDirectoryIsLeftToSqliteToRefuse)
 {
     std::ofstream(directory.File("file")) << "content";

@@ -142,6 +142,16 @@ TEST(LayoutTest, IteratorAdvancedPastTheLastRowHoldsWhatTheEndHolds)
     EXPECT_EQ(ReadAt<std::uintptr_t>(&advanced, 3 * Word), 0U);
 }
 
+TEST(LayoutTest, IteratorOfNoFacadeStandsAtTheEnd)
+{
+    const DbTableRowIterator none;
+
+    EXPECT_EQ(ReadAt<const void*>(&none, 0), nullptr);
+    EXPECT_EQ(ReadAt<std::int32_t>(&none, Word), -1);
+    EXPECT_EQ(ReadAt<const void*>(&none, 2 * Word), nullptr);
+    EXPECT_EQ(ReadAt<std::uintptr_t>(&none, 3 * Word), 0U);
+}
+
 } // namespace
 
 } // namespace Morvik::sql::tests
