@@ -15,13 +15,13 @@ struct ConstraintKeyword {
 };
 
 // The order in which the clause names them, which is not the order of their values.
-constexpr std::array<ConstraintKeyword, 5> ConstraintKeywords{{
+constexpr auto ConstraintKeywords = std::to_array<ConstraintKeyword>({
     {PrimaryKey, "PRIMARY KEY"},
     {NotNull, "NOT NULL"},
     {Unique, "UNIQUE"},
     {Check, "CHECK"},
     {Default, "DEFAULT"},
-}};
+});
 
 std::string_view DeclaredType(DbTableColumnType type)
 {

@@ -59,7 +59,7 @@ struct SixDigits {
 // numbers that need an exponent.
 bool FindSixDigits(double magnitude, SixDigits& found)
 {
-    static constexpr std::array<double, Precision> PowersOfTen{1e0, 1e1, 1e2, 1e3, 1e4, 1e5};
+    static constexpr std::array PowersOfTen{1e0, 1e1, 1e2, 1e3, 1e4, 1e5};
     constexpr double Margin = 1e-9;
     if (!(magnitude >= 1.0 && magnitude < 999999.5)) {
         return false;
@@ -109,11 +109,12 @@ void AppendNumber(StatementText& text, std::int32_t number)
         return;
     }
     char* end = text.Room(LongestNumber);
-    const auto digits = static_cast<std::uint32_t>(number);
+    auto magnitude = static_cast<std::uint32_t>(number);
     if (number < 0) {
         *end++ = '-';
+        magnitude = 0 - magnitude;
     }
-    text.AdvanceTo(WriteDigits(end, number < 0 ? 0 - digits : digits));
+    text.AdvanceTo(WriteDigits(end, magnitude));
 }
 
 void AppendNumber(StatementText& text, std::uint32_t number)
@@ -133,7 +134,7 @@ void AppendNumber(StatementText& text, double number)
         text.AdvanceTo(std::to_chars(end, end + LongestNumber, number, std::chars_format::general, Precision).ptr);
         return;
     }
-    if (number < 0) {
+    if (std::signbit(number)) {
         *end++ = '-';
     }
     text.AdvanceTo(WriteSixDigits(end, found));

@@ -19,7 +19,10 @@ from dataclasses import dataclass
 
 FENCE = re.compile(r"^```(.*)$")
 SEPARATOR = "\x1e"
-INCLUDES = ["sql/DatabaseApi.h", "sql/SqlDatabase.h", "sql/SqlTable.h", "cstdio", "iostream", "string", "string_view", "vector"]
+INCLUDE = re.compile(r"^#include .*\n", re.M)
+
+# The page that says which headers the code of the others needs.
+GUIDE = pathlib.Path(__file__).resolve().parents[2] / "docs" / "guide" / "README.md"
 
 
 @dataclass
@@ -58,10 +61,10 @@ def located(document, block):
 
 def page(document, parts):
     """One program of all statements; a separator is printed after each block."""
-    includes = [f"#include <{header}>\n" for header in INCLUDES]
+    includes = INCLUDE.findall(GUIDE.read_text())
     for block in parts:
-        includes += re.findall(r"^#include .*\n", block.code, re.M)
-        block.code = re.sub(r"^#include .*$", "", block.code, flags=re.M)
+        includes += INCLUDE.findall(block.code)
+        block.code = INCLUDE.sub("\n", block.code)
     declarations = [located(document, block) for block in parts if block.kind == "cpp declarations"]
     statements = [located(document, block) + 'std::cout << "\\x1e" << std::flush;\n'
                   for block in parts if block.kind == "cpp"]

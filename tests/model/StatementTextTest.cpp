@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/FailingAllocation.h"
 #include "support/ScopedGlobalLocale.h"
 
 namespace Morvik::sql::tests {
@@ -33,6 +34,18 @@ TEST(StatementTextTest, GrowsBeyondItsExpectedSize)
     }
 
     EXPECT_EQ(text.Take(), expected);
+}
+
+TEST(StatementTextTest, GrowingTakesAboutTwiceAtMost)
+{
+    StatementText text(1000);
+    text += std::string(1000, 'x');
+
+    const LargestAllocation largest;
+    text += 'y';
+
+    EXPECT_GT(largest.Size(), 1000U);
+    EXPECT_LE(largest.Size(), 2001U);
 }
 
 TEST(StatementTextTest, KeepsWhatIsWrittenInItsRoom)
