@@ -16,18 +16,17 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// The last column of the first line that names a machine; it is the same for all of them.
+// The last column of the line that names this machine.
 std::size_t AllowedBytes()
 {
     std::ifstream budgets(TKOSQLLITE_FOOTPRINT_BUDGETS);
-    std::string line;
-    std::string machine;
-    std::size_t file = 0;
-    std::size_t symbols = 0;
-    std::size_t heap = 0;
-    while (std::getline(budgets, line)) {
+    for (std::string line; std::getline(budgets, line);) {
         std::istringstream columns(line);
-        if (columns >> machine >> file >> symbols >> heap) {
+        std::string machine;
+        std::string file;
+        std::string symbols;
+        std::size_t heap = 0;
+        if (columns >> machine >> file >> symbols >> heap && machine == TKOSQLLITE_MACHINE) {
             return heap;
         }
     }
