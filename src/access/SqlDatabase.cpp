@@ -3,6 +3,7 @@
 #include <sql/SqlError.h>
 
 #include <cstddef>
+#include <string_view>
 #include <utility>
 
 #include <boost/filesystem/operations.hpp>
@@ -16,6 +17,9 @@
 namespace Morvik::sql {
 
 namespace {
+
+// The one name that SQLite takes for no file's.
+constexpr std::string_view InMemory = ":memory:";
 
 // Nothing can be opened behind a device.
 constexpr const char* NoFile = "/dev/null/none";
@@ -37,7 +41,7 @@ bool SqlDatabase::Impl::CreateMissingDirectories(const std::string& path)
         if (!boost::filesystem::exists(directory)) {
             // Level by level, because Boost ends the process when memory runs out while it makes a missing ancestor.
             for (std::size_t end = 0; (end = path.find('/', end + 1)) != std::string::npos;) {
-                boost::filesystem::create_directory(path.substr(0, end));
+                boost::filesystem::create_directory(std::string(path.data(), end));
             }
         }
         return true;
@@ -66,12 +70,12 @@ bool SqlDatabase::Open(const std::string& path, bool readOnly)
         return false;
     }
     const char* file = path.c_str();
-    if (!path.starts_with(':')) {
+    if (path != InMemory) {
         struct stat64 status;
         const bool exists = stat64(file, &status) == 0;
         // The directory is made for a read-only open too; applications rely on finding it afterwards. Where the file
-        // exists, so does its directory.
-        if (!exists && !m_impl->CreateMissingDirectories(path)) {
+        // exists, so does its directory; a name with a colon in front is looked for where the process stands.
+        if (!exists && *file != ':' && !m_impl->CreateMissingDirectories(path)) {
             return false;
         }
         // Opening a named pipe may wait for its other end, perhaps for ever. SQLite, which would find only afterwards

@@ -53,6 +53,9 @@ public:
     bool AlterTable(const std::string& table, const std::string& newName);
     static std::string TableDefinitionToString(const DbTableDefinition& definition);
 
+    /// Runs what a definition was turned into, which must not be empty.
+    bool RunDefinition(const std::string& sql);
+
     bool Write(const std::string& table, const DbTableDataWrite& data);
     bool Update(const std::string& table, const DbTableDataWrite& data, const std::string& condition);
 

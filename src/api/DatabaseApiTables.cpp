@@ -27,7 +27,11 @@ bool DatabaseApi::Impl::CreateTable(const DbTableDefinition& definition)
     if (definition.name.empty()) {
         return Fail(MissingValue, "Missing table name.");
     }
-    const std::string sql = TableDefinitionToString(definition);
+    return RunDefinition(TableDefinitionToString(definition));
+}
+
+bool DatabaseApi::Impl::RunDefinition(const std::string& sql)
+{
     if (sql.empty()) {
         return Fail(MissingValue, "SQL statement is empty.");
     }

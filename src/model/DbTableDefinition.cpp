@@ -1,5 +1,7 @@
 #include <sql/DbTableDefinition.h>
 
+#include <string_view>
+
 #include "model/JoinedList.h"
 
 namespace Morvik::sql {
@@ -7,7 +9,7 @@ namespace Morvik::sql {
 namespace {
 
 // Each key column is the one character that its element holds.
-void AppendKey(std::string& list, const std::string& keyword, const std::vector<char>& columns)
+void AppendKey(std::string& list, std::string_view keyword, const std::vector<char>& columns)
 {
     if (columns.empty()) {
         return;

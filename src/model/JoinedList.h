@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace Morvik::sql {
 
@@ -19,7 +20,7 @@ void AppendJoined(Text& text, const Items& items)
 }
 
 /// Appends one item that is not empty, behind a "," unless it is the first.
-inline void AppendItem(std::string& text, const std::string& item)
+inline void AppendItem(std::string& text, std::string_view item)
 {
     if (!text.empty()) {
         text += ',';

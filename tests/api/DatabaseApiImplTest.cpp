@@ -68,6 +68,18 @@ TEST_F(DatabaseApiImplTest, CellOfAnUnknownTypeIsAnUntypedZero)
     EXPECT_EQ(std::get<int>(cell.value), 0);
 }
 
+// No definition is turned into nothing today.
+TEST_F(DatabaseApiImplTest, EmptyTextOfADefinitionIsMissing)
+{
+    const RecordedSqlite sqlite;
+
+    EXPECT_FALSE(implementation.RunDefinition(""));
+
+    EXPECT_EQ(implementation.code, 112);
+    EXPECT_EQ(implementation.message, "SQL statement is empty.");
+    EXPECT_THAT(sqlite.Calls(), testing::IsEmpty());
+}
+
 TEST_F(DatabaseApiImplTest, CellIsConvertedThoughAnEarlierCodeStands)
 {
     implementation.code = 5;

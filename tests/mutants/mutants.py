@@ -156,7 +156,8 @@ def main() -> int:
         return 0
 
     started = time.monotonic()
-    suite = Suite(workshop.build_base(options.workers), room)
+    unchanged = workshop.build_base(options.workers)
+    suite = Suite(unchanged, room)
     print(f"{len(suite.tests)} tests, {sum(test.seconds for test in suite.tests):.0f} s without any change; "
           f"{len(mutants)} mutants to try", flush=True)
     results = {mutant: earlier[mutant] for mutant in existing if mutant in earlier}
@@ -164,6 +165,11 @@ def main() -> int:
         results[mutant] = verdict
         if options.sample is None:
             write_results(results)
+    try:
+        Suite(unchanged, room)
+    except SuiteFails:
+        RESULTS.unlink(missing_ok=True)  # a test that began to fail on the way noticed nothing
+        raise
     good = judge(results, len(results) == len(existing), room)
     print(f"{time.monotonic() - started:.0f} s")
     return 0 if good else 1

@@ -14,6 +14,7 @@
 
 #include "support/PlainSqlite.h"
 #include "support/ScopedPermissions.h"
+#include "support/ScopedWorkingDirectory.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -87,6 +88,15 @@ TEST_F(NamedPipeDeathTest, LinkToAPipeIsRefusedToo)
     fs::create_symlink("pipe.db", link);
 
     EXPECT_EXIT(OpenAndExit(link, true), testing::ExitedWithCode(SQLITE_CANTOPEN), refusal);
+}
+
+// No directory is made for such a name, but it is a file's all the same.
+TEST_F(NamedPipeDeathTest, PipeWhoseNameBeginsWithAColonIsRefusedToo)
+{
+    ASSERT_EQ(mkfifo(directory.File(":pipe").c_str(), 0600), 0);
+    const ScopedWorkingDirectory here(directory.Path());
+
+    EXPECT_EXIT(OpenAndExit(":pipe", true), testing::ExitedWithCode(SQLITE_CANTOPEN), refusal);
 }
 
 TEST_F(NamedPipeDeathTest, RefusedFacadeOpensAGoodFileAfterwards)
