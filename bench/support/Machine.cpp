@@ -46,8 +46,9 @@ void AddMachineToContext()
     utsname system{};
     uname(&system);
     benchmark::AddCustomContext("processor", ValueIn("/proc/cpuinfo", {"model name", "Hardware", "Model"}, ':'));
+    const std::string release = system.release;
     benchmark::AddCustomContext("system", ValueIn("/etc/os-release", {"PRETTY_NAME"}, '=') + ", " + system.sysname +
-                                              ' ' + system.release + ", " + system.machine);
+                                              ' ' + release.substr(0, release.find('-')) + ", " + system.machine);
     benchmark::AddCustomContext("compiler", Compiler());
     benchmark::AddCustomContext("sqlite", sqlite3_libversion());
 }

@@ -27,7 +27,9 @@ public:
     /// A facade without a database; code 0 and an empty message.
     DatabaseApi();
 
-    /// Finalizes the query and closes the connection; statements made by PrepareStatement() must be gone by then.
+    /// Finalizes the query and closes the connection; statements made by PrepareStatement() must be gone by then. If
+    /// one is not, the connection is abandoned unclosed, and running out of memory while the refusal's message is
+    /// stored ends the process.
     ~DatabaseApi() override;
 
     bool OpenDatabase(const std::string& path, bool readOnly) override;

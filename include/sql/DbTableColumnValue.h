@@ -19,8 +19,8 @@ namespace Morvik::sql {
 ///
 /// What is written is SQL text, so mind that
 /// - a text is stored with every apostrophe doubled (O'Brien becomes O''Brien);
-/// - in UpdateTableValues a text that equals a column name of the table, in any letter case, or "rowid" assigns that
-///   column's value, not the text;
+/// - in UpdateTableValues a text that equals a column name of the table, in any letter case, or "rowid", "oid" or
+///   "_rowid_" assigns that column's value, not the text;
 /// - a text ends at its first zero byte in SQLite's eyes, so that one holding a zero byte breaks its statement;
 /// - blob bytes are written as they are between double quotation marks: one that holds a double quotation mark or a
 ///   zero byte breaks its statement, and bytes from an untrusted source can change it. Bind blobs instead

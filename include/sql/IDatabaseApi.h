@@ -21,11 +21,12 @@ namespace Morvik::sql {
 /// An object and everything it hands out belongs to one thread at a time.
 ///
 /// No operation throws for an SQL or file failure: it returns false and leaves a code and a message. Only running out
-/// of memory is thrown, as std::bad_alloc; where SQLite's own memory runs out, that is code 7. Either way a write or a
-/// change of the schema has changed nothing then, but for those statements of Execute() and DropTable() that were done
-/// before; inside a transaction, SQLite may undo all of that on code 7, 10 or 13. Every operation that starts a piece
-/// of work sets the code to 0 first and leaves the message, so a success may stand beside the message of an earlier
-/// failure. These are the codes; each failure of each operation, in all classes, has its row in docs/codes.md.
+/// of memory is thrown, as std::bad_alloc; where SQLite's own memory runs out, the code is 7, or 1 while rows are
+/// stepped through. Either way a write or a change of the schema has changed nothing then, but for those statements of
+/// Execute() and DropTable() that were done before; inside a transaction, SQLite may undo all of that on code 7, 10 or
+/// 13. Every operation that starts a piece of work sets the code to 0 first and leaves the message, so a success may
+/// stand beside the message of an earlier failure. These are the codes; each failure of each operation, in all classes,
+/// has its row in docs/codes.md.
 ///
 /// | Code | Message                                   | Meaning                                                  |
 /// |------|-------------------------------------------|----------------------------------------------------------|
