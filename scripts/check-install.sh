@@ -70,26 +70,26 @@ quietly with_pkg_config "$work/build/packages/all/usr" clang++ -std=c++2b
 
 # guide: builds the project that the guide shows, in both of its ways, and compares what it prints.
 guide()
-{
-    local page=$project/docs/guide/getting-started.md libraries=$1/lib/$native
+(
+    page=$project/docs/guide/getting-started.md libraries=$1/lib/$native
     # block WORD: the code between the fences that begin with it
     block()
     {
         sed -n "/^\`\`\`$1\$/,/^\`\`\`\$/p" "$page" | sed '1d;$d'
     }
-    mkdir -p "$work/guide" && cd "$work/guide" || return
+    mkdir -p "$work/guide" && cd "$work/guide" || exit
     block 'cpp program' >main.cpp
     block cmake >CMakeLists.txt
     block text >expected
-    CMAKE_PREFIX_PATH=$1 cmake -B build && cmake --build build && ./build/doors >printed && cmp expected printed || return
-    local -x PKG_CONFIG_PATH=$libraries/pkgconfig LD_LIBRARY_PATH=$libraries
+    CMAKE_PREFIX_PATH=$1 cmake -B build && cmake --build build && ./build/doors >printed && cmp expected printed || exit
+    export PKG_CONFIG_PATH=$libraries/pkgconfig LD_LIBRARY_PATH=$libraries
     rm -r state
-    eval "$(block sh)" && ./doors >printed && cmp expected printed || return
-    if ./doors 2>complaint; then return 1; fi
-    grep -qF "$(grep -o 'UNIQUE constraint failed: [a-z.]*' "$page")" complaint || return
-    local -x LD_LIBRARY_PATH=
+    eval "$(block sh)" && ./doors >printed && cmp expected printed || exit
+    if ./doors 2>complaint; then exit 1; fi
+    grep -qF "$(grep -o 'UNIQUE constraint failed: [a-z.]*' "$page")" complaint || exit
+    unset LD_LIBRARY_PATH
     eval "$(block sh) $(grep -o -- '-Wl,-rpath,"[^"]*"' "$page")" && rm -r state && ./doors >printed && cmp expected printed
-}
+)
 step "Building the project of the guide" quietly guide "$work/build/packages/all/usr"
 
 # The package of such a program needs the library's, which its symbols file says.

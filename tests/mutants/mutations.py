@@ -152,7 +152,7 @@ class Finder:
             self.change(start, start + 2, *OPERATORS[text[:2]])
         elif text[-2:] in ("++", "--"):
             self.change(end - 2, end, *OPERATORS[text[-2:]])
-        elif text[0] in "!-":
+        elif text.startswith(("!", "-")):  # not one that the compiler made of "!="
             self.change(start, start + 1, "")
 
     def change_loop(self, kind: CursorKind, children: list[Cursor]) -> None:
