@@ -15,24 +15,33 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// Every way in which a call can fail. SQLite's own file system reports them with these codes.
+// Every way in which a call can fail. SQLite's own file system reports most of them with these codes; one that an
+// application brings along may find the disk full in other calls than writes, too.
 const std::vector<FileFault>& Faults()
 {
     static const std::vector<FileFault> faults = [] {
         std::vector<FileFault> once = {
             {.call = FileCall::Open, .code = SQLITE_CANTOPEN},
+            {.call = FileCall::Open, .code = SQLITE_IOERR},
+            {.call = FileCall::Open, .code = SQLITE_FULL},
             {.call = FileCall::Read, .code = SQLITE_IOERR_READ},
+            {.call = FileCall::Read, .code = SQLITE_FULL},
             {.call = FileCall::Write, .code = SQLITE_IOERR_WRITE},
             {.call = FileCall::Write, .code = SQLITE_FULL},
             {.call = FileCall::Write, .code = SQLITE_FULL, .carriedOut = true},
             {.call = FileCall::Truncate, .code = SQLITE_IOERR_TRUNCATE},
+            {.call = FileCall::Truncate, .code = SQLITE_FULL},
             {.call = FileCall::Sync, .code = SQLITE_IOERR_FSYNC},
+            {.call = FileCall::Sync, .code = SQLITE_FULL},
             {.call = FileCall::FileSize, .code = SQLITE_IOERR_FSTAT},
+            {.call = FileCall::FileSize, .code = SQLITE_FULL},
             {.call = FileCall::Delete, .code = SQLITE_IOERR_DELETE},
+            {.call = FileCall::Delete, .code = SQLITE_FULL},
             {.call = FileCall::Delete, .code = SQLITE_IOERR_DIR_FSYNC, .carriedOut = true},
             {.call = FileCall::Access, .code = SQLITE_IOERR_ACCESS},
             {.call = FileCall::Lock, .code = SQLITE_BUSY},
             {.call = FileCall::Lock, .code = SQLITE_IOERR_LOCK},
+            {.call = FileCall::Lock, .code = SQLITE_FULL},
             {.call = FileCall::Unlock, .code = SQLITE_IOERR_UNLOCK},
             {.call = FileCall::CheckReservedLock, .code = SQLITE_IOERR_CHECKRESERVEDLOCK},
             {.call = FileCall::MapShared, .code = SQLITE_IOERR_SHMMAP},
