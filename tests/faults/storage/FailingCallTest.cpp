@@ -198,6 +198,20 @@ TEST_P(FailingCallTest, LeavesTheRecordOfThePlainCallAndTheContentWhole)
     }
 }
 
+// Otherwise a fault could be in the table and never happen.
+TEST(FailingCallTableTest, EveryFaultIsOfACallThatSomeScenarioCannotDoWithout)
+{
+    std::set<FileCall> necessary;
+
+    for (const Case& each : Cases()) {
+        necessary.merge(NecessaryCalls(*each.scenario, each.mode));
+    }
+
+    for (const FileFault& fault : Faults()) {
+        EXPECT_TRUE(necessary.contains(fault.call)) << Described(fault);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Storage, FailingCallTest, testing::ValuesIn(Cases()), NameOf);
 
 } // namespace

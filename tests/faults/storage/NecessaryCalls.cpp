@@ -2,33 +2,78 @@
 
 namespace Morvik::sql::tests {
 
-std::set<FileCall> NecessaryCalls(const StorageScenario& scenario, JournalMode mode)
+namespace {
+
+// A rollback journal is rolled back; a log without a commit is only removed.
+std::set<FileCall> CallsOfClosingInATransaction(JournalMode mode)
 {
-    if (scenario.name.starts_with("Open")) {
-        return {FileCall::Open};
+    if (mode == JournalMode::WriteAheadLog) {
+        return {FileCall::Lock, FileCall::Unlock, FileCall::Delete};
     }
-    if (!scenario.canFail) {
+    return {FileCall::Unlock, FileCall::FileSize, FileCall::Read, FileCall::Write, FileCall::Sync, FileCall::Delete};
+}
+
+// A commit by rollback journal is complete; one in a log is brought into the database, and the log is removed.
+std::set<FileCall> CallsOfClosingAfterAWrite(JournalMode mode)
+{
+    if (mode != JournalMode::WriteAheadLog) {
         return {FileCall::Unlock};
     }
-    std::set<FileCall> calls{FileCall::FileSize};
-    if (mode == JournalMode::WriteAheadLog) {
-        calls.insert({FileCall::Read, FileCall::LockShared});
-    } else {
-        calls.insert({FileCall::Lock, FileCall::Unlock, FileCall::Access});
+    return {FileCall::Lock,  FileCall::Unlock,   FileCall::FileSize, FileCall::Read,
+            FileCall::Write, FileCall::Truncate, FileCall::Sync,     FileCall::Delete};
+}
+
+// Every other scenario reads the database; those that only open it are asked for the number of its rows afterwards.
+std::set<FileCall> CallsOfReading(const StorageScenario& scenario, JournalMode mode)
+{
+    std::set<FileCall> calls{FileCall::FileSize, FileCall::Read, FileCall::Lock, FileCall::Unlock};
+    if (scenario.name.starts_with("Open")) {
+        calls.insert(FileCall::Open);
     }
-    if (scenario.name == "ReadValues" && mode == JournalMode::WriteAheadLog) {
-        calls.insert(FileCall::MapShared);
+    if (mode != JournalMode::WriteAheadLog) {
+        calls.insert(FileCall::Access);
+        return calls;
     }
-    if (scenario.found == StorageScenario::Found::Unfinished && mode != JournalMode::WriteAheadLog) {
+    calls.insert(FileCall::LockShared);
+    if (scenario.name != "ExecuteMoreThanTheCacheHolds") { // whose preparation opens the log
+        calls.insert({FileCall::Open, FileCall::Access, FileCall::MapShared});
+    }
+    if (!scenario.readOnly) {
+        calls.insert(FileCall::Delete); // of the log, by closing
+    }
+    return calls;
+}
+
+// What keeps a change apart until it is committed, and the commit.
+std::set<FileCall> CallsOfWriting(JournalMode mode)
+{
+    switch (mode) {
+    case JournalMode::Delete:
+        return {FileCall::Open, FileCall::Write, FileCall::Sync, FileCall::Delete};
+    case JournalMode::Truncate:
+        return {FileCall::Open, FileCall::Write, FileCall::Sync, FileCall::Truncate};
+    default:
+        return {FileCall::Write, FileCall::Sync, FileCall::Truncate};
+    }
+}
+
+} // namespace
+
+std::set<FileCall> NecessaryCalls(const StorageScenario& scenario, JournalMode mode)
+{
+    if (scenario.name == "CloseInATransaction") {
+        return CallsOfClosingInATransaction(mode);
+    }
+    if (scenario.name == "CloseAfterAWrite") {
+        return CallsOfClosingAfterAWrite(mode);
+    }
+    std::set<FileCall> calls = CallsOfReading(scenario, mode);
+    const bool rollsBack = scenario.found == StorageScenario::Found::Unfinished && mode != JournalMode::WriteAheadLog;
+    if (rollsBack) {
         calls.insert(FileCall::CheckReservedLock);
     }
-    if (!scenario.changes.empty()) {
-        calls.insert({FileCall::Write, FileCall::Sync});
-        if (mode == JournalMode::Delete) {
-            calls.insert(FileCall::Delete);
-        } else if (mode == JournalMode::Truncate) {
-            calls.insert(FileCall::Truncate);
-        }
+    if (rollsBack || !scenario.changes.empty()) {
+        calls.merge(CallsOfWriting(mode));
     }
     return calls;
 }
