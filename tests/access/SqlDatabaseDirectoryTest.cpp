@@ -1,3 +1,4 @@
+#include <sql/SqlCommand.h>
 #include <sql/SqlDatabase.h>
 
 #include <gmock/gmock.h>
@@ -6,6 +7,7 @@
 #include <fstream>
 #include <string>
 
+#include "support/DatabaseContent.h"
 #include "support/FailingAllocation.h"
 #include "support/HasRecord.h"
 #include "support/RecordedSqlite.h"
@@ -100,9 +102,15 @@ TEST_F(SqlDatabaseDirectoryTest, MissingAncestorsWithoutMemoryAreReportedLikeAny
         }
         EXPECT_EQ(opened, !fired) << "after " << failures << " allocations";
         EXPECT_THAT(database, HasRecord(fired ? 111 : 0, fired ? "Create directory failed: " + path : ""));
+        EXPECT_EQ(fs::exists(path), !fired) << "after " << failures << " allocations";
     }
 
     EXPECT_GT(failures, 8) << "too few allocations failed";
+    SqlDatabase database;
+    EXPECT_TRUE(database.Open(path, false));
+    EXPECT_TRUE(SqlCommand(database).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (7)"));
+    EXPECT_TRUE(database.Close());
+    EXPECT_EQ(ContentOf(path), (DatabaseContent{{"t", {{"7"}}}}));
 }
 
 TEST_F(SqlDatabaseDirectoryTest, MissingDirectoriesMayBeNamedWithDotsAndManySlashes)

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "api/CountedTable.h"
+#include "support/DatabaseContent.h"
 #include "support/ExistenceTest.h"
 #include "support/FailingAllocation.h"
 #include "support/HasRecord.h"
@@ -141,6 +142,8 @@ TEST_F(ExistDataFailureTest, EveryFailedAllocationIsACaughtException)
     }
 
     EXPECT_GT(failures, 3) << "no allocation failed";
+    EXPECT_TRUE(database.CloseDatabase());
+    EXPECT_EQ(ContentOf(path), (DatabaseContent{{"t", {{"1"}, {"2"}, {"3"}}}}));
 }
 
 TEST(ClosedDatabaseApiTest, ExistDataLeavesWhatSqliteAnswersWithoutAConnection)

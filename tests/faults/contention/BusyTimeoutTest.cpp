@@ -10,6 +10,7 @@
 
 #include "contention/ContendedFile.h"
 #include "support/Cells.h"
+#include "support/DatabaseContent.h"
 #include "support/HasRecord.h"
 #include "support/PlainSqlite.h"
 
@@ -73,7 +74,8 @@ TEST_F(BusyTimeoutTest, WaitThatWasTooShortEndsInTheSameRefusal)
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2 * 50));
     other.Execute("COMMIT");
     EXPECT_TRUE(database.WriteTableValues("entry", entry));
-    EXPECT_EQ(PlainSqlite(path).Rows("SELECT * FROM entry").size(), 1U);
+    EXPECT_TRUE(database.CloseDatabase());
+    EXPECT_EQ(ContentOf(path), (DatabaseContent{{"balance", {{"0"}}}, {"entry", {{"1", "1", "0"}}}}));
 }
 
 } // namespace

@@ -76,6 +76,7 @@ TEST_P(TestForTableTest, ExistsTableAndExistDataFindNothingWithCodeZero)
     int dataResult = -1;
 
     const bool exists = facade.ExistsTable("reading", existsResult);
+    const int firedAtFirst = disk.Fired();
     disk.Arm(GetParam());
     const int count = facade.ExistData("reading", "", dataResult);
 
@@ -83,7 +84,10 @@ TEST_P(TestForTableTest, ExistsTableAndExistDataFindNothingWithCodeZero)
     EXPECT_EQ(existsResult, 0);
     EXPECT_EQ(count, 0);
     EXPECT_EQ(dataResult, 0);
+    EXPECT_EQ(firedAtFirst, 1);
     EXPECT_EQ(disk.Fired(), 1);
+    EXPECT_TRUE(facade.CloseDatabase());
+    EXPECT_EQ(ContentOf(m_path), m_content);
 }
 
 INSTANTIATE_TEST_SUITE_P(Storage, TestForTableTest,
