@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 namespace Morvik::sql::tests {
 
 /// An object whose destructor never runs. Connections and cursors that were moved from may not be destroyed, so this is
@@ -11,7 +13,7 @@ template <typename T>
 class Undestroyed {
 public:
     template <typename... Arguments>
-    explicit Undestroyed(Arguments&... arguments) : m_object(arguments...)
+    explicit Undestroyed(Arguments&&... arguments) : m_object(std::forward<Arguments>(arguments)...)
     {}
     ~Undestroyed() {} // NOLINT(modernize-use-equals-default): that would be deleted for T's sake
 

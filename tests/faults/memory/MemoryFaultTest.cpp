@@ -22,9 +22,9 @@ namespace {
 std::vector<Scenario> AllScenarios()
 {
     std::vector<Scenario> all;
-    for (const auto& some :
-         {ConnectionScenarios(), CommandScenarios(), CursorScenarios(), ValueScenarios(), FacadeScenarios(),
-          FacadeTableScenarios(), FacadeRowScenarios(), FacadeReadScenarios(), RenderingScenarios()}) {
+    for (const auto& some : {ConnectionScenarios(), CommandScenarios(), CursorScenarios(), MoveScenarios(),
+                             ValueScenarios(), FacadeScenarios(), FacadeTableScenarios(), FacadeRowScenarios(),
+                             FacadeReadScenarios(), RenderingScenarios()}) {
         all.insert(all.end(), some.begin(), some.end());
     }
     return all;

@@ -59,6 +59,7 @@ struct Scenario {
 std::vector<Scenario> ConnectionScenarios();
 std::vector<Scenario> CommandScenarios();
 std::vector<Scenario> CursorScenarios();
+std::vector<Scenario> MoveScenarios();
 std::vector<Scenario> ValueScenarios();
 std::vector<Scenario> FacadeScenarios();
 std::vector<Scenario> FacadeTableScenarios();

@@ -1,0 +1,170 @@
+#include <sqlite3.h>
+
+#include <utility>
+
+#include "MovedAway.h"
+#include "Scenario.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+const std::string Query = "SELECT id, name FROM t WHERE name <> '' ORDER BY name, id";
+const std::string BoundQuery = "SELECT id, name FROM t WHERE id > ? ORDER BY id";
+const std::string OtherQuery = "SELECT name FROM room ORDER BY 1 DESC";
+const std::string Overflow = "SELECT abs(-9223372036854775807 - 1)";
+
+void ArrangeOpenCursor(Subject& subject)
+{
+    MakeWarmCursor(subject);
+    subject.cursor->Open(Query);
+    subject.cursor->ReadNext();
+}
+
+bool StepFirst(SqlCommand& command)
+{
+    return command.Prepare(BoundQuery) && command.BindInteger(1, 0) && command.Step();
+}
+
+void ArrangeSteppedCommand(Subject& subject)
+{
+    MakeWarmCommand(subject);
+    StepFirst(*subject.command);
+}
+
+// Moving onto a cursor closes the query that it holds; a failure of that is nobody's to hear of.
+Report ReplaceCursor(Subject& subject)
+{
+    SqlTable source(*subject.connection);
+    if (!source.Open(OtherQuery) || !source.ReadNext()) {
+        return ReportOf(false, source);
+    }
+    Undestroyed<SqlTable> closed(*subject.connection);
+
+    SqlTable& cursor = *subject.cursor;
+    cursor = std::move(source);
+    source = std::move(*closed);
+
+    subject.text = cursor.GetText(0);
+    return ReportOf(cursor.IsOpen() && cursor.GetLastError() == SQLITE_ROW, cursor);
+}
+
+Report ReplaceFailedCursor(Subject& subject)
+{
+    const SqlTable& cursor = *subject.cursor;
+    if (!cursor.Open(Overflow)) {
+        return ReportOf(false, cursor);
+    }
+    return cursor.ReadNext() ? ReportOf(false, cursor) : ReplaceCursor(subject);
+}
+
+Report ReplaceCommand(Subject& subject)
+{
+    SqlCommand source(*subject.connection);
+    if (!StepFirst(source)) {
+        return ReportOf(false, source);
+    }
+
+    SqlCommand& command = *subject.command;
+    command = std::move(source);
+
+    subject.integer = command.ColumnInt64(0);
+    subject.text = command.ColumnText(1);
+    return ReportOf(command.HasRowData(), command);
+}
+
+Report ReplaceFailedCommand(Subject& subject)
+{
+    SqlCommand& command = *subject.command;
+    command.Finalize();
+    if (!command.Prepare(Overflow)) {
+        return ReportOf(false, command);
+    }
+    return command.Step() ? ReportOf(false, command) : ReplaceCommand(subject);
+}
+
+Report WalkMovedCursor(Subject& subject)
+{
+    if (!subject.cursor->Open(Query)) {
+        return ReportOf(false, *subject.cursor);
+    }
+    if (!subject.cursor->ReadNext()) {
+        subject.cursor->Close(); // which tells the reason
+        return ReportOf(false, *subject.cursor);
+    }
+    MovedAway<SqlTable> cursor(*subject.cursor);
+    do {
+        subject.integer += cursor->GetInt64(0);
+        subject.text += cursor->GetText(1);
+    } while (cursor->ReadNext());
+    const bool ended = cursor->GetLastError() == SQLITE_OK;
+    const bool closed = cursor->Close();
+    return ReportOf(ended && closed, *cursor);
+}
+
+Report StepMovedCommand(Subject& subject)
+{
+    subject.command->Finalize();
+    if (!StepFirst(*subject.command)) {
+        return ReportOf(false, *subject.command);
+    }
+    MovedAway<SqlCommand> command(*subject.command);
+    bool stepped = true;
+    for (; stepped && command->HasRowData(); stepped = command->Step()) {
+        subject.integer += command->ColumnInt64(0);
+        subject.text += command->ColumnText(1);
+    }
+    return ReportOf(stepped && command->Finalize(), *command);
+}
+
+// A statement belongs to the connection wherever that is, and can be used again when it is back.
+Report UseMovedConnection(Subject& subject)
+{
+    {
+        MovedAway<SqlDatabase> connection(*subject.connection);
+        if (connection->Close() || connection->GetLastError() != SQLITE_BUSY) {
+            return ReportOf(false, *connection);
+        }
+        SqlCommand reading(*connection);
+        if (!StepFirst(reading)) {
+            return ReportOf(false, reading);
+        }
+        subject.text = reading.ColumnText(1);
+    }
+    SqlCommand& command = *subject.command;
+    command.Reset();
+    const bool stepped = command.Step();
+    subject.integer = command.ColumnInt64(0);
+    return ReportOf(stepped && command.HasRowData(), command);
+}
+
+} // namespace
+
+std::vector<Scenario> MoveScenarios()
+{
+    return {
+        {.name = "MoveOntoAnOpenCursor",
+         .arrange = ArrangeOpenCursor,
+         .act = ReplaceCursor,
+         .least = {20, 2},
+         .refusalsForSqlite = FailedStep},
+        {.name = "MoveOntoAFailedCursor",
+         .arrange = MakeWarmCursor,
+         .act = ReplaceFailedCursor,
+         .least = {20, 3},
+         .refusalsForSqlite = FailedStep},
+        {.name = "MoveOntoACommandHoldingAStatement",
+         .arrange = ArrangeSteppedCommand,
+         .act = ReplaceCommand,
+         .least = {20, 1}},
+        {.name = "MoveOntoAFailedCommand", .arrange = MakeWarmCommand, .act = ReplaceFailedCommand, .least = {20, 2}},
+        {.name = "WalkMovedCursor", .arrange = MakeWarmCursor, .act = WalkMovedCursor, .least = {20, 3}},
+        {.name = "StepMovedCommand", .arrange = MakeWarmCommand, .act = StepMovedCommand, .least = {20, 2}},
+        {.name = "UseMovedConnectionHoldingAStatement",
+         .arrange = ArrangeSteppedCommand,
+         .act = UseMovedConnection,
+         .least = {20, 2}},
+    };
+}
+
+} // namespace Morvik::sql::tests
