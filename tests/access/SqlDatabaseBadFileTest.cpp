@@ -18,6 +18,7 @@
 #include "support/PlainSqlite.h"
 #include "support/RecordedSqlite.h"
 #include "support/ScopedPermissions.h"
+#include "support/ScopedWorkingDirectory.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -29,7 +30,7 @@ using testing::ElementsAre;
 
 constexpr int ForWriting = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
 
-std::string ContentOf(const std::string& path)
+std::string BytesOfFile(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
@@ -78,6 +79,16 @@ TEST_F(SqlDatabaseBadFileTest, NamedPipeIsRefusedWithoutBeingOpened)
     close(otherEnd);
 }
 
+TEST_F(SqlDatabaseBadFileTest, PipeOfThatNameIsNotInTheWayOfADatabaseInMemory)
+{
+    const ScopedWorkingDirectory here(directory.Path());
+    ASSERT_EQ(mkfifo(":memory:", 0600), 0);
+
+    EXPECT_TRUE(database.Open(":memory:", false));
+
+    EXPECT_TRUE(SqlCommand(database).Execute("CREATE TABLE t (a)"));
+}
+
 // At once, so that memory still holds what the system told of the pipe.
 TEST_F(SqlDatabaseBadFileTest, NewFileIsNotTakenForThePipeThatWasRefusedBefore)
 {
@@ -102,7 +113,7 @@ TEST_F(SqlDatabaseBadFileTest, FileInPlaceOfTheDirectoryIsLeftToSqliteToRefuse)
                 HasRecord(SQLITE_CANTOPEN, FailureOfOpen(directory.File("file/test.db"), ForWriting).message));
     EXPECT_NE(database.GetLastErrorMsg(), "");
     EXPECT_FALSE(database.IsOpen());
-    EXPECT_EQ(ContentOf(directory.File("file")), "content");
+    EXPECT_EQ(BytesOfFile(directory.File("file")), "content");
 }
 
 TEST_F(SqlDatabaseBadFileTest, DirectoryIsNoDatabase)
@@ -189,7 +200,7 @@ TEST_F(SqlDatabaseBadFileTest, FileThatIsNoDatabaseIsRefusedAtItsFirstUse)
     EXPECT_FALSE(command.Execute("CREATE TABLE t(a)"));
     EXPECT_THAT(command, HasRecord(SQLITE_NOTADB, sqlite3_errstr(SQLITE_NOTADB)));
     EXPECT_TRUE(database.Close());
-    EXPECT_EQ(ContentOf(path), content);
+    EXPECT_EQ(BytesOfFile(path), content);
 }
 
 TEST_F(SqlDatabaseBadFileTest, DatabaseLockedByAnotherConnectionOpensAndRefusesUse)

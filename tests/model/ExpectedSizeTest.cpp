@@ -57,9 +57,13 @@ TEST(ExpectedSizeTest, OtherDoublesMayTakeAnExponent)
 
 TEST(ExpectedSizeTest, NumbersFitWhereTheLongestDoes)
 {
-    StatementText integer(LongestNumber);
-    StatementText small(LongestNumber);
-    StatementText large(LongestNumber);
+    const std::string before(100, 'x');
+    StatementText integer(before.size() + LongestNumber);
+    StatementText small(before.size() + LongestNumber);
+    StatementText large(before.size() + LongestNumber);
+    for (StatementText* text : {&integer, &small, &large}) {
+        *text += before;
+    }
 
     const FailingAllocation failing(0, FailureExtent::ForEver);
     AppendNumber(integer, std::numeric_limits<std::int32_t>::min());
