@@ -68,28 +68,33 @@ quietly with_pkg_config "$moved" g++ -std=c++23 -fno-rtti
 step "Building programs with clang++" quietly with_pkg_config "$moved" clang++ -std=c++20 -fno-rtti
 quietly with_pkg_config "$work/build/packages/all/usr" clang++ -std=c++2b
 
-# guide: builds the project that the guide shows, in both of its ways, and compares what it prints.
-guide()
-(
-    page=$project/docs/guide/getting-started.md libraries=$1/lib/$native
+# guide FOLDER: builds the project that the guide shows, in both of its ways, and compares what it prints. Does so in a
+# shell of its own, for it changes the folder.
+build_guide()
+{
+    local page=$project/docs/guide/getting-started.md libraries=$1/lib/$native
     # block WORD: the code between the fences that begin with it
     block()
     {
         sed -n "/^\`\`\`$1\$/,/^\`\`\`\$/p" "$page" | sed '1d;$d'
     }
-    mkdir -p "$work/guide" && cd "$work/guide" || exit
+    mkdir -p "$work/guide" && cd "$work/guide" || return
     block 'cpp program' >main.cpp
     block cmake >CMakeLists.txt
     block text >expected
-    CMAKE_PREFIX_PATH=$1 cmake -B build && cmake --build build && ./build/doors >printed && cmp expected printed || exit
-    export PKG_CONFIG_PATH=$libraries/pkgconfig LD_LIBRARY_PATH=$libraries
+    CMAKE_PREFIX_PATH=$1 cmake -B build && cmake --build build && ./build/doors >printed && cmp expected printed || return
+    local -x PKG_CONFIG_PATH=$libraries/pkgconfig LD_LIBRARY_PATH=$libraries
     rm -r state
-    eval "$(block sh)" && ./doors >printed && cmp expected printed || exit
-    if ./doors 2>complaint; then exit 1; fi
-    grep -qF "$(grep -o 'UNIQUE constraint failed: [a-z.]*' "$page")" complaint || exit
+    eval "$(block sh)" && ./doors >printed && cmp expected printed || return
+    if ./doors 2>complaint; then return 1; fi
+    grep -qF "$(grep -o 'UNIQUE constraint failed: [a-z.]*' "$page")" complaint || return
     unset LD_LIBRARY_PATH
     eval "$(block sh) $(grep -o -- '-Wl,-rpath,"[^"]*"' "$page")" && rm -r state && ./doors >printed && cmp expected printed
-)
+}
+guide()
+{
+    (build_guide "$1")
+}
 step "Building the project of the guide" quietly guide "$work/build/packages/all/usr"
 
 # The package of such a program needs the library's, which its symbols file says.
