@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs the packages, for this machine and for the target, in a bare Debian 12 of their own, as a user would, and runs
-# programs against them there. Not a part of .ci/run: it fetches some hundred megabytes and takes four minutes. It needs root
-# for the bare system, which it makes in build/check-packages and removes when all is well.
+# programs against them there. Not a part of .ci/run: it fetches some hundred megabytes and takes about three minutes. It
+# needs root for the bare system, which it makes in build/check-packages and removes when all is well.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
 
