@@ -145,11 +145,11 @@ long long SqlTable::GetInt64(int column) const
 
 std::string SqlTable::GetText(int column) const
 {
+    // The type is read first: a conversion that runs out of memory leaves the value NULL.
+    const int storageClass = sqlite3_column_type(m_impl->statement, column);
     const unsigned char* text = sqlite3_column_text(m_impl->statement, column);
     if (text == nullptr) {
-        // A conversion that fails for lack of memory leaves the value NULL.
-        const bool noMemory = m_impl->statement != nullptr && sqlite3_errcode(m_impl->Handle()) == SQLITE_NOMEM;
-        ThrowMissingData(noMemory ? SQLITE_TEXT : sqlite3_column_type(m_impl->statement, column));
+        ThrowMissingData(storageClass);
     }
     return reinterpret_cast<const char*>(text);
 }

@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "support/AbandonedConnection.h"
 #include "support/HasRecord.h"
 #include "support/RecordedSqlite.h"
 #include "support/WithOpenDatabase.h"
@@ -35,7 +36,7 @@ protected:
     const SqlTable table{database};
 };
 
-TEST_F(SqlTableColumnTest, EveryReadMakesOneCallAndLeavesTheRecord)
+TEST_F(SqlTableColumnTest, EveryReadMakesItsCallsAndLeavesTheRecord)
 {
     ReadRow("SELECT 'abc', 11, 12, 'text', x'01', 15");
     const RecordedSqlite sqlite;
@@ -49,7 +50,8 @@ TEST_F(SqlTableColumnTest, EveryReadMakesOneCallAndLeavesTheRecord)
 
     EXPECT_THAT(sqlite.Calls(),
                 ElementsAre("sqlite3_column_bytes(0)", "sqlite3_column_int(1)", "sqlite3_column_int64(2)",
-                            "sqlite3_column_text(3)", "sqlite3_column_blob(4)", "sqlite3_column_value(5)"));
+                            "sqlite3_column_type(3)", "sqlite3_column_text(3)", "sqlite3_column_blob(4)",
+                            "sqlite3_column_value(5)"));
     EXPECT_THAT(table, HasRecord(SQLITE_ROW, ""));
 }
 
@@ -129,16 +131,22 @@ TEST_F(SqlTableColumnTest, TextThatCannotBeHandedOutIsOutOfMemory)
     EXPECT_EQ(table.GetText(0), "text");
 }
 
-TEST_F(SqlTableColumnTest, NullThatIsLeftOfALostConversionIsOutOfMemory)
+TEST_F(SqlTableColumnTest, TextAsksForTheTypeFirst)
 {
     ReadRow("SELECT NULL");
     RecordedSqlite sqlite;
-    sqlite.ReplaceNextResult("sqlite3_errcode", SQLITE_NOMEM, true);
 
-    EXPECT_THROW(table.GetText(0), std::bad_alloc);
+    EXPECT_THROW(table.GetText(0), std::logic_error);
 
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_text(0)", "sqlite3_errcode(handle)"));
-    EXPECT_FALSE(sqlite.Pending());
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_type(0)", "sqlite3_column_text(0)"));
+}
+
+TEST_F(SqlTableColumnTest, TextOfNullIsALogicErrorOnAConnectionThatWasAssignedOver)
+{
+    ReadRow("SELECT NULL");
+    const AbandonedConnection abandoned(database);
+
+    EXPECT_THROW(table.GetText(0), std::logic_error);
 }
 
 TEST_F(SqlTableColumnTest, IndexOutOfRangeIsPassedToSqliteUnchecked)

@@ -66,6 +66,15 @@ TEST_F(LostConversionTest, TextOfNullIsALogicErrorAlsoAfterALostConversion)
     EXPECT_THROW(cursor[0].GetValue<std::string>(), std::logic_error);
 }
 
+TEST_F(LostConversionTest, TextOfNullIsALogicErrorWhileTheConnectionHasCode7)
+{
+    ASSERT_TRUE(cursor.Open("SELECT 4294967296, NULL") && cursor.ReadNext());
+    EXPECT_THROW(WithoutMemory([&] { return cursor.GetText(0); }), std::bad_alloc);
+    ASSERT_EQ(sqlite3_errcode(connection.GetNativeDatabaseInstance<sqlite3>()), SQLITE_NOMEM);
+
+    EXPECT_THROW(cursor.GetText(1), std::logic_error);
+}
+
 TEST_F(LostConversionTest, TextOfACommandIsEmptyAndTheNextStepTells)
 {
     EXPECT_EQ(WithoutMemory([&] { return command.ColumnText(0); }), "");
