@@ -2,14 +2,11 @@
 
 #include <sql/SqlError.h>
 
-#include <cstddef>
-#include <string_view>
 #include <utility>
 
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 #include <sqlite3.h>
-#include <sys/stat.h>
 
 #include "access/ConnectionMessage.h"
 #include "access/ResultCode.h"
@@ -18,31 +15,35 @@ namespace Morvik::sql {
 
 namespace {
 
-// The one name that SQLite takes for no file's.
-constexpr std::string_view InMemory = ":memory:";
+namespace fs = boost::filesystem;
 
-// Nothing can be opened behind a device.
-constexpr const char* NoFile = "/dev/null/none";
+// Does what create_directories() does. Boost 1.74 ends the process when memory runs out while it creates a missing
+// ancestor, so the ancestors are created first, each by a call that has no other one to create.
+void CreateDirectories(const fs::path& directory)
+{
+    const fs::path parent = directory.parent_path();
+    if (!parent.empty() && !fs::exists(parent)) {
+        CreateDirectories(parent);
+    }
+    fs::create_directories(directory);
+}
 
 } // namespace
 
 class __attribute__((visibility("hidden"))) SqlDatabase::Impl {
 public:
-    bool CreateMissingDirectories(const std::string& path);
+    bool CreateParentDirectory(const std::string& path);
 
     SqlError record;
     sqlite3* handle = nullptr;
 };
 
-bool SqlDatabase::Impl::CreateMissingDirectories(const std::string& path)
+bool SqlDatabase::Impl::CreateParentDirectory(const std::string& path)
 {
     try {
-        const boost::filesystem::path directory = boost::filesystem::path(path).parent_path();
-        if (!boost::filesystem::exists(directory)) {
-            // Level by level, because Boost ends the process when memory runs out while it makes a missing ancestor.
-            for (std::size_t end = 0; (end = path.find('/', end + 1)) != std::string::npos;) {
-                boost::filesystem::create_directory(std::string(path.data(), end));
-            }
+        const fs::path parent = fs::path(path).parent_path();
+        if (!parent.empty() && !fs::exists(parent)) {
+            CreateDirectories(parent);
         }
         return true;
     } catch (...) {
@@ -69,24 +70,13 @@ bool SqlDatabase::Open(const std::string& path, bool readOnly)
     if (IsOpen()) {
         return false;
     }
-    const char* file = path.c_str();
-    if (path != InMemory) {
-        struct stat64 status;
-        const bool exists = stat64(file, &status) == 0;
-        // The directory is made for a read-only open too; applications rely on finding it afterwards. Where the file
-        // exists, so does its directory; a name with a colon in front is looked for where the process stands.
-        if (!exists && *file != ':' && !m_impl->CreateMissingDirectories(path)) {
-            return false;
-        }
-        // Opening a named pipe may wait for its other end, perhaps for ever. SQLite, which would find only afterwards
-        // that it is no file, gets to refuse another path in its place.
-        if (exists && S_ISFIFO(status.st_mode)) {
-            file = NoFile;
-        }
+    // The directory is created for a read-only open too; callers rely on finding it afterwards.
+    if (!path.starts_with(':') && !m_impl->CreateParentDirectory(path)) {
+        return false;
     }
 
     const int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
-    m_impl->record.SetError(sqlite3_open_v2(file, &m_impl->handle, flags, nullptr));
+    m_impl->record.SetError(sqlite3_open_v2(path.c_str(), &m_impl->handle, flags, nullptr));
     if (m_impl->record.Succeeded()) {
         return true;
     }

@@ -3,9 +3,15 @@
 
 #include <gmock/gmock.h>
 
+#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/path.hpp>
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <string>
+#include <utility>
 
 #include "support/DatabaseContent.h"
 #include "support/FailingAllocation.h"
@@ -20,6 +26,7 @@ namespace Morvik::sql::tests {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 using testing::IsEmpty;
 
 // Parent directories that can be neither found nor created.
@@ -85,7 +92,7 @@ TEST_F(SqlDatabaseDirectoryTest, DirectoryWithoutPermissionCannotBeCreated)
     EXPECT_TRUE(fs::is_empty(directory.Path()));
 }
 
-// Boost ends the process when it has no memory while it makes an ancestor of what it is asked for.
+// Boost 1.74 ends the process when it has no memory while it makes an ancestor of what it is asked for.
 TEST_F(SqlDatabaseDirectoryTest, MissingAncestorsWithoutMemoryAreReportedLikeAnyOther)
 {
     const std::string path = directory.File("one/two/three/four/new.db");
@@ -113,20 +120,58 @@ TEST_F(SqlDatabaseDirectoryTest, MissingAncestorsWithoutMemoryAreReportedLikeAny
     EXPECT_EQ(ContentOf(path), (DatabaseContent{{"t", {{"7"}}}}));
 }
 
-TEST_F(SqlDatabaseDirectoryTest, MissingDirectoriesMayBeNamedWithDotsAndManySlashes)
+// Runs the action in a new directory, which an ordinary user may write to, as that user and under the umask. Returns
+// what the action returned, and the directories that are there afterwards.
+template <typename Action>
+std::pair<bool, std::set<std::string>> DirectoriesAfter(mode_t mask, const Action& action)
 {
+    const TemporaryDirectory directory;
     fs::create_directory(directory.Path() / "here");
     const ScopedWorkingDirectory working(directory.Path() / "here");
+    bool done = false;
+    {
+        OpenToEverybody(directory.Path());
+        const ScopedPermissions ordinaryUser(directory.Path() / "here", fs::perms::all);
+        const mode_t previous = umask(mask);
+        done = action();
+        umask(previous);
+    }
+    std::set<std::string> found;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(".")) {
+        if (entry.is_directory()) {
+            found.insert(entry.path());
+        }
+    }
+    return {done, found};
+}
 
-    for (const char* const path : {"./a/b/new.db", "../here/c/new.db", "../there/new.db", "d/../e/new.db",
-                                   "f//g///h/new.db", "i/./j/new.db", ".k/new.db", ".../l/new.db"}) {
-        SqlDatabase database;
+TEST_F(SqlDatabaseDirectoryTest, MissingDirectoriesAreThoseThatBoostCreates)
+{
+    const std::string slashes(4095, '/');
+    for (const mode_t mask : {mode_t{022}, mode_t{0333}}) {
+        for (const std::string& path :
+             {"./a/b/new.db"s, "../here/c/new.db"s, "../there/new.db"s, "d/../e/new.db"s, "f//g///h/new.db"s,
+              "i/./j/new.db"s, ".k/new.db"s, ".../l/new.db"s, "m/.."s, "m/../n"s, "m/../o/new.db"s, "m/./"s, "m/."s,
+              "m//"s, "sl" + slashes + "x.db", "sl" + slashes + "/y/x.db", "p/q" + slashes, "r/../../here/s/new.db"s}) {
+            SCOPED_TRACE(path.substr(0, 20) + " under umask " + std::to_string(mask));
+            const auto [opened, made] = DirectoriesAfter(mask, [&path] {
+                SqlDatabase database;
+                database.Open(path, false);
+                return database.GetLastError() != 111;
+            });
 
-        const bool opened = database.Open(path, false);
+            const auto [created, expected] = DirectoriesAfter(mask, [&path] {
+                const boost::filesystem::path parent = boost::filesystem::path(path).parent_path();
+                try {
+                    return boost::filesystem::exists(parent) || boost::filesystem::create_directories(parent) || true;
+                } catch (const boost::filesystem::filesystem_error&) {
+                    return false;
+                }
+            });
 
-        EXPECT_TRUE(opened) << path;
-        EXPECT_THAT(database, HasRecord(0, "")) << path;
-        EXPECT_TRUE(fs::is_regular_file(path)) << path;
+            EXPECT_EQ(opened, created);
+            EXPECT_EQ(made, expected);
+        }
     }
 }
 

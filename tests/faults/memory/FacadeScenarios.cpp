@@ -107,8 +107,16 @@ std::vector<Scenario> FacadeScenarios()
 {
     return {
         {.name = "ConstructFacade", .arrange = Nothing, .act = Construct, .least = {0, 3}},
-        {.name = "OpenDatabase", .arrange = ArrangeClosed, .act = Open<false>, .least = {50, 0}},
-        {.name = "OpenDatabaseReadOnly", .arrange = ArrangeClosed, .act = Open<true>, .least = {50, 0}},
+        {.name = "OpenDatabase",
+         .arrange = ArrangeClosed,
+         .act = Open<false>,
+         .least = {50, 1},
+         .refusalsForNew = {CreateDirectoryFailed}},
+        {.name = "OpenDatabaseReadOnly",
+         .arrange = ArrangeClosed,
+         .act = Open<true>,
+         .least = {50, 1},
+         .refusalsForNew = {CreateDirectoryFailed}},
         {.name = "OpenDatabaseInMissingDirectories",
          .arrange = ArrangeMissingDirectories,
          .act = Open<false>,
