@@ -10,8 +10,8 @@ namespace Morvik::sql {
 
 class DatabaseApi;
 
-/// Walks the query begun with DatabaseApi::SqlQueryBegin, one row at a time: a C++20 input iterator, made by
-/// DatabaseApi::begin and DatabaseApi::end.
+/// Walks the query begun with DatabaseApi::SqlQueryBegin, one row at a time: an input iterator for range-for, ranges
+/// and the algorithms of namespace std, made by DatabaseApi::begin and DatabaseApi::end.
 ///
 ///     for (const DbTableRowValues& row : database) { ... }
 ///     if (database.Failed()) { ... }   // the walk ended early
@@ -21,6 +21,7 @@ class DatabaseApi;
 class __attribute__((visibility("default"))) DbTableRowIterator {
 public:
     using iterator_concept = std::input_iterator_tag; ///< Each row is seen once.
+    using iterator_category = iterator_concept;       ///< The same for the algorithms of namespace std.
     using value_type = DbTableRowValues;              ///< A row.
     using difference_type = std::ptrdiff_t;           ///< Required of an iterator; rows are not counted.
     using pointer = const DbTableRowValues*;          ///< The current row.
@@ -40,8 +41,27 @@ public:
     /// facade's code then tells the end of the rows (0) from a failure. Must not be called on an end iterator.
     DbTableRowIterator& operator++();
 
-    /// The same as the prefix form; returns nothing, because the earlier row is gone.
-    void operator++(int) { ++*this; }
+    /// The row that an iterator was on before its postfix increment.
+    class PostfixRow {
+    public:
+        /// The row, a copy.
+        reference operator*() const noexcept { return m_row; }
+
+    private:
+        friend class DbTableRowIterator; ///< Makes it.
+
+        explicit PostfixRow(reference row) : m_row(row) {}
+
+        DbTableRowValues m_row;
+    };
+
+    /// The same as the prefix form. Returns a copy of the earlier row, which the facade holds no longer.
+    PostfixRow operator++(int)
+    {
+        PostfixRow earlier(*m_row);
+        ++*this;
+        return earlier;
+    }
 
     /// Equal when both belong to the same facade and both stand on a row, or both are at the end.
     friend bool operator==(const DbTableRowIterator& left, const DbTableRowIterator& right) noexcept

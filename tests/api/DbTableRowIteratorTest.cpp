@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <concepts>
 #include <iterator>
+#include <numeric>
 #include <ranges>
 #include <type_traits>
 #include <utility>
@@ -27,7 +28,8 @@ static_assert(std::semiregular<DbTableRowIterator> && std::equality_comparable<D
 static_assert(std::same_as<std::iter_value_t<DbTableRowIterator>, DbTableRowValues>);
 static_assert(std::same_as<std::iter_reference_t<DbTableRowIterator>, const DbTableRowValues&>);
 static_assert(std::same_as<decltype(++std::declval<DbTableRowIterator&>()), DbTableRowIterator&>);
-static_assert(std::same_as<decltype(std::declval<DbTableRowIterator&>()++), void>);
+static_assert(std::same_as<std::iterator_traits<DbTableRowIterator>::iterator_category, std::input_iterator_tag>);
+static_assert(std::convertible_to<decltype(*std::declval<DbTableRowIterator&>()++), DbTableRowValues>);
 static_assert(std::ranges::input_range<DatabaseApi&> && std::ranges::common_range<DatabaseApi&>);
 static_assert(!std::ranges::range<const DatabaseApi&>, "beginning a walk fetches a row");
 
@@ -51,6 +53,39 @@ TEST_F(DbTableRowIteratorTest, RangeForVisitsEveryRowInOrder)
     }
 
     EXPECT_THAT(numbers, ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(database, HasRecord(0, ""));
+}
+
+TEST_F(DbTableRowIteratorTest, ClassicAlgorithmsTakeTheRows)
+{
+    const auto isTwo = [](const DbTableRowValues& row) { return First(row) == 2; };
+    const DbTableRowIterator found = std::find_if(database.begin(), database.end(), isTwo);
+    ASSERT_NE(found, database.end());
+    EXPECT_EQ(First(*found), 2);
+
+    const std::vector<DbTableRowValues> rest(database.begin(), database.end());
+    EXPECT_EQ(rest.size(), 2U);
+    EXPECT_EQ(First(rest.at(0)), 3);
+    EXPECT_EQ(First(rest.at(1)), 4);
+
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+    const auto add = [](int sum, const DbTableRowValues& row) { return sum + First(row); };
+    EXPECT_EQ(std::accumulate(database.begin(), database.end(), 0, add), 10);
+    EXPECT_THAT(database, HasRecord(0, ""));
+}
+
+TEST_F(DbTableRowIteratorTest, PostfixIncrementReturnsTheEarlierRow)
+{
+    DbTableRowIterator row = database.begin();
+
+    const DbTableRowValues first = *row++;
+
+    EXPECT_EQ(First(first), 1);
+    EXPECT_EQ(First(*row), 2);
+    EXPECT_EQ(First(*row++), 2);
+    EXPECT_EQ(First(*row++), 3);
+    EXPECT_EQ(First(*row++), 4);
+    EXPECT_EQ(row, database.end());
     EXPECT_THAT(database, HasRecord(0, ""));
 }
 
