@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 #include <variant>
@@ -13,14 +14,20 @@ namespace Morvik::sql {
 
 namespace {
 
+// A walk keeps the memory of a text or blob for the next row, unless it is larger than this and than twice the value.
+constexpr std::size_t LargestKeptBuffer = 4096;
+
 // Copies the bytes into the alternative, whose memory is used again if the cell holds it already.
 template <typename Alternative, typename Bytes>
 void Store(DbTableColumnValue& cell, const Bytes& bytes)
 {
-    if (auto* const held = std::get_if<Alternative>(&cell.value)) {
+    auto* const held = std::get_if<Alternative>(&cell.value);
+    if (held == nullptr) {
+        cell.value.emplace<Alternative>(bytes.begin(), bytes.end());
+    } else if (held->capacity() <= std::max(LargestKeptBuffer, 2 * bytes.size())) {
         held->assign(bytes.begin(), bytes.end());
     } else {
-        cell.value.emplace<Alternative>(bytes.begin(), bytes.end());
+        Alternative(bytes.begin(), bytes.end()).swap(*held); // assigning a short text would keep the memory
     }
 }
 

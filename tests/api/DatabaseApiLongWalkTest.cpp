@@ -78,6 +78,52 @@ TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryWhenTheCallerKeepsTheRow)
     EXPECT_EQ(LiveBytes(), atFirst);
 }
 
+// Every kind of value in place of a large text or blob, and a shorter text: none of them needs its memory.
+TEST_F(DatabaseApiLongWalkTest, LargeBufferIsReleasedByTheNextRowThatDoesNotNeedIt)
+{
+    constexpr std::size_t Large = std::size_t{1} << 20;
+    for (const char* const large : {"printf('%1048576d', 1)", "zeroblob(1048576)"}) {
+        for (const char* const next : {"1", "0.5", "'text'", "x'00'", "NULL", "printf('%5000d', 1)"}) {
+            SCOPED_TRACE(std::string(large) + " before " + next);
+            ASSERT_TRUE(database.SqlQueryBegin(std::string("SELECT ") + next + " UNION ALL SELECT " + large +
+                                               " UNION ALL SELECT " + next));
+            DbTableRowValues row;
+            ASSERT_TRUE(database.ReadNextRow(row));
+            ASSERT_TRUE(database.ReadNextRow(row));
+            const std::size_t withLarge = LiveBytes();
+
+            ASSERT_TRUE(database.ReadNextRow(row));
+
+            EXPECT_LT(LiveBytes(), withLarge - Large * 9 / 10) << "SQLite keeps its own copy, the row does not";
+        }
+    }
+}
+
+TEST_F(DatabaseApiLongWalkTest, BufferOfOrdinarySizeServesTheNextRow)
+{
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT printf('%4000d', 1) UNION ALL SELECT 'a text of over 15 bytes'"));
+    DbTableRowValues row;
+    ASSERT_TRUE(database.ReadNextRow(row));
+    const char* const buffer = std::get<std::string>(row.cells.at(0).value).data();
+
+    ASSERT_TRUE(database.ReadNextRow(row));
+
+    EXPECT_EQ(std::get<std::string>(row.cells.at(0).value).data(), buffer);
+}
+
+TEST_F(DatabaseApiLongWalkTest, FacadeReleasesItsRowWhenAQueryIsBegun)
+{
+    const std::size_t before = LiveBytes();
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT zeroblob(1048576)"));
+    ASSERT_NE(database.begin(), database.end());
+    ASSERT_TRUE(database.CloseReadTable());
+    ASSERT_GT(LiveBytes(), before + (std::size_t{1} << 20)) << "closing leaves the current row as it is";
+
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT 1"));
+
+    EXPECT_LT(LiveBytes(), before + (std::size_t{1} << 19));
+}
+
 TEST_F(DatabaseApiLongWalkTest, WholeReadHoldsEveryRow)
 {
     constexpr int Rows = 10'000;
