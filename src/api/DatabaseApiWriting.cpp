@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstddef>
+#include <ostream>
 #include <span>
 
 #include "access/ResultCode.h"
@@ -47,14 +48,19 @@ std::size_t RowSize(const DbTableRowValues& row)
     return size;
 }
 
-[[gnu::cold]] std::string InvalidCellMessage(int position, std::uint32_t column)
+struct CellPosition {
+    int position;
+    std::uint32_t column;
+};
+
+[[gnu::cold]] std::string InvalidCellMessage(const CellPosition& cell)
 {
-    constexpr std::string_view Prefix = "Invalid column value: (row | column)";
-    StatementText message(Prefix.size() + std::size("0|0"));
-    message += Prefix;
-    AppendNumber(message, position);
-    message += '|';
-    AppendNumber(message, column);
+    StatementText message(0);
+    const StreamInsertion insert = [](std::ostream& stream, const void* value) {
+        const auto& [position, column] = *static_cast<const CellPosition*>(value);
+        stream << "Invalid column value: (row | column)" << position << '|' << column;
+    };
+    AppendStreamed(message, insert, &cell);
     return message.Take();
 }
 
@@ -70,7 +76,7 @@ void DatabaseApi::Impl::AppendCells(StatementText& sql, const DbTableRowValues& 
             sql += ',';
         }
         if (!ColumnValueAsString(cell, sql)) {
-            Fail(MissingValue, InvalidCellMessage(position, cell.column));
+            Fail(MissingValue, InvalidCellMessage({position, cell.column}));
             return;
         }
         ++position;

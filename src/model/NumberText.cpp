@@ -3,11 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cfenv>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <ios>
+#include <locale>
+#include <new>
 #include <sstream>
+#include <string_view>
 
 #include "model/StatementText.h"
 
@@ -21,25 +25,20 @@ constexpr int Precision = 6;
 // Enough for "-1.23457e+308" and "-2147483648".
 constexpr std::size_t LongestNumber = 13;
 
-using StreamInsertion = void (*)(std::ostream& stream, const void* number);
-
-[[gnu::cold, gnu::noinline]] void AppendInserted(StatementText& text, StreamInsertion insert, const void* number)
+template <typename Facet>
+bool SharesFacet(const std::locale& left, const std::locale& right)
 {
-    std::ostringstream stream;
-    // Otherwise the stream would swallow a failed allocation and go on with a number cut short.
-    stream.exceptions(std::ios_base::badbit);
-    insert(stream, number);
-    text += stream.view();
+    return &std::use_facet<Facet>(left) == &std::use_facet<Facet>(right);
 }
 
 // One stream serves every type of number: the code of a second one would be larger than all that is written here.
 template <typename Number>
-void AppendStreamed(StatementText& text, Number number)
+bool AppendStreamed(StatementText& text, Number number)
 {
     const StreamInsertion insert = [](std::ostream& stream, const void* value) {
         stream << *static_cast<const Number*>(value);
     };
-    AppendInserted(text, insert, &number);
+    return AppendStreamed(text, insert, &number);
 }
 
 [[gnu::noinline]] char* WriteDigits(char* end, std::uint32_t number)
@@ -102,11 +101,36 @@ char* WriteSixDigits(char* end, SixDigits number)
 
 } // namespace
 
-void AppendNumber(StatementText& text, std::int32_t number)
+// The facets are compared, not the locales: a locale that was combined from the classic one has its name.
+bool StreamsWritePlainNumbers()
 {
-    if (!text.HasClassicNumbers()) {
-        AppendStreamed(text, number);
-        return;
+    const std::locale current;
+    const std::locale& classic = std::locale::classic();
+    return SharesFacet<std::num_put<char>>(current, classic) && SharesFacet<std::numpunct<char>>(current, classic) &&
+           SharesFacet<std::ctype<char>>(current, classic) && std::fegetround() == FE_TONEAREST;
+}
+
+[[gnu::cold, gnu::noinline]] bool AppendStreamed(StatementText& text, StreamInsertion insert, const void* value)
+{
+    std::ostringstream stream;
+    // Otherwise the stream would discard a failed allocation and go on with a number cut short.
+    stream.exceptions(std::ios_base::badbit);
+    try {
+        insert(stream, value);
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (...) {
+        // A facet threw. As in any stream, the text that it wrote before is kept.
+    }
+    const std::string_view written = stream.view();
+    text += written;
+    return !written.empty();
+}
+
+bool AppendNumber(StatementText& text, std::int32_t number)
+{
+    if (!text.HasPlainNumbers()) {
+        return AppendStreamed(text, number);
     }
     char* end = text.Room(LongestNumber);
     auto magnitude = static_cast<std::uint32_t>(number);
@@ -115,29 +139,25 @@ void AppendNumber(StatementText& text, std::int32_t number)
         magnitude = 0 - magnitude;
     }
     text.AdvanceTo(WriteDigits(end, magnitude));
+    return true;
 }
 
-void AppendNumber(StatementText& text, std::uint32_t number)
+bool AppendNumber(StatementText& text, double number)
 {
-    AppendStreamed(text, number); // stands in a message only
-}
-
-void AppendNumber(StatementText& text, double number)
-{
-    if (!text.HasClassicNumbers()) {
-        AppendStreamed(text, number);
-        return;
+    if (!text.HasPlainNumbers()) {
+        return AppendStreamed(text, number);
     }
     char* end = text.Room(LongestNumber);
     SixDigits found{};
     if (!FindSixDigits(std::abs(number), found)) {
         text.AdvanceTo(std::to_chars(end, end + LongestNumber, number, std::chars_format::general, Precision).ptr);
-        return;
+        return true;
     }
     if (std::signbit(number)) {
         *end++ = '-';
     }
     text.AdvanceTo(WriteSixDigits(end, found));
+    return true;
 }
 
 std::size_t NumberSize(std::int32_t number)

@@ -1,12 +1,12 @@
 #include "model/StatementText.h"
 
-#include <locale>
+#include "model/NumberText.h"
 
 namespace Morvik::sql {
 
 StatementText::StatementText(std::size_t expectedSize)
     : m_text(expectedSize, '\0'), m_end(m_text.data()), m_limit(m_end + expectedSize),
-      m_hasClassicNumbers(std::locale() == std::locale::classic())
+      m_hasPlainNumbers(StreamsWritePlainNumbers())
 {}
 
 std::string StatementText::Take()

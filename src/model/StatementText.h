@@ -17,8 +17,8 @@ public:
 
     std::size_t Size() const { return static_cast<std::size_t>(m_end - m_text.data()); }
 
-    /// Whether the process-wide C++ locale was the classic one when the text was begun: numbers then need no stream.
-    bool HasClassicNumbers() const { return m_hasClassicNumbers; }
+    /// Whether a stream wrote numbers in their plain form when the text was begun; no stream is needed then.
+    bool HasPlainNumbers() const { return m_hasPlainNumbers; }
 
     StatementText& operator+=(char character)
     {
@@ -56,7 +56,7 @@ private:
     std::string m_text;
     char* m_end;
     char* m_limit;
-    bool m_hasClassicNumbers;
+    bool m_hasPlainNumbers;
 };
 
 } // namespace Morvik::sql

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <new>
 #include <string_view>
 
 #include <boost/algorithm/string/replace.hpp>
@@ -41,10 +40,7 @@ template <typename Number>
 bool AppendNumberOf(StatementText& sql, const DbTableColumnValue& cell)
 {
     const auto* const number = ValueOf<Number>(cell);
-    if (number != nullptr) {
-        AppendNumber(sql, *number);
-    }
-    return number != nullptr;
+    return number != nullptr && AppendNumber(sql, *number);
 }
 
 // Text and bytes stand between double quotation marks, not apostrophes: applications rely on what SQLite makes of it
@@ -79,7 +75,9 @@ bool AppendText(StatementText& sql, const std::string& text)
     return Holds(text, '\'') || Holds(text, '"') ? AppendDoubled(sql, text) : AppendQuoted(sql, text);
 }
 
-bool AppendLiteral(StatementText& sql, const DbTableColumnValue& cell)
+} // namespace
+
+bool ColumnValueAsString(const DbTableColumnValue& cell, StatementText& sql)
 {
     switch (cell.type) {
     case DbTableColumnType::None:
@@ -100,19 +98,6 @@ bool AppendLiteral(StatementText& sql, const DbTableColumnValue& cell)
         sql += function;
         return !function.empty();
     }
-    }
-}
-
-} // namespace
-
-bool ColumnValueAsString(const DbTableColumnValue& cell, StatementText& sql)
-{
-    try {
-        return AppendLiteral(sql, cell);
-    } catch (const std::bad_alloc&) {
-        throw; // a statement that could not be built whole must not be run
-    } catch (const std::exception&) {
-        return false; // thrown by a facet of the application's locale
     }
 }
 

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "support/Cells.h"
+#include "support/NumberLocales.h"
 #include "support/OpenFacade.h"
 #include "support/RecordedSqlite.h"
-#include "support/ScopedGlobalLocale.h"
 
 namespace Morvik::sql::tests {
 
@@ -100,6 +100,21 @@ TEST_F(DatabaseApiInvalidUpdateTest, NumbersOfTheMessageFollowTheProcessWideLoca
     UpdateAccepted({row});
 
     EXPECT_THAT(database, HasRecord(112, "Invalid column value: (row | column)1.000|4.294.967.295"));
+}
+
+TEST_F(DatabaseApiInvalidUpdateTest, NumberThatTheLocaleCannotWriteIsAnInvalidCell)
+{
+    ASSERT_TRUE(database.Execute("CREATE TABLE t (a); INSERT INTO t VALUES (7)"));
+    const DbTableDataWrite data{{"a"}, {{{IntegerCell(1)}}}};
+    const std::string prefix = "Invalid column value: (row | column)";
+    for (const auto& [throws, message] : {std::pair(false, prefix + "|"), std::pair(true, prefix)}) {
+        const ScopedGlobalLocale locale(std::locale(std::locale::classic(), new FixedNumbers("", throws)));
+
+        EXPECT_FALSE(database.UpdateTableValues("t", data, "(a + 1)")) << "the statement is run without the cell";
+
+        EXPECT_THAT(database, HasRecord(112, message));
+    }
+    EXPECT_THAT(PlainRows("SELECT a FROM t"), ElementsAre(ElementsAre("9")));
 }
 
 } // namespace

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "support/Cells.h"
+#include "support/NumberLocales.h"
 #include "support/OpenFacade.h"
 #include "support/RecordedSqlite.h"
-#include "support/ScopedGlobalLocale.h"
 
 namespace Morvik::sql::tests {
 

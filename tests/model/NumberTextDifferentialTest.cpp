@@ -13,7 +13,6 @@
 #include "model/StatementText.h"
 #include "model/ValueLiteral.h"
 #include "support/NumberLocales.h"
-#include "support/ScopedGlobalLocale.h"
 
 namespace Morvik::sql::tests {
 
@@ -28,12 +27,13 @@ public:
     void Compare(Number number)
     {
         m_stream.str({});
+        m_stream.clear();
         m_stream << number;
         StatementText statement(0);
-        AppendNumber(statement, number);
+        const bool appended = AppendNumber(statement, number);
         const std::string text = statement.Take();
         ++m_compared;
-        if (text != m_stream.view() && ++m_differing <= Shown) {
+        if ((text != m_stream.view() || appended == text.empty()) && ++m_differing <= Shown) {
             ADD_FAILURE() << std::hexfloat << number << " reads as " << text << " and not as " << m_stream.view();
         }
     }
@@ -122,12 +122,27 @@ TEST_P(NumberTextDifferentialTest, RandomRealsReadAsAStreamWritesThem)
                                &RandomReals::OfEverydaySize,  &RandomReals::OfFewDigits,
                                &RandomReals::NearAHalf,       &RandomReals::InfiniteOrNan,
                                &RandomReals::NearAPowerOfTen, &RandomReals::NearAPowerOfTwo};
+    const int numbers = GetParam().name == "Classic" ? 1'000'000 : 50'000; // only the classic one has code of its own
     RandomReals reals;
     StreamComparison<double> comparison;
 
-    while (comparison.Compared() < 1'000'000) {
+    while (comparison.Compared() < numbers) {
         for (const auto kind : Kinds) {
             comparison.Compare((reals.*kind)());
+        }
+    }
+}
+
+TEST_P(NumberTextDifferentialTest, RealsReadAsAStreamWritesThemInEveryRoundingMode)
+{
+    RandomReals reals;
+    for (const int rounding : UnusualRoundings) {
+        const ScopedRounding rounded(rounding);
+        StreamComparison<double> comparison;
+
+        while (comparison.Compared() < 10'000) {
+            comparison.Compare(reals.OfEverydaySize());
+            comparison.Compare(reals.NearAHalf());
         }
     }
 }
@@ -148,14 +163,12 @@ TEST_P(NumberTextDifferentialTest, SpecialRealsReadAsAStreamWritesThem)
 TEST_P(NumberTextDifferentialTest, IntegersBesideEveryPowerReadAsAStreamWritesThem)
 {
     StreamComparison<std::int32_t> comparison;
-    StreamComparison<std::uint32_t> unsignedComparison;
 
     for (const std::int64_t base : {2, 10}) {
         for (std::int64_t power = 1; power <= std::int64_t{UINT32_MAX} + 1; power *= base) {
             for (std::int64_t number = power - 2; number <= power + 2; ++number) {
                 comparison.Compare(static_cast<std::int32_t>(number));
                 comparison.Compare(static_cast<std::int32_t>(-number));
-                unsignedComparison.Compare(static_cast<std::uint32_t>(number));
             }
         }
     }

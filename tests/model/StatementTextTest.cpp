@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/FailingAllocation.h"
-#include "support/ScopedGlobalLocale.h"
+#include "support/NumberLocales.h"
 
 namespace Morvik::sql::tests {
 
@@ -73,11 +73,11 @@ TEST(StatementTextTest, TruncationDropsTheEnd)
 
 TEST(StatementTextTest, KnowsWhetherNumbersNeedAStream)
 {
-    EXPECT_TRUE(StatementText(0).HasClassicNumbers());
+    EXPECT_TRUE(StatementText(0).HasPlainNumbers());
 
     const ScopedGlobalLocale locale;
 
-    EXPECT_FALSE(StatementText(0).HasClassicNumbers());
+    EXPECT_FALSE(StatementText(0).HasPlainNumbers());
 }
 
 } // namespace

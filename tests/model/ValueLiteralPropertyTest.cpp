@@ -11,8 +11,8 @@
 
 #include "model/LiteralOf.h"
 #include "support/Choices.h"
+#include "support/NumberLocales.h"
 #include "support/PlainRendering.h"
-#include "support/ScopedGlobalLocale.h"
 #include "support/TestSeeds.h"
 
 namespace Morvik::sql::tests {

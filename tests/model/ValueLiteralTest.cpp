@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "model/LiteralOf.h"
+#include "support/NumberLocales.h"
 #include "support/PlainSqlite.h"
-#include "support/ScopedGlobalLocale.h"
 
 namespace Morvik::sql::tests {
 

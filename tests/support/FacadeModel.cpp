@@ -155,7 +155,8 @@ std::string FacadeModel::PlainCells(const DbTableRowValues& row)
         const std::string literal = PlainLiteral(row.cells[position]);
         if (literal.empty()) {
             std::ostringstream text;
-            text << "Invalid column value: (row | column)" << position << '|' << row.cells[position].column;
+            text << "Invalid column value: (row | column)" << static_cast<int>(position) << '|'
+                 << row.cells[position].column;
             Fail(112, text.str());
             break;
         }

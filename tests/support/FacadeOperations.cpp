@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "support/FacadeInputs.h"
+#include "support/NumberLocales.h"
 #include "support/PlainRendering.h"
 #include "support/PlainSqlite.h"
 
@@ -176,23 +177,33 @@ std::string FacadeOperations::Manage(Choices& choices)
 
 std::string FacadeOperations::Write(Choices& choices)
 {
+    static const std::vector<NumberLocale> Locales = NumberLocales();
+    static const std::vector<int> Roundings(std::begin(UnusualRoundings), std::end(UnusualRoundings));
     const std::string table = ChosenTable(choices);
     const DbTableDataWrite data = ChosenData(choices);
-    switch (choices.Below(3)) {
-    case 0: {
-        const std::string sql = ChosenCommand(choices);
-        return Compared<int>("Execute " + sql, m_facade->Execute(sql), m_model->Execute(sql));
+    const int operation = static_cast<int>(choices.Below(3));
+    const std::string sql = operation == 0 ? ChosenCommand(choices) : ChosenCondition(choices);
+    bool written = false;
+    bool expected = false;
+    {
+        const ScopedGlobalLocale locale(choices.OneIn(6) ? choices.Of(Locales).locale : std::locale());
+        const ScopedRounding rounding(choices.OneIn(12) ? choices.Of(Roundings) : FE_TONEAREST);
+        switch (operation) {
+        case 0:
+            written = m_facade->Execute(sql);
+            expected = m_model->Execute(sql);
+            break;
+        case 1:
+            written = m_facade->WriteTableValues(table, data);
+            expected = m_model->WriteTableValues(table, data);
+            break;
+        default:
+            written = m_facade->UpdateTableValues(table, data, sql);
+            expected = m_model->UpdateTableValues(table, data, sql);
+        }
     }
-    case 1:
-        return Compared<int>("WriteTableValues " + table, m_facade->WriteTableValues(table, data),
-                             m_model->WriteTableValues(table, data));
-    default: {
-        const std::string condition = ChosenCondition(choices);
-        return Compared<int>("UpdateTableValues " + table + " " + condition,
-                             m_facade->UpdateTableValues(table, data, condition),
-                             m_model->UpdateTableValues(table, data, condition));
-    }
-    }
+    const char* const names[] = {"Execute ", "WriteTableValues ", "UpdateTableValues "};
+    return Compared<int>(names[operation] + (operation == 0 ? sql : table + " " + sql), written, expected);
 }
 
 std::string FacadeOperations::Read(Choices& choices)

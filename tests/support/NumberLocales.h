@@ -1,16 +1,22 @@
 #pragma once
 
+#include <algorithm>
+#include <cfenv>
+#include <ios>
 #include <locale>
 #include <ostream>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Morvik::sql::tests {
 
-/// Writes numbers with the given point, separator and grouping, the booleans' names left as they are.
+/// Writes numbers with the given point, separator and grouping, the booleans' names left as they are. By default
+/// 1234567.5 is written as 1.234.567,5.
 class Punctuation : public std::numpunct<char> {
 public:
-    Punctuation(char point, char separator, std::string grouping)
+    explicit Punctuation(char point = ',', char separator = '.', std::string grouping = "\3")
         : m_point(point), m_separator(separator), m_grouping(std::move(grouping))
     {}
 
@@ -25,6 +31,39 @@ private:
     std::string m_grouping;
 };
 
+/// Writes an x for every character of a number.
+class WideningToX : public std::ctype<char> {
+protected:
+    const char* do_widen(const char* low, const char* high, char* to) const override
+    {
+        std::fill(to, to + (high - low), 'x');
+        return high;
+    }
+};
+
+/// Writes the given text of every number and then throws, if it is told to, what is no standard exception.
+class FixedNumbers : public std::num_put<char> {
+public:
+    FixedNumbers(std::string text, bool throws) : m_text(std::move(text)), m_throws(throws) {}
+
+    struct Thrown {};
+
+protected:
+    iter_type do_put(iter_type out, std::ios_base&, char_type, long) const override { return Put(out); }
+    iter_type do_put(iter_type out, std::ios_base&, char_type, unsigned long) const override { return Put(out); }
+    iter_type do_put(iter_type out, std::ios_base&, char_type, double) const override { return Put(out); }
+
+private:
+    iter_type Put(iter_type out) const
+    {
+        out = std::copy(m_text.begin(), m_text.end(), out);
+        return m_throws ? throw Thrown() : out;
+    }
+
+    std::string m_text;
+    bool m_throws;
+};
+
 /// A locale for parameterized tests, under a name that is an identifier.
 struct NumberLocale {
     std::string name;
@@ -36,13 +75,52 @@ struct NumberLocale {
 /// The classic locale, and others that need no installed one: each writes most numbers in another way.
 inline std::vector<NumberLocale> NumberLocales()
 {
-    const auto with = [](auto... punctuation) {
-        return std::locale(std::locale::classic(), new Punctuation(punctuation...));
-    };
+    const auto with = [](auto* facet) { return std::locale(std::locale::classic(), facet); };
+    const std::locale comma = with(new Punctuation);
     return {{"Classic", std::locale::classic()},
-            {"CommaAndGroupsOfThree", with(',', '.', "\3")},
-            {"GroupsOfOneThenTwo", with('.', '_', "\1\2")},
-            {"LetterForAPoint", with('e', '-', "")}};
+            {"CommaAndGroupsOfThree", comma},
+            {"GroupsOfOneThenTwo", with(new Punctuation('.', '_', "\1\2"))},
+            {"LetterForAPoint", with(new Punctuation('e', '-', ""))},
+            {"CombinedUnderTheClassicName", std::locale::classic().combine<std::numpunct<char>>(comma)},
+            {"DigitsWidened", with(new WideningToX)},
+            {"NoText", with(new FixedNumbers("", false))},
+            {"Throwing", with(new FixedNumbers("", true))},
+            {"ThrowingAfterSomeText", with(new FixedNumbers("12", true))}};
 }
+
+/// Installs a process-wide C++ locale for the life of the object, by default one with a decimal comma and digit groups.
+class ScopedGlobalLocale {
+public:
+    ScopedGlobalLocale() : ScopedGlobalLocale(std::locale(std::locale::classic(), new Punctuation)) {}
+    explicit ScopedGlobalLocale(const std::locale& locale) : m_previous(std::locale::global(locale)) {}
+    ~ScopedGlobalLocale() { std::locale::global(m_previous); }
+
+    ScopedGlobalLocale(const ScopedGlobalLocale&) = delete;
+    ScopedGlobalLocale& operator=(const ScopedGlobalLocale&) = delete;
+
+private:
+    std::locale m_previous;
+};
+
+/// Sets the rounding mode of this thread for the life of the object.
+class ScopedRounding {
+public:
+    explicit ScopedRounding(int mode) : m_previous(std::fegetround())
+    {
+        if (std::fesetround(mode) != 0) {
+            throw std::runtime_error("the rounding mode cannot be set");
+        }
+    }
+    ~ScopedRounding() { std::fesetround(m_previous); }
+
+    ScopedRounding(const ScopedRounding&) = delete;
+    ScopedRounding& operator=(const ScopedRounding&) = delete;
+
+private:
+    int m_previous;
+};
+
+/// The rounding modes that change the last digit of a number.
+inline constexpr int UnusualRoundings[] = {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO};
 
 } // namespace Morvik::sql::tests
