@@ -82,7 +82,9 @@ private:
     const DatabaseApi* m_facade = nullptr;
     std::int32_t m_position = AtEnd;
     DbTableRowValues* m_row = nullptr;
-    [[maybe_unused]] std::uintptr_t m_reserved = 0;
+    std::uintptr_t m_reserved = 0;
+    // Part of the layout, otherwise unused. Naming it prevents clang's warning about unused private fields.
+    static_assert(sizeof(m_reserved) == sizeof(void*));
 };
 
 } // namespace Morvik::sql

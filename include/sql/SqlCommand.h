@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sql/LanguageVersion.h>
+
 #include <memory>
 #include <span>
 #include <string>

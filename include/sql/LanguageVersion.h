@@ -1,0 +1,7 @@
+#pragma once
+
+// Every public header includes this one before the standard headers, so that a compiler with an older language version
+// reports this error first.
+#if __cplusplus < 202002L
+#error "tkosqllite needs C++20: compile with -std=c++20 or later"
+#endif
