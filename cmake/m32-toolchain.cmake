@@ -1,6 +1,7 @@
 # 32-bit x86 on a 64-bit machine: the widths of the target, at native speed and with sanitizers. Builds against the folder
-# that scripts/i386-sysroot.sh makes, with Debian's g++-12-multilib.
+# that "scripts/sysroot.sh i386" makes, with Debian's multilib package of g++.
 set(target i386-linux-gnu)
+set(architecture i386)
 set(CMAKE_CXX_COMPILER g++)
 
 # Debian's multilib compiler conflicts with its cross compilers unless the kernel's headers are found like this. Like the
@@ -12,6 +13,6 @@ set(CMAKE_LIBRARY_ARCHITECTURE ${target})
 set(CMAKE_EXE_LINKER_FLAGS_INIT -Wl,--disable-new-dtags)
 
 set(TKOSQLLITE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/i386-sysroot
-    CACHE PATH "The folder that scripts/i386-sysroot.sh made")
+    CACHE PATH "The folder that scripts/sysroot.sh i386 made")
 include(${CMAKE_CURRENT_LIST_DIR}/sysroot.cmake)
 string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " \"-Wl,-rpath,${sysroot}/usr/lib/${target}\"")

@@ -1,28 +1,14 @@
-#!/bin/sh
+#!/bin/bash
 # Builds the benchmarks, runs them, prints the table of ratios and writes docs/performance.md with its plots.
 #
-# usage: scripts/bench.sh [ROUNDS]      (25 rounds unless told)
-set -eu
+#   scripts/bench.sh [ROUNDS]      (25 rounds unless told)
 
-cd "$(dirname "$0")/.."
+# shellcheck source=scripts/common.sh
+. "$(dirname "$(readlink -f "$0")")/common.sh"
+
 rounds=${1:-25}
-
-install_what_lacks() {
-    lacking=
-    for package in "$@"; do
-        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || lacking="$lacking $package"
-    done
-    [ -z "$lacking" ] && return
-    echo "Installing:$lacking"
-    as_root=
-    [ "$(id -u)" -eq 0 ] || as_root=sudo
-    $as_root apt-get update -qq
-    # shellcheck disable=SC2086 # a list of words
-    $as_root apt-get install -y -qq $lacking
-}
-
-install_what_lacks g++ cmake ninja-build libsqlite3-dev libboost-filesystem-dev \
-    libbenchmark-dev libsqlitecpp-dev libsoci-dev libpoco-dev gnuplot-nox python3
+[[ $# -le 1 && $rounds =~ ^[1-9][0-9]*$ ]] || fail "it takes a number of rounds (--help explains)"
+scripts/install-dependencies.sh bench
 
 cmake --preset bench
 cmake --build --preset bench

@@ -3,7 +3,9 @@
 # mended, or answered in tests/analyzers/answered.txt.
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
+
+accept -- "$@"
 
 findings=$project/build/analyzers.txt
 

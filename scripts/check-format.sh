@@ -2,7 +2,9 @@
 # Checks that every source is formatted as .clang-format says. "clang-format -i FILE" mends one that is not.
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
+
+accept -- "$@"
 
 format()
 {

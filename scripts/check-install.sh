@@ -3,8 +3,9 @@
 # every compiler and way to find a library that there is, here and for the target, 32-bit ARM.
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
+accept -- "$@"
 scripts/install-dependencies.sh install
 unset LD_LIBRARY_PATH PKG_CONFIG_PATH PKG_CONFIG_LIBDIR CMAKE_PREFIX_PATH DESTDIR
 export CMAKE_GENERATOR=Ninja

@@ -6,8 +6,9 @@
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
+accept -- "$@"
 [ "$(id -u)" -eq 0 ] || fail "it takes root to make a Debian system in a folder"
 [ "$(dpkg --print-architecture)" = amd64 ] || fail "it knows amd64 and armhf only"
 scripts/install-dependencies.sh install

@@ -3,10 +3,10 @@
 # the file system. Build it first, with scripts/reference.sh.
 #
 #   scripts/check-reference.sh                 checks every page
-#   scripts/check-reference.sh screenshots     takes the README's pictures anew
+#   scripts/check-reference.sh screenshots     takes the README's pictures again
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
 # Debian's own Python is the one that has Debian's Selenium.
 check()
@@ -14,7 +14,8 @@ check()
     /usr/bin/python3 docs/reference/check.py build/reference/html "$@"
 }
 
-scripts/install-dependencies.sh reference
+accept screenshots -- "$@"
+scripts/install-dependencies.sh check-reference
 [ -f build/reference/html/index.html ] || fail "there is no reference to check; scripts/reference.sh builds it"
 case ${1:-} in
 '') step "Checking the reference" check ;;
@@ -23,5 +24,4 @@ screenshots)
         step "Taking a picture ($scheme)" check "$scheme" "docs/reference/screenshot-$scheme.png"
     done
     ;;
-*) fail "\"$1\" is not screenshots" ;;
 esac

@@ -5,8 +5,9 @@
 #   scripts/check-reproducible.sh [native|armhf]...      (native unless told)
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
+accept native armhf -- "$@"
 machines=("$@")
 [ $# -gt 0 ] || machines=(native)
 scripts/install-dependencies.sh install

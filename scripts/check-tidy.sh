@@ -2,7 +2,9 @@
 # Checks the library and the examples with clang-tidy, by the rules of .clang-tidy.
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
+
+accept -- "$@"
 
 tidy()
 {

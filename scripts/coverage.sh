@@ -8,8 +8,11 @@
 # can reach stand with the reason in tests/coverage/unreached.txt. The report is build/unsigned-char/report/index.html.
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
+for argument in "$@"; do
+    [[ $argument != -* ]] || fail "unknown argument \"$argument\"; it takes names of test programs (--help explains)"
+done
 build=$project/build/unsigned-char
 report=$build/report
 programs=(tkosqllite_tests tkosqllite_internals_tests "$@")

@@ -10,7 +10,7 @@
 status_file=$(realpath -m -- "${1:-/var/lib/dpkg/status}") || exit 2
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
 scripts/install-dependencies.sh build
 step "Configuring" quietly cmake --preset release

@@ -3,10 +3,11 @@
 # relocations, pages written to at load, and the sections. The budgets stand in tests/budgets/footprint.txt.
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
+accept -- "$@"
 scripts/install-dependencies.sh test
-step "Fetching the target's libraries" quietly scripts/armhf-sysroot.sh
+step "Fetching the target's libraries" quietly scripts/sysroot.sh armhf
 for preset in native armhf; do
     step "Building ($preset)" quietly cmake --preset "$preset"
     quietly cmake --build --preset "$preset" --target tkosqllite

@@ -1,24 +1,31 @@
 #!/bin/bash
 # Installs what the project needs and this Debian machine lacks; nothing happens when nothing lacks.
 #
-#   scripts/install-dependencies.sh [build|package|package-armhf|install|test|reference|all]
+#   scripts/install-dependencies.sh [build|package|package-armhf|install|test|reference|check-reference|bench|all]
 #
 # build: to build the library and the examples; package, package-armhf: also to make Debian packages for this machine
 # or for the target; install: also to check those and what is installed; test: to build and run the tests (the default);
-# reference: to write and check the reference; all: all of these, and to run the other checks.
+# reference: to write the reference; check-reference: to check it in a browser; bench: to run the benchmarks; all: all of
+# these, and to run the other checks.
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
-build=(g++ cmake ninja-build libsqlite3-dev libboost-filesystem-dev)
+# Versions are Debian's to choose. "g++-VERSION-multilib" stands for that of its g++: the package without a version, which
+# depends on gcc-multilib, cannot be installed beside a cross compiler.
+build=(g++ cmake ninja-build make libsqlite3-dev libboost-filesystem-dev)
 package=("${build[@]}" dpkg-dev file)
 package_armhf=("${package[@]}" g++-arm-linux-gnueabihf)
 test=("${build[@]}" libgtest-dev libgmock-dev sqlite3 python3 valgrind libbenchmark-dev abigail-tools
-    g++-12-multilib g++-arm-linux-gnueabihf qemu-user-static clang libclang-rt-14-dev)
-reference=(doxygen graphviz python3 python3-selenium chromium chromium-driver)
+    g++-VERSION-multilib g++-arm-linux-gnueabihf qemu-user-static clang libclang-rt-dev)
+reference=(doxygen graphviz)
+check_reference=("${reference[@]}" python3 python3-selenium chromium chromium-driver)
+bench=("${build[@]}" libbenchmark-dev libsqlitecpp-dev libsoci-dev libpoco-dev gnuplot-nox python3)
 install=("${package_armhf[@]}" clang pkg-config lintian qemu-user-static debootstrap)
-all=("${test[@]}" "${install[@]}" "${reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang-14)
+all=("${test[@]}" "${install[@]}" "${check_reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang)
 
+accept build package package-armhf install test reference check-reference bench all -- "$@"
+[ $# -le 1 ] || fail "it takes one of its words at a time (--help explains)"
 case ${1:-test} in
 build) wanted=("${build[@]}") ;;
 package) wanted=("${package[@]}") ;;
@@ -26,37 +33,55 @@ package-armhf) wanted=("${package_armhf[@]}") ;;
 install) wanted=("${install[@]}") ;;
 test) wanted=("${test[@]}") ;;
 reference) wanted=("${reference[@]}") ;;
+check-reference) wanted=("${check_reference[@]}") ;;
+bench) wanted=("${bench[@]}") ;;
 all) wanted=("${all[@]}") ;;
-*) fail "\"$1\" is none of build, package, package-armhf, install, test, reference, all" ;;
 esac
 
 if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
     fail "this is no Debian system; install the like of these by hand: ${wanted[*]}"
 fi
 
+as_root=()
+[ "$(id -u)" -eq 0 ] || as_root=(sudo)
+apt_get()
+{
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -y -o DPkg::Lock::Timeout=600 "$@"
+}
+updated=
+update()
+{
+    [ -z "$updated" ] || return 0
+    # A package list that cannot be fetched does no harm as long as the packages can.
+    quietly apt_get update || echo "apt-get update failed; going on with the package lists there are" >&2
+    updated=1
+}
+
+# The version of g++: its package depends on the one that has the version in its name. A bare system has no lists yet.
+compiler_version()
+{
+    { apt-cache depends g++ 2>/dev/null || true; } | sed -n 's/^ *Depends: g++-\([0-9]*\)$/\1/p'
+}
+version=
+if [[ ${wanted[*]} == *VERSION* ]]; then
+    version=$(compiler_version)
+    [ -n "$version" ] || { update && version=$(compiler_version); }
+    [ -n "$version" ] || fail "apt does not know the package g++"
+fi
+
 architecture=$(dpkg --print-architecture)
 missing=()
-for package in "${wanted[@]}"; do
+for package in "${wanted[@]//VERSION/$version}"; do
     # The format is dpkg-query's to expand.
     # shellcheck disable=SC2016
     { dpkg-query -W -f '${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null || true; } |
         grep -Eqx "(all|$architecture) installed" || missing+=("$package")
 done
 [ ${#missing[@]} -ne 0 ] || exit 0
-
-as_root=()
-if [ "$(id -u)" -ne 0 ]; then
-    command -v sudo >/dev/null ||
-        fail "these packages are missing: ${missing[*]}; install them as root (there is no sudo to do it with)"
-    as_root=(sudo)
-fi
-apt_get()
-{
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -y -o DPkg::Lock::Timeout=600 "$@"
-}
+[ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null ||
+    fail "these packages are missing: ${missing[*]}; install them as root (there is no sudo to do it with)"
 
 echo "== Installing ${missing[*]}"
-# A package list that cannot be fetched does no harm as long as the packages can.
-quietly apt_get update || echo "apt-get update failed; going on with the package lists there are" >&2
+update
 quietly apt_get install --no-install-recommends "${missing[@]}" </dev/null ||
     fail "failed: installing ${missing[*]} (apt-get's reasons stand above)"

@@ -8,13 +8,16 @@
 # (tests/memcheck/excluded.txt). Programs that tests start are not looked into.
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
 excluded='never|slow'
 if [ "${1:-}" = --all ]; then
     excluded=never
     shift
 fi
+for argument in "$@"; do
+    [[ $argument != -* ]] || fail "unknown argument \"$argument\"; it takes --all and test programs (--help explains)"
+done
 programs=(tkosqllite_tests tkosqllite_internals_tests "$@")
 filter=-$(sed -nE "s/^($excluded) //p" tests/memcheck/excluded.txt | paste -sd :)
 

@@ -11,8 +11,14 @@
 #   scripts/mutants.sh --list               prints them
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
+for argument in "$@"; do
+    case $argument in
+    --sample | --seed | --only | --continue | --again | --list) ;;
+    -*) fail "unknown argument \"$argument\" (--help explains)" ;;
+    esac
+done
 scripts/install-dependencies.sh all
 step "Configuring (native)" quietly cmake --preset native
 step "Building (native)" quietly cmake --build --preset native \

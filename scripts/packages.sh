@@ -7,13 +7,17 @@
 # The same sources give the same packages, byte for byte: the time in them is SOURCE_DATE_EPOCH or the last commit's.
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
+accept native armhf -- "$@"
 machines=("$@")
 [ $# -gt 0 ] || machines=(native armhf)
 [ -n "${SOURCE_DATE_EPOCH:-}" ] || SOURCE_DATE_EPOCH=$(git log -1 --format=%ct 2>/dev/null) || SOURCE_DATE_EPOCH=1767225600
 export SOURCE_DATE_EPOCH
 umask 022
+
+# cpack takes files whose path is not ASCII only where the locale has such characters.
+export LC_ALL=C.UTF-8
 
 # package PRESET FOLDER
 package()
@@ -25,8 +29,10 @@ package()
     mkdir -p "$2"
     rm -f "$2"/*.deb
     cp "build/$1"/packages/*.deb "$2"
+    made+=("$2"/*.deb)
 }
 
+made=()
 for machine in "${machines[@]}"; do
     case $machine in
     native)
@@ -35,10 +41,9 @@ for machine in "${machines[@]}"; do
         ;;
     armhf)
         scripts/install-dependencies.sh package-armhf
-        step "Fetching the target's libraries" quietly scripts/armhf-sysroot.sh
+        step "Fetching the target's libraries" quietly scripts/sysroot.sh armhf
         package package-armhf build/packages/armhf
         ;;
-    *) fail "\"$machine\" is neither native nor armhf" ;;
     esac
 done
-echo "== Made $(printf '%s ' build/packages/*.deb build/packages/*/*.deb)"
+echo "== Made ${made[*]}"

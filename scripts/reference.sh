@@ -3,7 +3,9 @@
 # public has no comment, or a comment names something that there is not.
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
+
+accept -- "$@"
 
 pages=build/reference
 pictures=$pages/pictures

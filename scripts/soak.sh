@@ -5,7 +5,7 @@
 #   scripts/soak.sh [MINUTES]      (60 unless told; the fuzzers run for ten minutes each at least)
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
 minutes=${1:-60}
 [[ $minutes =~ ^[1-9][0-9]*$ ]] || fail "\"$minutes\" is no number of minutes"

@@ -8,7 +8,7 @@
 #   scripts/test.sh [PRESET...]      only these of: dev native unsigned-char m32 tsan budgets fuzz armhf
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
 presets=("$@")
 [ $# -gt 0 ] || presets=(dev native unsigned-char m32 tsan budgets fuzz armhf)
@@ -39,8 +39,8 @@ run_tests()
 scripts/install-dependencies.sh test
 for preset in "${presets[@]}"; do
     case $preset in
-    armhf) step "Fetching the target's libraries" scripts/armhf-sysroot.sh ;;
-    m32) step "Fetching the 32-bit libraries" scripts/i386-sysroot.sh ;;
+    armhf) step "Fetching the target's libraries" scripts/sysroot.sh armhf ;;
+    m32) step "Fetching the 32-bit libraries" scripts/sysroot.sh i386 ;;
     esac
     step "Configuring ($preset)" quietly cmake --preset "$preset"
     step "Building ($preset)" quietly cmake --build --preset "$preset"

@@ -3,6 +3,9 @@
 #
 # The library's name carries no version, so its package has none in its name either, and other packages find it through
 # a symbols file (deb-symbols(5)): the older shlibs files know versioned names only.
+if(TKOSQLLITE_STATIC)
+    message(FATAL_ERROR "TKOSQLLITE_BUILD_DEBIAN_PACKAGES needs the shared library: leave BUILD_SHARED_LIBS out")
+endif()
 
 find_program(TKOSQLLITE_GENSYMBOLS dpkg-gensymbols REQUIRED)
 find_program(TKOSQLLITE_GZIP gzip REQUIRED)
@@ -90,7 +93,7 @@ ${about}
 .
 This package has the headers, a CMake package and a pkg-config file.")
 
-# For another machine, dpkg-shlibdeps looks into that machine's packages, which scripts/debian-sysroot.sh keeps.
+# For another machine, dpkg-shlibdeps looks into that machine's packages, which scripts/sysroot.sh keeps.
 if(CMAKE_CROSSCOMPILING AND TKOSQLLITE_SYSROOT)
     set(runtime ${TKOSQLLITE_SYSROOT}/runtime)
     cmake_path(ABSOLUTE_PATH runtime NORMALIZE)

@@ -16,7 +16,7 @@ done | {
     exports=$("$(dirname "$0")/list-exports.sh" "$library")
     differences=$(echo "$exports" | diff "$list" - || true)
     echo "$differences" | sed -n 's/^< /missing: /p; s/^> /new: /p'
-    [ -z "$differences" ] || flaw "what it exports differs from $list (renew that on purpose: scripts/renew-exports.sh)"
+    [ -z "$differences" ] || flaw "what it exports differs from $list (if it may: scripts/update-baseline.sh exports)"
 
     conclude "$library"
 }

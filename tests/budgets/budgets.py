@@ -75,18 +75,18 @@ def check(program, library, job):
     machine, figures = measure(program, library, job)
     budget_machine, budgets = stored()
     if machine != budget_machine:
-        sys.exit(f"The budgets are for {budget_machine}, this is {machine}: renew them (scripts/renew-budgets.sh).")
+        sys.exit(f"The budgets are for {budget_machine}, this is {machine}: update them (scripts/update-baseline.sh budgets).")
     exceeded = False
     for name, figure, budget, margin in zip(FIGURES, figures, budgets[job], MARGINS):
         over = figure > budget * margin
         exceeded |= over
         print(f"{job}: {figure:,} {name}, budget {budget:,} ({figure / budget - 1 if budget else figure:+.2%})"
               f"{': EXCEEDED' if over else ''}")
-    sys.exit("Mend the job, or renew the budgets on purpose (scripts/renew-budgets.sh)." if exceeded else 0)
+    sys.exit("Mend the job, or update the budgets on purpose (scripts/update-baseline.sh budgets)." if exceeded else 0)
 
 
 def renew(program, library):
-    lines = ["# What each job on 1,000 rows (open: 1,000 times) may take; see budgets.py. Written by scripts/renew-budgets.sh."]
+    lines = ["# What each job on 1,000 rows (open: 1,000 times) may take; see budgets.py. Written by scripts/update-baseline.sh."]
     body = []
     for job in JOBS:
         machine, figures = measure(program, library, job)

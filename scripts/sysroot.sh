@@ -1,17 +1,31 @@
-#!/bin/sh
-# debian-sysroot.sh ARCHITECTURE MULTIARCH-NAME [FOLDER]
+#!/bin/bash
+# Makes the folder of libraries and headers that a preset for another machine builds and tests against.
+#
+#   scripts/sysroot.sh armhf [FOLDER]      32-bit ARM with hardware floating point, for the preset armhf
+#   scripts/sysroot.sh i386 [FOLDER]       32-bit x86, for the preset m32
+#
+# FOLDER is build/armhf-sysroot or build/i386-sysroot unless told. A complete folder stays as it is. Nothing is installed
+# on this machine, and root is not needed.
 #
 # Fetches this project's dependencies for another Debian architecture and unpacks them into FOLDER. The packages cannot
 # be installed, because their development files conflict with this machine's own. So apt gets a state of its own: its
 # own lists, its own cache and one signed source. It verifies the release's signature and through it every package.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
-set -eu
 
+folder=${2:+$(realpath -m -- "$2")} || exit 2
+
+# shellcheck source=scripts/common.sh
+. "$(dirname "$(readlink -f "$0")")/common.sh"
+
+accept armhf i386 -- "${@:1:1}"
+case $#,${1:-} in
+[12],armhf) multiarch=arm-linux-gnueabihf ;;
+[12],i386) multiarch=i386-linux-gnu ;;
+*) fail "it takes armhf or i386, and a folder if not the usual one (--help explains)" ;;
+esac
 architecture=$1
-multiarch=$2
-project=$(cd "$(dirname "$0")/.." && pwd)
-sysroot=${3:-$project/build/$architecture-sysroot}
+sysroot=${folder:-$project/build/$architecture-sysroot}
 mirror=${TKOSQLLITE_DEBIAN_MIRROR:-http://deb.debian.org/debian}
 release=bookworm
 keyring=/usr/share/keyrings/debian-archive-keyring.gpg

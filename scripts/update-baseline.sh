@@ -1,0 +1,42 @@
+#!/bin/bash
+# Writes what the tests compare the library with again, from the library as it is now. Look at the difference that it
+# prints before you commit it.
+#
+#   scripts/update-baseline.sh exports     the exported symbols, tests/binary/exports-*.txt, on both machines
+#   scripts/update-baseline.sh abi         the binary interface, tests/binary/abi-*.xml, on both machines
+#   scripts/update-baseline.sh budgets     the instructions and heap allocations of each job, tests/budgets/instructions.txt
+#
+# docs/binary-interface.md says when the first two may change. A budget that grows is a job that became slower.
+
+# shellcheck source=scripts/common.sh
+. "$(dirname "$(readlink -f "$0")")/common.sh"
+
+accept exports abi budgets -- "$@"
+[ $# -eq 1 ] || fail "it takes one of exports, abi, budgets (--help explains)"
+presets=(native armhf)
+case $1 in
+exports)
+    target=renew-exports
+    files=(tests/binary/exports-*.txt)
+    ;;
+abi)
+    target=renew-abi-baseline
+    files=(tests/binary/abi-*.xml)
+    ;;
+budgets)
+    presets=(budgets)
+    target=tkosqllite_renew_budgets
+    files=(tests/budgets/instructions.txt)
+    ;;
+esac
+
+scripts/install-dependencies.sh test
+[ "${presets[*]}" = budgets ] || step "Fetching the target's libraries" quietly scripts/sysroot.sh armhf
+for preset in "${presets[@]}"; do
+    step "Configuring ($preset)" quietly cmake --preset "$preset"
+    if [ "$preset" = budgets ]; then
+        step "Building ($preset)" quietly cmake --build --preset "$preset"
+    fi
+    step "Updating ($preset)" quietly cmake --build --preset "$preset" --target "$target"
+done
+git --no-pager diff --stat --patch -- "${files[@]}"
