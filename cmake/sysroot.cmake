@@ -1,8 +1,9 @@
-# For toolchain files: looks for libraries and headers of ${target} (Debian's name: ${architecture}) in ${TKOSQLLITE_SYSROOT} and nowhere else.
+# For toolchain files: looks for libraries and headers of ${target} in ${TKOSQLLITE_SYSROOT} and nowhere else. ${architecture}
+# is Debian's name of that machine.
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES TKOSQLLITE_SYSROOT)
 get_filename_component(sysroot ${TKOSQLLITE_SYSROOT} ABSOLUTE)
 if(NOT EXISTS ${sysroot}/usr/lib/${target}/libsqlite3.so)
-    message(FATAL_ERROR "There are no libraries for ${target} in ${sysroot}: run "scripts/sysroot.sh ${architecture}" first")
+    message(FATAL_ERROR "There are no libraries for ${target} in ${sysroot}: run scripts/sysroot.sh ${architecture} first")
 endif()
 
 set(CMAKE_FIND_ROOT_PATH ${sysroot})

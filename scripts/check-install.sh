@@ -132,18 +132,78 @@ guide_for_device()
 }
 step "Building for a device as the guide says" quietly guide_for_device
 
-# subproject NAME ARGUMENT...
+# The static library, for programs that embed it: installed, and used with both tools.
+install_static()
+{
+    cmake -S . -B "$work/static" -DBUILD_SHARED_LIBS=OFF -DTKOSQLLITE_BUILD_EXAMPLES=OFF -DCMAKE_INSTALL_LIBDIR=lib &&
+        cmake --build "$work/static" && cmake --install "$work/static" --prefix "$work/static/files" &&
+        "$tests/check-files.sh" "$work/static/files" lib libtkosqllite.a
+}
+static_with_pkg_config()
+{
+    PKG_CONFIG_PATH=$work/static/files/lib/pkgconfig PKG_CONFIG='pkg-config --static' \
+        "$tests/consume.sh" pkg-config "$work/consumer" "$first_steps" g++ -std=c++20
+}
+step "Installing the static library" quietly install_static
+step "Building programs with the static library" quietly with_cmake "$work/static/files" -DSTATIC=ON
+quietly static_with_pkg_config
+
+# subproject NAME INSTALLED-LIBRARY ARGUMENT...: the program starts where it was built, and, unless the library stays out
+# of what is installed ("none"), also where it is installed. A static library ("static") is a part of the program.
 subproject()
 {
-    local build=$work/$1
-    cmake -S "$tests/subproject" -B "$build" "-DTKOSQLLITE=$project" -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON "${@:2}" &&
+    local build=$work/$1 installed=$work/$1/installed files=./bin/first_steps component
+    [ "$2" = none ] || [ "$2" = static ] || files+=" ./$2"
+    cmake -S "$tests/subproject" -B "$build" "-DTKOSQLLITE=$project" -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON "${@:3}" &&
         cmake --build "$build" &&
-        (cd "$build" && [ "$(./first_steps)" = 'kitchen 21.5' ]) &&
-        cmake --install "$build" --prefix "$build/installed" &&
-        [ "$(cd "$build/installed" && find . -type f)" = ./bin/first_steps ]
+        (cd "$build" && [ "$(./first_steps)" = 'kitchen 21.5' ]) || return
+    for component in Unspecified library; do
+        cmake --install "$build" --prefix "$installed" --component "$component" || return
+    done
+    [ "$(cd "$installed" && find . -type f | LC_ALL=C sort | paste -sd ' ')" = "$files" ] &&
+        { [ "$2" = none ] || (cd "$installed" && [ "$(./bin/first_steps)" = 'kitchen 21.5' ]); }
 }
-step "Building as a part of another project" quietly subproject add_subdirectory
-quietly subproject fetched -DFETCH=ON
+step "Building as a part of another project" quietly subproject add_subdirectory none
+quietly subproject fetched lib/libtkosqllite.so -DFETCH=ON -DTKOSQLLITE_INSTALL=ON
+quietly subproject embedded static -DBUILD_SHARED_LIBS=OFF
+
+# configured TEXT ARGUMENT...: configuring with the arguments succeeds and prints the text. rejected: it does not succeed.
+configure()
+{
+    cmake -S . -B "$work/configured" --fresh -DTKOSQLLITE_BUILD_EXAMPLES=OFF "$@" >"$work/configured.txt" 2>&1
+}
+said()
+{
+    tr -s ' \n' '  ' <"$work/configured.txt" | grep -F -e "$1" && return
+    cat "$work/configured.txt"
+    return 1
+}
+configured()
+{
+    configure "${@:2}" && said "$1"
+}
+rejected()
+{
+    ! configure "${@:2}" && said "$1"
+}
+in_cache()
+{
+    configure "${@:2}" && grep -x -e "$1" "$work/configured/CMakeCache.txt"
+}
+settings()
+{
+    in_cache CMAKE_BUILD_TYPE:STRING=Release -DBUILD_TESTING=OFF &&
+        in_cache TKOSQLLITE_BUILD_TESTS:BOOL=OFF -DBUILD_TESTING=OFF &&
+        configured 'TKOSQLLITE_BUILD_TESTS: the tests are left out. Missing: GoogleTest' \
+            -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON &&
+        rejected 'was built with another C++ standard library' -DCMAKE_CXX_COMPILER=clang++ \
+            -DCMAKE_CXX_FLAGS=-stdlib=libc++ || return
+    g++ -shared -fPIC -o "$work/quotes.so" "$tests/WithoutDoubleQuotes.cpp" -lsqlite3 &&
+        echo "INPUT(\"$work/quotes.so\" \"$(g++ -print-file-name=libsqlite3.so)\")" >"$work/libsqlite3.so" &&
+        configured '(SQLITE_DQS=0): text and blob cells cannot be written' -DBUILD_TESTING=OFF \
+            "-DSQLite3_LIBRARY=$work/libsqlite3.so"
+}
+step "Configuring with and without settings" quietly settings
 
 # Other places than Debian's. Nothing needs to be built for that.
 other_places()

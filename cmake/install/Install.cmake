@@ -7,12 +7,20 @@ set(headers ${CMAKE_INSTALL_INCLUDEDIR}/tkosqllite)
 
 install(TARGETS tkosqllite EXPORT tkosqllite
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
     INCLUDES DESTINATION ${headers})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/sql DESTINATION ${headers} COMPONENT development
     FILES_MATCHING PATTERN "*.h")
 
-# The headers include the standard library's alone, and the library brings SQLite and Boost by itself: there is nothing
-# that a consumer would have to find first.
+# The headers include the standard library's alone, and the shared library loads SQLite and Boost itself: its consumers
+# need not find them. Those of the static library link both. Debian's sqlite3.pc also names what a static SQLite links and
+# libsqlite3-dev does not install, so the pkg-config file names the library instead of requiring that file.
+set(dependencies)
+set(pkg_config_private)
+if(TKOSQLLITE_STATIC)
+    file(READ ${templates}/StaticDependencies.cmake dependencies)
+    set(pkg_config_private "Libs.private: -lboost_filesystem -lsqlite3\n")
+endif()
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/tkosqllite)
 install(EXPORT tkosqllite
     NAMESPACE tkosqllite::

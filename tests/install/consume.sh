@@ -5,7 +5,8 @@
 #   consume.sh pkg-config FOLDER FIRST-STEPS COMPILER [OPTION...]       options of the compiler
 #
 # FOLDER is made, and holds what is built; FIRST-STEPS is the source of the example of that name. The environment says
-# where the library is (CMAKE_PREFIX_PATH, PKG_CONFIG_PATH), and in RUN what runs a program, where that takes something.
+# where the library is (CMAKE_PREFIX_PATH, PKG_CONFIG_PATH), in RUN what runs a program, where that takes something, and in
+# PKG_CONFIG how to call pkg-config, if not by its name alone.
 set -euo pipefail
 
 how=$1
@@ -14,6 +15,7 @@ first_steps=$(realpath -- "$3")
 shift 3
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 read -r -a run <<<"${RUN:-}"
+read -r -a pkg_config <<<"${PKG_CONFIG:-pkg-config}"
 rm -rf "$work"
 mkdir -p "$work"
 
@@ -28,11 +30,14 @@ case $how in
 cmake)
     cmake -S "$here" -B "$work" -DFIRST_STEPS="$first_steps" "$@"
     cmake --build "$work"
+    cmake --install "$work" --prefix "$work/installed"
+    programs=installed/bin
     ;;
 pkg-config)
     declare -a flags libraries
-    eval "flags=($(pkg-config --cflags tkosqllite)) libraries=($(pkg-config --libs tkosqllite))" # it escapes blanks
-    eval "includes=$(pkg-config --variable=includedir tkosqllite)"
+    eval "flags=($("${pkg_config[@]}" --cflags tkosqllite))" # it escapes blanks
+    eval "libraries=($("${pkg_config[@]}" --libs tkosqllite))"
+    eval "includes=$("${pkg_config[@]}" --variable=includedir tkosqllite)"
     options=("$@" -Wall -Wextra -Wpedantic -Werror "${flags[@]}")
 
     # All headers at once, in a program that uses none of them.
@@ -40,6 +45,7 @@ pkg-config)
     "${options[@]}" -fsyntax-only "$work/headers.cpp"
     "${options[@]}" -o "$work/first_steps" "$first_steps" "${libraries[@]}"
     "${options[@]}" -o "$work/prepared" "$here/prepared.cpp" "${libraries[@]}"
+    programs=.
     ;;
 *)
     echo "\"$how\" is neither cmake nor pkg-config" >&2
@@ -47,5 +53,5 @@ pkg-config)
     ;;
 esac
 
-prints 'kitchen 21.5' first_steps
-prints $'one 9000000000\nseven 15000000000\nfifteen 21000000000' prepared
+prints 'kitchen 21.5' "$programs/first_steps"
+prints $'one 9000000000\nseven 15000000000\nfifteen 21000000000' "$programs/prepared"
