@@ -8,7 +8,7 @@ accept -- "$@"
 
 format()
 {
-    find include src examples tests \( -name '*.h' -o -name '*.cpp' \) -print0 |
+    find include src examples tests bench \( -name '*.h' -o -name '*.cpp' \) -print0 |
         xargs -0 clang-format --dry-run -Werror
 }
 

@@ -6,7 +6,7 @@
 . "$(dirname "$(readlink -f "$0")")/common.sh"
 
 accept -- "$@"
-scripts/install-dependencies.sh test
+scripts/install-dependencies.sh test-all
 step "Fetching the target's libraries" quietly scripts/sysroot.sh armhf
 for preset in native armhf; do
     step "Building ($preset)" quietly cmake --preset "$preset"

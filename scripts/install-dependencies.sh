@@ -1,12 +1,18 @@
 #!/bin/bash
 # Installs what the project needs and this Debian machine lacks; nothing happens when nothing lacks.
 #
-#   scripts/install-dependencies.sh [build|package|package-armhf|install|test|reference|check-reference|bench|all]
+#   scripts/install-dependencies.sh [SET]
 #
-# build: to build the library and the examples; package, package-armhf: also to make Debian packages for this machine
-# or for the target; install: also to check those and what is installed; test: to build and run the tests (the default);
-# reference: to write the reference; check-reference: to check it in a browser; bench: to run the benchmarks; all: all of
-# these, and to run the other checks.
+# SET says what for:
+#   build             to build the library and the examples
+#   test              also to build and run the tests on this machine (unless told)
+#   test-all          also in all of their forms, those for the target among them
+#   package           also to make Debian packages for this machine; package-armhf: for the target
+#   install           also to check the packages and what is installed
+#   reference         to write the reference; check-reference: also to check it in a browser
+#   bench             to run the benchmarks
+#   debootstrap       to make a bare Debian in a folder
+#   all               all of these but bench, and the other checks
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -16,15 +22,16 @@
 build=(g++ cmake ninja-build make libsqlite3-dev libboost-filesystem-dev)
 package=("${build[@]}" dpkg-dev file)
 package_armhf=("${package[@]}" g++-arm-linux-gnueabihf)
-test=("${build[@]}" libgtest-dev libgmock-dev sqlite3 python3 valgrind libbenchmark-dev abigail-tools
-    g++-VERSION-multilib g++-arm-linux-gnueabihf qemu-user-static clang libclang-rt-dev)
+test=("${build[@]}" libgtest-dev libgmock-dev sqlite3 python3)
+test_all=("${test_all[@]}" valgrind libbenchmark-dev abigail-tools g++-VERSION-multilib g++-arm-linux-gnueabihf
+    qemu-user-static clang libclang-rt-dev)
 reference=(doxygen graphviz)
 check_reference=("${reference[@]}" python3 python3-selenium chromium chromium-driver)
 bench=("${build[@]}" libbenchmark-dev libsqlitecpp-dev libsoci-dev libpoco-dev gnuplot-nox python3)
-install=("${package_armhf[@]}" clang pkg-config lintian qemu-user-static debootstrap)
+install=("${package_armhf[@]}" clang libc++-dev libc++abi-dev pkg-config lintian qemu-user-static debootstrap)
 all=("${test[@]}" "${install[@]}" "${check_reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang)
 
-accept build package package-armhf install test reference check-reference bench all -- "$@"
+accept build package package-armhf install test test-all reference check-reference bench debootstrap all -- "$@"
 [ $# -le 1 ] || fail "it takes one of its words at a time (--help explains)"
 case ${1:-test} in
 build) wanted=("${build[@]}") ;;
@@ -32,8 +39,10 @@ package) wanted=("${package[@]}") ;;
 package-armhf) wanted=("${package_armhf[@]}") ;;
 install) wanted=("${install[@]}") ;;
 test) wanted=("${test[@]}") ;;
+test-all) wanted=("${test_all[@]}") ;;
 reference) wanted=("${reference[@]}") ;;
 check-reference) wanted=("${check_reference[@]}") ;;
+debootstrap) wanted=(debootstrap) ;;
 bench) wanted=("${bench[@]}") ;;
 all) wanted=("${all[@]}") ;;
 esac

@@ -46,7 +46,7 @@ run_program()
         "$program" --gtest_brief=1 --gtest_filter="$filter"
 }
 
-scripts/install-dependencies.sh test
+scripts/install-dependencies.sh test-all
 step "Configuring (native)" quietly cmake --preset native
 step "Building (native)" quietly cmake --build --preset native --target "${programs[@]}"
 check_exclusions

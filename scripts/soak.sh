@@ -20,7 +20,7 @@ fuzz()
         xargs -P "$(nproc)" -I '{}' tests/fuzz/run-fuzzer.sh '{}' "$seconds" "build/fuzz/found/{}"
 }
 
-scripts/install-dependencies.sh test
+scripts/install-dependencies.sh test-all
 for preset in dev fuzz; do
     step "Configuring ($preset)" quietly cmake --preset "$preset"
     step "Building ($preset)" quietly cmake --build --preset "$preset"

@@ -36,7 +36,7 @@ run_tests()
     [ "$here" -gt 0 ] && [ "$status" -eq 0 ] || ended_badly=1
 }
 
-scripts/install-dependencies.sh test
+scripts/install-dependencies.sh test-all
 for preset in "${presets[@]}"; do
     case $preset in
     armhf) step "Fetching the target's libraries" scripts/sysroot.sh armhf ;;

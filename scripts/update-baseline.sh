@@ -26,17 +26,14 @@ abi)
 budgets)
     presets=(budgets)
     target=tkosqllite_renew_budgets
-    files=(tests/budgets/instructions.txt)
+    files=(tests/budgets/instructions*.txt)
     ;;
 esac
 
-scripts/install-dependencies.sh test
-[ "${presets[*]}" = budgets ] || step "Fetching the target's libraries" quietly scripts/sysroot.sh armhf
+scripts/install-dependencies.sh test-all
+[[ ${presets[*]} != *armhf* ]] || step "Fetching the target's libraries" quietly scripts/sysroot.sh armhf
 for preset in "${presets[@]}"; do
     step "Configuring ($preset)" quietly cmake --preset "$preset"
-    if [ "$preset" = budgets ]; then
-        step "Building ($preset)" quietly cmake --build --preset "$preset"
-    fi
     step "Updating ($preset)" quietly cmake --build --preset "$preset" --target "$target"
 done
 git --no-pager diff --stat --patch -- "${files[@]}"
