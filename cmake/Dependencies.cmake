@@ -1,8 +1,8 @@
 # Finds SQLite and Boost, and says at configure time what would only fail when a program runs.
 find_package(SQLite3 REQUIRED)
 
-# Boost's own package first. CMake's FindBoost module, which CMake 3.30 and later use only if asked, finds a Boost that has
-# none, for example in a folder of another machine's libraries.
+# Boost's own package first: CMake 3.30 and later warn about the FindBoost module. The module finds a Boost that has no such
+# package, for example in a folder of another machine's libraries.
 find_package(Boost 1.74 QUIET CONFIG COMPONENTS filesystem)
 if(NOT Boost_FOUND)
     if(POLICY CMP0167)

@@ -1,5 +1,5 @@
-# For toolchain files: looks for libraries and headers of ${target} in ${TKOSQLLITE_SYSROOT} and nowhere else. ${architecture}
-# is Debian's name of that machine.
+# For toolchain files: looks for libraries and headers of ${target} in ${TKOSQLLITE_SYSROOT} and nowhere else.
+# ${architecture} is Debian's name of that machine.
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES TKOSQLLITE_SYSROOT)
 get_filename_component(sysroot ${TKOSQLLITE_SYSROOT} ABSOLUTE)
 if(NOT EXISTS ${sysroot}/usr/lib/${target}/libsqlite3.so)

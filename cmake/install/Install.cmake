@@ -13,8 +13,8 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/sql DESTINATION ${headers} COMPO
     FILES_MATCHING PATTERN "*.h")
 
 # The headers include the standard library's alone, and the shared library loads SQLite and Boost itself: its consumers
-# need not find them. Those of the static library link both. Debian's sqlite3.pc also names what a static SQLite links and
-# libsqlite3-dev does not install, so the pkg-config file names the library instead of requiring that file.
+# need not find them. Those of the static library link both. Debian's sqlite3.pc also names what a static SQLite needs and
+# libsqlite3-dev does not install. So the pkg-config file names the library instead of requiring sqlite3.pc.
 set(dependencies)
 set(pkg_config_private)
 if(TKOSQLLITE_STATIC)

@@ -1,4 +1,5 @@
-# What programs link beside the static library. Boost's own package comes first: CMake 3.30 and later warn about the module.
+# Programs link these beside the static library. Boost's own package comes first, because CMake 3.30 and later warn about
+# the FindBoost module.
 include(CMakeFindDependencyMacro)
 find_dependency(SQLite3)
 find_package(Boost 1.74 QUIET CONFIG COMPONENTS filesystem)
