@@ -23,13 +23,13 @@ build=(g++ cmake ninja-build make libsqlite3-dev libboost-filesystem-dev)
 package=("${build[@]}" dpkg-dev file)
 package_armhf=("${package[@]}" g++-arm-linux-gnueabihf)
 test=("${build[@]}" libgtest-dev libgmock-dev sqlite3 python3)
-test_all=("${test_all[@]}" valgrind libbenchmark-dev abigail-tools g++-VERSION-multilib g++-arm-linux-gnueabihf
+test_all=("${test[@]}" valgrind libbenchmark-dev abigail-tools g++-VERSION-multilib g++-arm-linux-gnueabihf
     qemu-user-static clang libclang-rt-dev)
 reference=(doxygen graphviz)
 check_reference=("${reference[@]}" python3 python3-selenium chromium chromium-driver)
 bench=("${build[@]}" libbenchmark-dev libsqlitecpp-dev libsoci-dev libpoco-dev gnuplot-nox python3)
 install=("${package_armhf[@]}" clang libc++-dev libc++abi-dev pkg-config lintian qemu-user-static debootstrap)
-all=("${test[@]}" "${install[@]}" "${check_reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang)
+all=("${test_all[@]}" "${install[@]}" "${check_reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang)
 
 accept build package package-armhf install test test-all reference check-reference bench debootstrap all -- "$@"
 [ $# -le 1 ] || fail "it takes one of its words at a time (--help explains)"
