@@ -1,49 +1,77 @@
 #!/bin/bash
-# Runs every test: on this machine with the address and undefined-behaviour sanitizers, on the library as it ships, with
-# the target's unsigned char and with its 32-bit widths, on several threads with the thread sanitizer, under the budgets
-# of instructions and memory, with fuzzed inputs, and then on the target, 32-bit ARM, under emulation. The last line
-# tells how many tests passed, how many did not, and how many cannot run under emulation. The tests of failing memory,
-# disks and power, of contention and of damaged files run with the sanitizers; a few of them also on the target.
+# Builds and runs the tests. The last line tells how many passed, how many failed, and how many cannot run under
+# emulation.
 #
-#   scripts/test.sh [PRESET...]      only these of: dev native unsigned-char m32 tsan budgets fuzz armhf
+#   scripts/test.sh                  every test on this machine, with the address and undefined-behaviour sanitizers (dev)
+#   scripts/test.sh --all            all of the forms below
+#   scripts/test.sh PRESET...        some of them
+#
+# dev: see above. native: the library as it ships. unsigned-char: with the target's unsigned char. m32: with its 32-bit
+# widths. tsan: on several threads, with the thread sanitizer. budgets: the instructions and the memory that the library
+# may take. fuzz: fuzzed inputs, 20 seconds for each target. armhf: on the target, 32-bit ARM, under emulation. The tests
+# of failing memory, disks and power, of contention and of damaged files run in dev and native, a few also in armhf.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
 
+forms=(dev native unsigned-char m32 tsan budgets fuzz armhf)
 presets=("$@")
-[ $# -gt 0 ] || presets=(dev native unsigned-char m32 tsan budgets fuzz armhf)
+case "$*" in
+--all) presets=("${forms[@]}") ;;
+'') presets=(dev) ;;
+esac
+needs='test'
+for preset in "${presets[@]}"; do
+    case " ${forms[*]} " in
+    *" $preset "*) ;;
+    *) fail "\"$preset\" is none of --all ${forms[*]}" ;;
+    esac
+    case $preset in
+    dev | unsigned-char | tsan) ;;
+    *) needs=test-all ;;
+    esac
+done
 
 passed=0
 failed=0
 left_out=0
 ended_badly=0
 
+run_ctest()
+{
+    local results=$1 preset=$2
+    if [ -t 1 ]; then
+        ctest --preset "$preset" -j "$(nproc)" --output-junit "$results" --progress
+    else
+        ctest --preset "$preset" -j "$(nproc)" --output-junit "$results" | sed -u '/^ *Start /d'
+    fi
+}
+
 # A test that was skipped or not even built has not passed. Only what tests/armhf-excluded.txt names is left out.
 run_tests()
 {
-    local preset=$1 results=$project/build/$1/test-results.xml status=0 total here out
+    local preset=$1 build=$project/build/$1 results=$project/build/$1/test-results.xml status=0 counts here not out
     echo "== Testing ($preset)"
-    rm -f "$results"
-    ctest --preset "$preset" -j "$(nproc)" --output-junit "$results" || status=$?
+    rm -rf "$results" "$build/results"
+    run_ctest "$results" "$preset" || status=$?
     [ -s "$results" ] || fail "failed: testing ($preset: ctest ended with status $status and left no results)"
-    total=$(grep -c '<testcase ' "$results" || true)
-    here=$(grep -c '<testcase .* status="run">' "$results" || true)
-    out=$(grep -c '<testcase .* status="disabled">' "$results" || true)
+    counts=$(python3 tests/count_results.py "$build" "$results") || fail "failed: counting the results of $preset"
+    read -r here not out <<<"$counts"
     passed=$((passed + here))
+    failed=$((failed + not))
     left_out=$((left_out + out))
-    failed=$((failed + total - here - out))
-    echo "== $preset: $here of $total tests passed, $out left out"
+    echo "== $preset: $here of $((here + not + out)) tests passed, $out left out"
     [ "$here" -gt 0 ] && [ "$status" -eq 0 ] || ended_badly=1
 }
 
-scripts/install-dependencies.sh test-all
+scripts/install-dependencies.sh "$needs"
 for preset in "${presets[@]}"; do
     case $preset in
     armhf) step "Fetching the target's libraries" scripts/sysroot.sh armhf ;;
     m32) step "Fetching the 32-bit libraries" scripts/sysroot.sh i386 ;;
     esac
     step "Configuring ($preset)" quietly cmake --preset "$preset"
-    step "Building ($preset)" quietly cmake --build --preset "$preset"
+    step "Building ($preset)" cmake --build --preset "$preset"
     run_tests "$preset"
 done
 
