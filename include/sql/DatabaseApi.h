@@ -27,8 +27,8 @@ public:
     /// A facade without a database; code 0 and an empty message.
     DatabaseApi();
 
-    /// Finalizes the query and closes the connection; statements made by PrepareStatement() must be gone by then. If
-    /// one is not, the connection is abandoned unclosed, and running out of memory while the refusal's message is
+    /// Finalizes the query and closes the connection; statements made by PrepareStatement() must be destroyed before.
+    /// If one is left, the connection stays unclosed, and running out of memory while SQLite's message about that is
     /// stored ends the process.
     ~DatabaseApi() override;
 
@@ -70,18 +70,23 @@ public:
     /// last row), with 111 "Table isn't open." without a query, with SQLite's code and message when the step fails,
     /// and with 112 "No value exists." or "Unknown value type." when a column cannot be converted.
     ///
-    /// The code is not reset first: while another operation's failure stands in the record, every call consumes a row,
+    /// The code is not reset first: while another operation's failure is in the record, every call consumes a row,
     /// leaves `row` without cells and returns false. A call after the end of the rows starts the query over, so stop at
     /// the first false.
+    ///
+    /// In WAL mode, a query that is open on a row makes the facade's next write fail at once with code 5 after another
+    /// connection has written. CloseReadTable() ends that; fetching on does not, because the failed write's code is
+    /// then in the record.
     bool ReadNextRow(DbTableRowValues& row) const;
 
     /// Releases the query, which CloseDatabase() needs. Returns true with code 0, also without a query. Returns false
     /// with SQLite's code and message when the query's last step had failed; it is released all the same.
     bool CloseReadTable() const;
 
-    /// Prepares the first statement of `sql` for binding and stepping and returns it whether or not that succeeded: its
-    /// own GetLastError() tells (a code without a message, 21 on a closed database). The facade's record is not
-    /// touched. The statement must not outlive the facade, and must be gone before CloseDatabase().
+    /// Prepares the first statement of `sql` for binding and stepping and returns it whether or not that succeeded: the
+    /// statement's GetLastError() tells (a code without a message, 21 on a closed database). Execute("EXPLAIN " + sql)
+    /// gives the message. The facade's record is not touched. The statement must not outlive the facade, and must be
+    /// finalized or destroyed before CloseDatabase().
     ///
     ///     SqlCommand insert = database.PrepareStatement("INSERT INTO picture VALUES (?, ?)");
     ///     if (insert.BindText(1, name) && insert.BindBlob(2, bytes) && insert.Step()) { ... }

@@ -11,12 +11,15 @@ namespace Morvik::sql {
 
 /// Describes one column of a table to create.
 ///
-///     DbTableColumnDefinition{"qty", DbTableColumnType::Integer, 0, NotNull | Default, {{Default, "0"}}}
+///     DbTableColumnDefinition{.name = "qty", .type = DbTableColumnType::Integer,
+///                             .constraintFlags = NotNull | Default, .constraintArguments = {{Default, "0"}}}
 ///
-/// renders as `qty INTEGER NOT NULL DEFAULT 0`. Nothing is checked, quoted or escaped, and rendering never fails;
-/// SQLite rejects what is malformed when the table is created.
+/// renders as `qty INTEGER NOT NULL DEFAULT 0`. Name the members: {"qty", DbTableColumnType::Integer, NotNull} compiles
+/// without a warning and puts the constraint into `reserved`, which leaves the column without it. Nothing is checked,
+/// quoted or escaped, and rendering never fails; SQLite rejects what is malformed when the table is created.
 struct DbTableColumnDefinition {
-    /// The column's name, written unquoted: quote a name with a blank, a quote or a keyword yourself ("\"order\"").
+    /// The column's name, written unquoted: quote a name that holds a blank or a quote or is a keyword yourself
+    /// ("\"order\"").
     std::string name{};
 
     /// The declared type. The time tags declare the storage type of what they write: TEXT, INTEGER or REAL. None, Null
@@ -30,7 +33,8 @@ struct DbTableColumnDefinition {
     std::uint32_t constraintFlags = 0;
 
     /// Text written after a constraint's keyword, exactly as stored. An empty text, and one whose constraint is not in
-    /// `constraintFlags`, is left out.
+    /// `constraintFlags`, is left out. An ON CONFLICT clause in it changes what IDatabaseApi::WriteTableValues leaves
+    /// after a conflict.
     std::map<DbTableColumnConstraint, std::string> constraintArguments{};
 
     /// The constraint clause alone, in the order PRIMARY KEY, NOT NULL, UNIQUE, CHECK, DEFAULT; empty without flags.

@@ -30,7 +30,8 @@ enum class DbTableColumnType : std::int32_t {
     DateTimeNow = 6,
     /// The current local date and time as text, computed by SQLite; the cell's value is ignored.
     DateTimeNowLocalTime = 7,
-    /// The current time in seconds since 1970-01-01 00:00 UTC, computed by SQLite; the cell's value is ignored.
+    /// The current time in seconds since 1970-01-01 00:00 UTC, computed by SQLite; the cell's value is ignored. What is
+    /// written is a text of digits, which a column of type INTEGER stores as a number.
     UnixTimeNow = 8,
     /// The current time as a Julian day number, computed by SQLite; the cell's value is ignored.
     JulianDayNow = 9,

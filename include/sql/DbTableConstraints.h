@@ -10,11 +10,12 @@ namespace Morvik::sql {
 /// The table-level constraints of a table to create: a composite primary key, a composite unique key and a foreign key.
 /// Nothing is checked, quoted or escaped.
 ///
-/// Key columns are single characters, so only one-character column names can stand in a table-level key; put a key on
-/// a longer name on the column itself (DbTableColumnDefinition).
+/// Key columns are single characters, so a table-level key can name one-character columns only; declare a key with a
+/// longer name on the column itself (DbTableColumnDefinition).
 ///
-/// A table with a foreign key cannot be created: its text carries one closing parenthesis too many and SQLite rejects
-/// it. Create such a table through IDatabaseApi::Execute.
+/// A table with a foreign key cannot be created: the foreign key's text has one closing parenthesis too many, and
+/// SQLite rejects it. Without a referenced table, a primary key and a unique key, a foreign key is left out and the
+/// table is created. Create a table with a foreign key through IDatabaseApi::Execute.
 struct DbTableConstraints {
     /// Primary-key columns, one character each. Rows that conflict are skipped silently.
     std::vector<char> primaryKey{};

@@ -12,12 +12,12 @@ namespace Morvik::sql {
 ///
 ///     DbTableDataWrite data;
 ///     data.columns = {"name", "size"};
-///     data.rows.push_back({{{DbTableColumnType::Text, 0, std::string("bash")},
-///                           {DbTableColumnType::Integer, 0, 7164}}});
+///     data.rows.push_back({{{.type = DbTableColumnType::Text, .value = "bash"},
+///                           {.type = DbTableColumnType::Integer, .value = 7164}}});
 struct DbTableDataWrite {
-    /// Column names, written unquoted and unchecked: quote a name with a blank, a quote or a keyword yourself, and
-    /// take no name from an untrusted source. Empty names before the first non-empty one are left out; a later empty
-    /// name leaves an empty place, which SQLite rejects.
+    /// Column names, written unquoted and unchecked: quote a name that holds a blank or a quote or is a keyword
+    /// yourself, and take no name from an untrusted source. Empty names before the first non-empty one are left out; a
+    /// later empty name leaves an empty place, which SQLite rejects.
     std::vector<std::string> columns{};
 
     /// The rows, each with its cells in the order of `columns`.

@@ -8,13 +8,15 @@
 
 namespace Morvik::sql {
 
-/// Describes a whole table for IDatabaseApi::CreateTable.
+/// Describes a complete table for IDatabaseApi::CreateTable.
 ///
 ///     DbTableDefinition table;
 ///     table.name = "package";
-///     table.columns = {{"name", DbTableColumnType::Text, 0, PrimaryKey}, {"size", DbTableColumnType::Integer}};
+///     table.columns = {{.name = "name", .type = DbTableColumnType::Text, .constraintFlags = PrimaryKey},
+///                      {.name = "size", .type = DbTableColumnType::Integer}};
 struct DbTableDefinition {
-    /// The table's name, written unquoted: quote a name with a blank, a quote or a keyword yourself.
+    /// The table's name, written unquoted. A name that holds a blank or a quote or is a keyword works in quotation
+    /// marks ("\"my table\""), but not with every operation: see IDatabaseApi.
     std::string name{};
 
     /// The columns in the order in which the table has them.

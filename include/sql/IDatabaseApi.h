@@ -18,15 +18,17 @@ namespace Morvik::sql {
 ///         return Report(database.GetLastError(), database.GetLastErrorMsg());
 ///     }
 ///
-/// An object and everything it hands out belongs to one thread at a time.
+/// An object and everything it returns belongs to one thread at a time.
 ///
-/// No operation throws for an SQL or file failure: it returns false and leaves a code and a message. Only running out
-/// of memory is thrown, as std::bad_alloc; where SQLite's own memory runs out, the code is 7, or 1 while rows are
-/// stepped through. Either way a write or a change of the schema has changed nothing then, but for those statements of
-/// Execute() and DropTable() that were done before; inside a transaction, SQLite may undo all of that on code 7, 10 or
-/// 13. Every operation that starts a piece of work sets the code to 0 first and leaves the message, so a success may
-/// stand beside the message of an earlier failure. These are the codes; each failure of each operation, in all classes,
-/// has its row in docs/codes.md.
+/// No operation throws for an SQL or file failure: it returns false and leaves a code and, as a rule, a message. The
+/// exceptions: DropTable() returns true, ExistsTable() and ExistData() give result 0, if the test for the table fails
+/// while it runs; OpenDatabase() on an open database returns true. Only running out of memory is thrown, as
+/// std::bad_alloc; where SQLite's own memory runs out, the code is 7, or 1 while rows are stepped through. Either way a
+/// write or a change of the schema has changed nothing then, except the statements of Execute() and DropTable() that
+/// were done before; inside a transaction, SQLite may undo the complete transaction on code 7, 10 or 13. Every
+/// operation that starts a piece of work sets the code to 0 first and leaves the message, so a success may leave the
+/// message of an earlier failure. These are the codes; each failure of each operation, in all classes, has a row in
+/// @ref codes "codes and messages".
 ///
 /// | Code | Message                                   | Meaning                                                  |
 /// |------|-------------------------------------------|----------------------------------------------------------|
@@ -46,8 +48,12 @@ namespace Morvik::sql {
 /// | 112  | "No value exists.", "Unknown value type." | a column of a row could not be converted                 |
 /// | 113  | "No table exists: " + name                | the table to rename was not found                        |
 ///
-/// Table and column names, conditions and SQL text are used as they stand, unquoted and unchecked: quote a name with a
-/// blank, a quote or a keyword yourself, and never build them from an untrusted source.
+/// Table and column names, conditions and SQL text are used as they are, unquoted and unchecked; never build them from
+/// an untrusted source. A name that holds a blank or a quote or is a keyword works in quotation marks ("\"my table\"")
+/// for CreateTable(), WriteTableValues(), UpdateTableValues(), ReadTableValues(), for columns, and as the new name of
+/// AlterTable(). ExistsTable() takes it without them. For ExistData(), DropTable() and the old name of AlterTable()
+/// neither works: with quotation marks they find no table, without them SQLite rejects the statement. Use Execute() and
+/// ReadValues() there.
 class __attribute__((visibility("default"))) IDatabaseApi {
 public:
     virtual ~IDatabaseApi(); ///< Destroys the object behind the interface.
@@ -64,8 +70,8 @@ public:
     virtual bool OpenDatabase(const std::string& path, bool readOnly) = 0;
 
     /// Closes the database. Returns true with code 0, also when it is closed already. Returns false with SQLite's code
-    /// and message (5) while a query or a prepared statement is still held, and the database then stays open. A whole
-    /// read counts: call DatabaseApi::CloseReadTable first.
+    /// and message (5) while a query or a prepared statement is still held, and the database then stays open. A read
+    /// holds its query until DatabaseApi::CloseReadTable.
     virtual bool CloseDatabase() = 0;
 
     /// True from a successful OpenDatabase() to a successful CloseDatabase(). Touches no error state.
@@ -75,23 +81,24 @@ public:
     /// columns.
     ///
     /// Returns true with code 0. Returns false with 111 "Database isn't open.", 112 "Missing table name.", or SQLite's
-    /// code and message for a definition that SQLite rejects (every definition with a foreign key, see
-    /// DbTableConstraints).
+    /// code and message for a definition that SQLite rejects (such as one with a foreign key, see DbTableConstraints).
     virtual bool CreateTable(const DbTableDefinition& definition) = 0;
 
-    /// Returns whether a table of that name exists, letter case ignored (ASCII); `result` receives the facade's code: 0
-    /// when the test ran, 112 ("Missing table name.") for an empty name, SQLite's code when the test could not run
-    /// (1 for a name whose apostrophes break the query, 21 and "out of memory" on a closed
-    /// database). A test whose query fails while it runs, for lack of memory or because the file is locked, counts as
-    /// "no such table", with 0. A query in progress is left undisturbed.
+    /// Returns whether a table of that name exists, letter case ignored (ASCII). TEMP tables, tables of attached files
+    /// and views are not found. `result` receives the facade's code: 0 when the test ran, 112 ("Missing table name.")
+    /// for an empty name, SQLite's code when the test could not run (1 for a name whose apostrophes break the query, 5
+    /// when the file is locked before its schema was read, 21 and "out of memory" on a closed database). A test that
+    /// fails while it runs, because memory runs out or the file is locked, counts as "no such table", with 0. A query
+    /// in progress is left undisturbed.
     virtual bool ExistsTable(const std::string& table, int& result) const = 0;
 
     /// Deletes all rows of the table, then drops it; an absent table is a success. These are two statements: when the
     /// second fails, an empty table is left. Run it in a transaction where that matters. A table that the test of
-    /// ExistsTable() could not find counts as absent.
+    /// ExistsTable() does not find counts as absent, also if the test fails while it runs: begin a transaction (BEGIN
+    /// IMMEDIATE) first where another program may lock the file.
     ///
     /// Returns true with code 0. Returns false with 111 "Database isn't open.", 112 "Missing table name.", or SQLite's
-    /// code and message.
+    /// code and message (5 when the file is locked and the test could not run, or the rows cannot be deleted).
     virtual bool DropTable(const std::string& table) = 0;
 
     /// Renames a table. Returns true with code 0. Returns false with 111 "Database isn't open.", 113 "No table exists:
@@ -101,12 +108,13 @@ public:
     /// Runs every statement of `sql` in turn and discards result rows; the text ends at its first zero byte.
     ///
     /// Returns true with code 0. Returns false with 112 "Missing command." for an empty text, or with SQLite's code and
-    /// message; statements before the failing one stay done. On a closed database: code 21 with an empty message.
+    /// message. Statements before the failing one stay done, unless the failure ends their transaction (INSERT OR
+    /// ROLLBACK, and possibly code 7, 10 or 13). On a closed database: code 21 with an empty message.
     virtual bool Execute(const std::string& sql) = 0;
 
-    /// Inserts all rows of `data` with one statement, so either all of them or none, but for rows that the keys of
-    /// DbTableConstraints tell SQLite to skip. Without column names the rows give
-    /// every column of the table in its order.
+    /// Inserts all rows of `data` with one statement: all of them or none, unless the table tells SQLite otherwise (the
+    /// keys of DbTableConstraints skip rows that conflict, and a column's ON CONFLICT argument may skip or replace rows
+    /// or keep those before the conflict). Without column names the rows give every column of the table in its order.
     ///
     /// Returns true with code 0. Returns false with 112 "Missing table name.", or with SQLite's code and message: 19
     /// for a violated constraint, 1 for a rejected statement (no rows, cells that do not match the columns, a cell
@@ -115,8 +123,9 @@ public:
     virtual bool WriteTableValues(const std::string& table, const DbTableDataWrite& data) = 0;
 
     /// Assigns the cells of the first row of `data` to its columns in every row that `condition` selects; further rows
-    /// of `data` are ignored. `condition` is the whole clause with its keyword ("WHERE id=3"); an empty one changes
-    /// every row of the table.
+    /// of `data` are ignored. `condition` is the complete clause with its keyword ("WHERE id=3"); an empty one changes
+    /// every row of the table. A text or blob cell that equals a column's name stores that column's content: see
+    /// DbTableColumnValue.
     ///
     /// Returns true with code 0, also when no row was selected. Returns false with 112 "Missing table name." or
     /// "Missing column names.", or with SQLite's code and message as for WriteTableValues().
@@ -135,9 +144,11 @@ public:
     /// message when a row could not be converted; rows read before a failure stay in `data`.
     virtual bool ReadValues(const std::string& sql, DbTableData& data) const = 0;
 
-    /// Returns the number of rows of the table that satisfy `condition`, a whole clause with its keyword ("WHERE size >
-    /// 3") or empty, as a 32-bit number; 0 on every failure. `result` receives 0 (also for an absent table), the
-    /// facade's code of the failed step, or 110 when an exception was caught. Ends a row-by-row query in progress.
+    /// Returns the number of rows of the table that satisfy `condition`, a complete clause with its keyword ("WHERE
+    /// size > 3") or empty, as a 32-bit number; 0 on a failure, except that the count stays when closing the query
+    /// fails. `result` receives 0 (also for an absent table, and for one that ExistsTable() does not find), the
+    /// facade's code of the failed step, or 110 when an exception was caught. Ends a row-by-row query in progress once
+    /// the table was found.
     virtual int ExistData(const std::string& table, const std::string& condition, int& result) = 0;
 
 protected:

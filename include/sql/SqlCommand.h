@@ -23,12 +23,12 @@ class SqlDatabase;
 ///
 /// Parameters count from 1, columns from 0. Commands of one connection are used from one thread at a time.
 ///
-/// Every failure is a false return with SQLite's code in the record. Execute() and Step() also store the message;
+/// A failure of SQLite is a false return with SQLite's code in the record. Execute() and Step() also store the message;
 /// Prepare(), the bind operations, ClearBindings(), Reset() and Finalize() store the code beside whatever message
 /// stands there from before, so a failed Prepare() of a fresh command has a code and no message. Operations that need
 /// a statement and find none return false and leave the record as it was.
 ///
-/// Nothing is thrown but std::bad_alloc, when memory runs out.
+/// Only std::bad_alloc is thrown, when memory runs out.
 ///
 /// A moved-from command may be assigned to or destroyed; nothing else may be called on it.
 class __attribute__((visibility("default"))) SqlCommand final {
@@ -50,8 +50,8 @@ public:
 
     /// Runs every statement of `sql` in turn and discards result rows; a prepared statement is not touched. The text
     /// ends at its first zero byte. Returns true with code 0 and an empty message (also for an empty text). On
-    /// failure returns false with SQLite's code and error text; statements before the failing one stay done. On a
-    /// closed connection: code 21 and an empty message.
+    /// failure returns false with SQLite's code and error text; statements before the failing one stay done, unless the
+    /// failure ends their transaction. On a closed connection: code 21 and an empty message.
     bool Execute(const std::string& sql);
 
     /// Compiles the first statement of `sql`; text after it is ignored without a word. The view need not be
@@ -89,7 +89,8 @@ public:
 
     /// Advances to the next row. Returns true with an empty message for a row (code 100, HasRowData() is true) and for
     /// the end (code 101, HasRowData() is false). Returns false with SQLite's code and message when the step fails,
-    /// and false with the record untouched without a statement. A step after the end starts the statement over.
+    /// and false with the record untouched without a statement. A step after the end starts the statement over, so
+    /// while (Step()) never ends: loop while (Step() && HasRowData()).
     bool Step();
 
     /// Rewinds the statement to before its first row; bindings stay. Returns true with code 0. After a failed step
@@ -123,8 +124,9 @@ public:
     /// Reset() or Finalize() then fails with code 7, as it does after the same in ColumnBlob().
     std::string ColumnText(int column) const;
 
-    /// A view of the bytes of column `column` (from 0), valid until the next Step(), Reset() or Finalize(); null and 0
-    /// for NULL, for an empty value and when no row is available.
+    /// A view of the bytes of column `column` (from 0), valid until the next Step(), Reset() or Finalize(), or until
+    /// the same column is read as another type, which may free the bytes; null and 0 for NULL, for an empty value and
+    /// when no row is available.
     std::span<const unsigned char> ColumnBlob(int column) const;
 
     /// True when the record's code is 100: the last step yielded a row.

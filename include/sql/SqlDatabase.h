@@ -37,21 +37,21 @@ public:
     SqlDatabase(const SqlDatabase&) = delete;            ///< A connection has one owner.
     SqlDatabase& operator=(const SqlDatabase&) = delete; ///< A connection has one owner.
 
-    /// Closes as Close() does. If SQLite refuses because statements are still held, the connection is abandoned
-    /// unclosed. Running out of memory while the refusal's message is stored ends the process.
+    /// Closes as Close() does. If that fails because statements are still held, the connection stays unclosed. Running
+    /// out of memory while SQLite's message about that is stored ends the process.
     ~SqlDatabase();
 
     /// Opens the database file `path`, read-only, or read-write with creation.
     ///
     /// Missing parent directories are created first, for a read-only open too; a path that begins with ":" (such as
-    /// ":memory:") and a bare file name skip that step.
+    /// ":memory:") and a bare file name skip that step. A name that begins with "file:" is a path here;
+    /// SQLite reads it as a URI if it was built with SQLITE_USE_URI.
     ///
     /// Returns true with code 0 and an empty message. Returns false
     /// - while a connection is already open: that connection and the record stay as they are;
     /// - with code 111 and "Create directory failed: " followed by `path` when the parent directory could not be
     ///   inspected or created;
-    /// - with SQLite's code and message when SQLite cannot open the file. The connection is closed afterwards. A named
-    ///   pipe, which SQLite might wait for, is refused at once (code 14).
+    /// - with SQLite's code and message when SQLite cannot open the file. The connection is closed afterwards.
     ///
     /// SQLite reads a file's content only when it is first used, so opening a file that is no database succeeds and
     /// the first statement fails with code 26.

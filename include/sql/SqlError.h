@@ -9,8 +9,9 @@
 namespace Morvik::sql {
 
 /// The error record of the access layer: the result code of the last recorded call and the message that belongs
-/// to it. Every connection, statement, cursor and value carries exactly one; nothing in the layer throws for an SQL
-/// or file failure, so this is where the reason for a false return is read.
+/// to it. Every connection, statement, cursor and value has exactly one; nothing in the layer throws for an SQL
+/// or file failure, so the reason for a false return is read here. Operations that need something that is not there (an
+/// open cursor, a statement) return false and leave the record as it was.
 ///
 /// Codes are SQLite's primary result codes, passed through unchanged, or one of the library's own:
 /// 111 something that must be open is not, 112 a needed argument or value is missing or unusable,

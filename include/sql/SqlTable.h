@@ -9,7 +9,7 @@ namespace Morvik::sql {
 
 class SqlDatabase;
 
-/// Walks the result of one query forward, row by row, and hands out the current row's columns by index or by name.
+/// Walks the result of one query forward, row by row, and reads the current row's columns by index or by name.
 /// The SqlDatabase must outlive the cursor, and an open cursor keeps its connection from closing.
 ///
 ///     SqlTable table(database);
@@ -84,13 +84,14 @@ public:
     /// Column `column` (from 0) as a 64-bit integer.
     long long GetInt64(int column) const;
 
-    /// A copy of the text of column `column` (from 0) up to its first zero byte. Throws std::logic_error for NULL: ask
-    /// GetValue(column).GetValueType() first where a column may hold NULL; and std::bad_alloc when SQLite has no memory
-    /// for it.
+    /// A copy of the text of column `column` (from 0) up to its first zero byte. Throws std::logic_error for every
+    /// NULL: ask GetValue(column).GetValueType() first where a column may hold NULL. Throws std::bad_alloc when SQLite
+    /// has no memory for the text.
     std::string GetText(int column) const;
 
-    /// The bytes of column `column` (from 0), owned by SQLite and valid until the next ReadNext(), Reset() or Close();
-    /// null for NULL and for an empty value. Take the length from GetLength().
+    /// The bytes of column `column` (from 0), owned by SQLite and valid until the next ReadNext(), Reset() or Close(),
+    /// or until the same column is read as another type, which may free them; null for NULL and for an empty value.
+    /// Take the length from GetLength() first.
     const void* GetBlob(int column) const;
 
     /// Column `column` (from 0) as a value that is valid until the next ReadNext(), Reset() or Close().
