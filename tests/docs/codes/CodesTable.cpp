@@ -22,7 +22,21 @@ std::string WithoutBackticks(std::string text)
     return text;
 }
 
-std::vector<std::string> Cells(const std::string& line)
+/// The texts between backticks: the operations of a row.
+std::vector<std::string> Quoted(const std::string& cell)
+{
+    std::vector<std::string> texts;
+    for (std::size_t begin = cell.find('`'); begin != std::string::npos;) {
+        const std::size_t end = cell.find('`', begin + 1);
+        texts.push_back(cell.substr(begin + 1, end - begin - 1));
+        begin = end == std::string::npos ? end : cell.find('`', end + 1);
+    }
+    return texts;
+}
+
+} // namespace
+
+std::vector<std::string> CellsOfTableLine(const std::string& line)
 {
     std::vector<std::string> cells;
     std::string cell;
@@ -40,20 +54,6 @@ std::vector<std::string> Cells(const std::string& line)
     return cells;
 }
 
-/// The texts between backticks: the operations of a row.
-std::vector<std::string> Quoted(const std::string& cell)
-{
-    std::vector<std::string> texts;
-    for (std::size_t begin = cell.find('`'); begin != std::string::npos;) {
-        const std::size_t end = cell.find('`', begin + 1);
-        texts.push_back(cell.substr(begin + 1, end - begin - 1));
-        begin = end == std::string::npos ? end : cell.find('`', end + 1);
-    }
-    return texts;
-}
-
-} // namespace
-
 std::vector<CodesRow> ReadCodesTable(const std::string& path)
 {
     static const std::string Heading = "## ";
@@ -67,7 +67,7 @@ std::vector<CodesRow> ReadCodesTable(const std::string& path)
         if (!line.starts_with("|") || line.starts_with("| ---") || line.starts_with("| Operation |")) {
             continue;
         }
-        const std::vector<std::string> cells = Cells(line);
+        const std::vector<std::string> cells = CellsOfTableLine(line);
         if (cells.size() != Columns || Quoted(cells[0]).empty()) {
             throw std::runtime_error("no row of codes: " + line);
         }

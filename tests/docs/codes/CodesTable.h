@@ -6,8 +6,8 @@
 
 namespace Morvik::sql::tests {
 
-/// One row of the tables in docs/codes.md, for one of the operations that it names. Cells as they stand there, without
-/// backticks and with \| for |.
+/// One row of the tables in docs/codes.md, for one of the operations that it names. Cells as they are there, without
+/// backticks and with \| as |.
 struct CodesRow {
     std::string operation; ///< with its class: "SqlDatabase::Open"
     std::string situation;
@@ -20,6 +20,9 @@ struct CodesRow {
         *stream << row.operation << ": " << row.situation;
     }
 };
+
+/// The cells of one line of a table, without the blanks around them and with \| as |.
+std::vector<std::string> CellsOfTableLine(const std::string& line);
 
 /// Every row of the document, in order; a row that names several operations comes once for each. None if there is no
 /// such file. Throws std::runtime_error for a row with another number of cells.

@@ -4,6 +4,7 @@
 #include <map>
 #include <new>
 #include <optional>
+#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -18,6 +19,11 @@ struct Record {
     std::string message;
 
     friend bool operator==(const Record&, const Record&) = default;
+
+    friend void PrintTo(const Record& record, std::ostream* stream)
+    {
+        *stream << record.code << " \"" << record.message << '"';
+    }
 };
 
 /// What came of a situation.
