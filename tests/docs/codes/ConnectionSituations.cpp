@@ -2,7 +2,6 @@
 #include <sql/SqlTable.h>
 
 #include <sqlite3.h>
-#include <sys/stat.h>
 
 #include <fstream>
 #include <string>
@@ -59,15 +58,6 @@ Outcome DirectoryReadOnly()
     return Opened(path, true, FailureOfOpen(path, SQLITE_OPEN_READONLY));
 }
 
-/// SQLite would wait for the pipe's other end. What it answers is what it says of a file that cannot be opened.
-Outcome FileThatIsANamedPipe()
-{
-    const TemporaryDirectory directory;
-    const std::string path = directory.File("pipe");
-    mkfifo(path.c_str(), 0600);
-    return Opened(path, true, FailureOfOpen("/dev/null/none", SQLITE_OPEN_READONLY));
-}
-
 Outcome MissingFileReadOnly()
 {
     const TemporaryDirectory directory;
@@ -122,7 +112,6 @@ Situations ConnectionSituations()
         {open, "the directory cannot be inspected", DirectoryThatCannotBeInspected},
         {open, "the file is a directory", FileThatIsADirectory},
         {open, "the file is a directory and is to be read only", DirectoryReadOnly},
-        {open, "the file is a named pipe", FileThatIsANamedPipe},
         {open, "the file does not exist and is to be read only", MissingFileReadOnly},
         {open, "SQLite has no memory for a connection", NoMemoryForAConnection},
         {close, "a statement is still held", CloseWithAStatement},

@@ -45,6 +45,21 @@ Outcome ClosedDatabase()
     return Counted(facade, "t", "", FailureOfPrepare(nullptr, ExistenceTest("t")));
 }
 
+Outcome LockedFile()
+{
+    SituationFacade facade;
+    const PlainSqlite other(facade.path);
+    facade.plain.Execute("BEGIN EXCLUSIVE");
+    return Counted(facade, "t", "", FailureOfPrepare(other.Handle(), ExistenceTest("t")));
+}
+
+Outcome FailedStepOfTheTest()
+{
+    SituationFacade facade;
+    facade.LockAfterTheSchemaWasRead();
+    return Counted(facade, "t", "");
+}
+
 Outcome RejectedCondition()
 {
     SituationFacade facade;
@@ -99,6 +114,8 @@ Situations CountingSituations()
         {exist, "the name is empty", Counting("")},
         {exist, "the name holds an apostrophe", NameWithAnApostrophe},
         {exist, "the database is closed", ClosedDatabase},
+        {exist, "the file is locked and its schema was not read", LockedFile},
+        {exist, "the test's step fails", FailedStepOfTheTest},
         {exist, "SQLite rejects the condition", RejectedCondition},
         {exist, "the query's step fails", FailedStep},
         {exist, "the first cell holds no integer", Counting("t", "WHERE 0 GROUP BY a UNION ALL SELECT 'text'")},

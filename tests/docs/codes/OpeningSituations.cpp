@@ -1,5 +1,4 @@
 #include <sqlite3.h>
-#include <sys/stat.h>
 
 #include <fstream>
 #include <string>
@@ -53,15 +52,6 @@ Outcome DirectoryReadOnly()
     const TemporaryDirectory directory;
     const std::string path = directory.Path().string();
     return Opened(path, true, FailureOfOpen(path, SQLITE_OPEN_READONLY));
-}
-
-/// SQLite would wait for the pipe's other end. What it answers is what it says of a file that cannot be opened.
-Outcome FileThatIsANamedPipe()
-{
-    const TemporaryDirectory directory;
-    const std::string path = directory.File("pipe");
-    mkfifo(path.c_str(), 0600);
-    return Opened(path, true, FailureOfOpen("/dev/null/none", SQLITE_OPEN_READONLY));
 }
 
 Outcome MissingFileReadOnly()
@@ -136,7 +126,6 @@ Situations OpeningSituations()
         {open, "the directory cannot be inspected", DirectoryThatCannotBeInspected},
         {open, "the file is a directory", FileThatIsADirectory},
         {open, "the file is a directory and is to be read only", DirectoryReadOnly},
-        {open, "the file is a named pipe", FileThatIsANamedPipe},
         {open, "the file does not exist and is to be read only", MissingFileReadOnly},
         {open, "SQLite has no memory for a connection", NoMemoryForAConnection},
         {open, "a database is open already", SecondOpen},

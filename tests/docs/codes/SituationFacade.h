@@ -26,6 +26,16 @@ struct SituationFacade {
     /// Leaves the record 112 "Missing command.".
     void FailBefore() { database.Execute(""); }
 
+    /// Another connection locks the file so that it cannot be read. The facade knows the schema, and compiles queries.
+    void LockAfterTheSchemaWasRead()
+    {
+        int result = -1;
+        if (!database.ExistsTable("t", result)) {
+            throw std::logic_error("the table is there");
+        }
+        plain.Execute("BEGIN EXCLUSIVE");
+    }
+
     const TemporaryDirectory directory;
     const std::string path = directory.File("test.db");
     PlainSqlite plain{path};

@@ -27,6 +27,15 @@ Outcome Created(const DbTableDefinition& definition, const std::string& sql)
         FailureOfExec(facade.plain.Handle(), sql));
 }
 
+Outcome CreatedWithoutItsForeignKey()
+{
+    SituationFacade facade;
+    facade.FailBefore();
+    DbTableDefinition definition = OneColumn;
+    definition.constraints.foreignKey = {"a"};
+    return OnTables(facade, [&](DatabaseApi& database) { return database.CreateTable(definition); });
+}
+
 Outcome CreatedOnAReadOnlyDatabase()
 {
     SituationFacade facade(false);
@@ -60,18 +69,6 @@ Outcome TestedOnAClosedDatabase()
 {
     SituationFacade facade(false);
     return Tested(facade, "t", FailureOfPrepare(nullptr, ExistenceTest("t")));
-}
-
-/// The schema is known by then, so that the test compiles; the lock of another connection stops its step.
-Outcome TestedWhileTheStepFails()
-{
-    SituationFacade facade;
-    int result = -1;
-    if (!facade.database.ExistsTable("t", result)) {
-        throw std::logic_error("the table is there");
-    }
-    facade.plain.Execute("BEGIN EXCLUSIVE");
-    return Tested(facade, "t");
 }
 
 Outcome Dropped(SituationFacade& facade, const std::string& table, std::optional<PlainFailure> plain = std::nullopt)
@@ -122,6 +119,36 @@ std::function<Outcome()> Renaming(const std::string& table, const std::string& n
     };
 }
 
+/// The facade has read the schema by then, so that the test compiles; the lock of another connection stops its step.
+template <typename Operation>
+std::function<Outcome()> WhileTheStepFails(Operation operation)
+{
+    return [=] {
+        SituationFacade facade;
+        facade.LockAfterTheSchemaWasRead();
+        return operation(facade, "t", std::nullopt);
+    };
+}
+
+/// Reading the schema fails, so the test does not compile.
+template <typename Operation>
+std::function<Outcome()> WhileTheFileIsLocked(Operation operation)
+{
+    return [=] {
+        SituationFacade facade;
+        const PlainSqlite other(facade.path);
+        facade.plain.Execute("BEGIN EXCLUSIVE");
+        return operation(facade, "t", FailureOfPrepare(other.Handle(), ExistenceTest("t")));
+    };
+}
+
+Outcome RenamedBesideALock(SituationFacade& facade, const std::string& table, std::optional<PlainFailure>)
+{
+    Outcome outcome = OnTables(facade, [&](DatabaseApi& database) { return database.AlterTable(table, "n"); });
+    outcome.names["name"] = table;
+    return outcome;
+}
+
 template <typename Operation>
 std::function<Outcome()> On(Operation operation, const std::string& table, bool open = true)
 {
@@ -147,7 +174,8 @@ Situations TableSituations()
              return Created({"", OneColumn.columns}, "SELECT");
          }},
         {create, "there are no columns", [] { return Created({"n"}, "CREATE TABLE n ()"); }},
-        {create, "there is a foreign key",
+        {create, "there is a foreign key alone, which is left out", CreatedWithoutItsForeignKey},
+        {create, "there is a foreign key that references a table",
          [=] {
              return Created(foreign,
                             "CREATE TABLE n (a INTEGER ,FOREIGN KEY (a) REFERENCES t(a) ON DELETE SET NULL ))");
@@ -157,17 +185,22 @@ Situations TableSituations()
         {exists, "the name is empty", On(Tested, "")},
         {exists, "the name holds an apostrophe", On(Tested, Apostrophe)},
         {exists, "the database is closed", TestedOnAClosedDatabase},
-        {exists, "the test's step fails", TestedWhileTheStepFails},
+        {exists, "the file is locked and its schema was not read", WhileTheFileIsLocked(Tested)},
+        {exists, "the test's step fails", WhileTheStepFails(Tested)},
         {drop, "there is no such table", On(Dropped, "absent")},
         {drop, "the database is closed", On(Dropped, "t", false)},
         {drop, "the name is empty", On(Dropped, "")},
         {drop, "the name holds an apostrophe", On(Dropped, Apostrophe)},
+        {drop, "the file is locked and its schema was not read", WhileTheFileIsLocked(Dropped)},
+        {drop, "the test's step fails", WhileTheStepFails(Dropped)},
         {drop, "the rows cannot be deleted", DroppedThoughRowsCannotBeDeleted},
         {drop, "the emptied table cannot be dropped", DroppedWhileItIsRead},
         {alter, "the database is closed", Renaming("t", "n", false)},
         {alter, "there is no such table", Renaming("absent", "n")},
         {alter, "the name is empty", Renaming("", "n")},
         {alter, "the name holds an apostrophe", Renaming(Apostrophe, "n")},
+        {alter, "the file is locked and its schema was not read", WhileTheFileIsLocked(RenamedBesideALock)},
+        {alter, "the test's step fails", WhileTheStepFails(RenamedBesideALock)},
         {alter, "the new name is taken", Renaming("t", "u")},
         {alter, "the new name is empty", Renaming("t", "")},
     };
