@@ -73,8 +73,8 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 set(about "tkosqllite turns plain descriptions into SQL: table definitions become tables,
-rows of cells are written, updated and read back, and every failure is a code
-and a message. Prepared statements are one call away.")
+rows of cells are written, updated and read back, and a failure is a code and,
+as a rule, a message. Prepared statements are one call away.")
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library_package})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
