@@ -24,7 +24,7 @@ namespace Morvik::sql {
 /// - a text is stored with every apostrophe doubled (O'Brien becomes O''Brien), so a bound O'Brien does not find it: do
 ///   not mix cells and bound texts in one column;
 /// - in UpdateTableValues a text or blob that equals a column name of the table, in any letter case, or "rowid", "oid"
-///   or "_rowid_" stores that column's content. One from an untrusted source can so copy what is secret: bind it;
+///   or "_rowid_" stores that column's content. One from an untrusted source can copy secret content this way: bind it;
 /// - SQLite reads a statement up to its first zero byte, so a text that holds one breaks its statement;
 /// - blob bytes are written as they are between double quotation marks: one that holds a double quotation mark or a
 ///   zero byte breaks its statement, and bytes from an untrusted source can change it. Bind blobs instead
