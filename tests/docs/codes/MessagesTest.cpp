@@ -74,7 +74,7 @@ DbTableDefinition WithConstraint(DbTableColumnConstraint constraint)
     return {.name = "n", .columns = {{.name = "b", .constraintFlags = constraint}}};
 }
 
-/// A facade on a file of its own with the table t, whose column a is 1, and a record for each failure.
+/// A facade on a temporary file with the table t, whose column a is 1, and a record for each failure.
 struct Failures {
     Failures()
     {
@@ -333,7 +333,7 @@ TEST_P(MessagesTest, RowTellsTheCause)
 {
     const MessagesRow& row = GetParam();
     const auto happening = Happenings().find(row.happened);
-    ASSERT_NE(happening, Happenings().end()) << "nobody brings about: " << row.happened;
+    ASSERT_NE(happening, Happenings().end()) << "no test does this: " << row.happened;
 
     Failures failures;
     happening->second(failures);
