@@ -1,22 +1,42 @@
 #!/bin/bash
-# Builds the library and shows it at work: an inventory of this machine's packages, and a log of its load and memory.
+# Builds the library and shows what it does with this machine's data: an inventory of the installed packages, and a
+# short log of load, memory and temperature.
 #
 #   scripts/demo.sh [STATUS-FILE]
 #
-# STATUS-FILE is a dpkg status file to take the inventory from instead of this machine's own. The databases stay in
-# build/demo; a second run shows what has changed since the first.
+# STATUS-FILE is a dpkg status file to take the inventory from instead of this machine's. Missing packages are installed
+# first. The databases are in build/demo, and a second run tells what changed since the first. A run that is killed
+# leaves sound databases: each write is a transaction.
 
-[ $# -le 1 ] || { echo "demo.sh: one status file at most" >&2; exit 2; }
-status_file=$(realpath -m -- "${1:-/var/lib/dpkg/status}") || exit 2
+caller=$PWD
+status_file=$(realpath -m -- "${1-/var/lib/dpkg/status}")
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
 
+[ $# -le 1 ] || fail "there is at most one argument, a dpkg status file (--help explains)"
+if [ ! -f "$status_file" ] || [ ! -r "$status_file" ]; then
+    fail "cannot read the file \"${1-$status_file}\" (--help explains)"
+fi
+
 scripts/install-dependencies.sh build
 step "Configuring" quietly cmake --preset release
 step "Building the library and the examples" quietly cmake --build --preset release
-examples=build/release/examples
-step "Taking an inventory of the packages" \
-    "$examples/package_inventory" --database "$project/build/demo/inventory.db" "$status_file"
-step "Logging this machine for five seconds" \
-    "$examples/device_log" --database "$project/build/demo/device_log.db" --samples 6 --interval 1
+
+# The names below are for the directory from which the script was called.
+cd "$caller"
+examples=$project/build/release/examples
+databases=$(realpath -m --relative-base="$caller" "$project/build/demo")
+step "Writing an inventory of the installed packages and reading it back" \
+    "$examples/package_inventory" "$databases/inventory.db" "$status_file"
+step "Logging this machine for two seconds" "$examples/device_log" "$databases/device_log.db" 3 1
+
+cat <<END
+
+== What to do next
+Look into the databases with the package sqlite3:
+  sqlite3 $(printf %q "$databases/inventory.db") 'SELECT section, count(*) FROM package GROUP BY section'
+  sqlite3 $(printf %q "$databases/device_log.db") 'SELECT * FROM sample'
+Read examples/package_inventory/main.cpp, which made the first one, examples/common/SqlHelpers.h for helpers to copy,
+and docs/guide/README.md for the guide.
+END

@@ -1,142 +1,202 @@
-// Logs this machine's load, memory, disk and uptime at an interval, as a small device would, and shows the last
-// samples.
+// Samples this machine's load, memory and temperature as a small device does, and keeps the last samples in a database.
+//
+//   device_log DATABASE SAMPLES SECONDS [KEEP]
+//
+// Takes SAMPLES samples, SECONDS apart, and keeps the last KEEP ones (1000). SIGINT and SIGTERM end it early; the
+// samples taken until then are kept.
 
-#include <getopt.h>
-
-#include <algorithm>
-#include <array>
-#include <chrono>
-#include <cstring>
-#include <filesystem>
+#include <cmath>
+#include <csignal>
+#include <ctime>
+#include <fstream>
+#include <iomanip>
 #include <iostream>
 #include <limits>
 #include <optional>
+#include <sstream>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
-#include "common/Failure.h"
-#include "common/Program.h"
-#include "device_log/Chart.h"
-#include "device_log/Machine.h"
-#include "device_log/SampleLog.h"
-#include "device_log/StopSignals.h"
+#include "common/SqlHelpers.h"
 
 namespace {
 
+using namespace Morvik::sql;
 using namespace examples;
 
-const std::string Usage = R"(Usage: device_log [OPTION]...
-
-Samples this machine's load, memory, disk and uptime at an interval, keeps the
-last samples in an SQLite database and shows them. SIGINT (Ctrl-C) and SIGTERM
-end it early; what was sampled until then is kept.
-
-  --minutes N       how long to sample, in minutes (1); fractions are fine
-  --samples N       how many samples to take, whatever the minutes
-  --interval N      seconds from one sample to the next (5); fractions are fine
-  --keep N          how many samples the log keeps (1000)
-  --database PATH   the database (by default
-                    ~/.local/share/device_log/device_log.db);
-                    missing directories are created
-  --help            this text
-)";
-
-struct Options {
-    double minutes = 1;
-    double interval = 5;
-    std::optional<int> samples{};
-    int keep = 1000;
-    std::string database{};
-    bool help = false;
+struct Sample {
+    std::string time; // set by SQLite
+    double load = 0;
+    int memoryUsed = 0;                // in MiB
+    std::optional<double> temperature; // in degrees Celsius, nothing on a machine without a sensor
 };
 
-Options OptionsOf(int argc, char** argv)
+Sample SampleFrom(const DbTableRowValues& row)
 {
-    static const std::array<option, 7> Known = {{{"minutes", required_argument, nullptr, 'm'},
-                                                 {"samples", required_argument, nullptr, 's'},
-                                                 {"interval", required_argument, nullptr, 'i'},
-                                                 {"keep", required_argument, nullptr, 'k'},
-                                                 {"database", required_argument, nullptr, 'd'},
-                                                 {"help", no_argument, nullptr, 'h'},
-                                                 {nullptr, 0, nullptr, 0}}};
-    constexpr int Unlimited = std::numeric_limits<int>::max();
-    Options options;
-    opterr = 0;
-    for (int name = 0; (name = getopt_long(argc, argv, ":", Known.data(), nullptr)) != -1;) {
-        switch (name) {
-        case 'm':
-            options.minutes = Number("minutes", optarg, 0, 1e6);
-            break;
-        case 's':
-            options.samples = WholeNumber("samples", optarg, 1, Unlimited);
-            break;
-        case 'i':
-            options.interval = Number("interval", optarg, 0.01, 1e6);
-            break;
-        case 'k':
-            options.keep = WholeNumber("keep", optarg, 1, Unlimited);
-            break;
-        case 'd':
-            options.database = DatabasePath(optarg);
-            break;
-        case 'h':
-            options.help = true;
-            break;
-        case ':':
-            throw UsageFailure(std::string(argv[optind - 1]) + " needs a value");
-        default:
-            throw UsageFailure(std::string(argv[optind - 1]) + " is no option; try --help");
+    return {
+        .time = Get<std::string>(row, 0),
+        .load = Get<double>(row, 1),
+        .memoryUsed = Get<int>(row, 2),
+        .temperature = GetOptional<double>(row, 3),
+    };
+}
+
+// The first number in a file; nothing if there is no such file.
+std::optional<double> FirstNumber(const std::string& path)
+{
+    double number = 0;
+    return std::ifstream(path) >> number ? std::optional(number) : std::nullopt;
+}
+
+// In KiB: /proc/meminfo has lines like "MemTotal:       4028396 kB".
+long long MemoryFigure(const std::string& name)
+{
+    std::ifstream file("/proc/meminfo");
+    std::string word;
+    while (file >> word && word != name + ":") {
+        file.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+    }
+    long long kibibytes = 0;
+    return file >> kibibytes ? kibibytes : throw std::runtime_error("cannot read " + name + " from /proc/meminfo");
+}
+
+Sample TakeSample()
+{
+    Sample sample;
+    sample.load = FirstNumber("/proc/loadavg").value();
+    sample.memoryUsed = static_cast<int>((MemoryFigure("MemTotal") - MemoryFigure("MemAvailable")) / 1024);
+    if (const std::optional<double> millidegrees = FirstNumber("/sys/class/thermal/thermal_zone0/temp")) {
+        sample.temperature = *millidegrees / 1000;
+    }
+    return sample;
+}
+
+void CreateTable(DatabaseApi& database)
+{
+    using enum DbTableColumnType;
+    const DbTableDefinition definition{
+        .name = "sample",
+        .columns =
+            {
+                {.name = "id", .type = Integer, .constraintFlags = PrimaryKey},
+                {.name = "time", .type = UnixTimeNow, .constraintFlags = NotNull},
+                {.name = "load", .type = Real, .constraintFlags = NotNull},
+                {.name = "memory_used", .type = Integer, .constraintFlags = NotNull},
+                {.name = "temperature", .type = Real},
+            },
+    };
+    Require(database, database.CreateTable(definition), "create the table");
+}
+
+// Adds a sample and deletes the oldest in one transaction, so the log never has more than `keep` samples.
+void Add(DatabaseApi& database, const Sample& sample, int keep)
+{
+    DbTableDataWrite data{
+        .columns = {"time", "load", "memory_used"},
+        .rows = {{.cells = {UnixTimeCell(), RealCell(sample.load), IntegerCell(sample.memoryUsed)}}},
+    };
+    if (sample.temperature) { // a column that is left out becomes NULL
+        data.columns.emplace_back("temperature");
+        data.rows[0].cells.push_back(RealCell(*sample.temperature));
+    }
+
+    Transaction transaction(database);
+    Require(database, database.WriteTableValues("sample", data), "write a sample");
+    Require(database,
+            database.Execute("DELETE FROM sample WHERE id <= (SELECT max(id) FROM sample) - " + std::to_string(keep)),
+            "delete the oldest sample");
+    transaction.Commit();
+}
+
+// SQLite formats the time: seconds since 1970 do not fit into a cell's 32 bits after the year 2038.
+void PrintLastSamples(DatabaseApi& database)
+{
+    const std::vector<Sample> samples =
+        ReadAll(database,
+                "SELECT datetime(time, 'unixepoch', 'localtime'), load, memory_used, temperature "
+                "FROM (SELECT * FROM sample ORDER BY id DESC LIMIT 10) ORDER BY id",
+                SampleFrom);
+    std::cout << "               time   load     memory  temperature\n" << std::fixed;
+    for (const Sample& sample : samples) {
+        std::cout << sample.time << std::setprecision(2) << std::setw(7) << sample.load << std::setw(7)
+                  << sample.memoryUsed << " MiB";
+        if (sample.temperature) {
+            std::cout << std::setprecision(1) << std::setw(11) << *sample.temperature << " C";
         }
+        std::cout << '\n';
     }
-    if (optind < argc) {
-        throw UsageFailure(std::string(argv[optind]) + " is no option; try --help");
-    }
-    return options;
 }
 
-// The first sample is taken at once, so a minute at an interval of 5 seconds gives 13.
-int SamplesOf(const Options& options)
+// SIGINT and SIGTERM, blocked so that they never interrupt a write. They are noticed only by sigtimedwait().
+sigset_t BlockStopSignals()
 {
-    const double samples = options.minutes * 60 / options.interval + 1;
-    return options.samples.value_or(static_cast<int>(std::min(samples + 1e-6, 2e9)));
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
 }
 
-void Run(const Options& options)
+timespec Duration(double seconds)
 {
-    using namespace std::chrono;
-    if (options.help) {
-        std::cout << Usage;
-        return;
-    }
-    const StopSignals signals;
-    SampleLog log(options.database.empty() ? DefaultDatabasePath("device_log", "device_log.db") : options.database,
-                  options.keep);
-    const std::string directory = std::filesystem::absolute(log.Database().Path()).parent_path();
+    timespec duration = {};
+    duration.tv_sec = static_cast<time_t>(seconds);
+    duration.tv_nsec = static_cast<decltype(duration.tv_nsec)>((seconds - std::floor(seconds)) * 1e9);
+    return duration;
+}
 
-    const auto start = steady_clock::now();
-    const int wanted = SamplesOf(options);
+void Run(const std::string& path, int samples, double seconds, int keep)
+{
+    const sigset_t signals = BlockStopSignals();
+    const timespec interval = Duration(seconds);
+    DatabaseApi database;
+    Open(database, path);
+    CreateTable(database);
+
     int taken = 0;
-    int signal = 0;
-    while (taken < wanted && signal == 0) {
-        log.Add(TakeSample(directory));
+    do {
+        Add(database, TakeSample(), keep);
         ++taken;
-        if (taken < wanted) {
-            signal = signals.WaitUntil(start + duration_cast<nanoseconds>(taken * duration<double>(options.interval)));
-        }
-    }
+    } while (taken < samples && sigtimedwait(&signals, nullptr, &interval) < 0);
 
-    constexpr int Shown = 20;
-    std::cout << taken << (taken == 1 ? " sample" : " samples") << " taken";
-    if (signal != 0) {
-        std::cout << ", then stopped by " << (signal == SIGINT ? "SIGINT" : "SIGTERM");
+    int code = 0;
+    const int kept = database.ExistData("sample", "", code);
+    Require(database, code == 0, "count the samples");
+    std::cout << "Database: " << path << "\nSamples: " << taken << " written, " << kept << " kept\n\n";
+    PrintLastSamples(database);
+    Require(database, database.CloseDatabase(), "close " + path);
+}
+
+template <typename Number>
+Number NumberFrom(const std::string& text)
+{
+    std::istringstream stream(text);
+    Number number{};
+    if (!(stream >> number) || !stream.eof() || number <= 0 || number > 1'000'000) {
+        throw std::invalid_argument("\"" + text + "\" is not a number above 0 and up to a million");
     }
-    std::cout << "; " << log.Database().Path() << " holds " << log.Size() << '\n';
-    PrintLastSamples(std::cout, log.Database(), Shown);
-    log.Database().Close();
+    return number;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    return RunProgram("device_log", [&] { Run(OptionsOf(argc, argv)); });
+    if (argc < 4 || argc > 5 || argv[1][0] == '-') {
+        std::cerr << "usage: device_log DATABASE SAMPLES SECONDS [KEEP]\n";
+        return 2;
+    }
+    try {
+        Run(argv[1], NumberFrom<int>(argv[2]), NumberFrom<double>(argv[3]),
+            NumberFrom<int>(argc == 5 ? argv[4] : "1000"));
+        return std::cout.flush() ? 0 : 1;
+    } catch (const std::invalid_argument& error) {
+        std::cerr << "device_log: " << error.what() << '\n';
+        return 2;
+    } catch (const std::exception& error) {
+        std::cerr << "device_log: " << error.what() << '\n';
+        return 1;
+    }
 }

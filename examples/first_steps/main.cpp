@@ -3,18 +3,24 @@
 #include <iostream>
 
 using namespace Morvik::sql;
+using enum DbTableColumnType;
 
 int main()
 {
     DatabaseApi database;
-    const DbTableDefinition room{"room", {{"name", DbTableColumnType::Text}, {"degrees", DbTableColumnType::Real}}};
-    const DbTableRowValues kitchen{{{DbTableColumnType::Text, 0, "kitchen"}, {DbTableColumnType::Real, 0, 21.5}}};
+    const DbTableDefinition room{
+        .name = "room",
+        .columns = {{.name = "name", .type = Text}, {.name = "degrees", .type = Real}},
+    };
+    const DbTableRowValues kitchen{
+        .cells = {{.type = Text, .value = "kitchen"}, {.type = Real, .value = 21.5}},
+    };
     if (database.OpenDatabase("first-steps/home.db", false) && database.CreateTable(room) &&
-        database.WriteTableValues("room", {{"name", "degrees"}, {kitchen}}) &&
+        database.WriteTableValues("room", {.columns = {"name", "degrees"}, .rows = {kitchen}}) &&
         database.SqlQueryBegin("SELECT name, degrees FROM room")) {
         for (const DbTableRowValues& row : database) {
-            std::cout << std::get<std::string>(row.cells[0].value) << ' ' << std::get<double>(row.cells[1].value)
-                      << '\n';
+            std::cout << std::get<std::string>(row.cells[0].value) << ' ';
+            std::cout << std::get<double>(row.cells[1].value) << '\n';
         }
     }
     if (database.Failed()) {

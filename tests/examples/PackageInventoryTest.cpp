@@ -1,7 +1,15 @@
-#include "examples/InventoryTest.h"
+#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <sstream>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <random>
+#include <string>
+
+#include "examples/ExampleProgram.h"
+#include "support/KilledProgram.h"
+#include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
 
@@ -10,216 +18,220 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-// What dpkg-query lists of every package.
-std::string DpkgQuery(const std::vector<std::string>& arguments)
+// A paragraph of a dpkg status file. `more` is lines of fields that a package may lack.
+std::string Paragraph(const std::string& name, const std::string& version = "1.0", const std::string& more = "")
 {
-    std::vector<std::string> command = {"dpkg-query", "-W"};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    const ChildResult result = RunChild(command);
-    EXPECT_EQ(result.status, 0) << result.err;
-    return result.out;
+    return "Package: " + name + "\nStatus: install ok installed\n" + more + "Architecture: all\nVersion: " + version +
+           "\nDescription: something\n more: of it\n\n";
 }
 
-std::vector<std::string> SortedRecords(const std::string& text, const std::string& end)
-{
-    std::vector<std::string> records;
-    for (std::size_t begin = 0, found = 0; (found = text.find(end, begin)) != std::string::npos;
-         begin = found + end.size()) {
-        records.push_back(text.substr(begin, found - begin));
-    }
-    std::ranges::sort(records);
-    return records;
-}
-
-long long SumOfLines(const std::string& text)
-{
-    std::istringstream lines(text);
-    long long sum = 0;
-    for (std::string line; std::getline(lines, line);) {
-        sum += line.empty() ? 0 : std::stoll(line);
-    }
-    return sum;
-}
-
-// What dpkg-query says of all packages together, and what the inventory is to say.
-struct Totals {
-    long long packages;
-    long long size;
-
-    bool operator==(const Totals&) const = default;
-};
-
-Totals DpkgTotals()
-{
-    return {std::ranges::count(DpkgQuery({}), '\n'), SumOfLines(DpkgQuery({"-f", "${Installed-Size}\\n"}))};
-}
-
-TEST_F(InventoryTest, HoldsAsManyPackagesOfThisMachineAsDpkgQueryListsAndTheSameTotalSize)
-{
-    Totals expected = {};
-    ChildResult result;
-    do { // once more if something was installed meanwhile
-        expected = DpkgTotals();
-        result = RunChild(Command());
-    } while (DpkgTotals() != expected);
-
-    EXPECT_THAT(result, SucceededQuietly());
-    const std::string packages = std::to_string(expected.packages);
-    const std::string size = std::to_string(expected.size);
-    EXPECT_GT(expected.packages, 0);
-    EXPECT_EQ(Answer("PRAGMA integrity_check"), "ok");
-    EXPECT_EQ(Answer("SELECT count(*), sum(installed_size) FROM package"), packages + "|" + size);
-    EXPECT_THAT(result.out, HasSubstr("Inventory of /var/lib/dpkg/status in " + m_database + "\n"));
-    EXPECT_THAT(result.out, HasSubstr("  " + packages + " packages take "));
-    EXPECT_THAT(result.out, HasSubstr("(" + size + " KiB)"));
-}
-
-TEST_F(InventoryTest, HoldsEveryTextOfThisMachinesPackagesAsDpkgQueryTellsIt)
-{
-    WriteFile(StatusFile(), FileContent("/var/lib/dpkg/status"));
-    const std::string format = "${Package}\t${Architecture}\t${Version}\t${Section}\t${db:Status-Status}\t"
-                               "${Description}\x1e\\n";
-    const std::vector<std::string> expected =
-        SortedRecords(DpkgQuery({"--admindir", m_directory.Path().string(), "-f", format}), "\x1e\n");
-
-    const ChildResult result = RunChild(Command({StatusFile()}));
-
-    EXPECT_THAT(result, SucceededQuietly());
-    const std::string stored = Answer("SELECT name || char(9) || architecture || char(9) || version || char(9) || "
-                                      "section || char(9) || state || char(9) || description || char(30) FROM package");
-    EXPECT_FALSE(expected.empty());
-    EXPECT_EQ(SortedRecords(stored + '\n', "\x1e\n"), expected);
-}
-
-TEST_F(InventoryTest, KeepsQuotesApostrophesAndUtf8AsTheyStandInTheStatusFile)
-{
-    const std::string description = "it's a \"Héctor\" 陳's O''Brien'\n second line's\n .\n end'";
-    StatusEntry entry{"quoted"};
-    entry.description = description;
-
-    const ChildResult result = RunOn(entry.Text());
-
-    EXPECT_THAT(result, SucceededQuietly());
-    EXPECT_EQ(Answer("SELECT description FROM package"), description);
-    EXPECT_THAT(result.out, HasSubstr("it's a \"Héctor\" 陳's O''Brien'\n"));
-}
-
-TEST_F(InventoryTest, AddsUpSizesBeyond32Bits)
-{
-    const std::string text =
-        StatusEntry{"huge", "1", "3000000000"}.Text() + StatusEntry{"big", "1", "2147483647"}.Text();
-
-    const ChildResult result = RunOn(text);
-
-    EXPECT_THAT(result, SucceededQuietly());
-    EXPECT_EQ(Answer("SELECT typeof(installed_size), installed_size FROM package ORDER BY id"),
-              "integer|3000000000\ninteger|2147483647");
-    EXPECT_THAT(result.out, HasSubstr("2 packages take 5026839.5 MiB (5147483647 KiB)"));
-    EXPECT_THAT(result.out, HasSubstr("huge     2929687.5 MiB  ########################  something\n"));
-}
-
-TEST_F(InventoryTest, CountsRemovedPackagesThatLeftTheirConfigurationAsDpkgQueryDoes)
-{
-    StatusEntry left{"left"};
-    left.status = "deinstall ok config-files";
-    StatusEntry gone{"gone"};
-    gone.status = "purge ok not-installed";
-    const std::string text = StatusEntry{"here"}.Text() + left.Text() + gone.Text();
-    WriteFile(StatusFile(), text);
-
-    const ChildResult result = RunOn(text);
-
-    EXPECT_THAT(result, SucceededQuietly());
-    EXPECT_EQ(Answer("SELECT name, state FROM package ORDER BY id"), "here|installed\nleft|config-files");
-    EXPECT_EQ(DpkgQuery({"--admindir", m_directory.Path().string(), "-f", "${Package}\\n"}), "here\nleft\n");
-    EXPECT_THAT(result.out, HasSubstr("not wholly installed, or removed with the configuration left: 1\n"));
-}
-
-TEST_F(InventoryTest, MarksTheTenLargestAndShowsThemLargestFirst)
+std::string ManyPackages(int count, const std::string& version)
 {
     std::string text;
-    for (int i = 0; i < 30; ++i) {
-        text += StatusEntry{"p" + std::to_string(i), "1", std::to_string(1024 * (i * 7 % 30))}.Text();
+    for (int i = 0; i < count; ++i) {
+        text += Paragraph("p" + std::to_string(i), version, "Section: " + std::string(400, 's') + "\n");
+    }
+    return text;
+}
+
+class PackageInventoryTest : public testing::Test {
+protected:
+    std::vector<std::string> Command() const { return ExampleCommand("package_inventory", {m_database, m_statusFile}); }
+
+    ChildResult RunOn(const std::string& statusText) const
+    {
+        WriteFile(m_statusFile, statusText);
+        return RunChild(Command());
     }
 
-    const ChildResult result = RunOn(text);
+    std::string Answer(const std::string& sql) const { return AnswerOfSqlite3(m_database, sql); }
+
+    // Whether the file is sound, its tables and a summary of its rows.
+    std::string Content() const
+    {
+        return Answer("PRAGMA integrity_check; SELECT name FROM sqlite_master;"
+                      "SELECT count(*), min(version), max(version), sum(length(name)) FROM package");
+    }
+
+    TemporaryDirectory m_directory;
+    std::string m_statusFile = m_directory.File("status");
+    std::string m_database = m_directory.File("missing directories/inventory.db");
+};
+
+TEST_F(PackageInventoryTest, HoldsThePackagesThatDpkgQueryLists)
+{
+    const std::string format = "${db:Status-Status}|${Package}|${Architecture}|${Version}|${Section}|"
+                               "${Installed-Size}|${binary:Summary}\\n";
+    WriteFile(m_statusFile, FileContent("/var/lib/dpkg/status"));
+    const ChildResult expected =
+        RunChild({"dpkg-query", "--admindir", m_directory.Path().string(), "-W", "-f", format});
+    ASSERT_THAT(expected, SucceededQuietly());
+
+    const ChildResult result = RunChild(Command());
 
     EXPECT_THAT(result, SucceededQuietly());
-    EXPECT_EQ(Answer("SELECT count(*), min(installed_size) / 1024, max(installed_size) / 1024 "
-                     "FROM package WHERE mark = 'largest'"),
-              "10|20|29");
-    EXPECT_THAT(result.out, HasSubstr("The 10 largest packages\n"
-                                      "  package      size                            what it is\n"
-                                      "  p17      29.0 MiB  ########################  something\n"
-                                      "  p4       28.0 MiB  ########################  something\n"
-                                      "  p21      27.0 MiB  #######################   something\n"));
+    WriteFile(m_directory.File("expected"), expected.out);
+    WriteFile(m_directory.File("stored"),
+              Answer("SELECT 'installed', name, architecture, version, section, installed_size, summary FROM package") +
+                  "\n");
+    const ChildResult difference =
+        RunChild({"sh", "-c", "grep '^installed|' expected | sort >sorted && sort stored | diff sorted -"},
+                 {.directory = m_directory.Path().string()});
+    EXPECT_EQ(difference.out + difference.err, "");
 }
 
-TEST_F(InventoryTest, CountsPackagesPerSectionAndPerSize)
+TEST_F(PackageInventoryTest, FirstRunReportsTheTableAndTheRows)
 {
-    StatusEntry libs{"a", "1", "99"};
-    libs.section = "libs";
-    StatusEntry more{"b", "1", "100"};
-    more.section = "libs";
-    StatusEntry none{"c", "1", "102400"};
-    none.section = "";
-
-    const ChildResult result = RunOn(libs.Text() + more.Text() + none.Text());
+    const ChildResult result = RunOn(Paragraph("small", "1.0", "Installed-Size: 512\n") +
+                                     Paragraph("large", "1.0", "Installed-Size: 2048\n") + Paragraph("unknown"));
 
     EXPECT_THAT(result, SucceededQuietly());
-    EXPECT_THAT(result.out, HasSubstr("  libs            2  ########################    0.2 MiB\n"
-                                      "  (none)          1  ############              100.0 MiB\n"));
-    EXPECT_THAT(result.out, HasSubstr("  below 100 KiB            1  ########################\n"
-                                      "  100 KiB to 1 MiB         1  ########################\n"
-                                      "  1 to 10 MiB              0\n"
-                                      "  10 to 100 MiB            0\n"
-                                      "  100 MiB and more         1  ########################\n"));
+    EXPECT_THAT(result.out, HasSubstr("Database: " + m_database + "\nRows: 3, written in one transaction in "));
+    EXPECT_THAT(result.out, HasSubstr("CREATE TABLE package (id INTEGER PRIMARY KEY,\n    name TEXT NOT NULL,\n"));
+    EXPECT_THAT(result.out, HasSubstr("     2.0 MiB  large, something\n     0.5 MiB  small, something\n"));
+    EXPECT_THAT(result.out, Not(HasSubstr("Since the previous run")));
+    EXPECT_EQ(Answer("SELECT name, typeof(section), typeof(installed_size) FROM package WHERE name = 'unknown'"),
+              "unknown|null|null");
 }
 
-TEST_F(InventoryTest, SecondRunReplacesTheInventoryAndTellsWhatChanged)
+TEST_F(PackageInventoryTest, SecondRunReplacesTheRowsAndReportsChanges)
 {
-    const ChildResult first =
-        RunOn(StatusEntry{"stays"}.Text() + StatusEntry{"goes"}.Text() + StatusEntry{"changes", "1.0"}.Text());
-    Answer("UPDATE package SET recorded = 5");
+    ASSERT_THAT(RunOn(Paragraph("stays") + Paragraph("goes") + Paragraph("also-goes") + Paragraph("changes", "1.0")),
+                SucceededQuietly());
 
-    const ChildResult second =
-        RunOn(StatusEntry{"stays"}.Text() + StatusEntry{"comes"}.Text() + StatusEntry{"changes", "1.1"}.Text());
+    const ChildResult second = RunOn(Paragraph("stays") + Paragraph("comes") + Paragraph("changes", "1.1"));
 
-    EXPECT_THAT(first, SucceededQuietly());
-    EXPECT_THAT(first.out, Not(HasSubstr("Since the last inventory")));
     EXPECT_THAT(second, SucceededQuietly());
-    EXPECT_THAT(second.out, HasSubstr("Since the last inventory: 1 new, 1 gone, 1 in another version\n"));
-    EXPECT_EQ(Answer("SELECT name, version, recorded = 5 FROM package ORDER BY name"),
-              "changes|1.1|0\ncomes|1.0|0\nstays|1.0|1");
-    EXPECT_EQ(Answer("PRAGMA integrity_check; SELECT name FROM sqlite_master"), "ok\npackage");
+    EXPECT_THAT(second.out, HasSubstr("Since the previous run: 1 added, 2 removed, 1 in another version\n"));
+    EXPECT_EQ(Answer("SELECT name, version FROM package; SELECT name FROM sqlite_master"),
+              "stays|1.0\ncomes|1.0\nchanges|1.1\npackage");
 }
 
-TEST_F(InventoryTest, SecondRunOnTheSamePackagesChangesNothing)
+TEST_F(PackageInventoryTest, KeepsApostrophesAsTheyAre)
 {
-    const std::string packages = FileContent("/var/lib/dpkg/status");
-    const ChildResult first = RunOn(packages);
-    const std::string inventory = WholeInventory();
+    EXPECT_THAT(RunOn(Paragraph("quoted", "1.0", "Section: it's \"O''Brien\"'s\n")), SucceededQuietly());
 
-    const ChildResult second = RunOn(packages);
-
-    EXPECT_THAT(first, SucceededQuietly());
-    EXPECT_THAT(second, SucceededQuietly());
-    EXPECT_EQ(WholeInventory(), inventory);
-    EXPECT_EQ(second.out, first.out + "\nSince the last inventory: 0 new, 0 gone, 0 in another version\n");
+    EXPECT_EQ(Answer("SELECT section FROM package"), "it's \"O''Brien\"'s");
 }
 
-TEST(PackageInventoryTest, KeepsTheInventoryBelowTheHomeDirectoryUnlessToldOtherwise)
+TEST_F(PackageInventoryTest, LeavesOutPackagesThatAreNotInstalled)
 {
-    const TemporaryDirectory home;
-    std::vector<std::string> command = {"env", "-u", "XDG_DATA_HOME", "HOME=" + home.Path().string()};
-    const std::vector<std::string> program = ExampleCommand("package_inventory", {});
-    command.insert(command.end(), program.begin(), program.end());
+    EXPECT_THAT(RunOn("Package: gone\nStatus: deinstall ok config-files\n\n"
+                      "Package: half\nStatus: install ok half-installed\n\n" +
+                      Paragraph("here")),
+                SucceededQuietly());
 
-    const ChildResult result = RunChild(command);
+    EXPECT_EQ(Answer("SELECT name FROM package"), "here");
+}
 
-    EXPECT_THAT(result, SucceededQuietly());
-    EXPECT_EQ(AnswerOfSqlite3(home.File(".local/share/package_inventory/inventory.db"), "PRAGMA integrity_check"),
-              "ok");
+TEST_F(PackageInventoryTest, KillLeavesTheOldOrTheNewRows)
+{
+    constexpr int Kills = 30;
+    constexpr int Attempts = 300;
+    ASSERT_THAT(RunOn(ManyPackages(3200, "2.0")), SucceededQuietly());
+    const std::string later = Content();
+    std::filesystem::remove(m_database);
+    ASSERT_THAT(RunOn(ManyPackages(3000, "1.0")), SucceededQuietly());
+    const std::string earlier = Content();
+    ASSERT_NE(later, earlier);
+    const std::string earlierFile = FileContent(m_database);
+    WriteFile(m_statusFile, ManyPackages(3200, "2.0"));
+    const std::chrono::microseconds duration = DurationOf(Command());
+
+    int killed = 0;
+    int killedWhileWriting = 0;
+    std::mt19937 random(20240229);
+    std::uniform_int_distribution<long long> moment(0, duration.count());
+    for (int attempt = 0; attempt < Attempts && (killed < Kills || killedWhileWriting == 0); ++attempt) {
+        WriteFile(m_database, earlierFile);
+        const ChildResult result = RunAndKill(Command(), std::chrono::microseconds(moment(random)));
+        killed += result.signal == SIGKILL ? 1 : 0;
+        killedWhileWriting += LeftAJournal(m_database) ? 1 : 0;
+
+        const std::string left = Content();
+
+        ASSERT_TRUE(left == earlier || left == later) << left;
+    }
+
+    EXPECT_GE(killed, Kills);
+    EXPECT_GT(killedWhileWriting, 0) << "no kill was between the first write and the commit";
+}
+
+TEST_F(PackageInventoryTest, TextFileIsRejectedAndUnchanged)
+{
+    const std::string letter(3000, 'x');
+    m_database = m_directory.File("letter.txt");
+    WriteFile(m_database, letter);
+
+    EXPECT_THAT(RunOn(Paragraph("a")),
+                FailedWithOneLine(1, "cannot open " + m_database + ": file is not a database (code 26)"));
+    EXPECT_EQ(FileContent(m_database), letter);
+}
+
+TEST_F(PackageInventoryTest, PathThatCannotBeOpenedIsRejected)
+{
+    m_database = "/proc/inventory.db";
+    EXPECT_THAT(RunOn(Paragraph("a")), FailedWithOneLine(1, "unable to open database file (code 14)"));
+
+    m_database = m_statusFile + "/below/inventory.db";
+    EXPECT_THAT(RunOn(Paragraph("a")), FailedWithOneLine(1, "Create directory failed: " + m_database + " (code 111)"));
+}
+
+TEST_F(PackageInventoryTest, WrongArgumentsPrintTheUsage)
+{
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{}, {"--help"}, {m_database, m_statusFile, "more"}}) {
+        EXPECT_THAT(RunChild(ExampleCommand("package_inventory", arguments)),
+                    FailedWithOneLine(2, "usage: package_inventory DATABASE [STATUS-FILE]"));
+    }
+}
+
+// Each test starts with an inventory and checks that the failed run left it unchanged.
+class PackageInventoryFailureTest : public PackageInventoryTest {
+protected:
+    void SetUp() override
+    {
+        ASSERT_THAT(RunOn(Paragraph("earlier")), SucceededQuietly());
+        m_earlier = Content();
+    }
+
+    void TearDown() override { EXPECT_EQ(Content(), m_earlier); }
+
+    std::string m_earlier;
+};
+
+TEST_F(PackageInventoryFailureTest, RejectsAStatusFileWithoutPackages)
+{
+    EXPECT_THAT(RunOn(""), FailedWithOneLine(1, "cannot read packages from " + m_statusFile));
+    EXPECT_THAT(RunOn("just words\n"), FailedWithOneLine(1, "cannot read packages from " + m_statusFile));
+
+    std::filesystem::remove(m_statusFile);
+    EXPECT_THAT(RunChild(Command()), FailedWithOneLine(1, "cannot read packages from " + m_statusFile));
+    std::filesystem::create_directory(m_statusFile);
+    EXPECT_THAT(RunChild(Command()), FailedWithOneLine(1, "cannot read packages from " + m_statusFile));
+}
+
+TEST_F(PackageInventoryFailureTest, RejectsAPackageWithAMissingOrWrongField)
+{
+    EXPECT_THAT(RunOn("Package: a\nStatus: install ok installed\nArchitecture: all\n"),
+                FailedWithOneLine(1, "a package without the field Version"));
+    EXPECT_THAT(RunOn(Paragraph("a", "1.0", "Installed-Size: much\n")),
+                FailedWithOneLine(1, "a package of the size much"));
+}
+
+TEST_F(PackageInventoryFailureTest, FullDiskKeepsTheEarlierRows)
+{
+    WriteFile(m_statusFile, ManyPackages(3000, "2.0"));
+
+    for (const int blocks : {1, 24, 100, 1000}) {
+        EXPECT_THAT(RunChild(WithFileSizeLimit(blocks, Command())), FailedWithOneLine(1, "disk I/O error (code 10)"))
+            << blocks;
+    }
+}
+
+TEST_F(PackageInventoryFailureTest, ReportThatCannotBeWrittenIsAFailure)
+{
+    EXPECT_EQ(RunChild(Command(), {.output = "/dev/full"}).status, 1);
 }
 
 } // namespace

@@ -1,0 +1,168 @@
+#include "common/SqlHelpers.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "support/TemporaryDirectory.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+using namespace examples;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Throws;
+using testing::ThrowsMessage;
+
+class SqlHelpersTest : public testing::Test {
+protected:
+    SqlHelpersTest() { Open(m_database, m_directory.File("helpers.db")); }
+
+    // The only value that `sql` selects, nothing for NULL.
+    template <typename T>
+    std::optional<T> ValueOf(const std::string& sql)
+    {
+        return ReadAll(
+                   m_database, sql, +[](const DbTableRowValues& row) { return GetOptional<T>(row, 0); })
+            .at(0);
+    }
+
+    TemporaryDirectory m_directory;
+    DatabaseApi m_database;
+};
+
+TEST_F(SqlHelpersTest, RequireThrowsWithMessageAndCode)
+{
+    EXPECT_NO_THROW(Require(m_database, true, "do it"));
+    EXPECT_THAT([&] { Require(m_database, m_database.Execute("nonsense"), "do it"); },
+                ThrowsMessage<std::runtime_error>("cannot do it: near \"nonsense\": syntax error (code 1)"));
+}
+
+TEST_F(SqlHelpersTest, OpenMakesTheSettings)
+{
+    EXPECT_EQ(ValueOf<int>("PRAGMA busy_timeout"), 3000);
+    EXPECT_EQ(ValueOf<int>("PRAGMA synchronous"), 3); // EXTRA
+}
+
+TEST_F(SqlHelpersTest, CellsAreWrittenAndReadBack)
+{
+    Require(m_database, m_database.Execute("CREATE TABLE t (a, b, c, d)"), "create");
+
+    ASSERT_TRUE(m_database.WriteTableValues(
+        "t", {.columns = {"a", "b", "c", "d"},
+              .rows = {{.cells = {TextCell("x"), IntegerCell(7), RealCell(0.5), UnixTimeCell()}}}}));
+
+    EXPECT_EQ(ValueOf<std::string>("SELECT a FROM t"), "x");
+    EXPECT_EQ(ValueOf<int>("SELECT b FROM t"), 7);
+    EXPECT_EQ(ValueOf<double>("SELECT c FROM t"), 0.5);
+    EXPECT_EQ(ValueOf<int>("SELECT abs(d - strftime('%s', 'now')) < 600 FROM t"), 1);
+}
+
+TEST_F(SqlHelpersTest, OnlyGetOptionalTakesNull)
+{
+    DbTableData data;
+    ASSERT_TRUE(m_database.ReadValues("SELECT NULL, ''", data));
+
+    EXPECT_EQ(GetOptional<std::string>(data.rows.at(0), 0), std::nullopt);
+    EXPECT_EQ(GetOptional<std::string>(data.rows.at(0), 1), "");
+    EXPECT_THAT([&] { Get<std::string>(data.rows.at(0), 0); }, Throws<std::bad_variant_access>());
+    EXPECT_THAT([&] { GetOptional<int>(data.rows.at(0), 1); }, Throws<std::bad_variant_access>());
+}
+
+TEST_F(SqlHelpersTest, QueryIsClosedAtTheEndOfItsScope)
+{
+    std::vector<int> numbers;
+    {
+        const Query query(m_database, "SELECT 1 UNION SELECT 2");
+        for (const DbTableRowValues& row : query) {
+            numbers.push_back(Get<int>(row, 0));
+            EXPECT_FALSE(m_database.CloseDatabase());
+            m_database.Execute("SELECT 1"); // sets the code to 0, so that the loop goes on
+        }
+        query.Finish();
+    }
+
+    EXPECT_THAT(numbers, ElementsAre(1, 2));
+    EXPECT_TRUE(m_database.CloseDatabase());
+}
+
+TEST_F(SqlHelpersTest, QueryTellsAFailureFromTheEnd)
+{
+    EXPECT_THAT([&] { const Query query(m_database, "SELECT absent"); }, Throws<std::runtime_error>());
+    const Query query(m_database, "SELECT abs(-9223372036854775807 - 1)"); // fails in the first step
+    for ([[maybe_unused]] const DbTableRowValues& row : query) {
+        ADD_FAILURE() << "the query has a row";
+    }
+
+    EXPECT_THAT([&] { query.Finish(); }, ThrowsMessage<std::runtime_error>(HasSubstr("integer overflow")));
+}
+
+TEST_F(SqlHelpersTest, ReadAllMakesAStructOfEachRow)
+{
+    struct Room {
+        std::string name;
+        std::optional<double> degrees;
+
+        bool operator==(const Room&) const = default;
+    };
+
+    const std::vector<Room> rooms = ReadAll(
+        m_database, "VALUES ('kitchen', 21.5), ('attic', NULL)", +[](const DbTableRowValues& row) {
+            return Room{.name = Get<std::string>(row, 0), .degrees = GetOptional<double>(row, 1)};
+        });
+
+    EXPECT_THAT(rooms, ElementsAre(Room{"kitchen", 21.5}, Room{"attic", std::nullopt}));
+    EXPECT_TRUE(m_database.CloseDatabase());
+}
+
+TEST_F(SqlHelpersTest, PrepareThrowsWithTheMessageOfSqlite)
+{
+    EXPECT_THAT([&] { Prepare(m_database, "SELECT absent"); },
+                ThrowsMessage<std::runtime_error>("cannot prepare SELECT absent: no such column: absent (code 1)"));
+}
+
+TEST_F(SqlHelpersTest, BindOptionalBindsValuesAndNull)
+{
+    SqlCommand select = Prepare(m_database, "SELECT typeof(?1) || ' ' || quote(?1)");
+    const auto bound = [&](const auto& value) {
+        Require(select, BindOptional(select, 1, value) && select.Step(), "select");
+        std::string text = select.ColumnText(0);
+        Require(select, select.Reset(), "reset");
+        return text;
+    };
+
+    EXPECT_EQ(bound(std::optional<std::string>("it's")), "text 'it''s'");
+    EXPECT_EQ(bound(std::optional<std::string>()), "null NULL");
+    EXPECT_EQ(bound(std::optional<std::string>("")), "text ''");
+    EXPECT_EQ(bound(std::optional<long long>(4294967303)), "integer 4294967303");
+    EXPECT_EQ(bound(std::optional<double>(0.5)), "real 0.5");
+    EXPECT_EQ(bound(std::optional<double>()), "null NULL");
+}
+
+TEST_F(SqlHelpersTest, TransactionIsKeptOnlyAfterCommit)
+{
+    {
+        Transaction transaction(m_database);
+        Require(m_database, m_database.Execute("CREATE TABLE kept (a)"), "create");
+        transaction.Commit();
+    }
+    {
+        const Transaction transaction(m_database);
+        Require(m_database, m_database.Execute("CREATE TABLE lost (a)"), "create");
+        EXPECT_THAT([&] { const Transaction nested(m_database); }, Throws<std::runtime_error>());
+    }
+
+    EXPECT_EQ(ValueOf<std::string>("SELECT group_concat(name) FROM sqlite_master"), "kept");
+    EXPECT_TRUE(m_database.Execute("BEGIN IMMEDIATE")); // no transaction is left open
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests
