@@ -9,7 +9,7 @@
 # leaves sound databases: each write is a transaction.
 
 caller=$PWD
-status_file=$(realpath -m -- "${1-/var/lib/dpkg/status}")
+status_file=$(realpath -m -- "${1-/var/lib/dpkg/status}") || exit
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"

@@ -123,6 +123,8 @@ void PrintLastSamples(DatabaseApi& database)
                   << sample.memoryUsed << " MiB";
         if (sample.temperature) {
             std::cout << std::setprecision(1) << std::setw(11) << *sample.temperature << " C";
+        } else {
+            std::cout << std::setw(13) << "none";
         }
         std::cout << '\n';
     }

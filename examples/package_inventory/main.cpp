@@ -183,13 +183,13 @@ std::optional<Changes> Replace(DatabaseApi& database, const std::vector<Package>
     return changes;
 }
 
-// SQLite keeps the statement that created a table. A line break after each comma makes it readable.
+// SQLite stores the statement that created a table. A line break after each comma makes it readable.
 void PrintTable(DatabaseApi& database)
 {
     const Query query(database,
                       "SELECT replace(sql, ',', ',' || char(10) || '    ') FROM sqlite_master WHERE name = 'package'");
     for (const DbTableRowValues& row : query) {
-        std::cout << "The statement that created the table:\n" << Get<std::string>(row, 0) << "\n\n";
+        std::cout << "The table that the library created, as SQLite stores it:\n" << Get<std::string>(row, 0) << "\n\n";
     }
     query.Finish();
 }

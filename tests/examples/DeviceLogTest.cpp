@@ -63,7 +63,7 @@ TEST_F(DeviceLogTest, ShowsTheLastSamplesOldestFirst)
     const ChildResult result = RunChild(Command({"1", "1"}));
 
     EXPECT_THAT(result, SucceededQuietly());
-    EXPECT_THAT(result.out, testing::ContainsRegex("1970-01-01 ..:00:00   0.50     50 MiB\n"
+    EXPECT_THAT(result.out, testing::ContainsRegex("1970-01-01 ..:00:00   0.50     50 MiB         none\n"
                                                    "1970-01-01 ..:00:00   1.00    100 MiB       41.5 C\n"));
 }
 
