@@ -2,8 +2,8 @@
 //
 //   device_log DATABASE SAMPLES SECONDS [KEEP]
 //
-// Takes SAMPLES samples, SECONDS apart, and keeps the last KEEP ones (1000). SIGINT and SIGTERM end it early; the
-// samples taken until then are kept.
+// It takes SAMPLES samples, SECONDS apart, and keeps the last KEEP of all runs (default: 1000). SIGINT and SIGTERM stop
+// it between two samples.
 
 #include <cmath>
 #include <csignal>
@@ -49,7 +49,7 @@ std::optional<double> FirstNumber(const std::string& path)
     return std::ifstream(path) >> number ? std::optional(number) : std::nullopt;
 }
 
-// In KiB: /proc/meminfo has lines like "MemTotal:       4028396 kB".
+// A figure in KiB. /proc/meminfo has lines like "MemTotal:       4028396 kB".
 long long MemoryFigure(const std::string& name)
 {
     std::ifstream file("/proc/meminfo");
@@ -64,7 +64,8 @@ long long MemoryFigure(const std::string& name)
 Sample TakeSample()
 {
     Sample sample;
-    sample.load = FirstNumber("/proc/loadavg").value();
+    const std::optional<double> load = FirstNumber("/proc/loadavg");
+    sample.load = load ? *load : throw std::runtime_error("cannot read /proc/loadavg");
     sample.memoryUsed = static_cast<int>((MemoryFigure("MemTotal") - MemoryFigure("MemAvailable")) / 1024);
     if (const std::optional<double> millidegrees = FirstNumber("/sys/class/thermal/thermal_zone0/temp")) {
         sample.temperature = *millidegrees / 1000;
@@ -130,7 +131,7 @@ void PrintLastSamples(DatabaseApi& database)
     }
 }
 
-// SIGINT and SIGTERM, blocked so that they never interrupt a write. They are noticed only by sigtimedwait().
+// Blocks SIGINT and SIGTERM, so that they never interrupt a write and only sigtimedwait() receives them.
 sigset_t BlockStopSignals()
 {
     sigset_t signals;
