@@ -16,12 +16,6 @@ std::string Trimmed(const std::string& text)
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') + 1 - first);
 }
 
-std::string WithoutBackticks(std::string text)
-{
-    std::erase(text, '`');
-    return text;
-}
-
 /// The texts between backticks: the operations of a row.
 std::vector<std::string> Quoted(const std::string& cell)
 {
@@ -35,6 +29,12 @@ std::vector<std::string> Quoted(const std::string& cell)
 }
 
 } // namespace
+
+std::string WithoutBackticks(std::string text)
+{
+    std::erase(text, '`');
+    return text;
+}
 
 std::vector<std::string> CellsOfTableLine(const std::string& line)
 {

@@ -21,6 +21,9 @@ struct CodesRow {
     }
 };
 
+/// The text as a reader of the document sees it.
+std::string WithoutBackticks(std::string text);
+
 /// The cells of one line of a table, without the blanks around them and with \| as |.
 std::vector<std::string> CellsOfTableLine(const std::string& line);
 

@@ -36,13 +36,7 @@ struct MessagesRow {
     friend void PrintTo(const MessagesRow& row, std::ostream* stream) { *stream << row.code << ": " << row.happened; }
 };
 
-std::string WithoutBackticks(std::string text)
-{
-    std::erase(text, '`');
-    return text;
-}
-
-std::vector<MessagesRow> Rows()
+std::vector<MessagesRow> ReadMessagesTable()
 {
     std::vector<MessagesRow> rows;
     std::ifstream file(TKOSQLLITE_MESSAGES_DOCUMENT);
@@ -342,12 +336,12 @@ TEST_P(MessagesTest, RowTellsTheCause)
     EXPECT_THAT(failures.records, Each(Record{row.code, row.message}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, MessagesTest, testing::ValuesIn(Rows()));
+INSTANTIATE_TEST_SUITE_P(Rows, MessagesTest, testing::ValuesIn(ReadMessagesTable()));
 
 TEST(MessagesDocumentTest, HasARowForEveryHappening)
 {
     std::set<std::string> rows;
-    for (const MessagesRow& row : Rows()) {
+    for (const MessagesRow& row : ReadMessagesTable()) {
         rows.insert(row.happened);
     }
 
