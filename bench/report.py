@@ -1,153 +1,221 @@
 #!/usr/bin/env python3
-"""Turns the figures of the benchmark programs into the table of ratios, docs/performance.md and its plots.
+"""Turns what was measured and counted into docs/performance.md and its pictures, and prints the table of ratios.
 
-usage: report.py TIMES.json MEMORY.json DOCS-DIRECTORY
+usage: report.py RESULTS-DIRECTORY DOCS-DIRECTORY
+
+The results are times.json, and memory-MACHINE.json and counts-MACHINE.json for x86_64 and armhf; see scripts/bench.sh.
 """
 
-import json
 import pathlib
-import statistics
-import subprocess
 import sys
-from collections import defaultdict
 from dataclasses import dataclass
 
-OURS = "tkosqllite"
-FLOOR = "C"
-SIZES = (1000, 10000, 100000)
-PLOTS = pathlib.Path(__file__).parent / "plots"
-BUDGETS = pathlib.Path(__file__).parent.parent / "tests" / "budgets" / "instructions.txt"
+import fitting
+import pictures
+from figures import COLUMNS, FLOOR, LARGEST, MACHINES, NO_MUTEX, OURS, PREPARED, SIZES, Figures, Spread
+
+HELD_OUT = ("sample", "4 integers, 0 texts of 0 bytes", "6 integers, 10 texts of 8 bytes", "1 integers, 1 texts of 200 bytes")
+NEAR_BEST = 1.05
+TITLES = {"x86_64": "x86-64", "armhf": "32-bit ARM"}
 
 
 @dataclass
-class Target:
-    """One line of the table: what is compared with what, and the ratio it may reach."""
+class Comparison:
+    """One line of the table of ratios."""
 
     job: str
     against: str
-    ratio: float
-    limit: float
+    spread: Spread
+    bound: float | None = None
 
-    @property
-    def met(self):
-        return "yes" if round(self.ratio, 3) <= self.limit else "no"
+    def verdict(self):
+        """A bound between the quartiles is tighter than the spread: the rounds do not tell."""
+        if self.bound is None:
+            return ""
+        if self.spread.low <= self.bound < self.spread.high:
+            return "not decided"
+        return "yes" if self.spread.high <= self.bound else "no"
 
     def cells(self):
-        return self.job, self.against, f"{self.ratio:.3f}", f"{self.limit:.3f}", self.met
+        return (self.job, self.against, f"{self.spread.median:.3f}", f"{self.spread.low:.3f} to {self.spread.high:.3f}",
+                f"{self.bound:.2f}" if self.bound else "", self.verdict())
 
 
-class Figures:
-    """The medians of the rounds: figures[job][contender], in nanoseconds of processor time or in bytes."""
-
-    def __init__(self, times_file, memory_file):
-        times = json.loads(pathlib.Path(times_file).read_text())
-        memory = json.loads(pathlib.Path(memory_file).read_text())
-        self.context = times["context"]
-        self.rounds = 0
-        self.median = self._medians(times, lambda run: run["cpu_time"] * 1000)
-        self.peak = self._medians(memory, lambda run: run["peak"])["peak memory/100000"]
-        self.text = self._medians(memory, lambda run: run["text"])["peak memory/100000"][OURS]
-
-    def _medians(self, measured, value):
-        values = defaultdict(lambda: defaultdict(list))
-        for run in measured["benchmarks"]:
-            if run["run_type"] == "iteration":
-                name, size, contender = run["run_name"].split("/")[:3]
-                values[f"{name}/{size}"][contender].append(value(run))
-                self.rounds = max(self.rounds, run["repetitions"])
-        return {job: {contender: statistics.median(v) for contender, v in contenders.items()}
-                for job, contenders in values.items()}
-
-    def ratio(self, job, floor_job=None, floor=FLOOR):
-        return self.median[job][OURS] / self.median[floor_job or job][floor]
-
-    def contenders(self):
-        return [c for c in self.median["write memory/1000"] if c not in (OURS, FLOOR)]
-
-
-def targets(figures):
+def comparisons(figures):
     table = []
-    text = "the same text, ready-made, through `sqlite3_exec`"
-    rows_in_c = "C that builds the same rows"
-    sums_in_c = "C that sums the same columns"
-    sized = [("`WriteTableValues`, in memory", "write memory", text, 1.05),
-             ("`WriteTableValues`, in a file", "write file", text, 1.05),
-             ("`ReadValues`", "read", rows_in_c, 0.85),
-             ("`ReadNextRow`", "walk", sums_in_c, 1.10),
-             ("the iterator", "iterate", sums_in_c, 1.10)]
-    floors = {"iterate": "walk"}
-    for title, job, against, limit in sized:
-        for size in SIZES:
-            ratio = figures.ratio(f"{job}/{size}", f"{floors.get(job, job)}/{size}")
-            table.append(Target(f"{title}, {size:,} rows", against, ratio, limit))
-    singles = [("1,000 single-row `WriteTableValues` in one transaction", "write singly/1000", text, 1.10),
-               ("1,000 single-row `UpdateTableValues` in one transaction", "update singly/1000", text, 1.10),
-               ("1,000 look-ups by key through `ReadValues`", "look up/1000",
-                "C that prepares each text and builds the same rows", 1.00),
-               ("`PrepareStatement`, bind, `Step`, `Reset`", "bind/1000", "C with the same calls", 1.02),
-               ("column reads of a stepped `SqlCommand`", "columns/1000", "C with the same calls", 1.05),
-               ("`OpenDatabase` and `CloseDatabase` of an existing file", "open/1", "C with the same calls", 1.05)]
-    for title, job, against, limit in singles:
-        table.append(Target(title, against, figures.ratio(job), limit))
-    table.append(Target(singles[-1][0], "C with the same calls and a `stat` of the file",
-                        figures.ratio("open/1", floor="C with stat"), 1.05))
-    for title, job, _, _ in sized:
-        floor = floors.get(job, job)
-        growth = figures.ratio(f"{job}/{SIZES[-1]}", f"{floor}/{SIZES[-1]}") / figures.ratio(
-            f"{job}/{SIZES[0]}", f"{floor}/{SIZES[0]}")
-        table.append(Target(f"{title}, growth per row from 1,000 to 100,000 rows", "the growth of C", growth, 1.02))
-    floor = figures.peak[FLOOR]
-    table.append(Target("peak memory of `WriteTableValues`, 100,000 rows", "the same text, ready-made and counted",
-                        figures.peak[OURS] / floor, round(1 + 0.1 * figures.text / floor, 3)))
+
+    def add(title, against, job, rows, bound=None, floor=FLOOR, ours=OURS):
+        table.append(Comparison(title, against, figures.ratio(job, rows, floor, ours), bound))
+
+    text = "the same text, ready-made"
+    for place in ("memory", "file"):
+        for rows in SIZES:
+            add(f"`WriteTableValues`, {place}, {rows:,} rows", text, f"write {place}", rows, 1.05)
+    for title, job, bound, ours in (("`ReadValues`", "read", 1.02, OURS), ("`ReadNextRow`", "walk", 1.18, OURS),
+                                    ("the iterator", "walk", 1.18, "iterator")):
+        for rows in SIZES:
+            add(f"{title}, {rows:,} rows", "C, `column_value`", job, rows, bound, ours=ours)
+        for against, floor in (("C, `column_*`", COLUMNS), ("C, `column_value`, no mutex", NO_MUTEX)):
+            add(f"{title}, {SIZES[1]:,} rows", against, job, SIZES[1], floor=floor, ours=ours)
+    add("1,000 single-row `WriteTableValues`", text, "write singly", 1000, 1.06)
+    add("1,000 single-row `UpdateTableValues`", text, "update singly", 1000, 1.06)
+    add("1,000 look-ups through `ReadValues`", "C, `column_value`", "look up", 1000, 0.98)
+    add("`PrepareStatement`, bind, `Step`, `Reset`", "C, `SQLITE_TRANSIENT`", "bind", 1000, 1.05)
+    add("`PrepareStatement`, bind, `Step`, `Reset`", "C, `SQLITE_STATIC`", "bind", 1000, floor="C, static")
+    add("columns of a stepped `SqlCommand`", "C, `column_*`", "columns", 1000, 1.05, COLUMNS)
+    add("columns of a stepped `SqlCommand`", "C, `column_value`", "columns", 1000)
+    add("`OpenDatabase`, `CloseDatabase`", "C", "open", 100)
+    add("`OpenDatabase`, `CloseDatabase`", "C, `access` of the directory", "open", 100, 1.05, "C, access of the directory")
+    add("`OpenDatabase`, `CloseDatabase`", "C, `stat` of the file", "open", 100, 1.05, "C, stat of the file")
     return table
 
 
-def by_job_and_size(job):
-    """The writes first, as in the table of ratios."""
-    name, size = job.split("/")
-    order = ("write memory", "write file", "write singly", "update singly", "read", "walk", "look up", "bind", "columns")
-    return order.index(name) if name in order else len(order), int(size)
-
-
-def contender_rows(figures):
-    others = figures.contenders()
-    rows = [("job", OURS, FLOOR, *others)]
-    for job in sorted(figures.median, key=by_job_and_size):
-        medians = figures.median[job]
+def times_rows(figures, jobs, contenders):
+    rows = [("job, rows", *contenders)]
+    for job in figures.times:
         name, size = job.split("/")
-        if name in ("iterate", "stat"):
-            continue
-        values = [f"{medians[c] / 1000:,.0f}" if c in medians else "–" for c in (OURS, FLOOR, *others)]
-        rows.append((f"{name}, {int(size):,}" if int(size) > 1 else name, *values))
-    megabytes = [f"{figures.peak[c] / 1e6:.1f} MB" for c in (OURS, FLOOR, *others)]
-    rows.append(("peak memory, 100,000", *megabytes))
+        if name in jobs and int(size) <= SIZES[-1]:
+            cells = []
+            for contender in contenders:
+                known = contender in figures.times[job]
+                cells.append(f"{figures.per_row(name, int(size), contender).median:,.0f}" if known else "–")
+            rows.append((f"{name}, {int(size):,}", *cells))
     return rows
 
 
-def opening_rows(figures):
-    """What an open and a close consist of, in microseconds and as shares of the whole."""
-    whole, c = (figures.median["open/1"][contender] for contender in (OURS, FLOOR))
-    status = figures.median["stat/1"][FLOOR]
-    steps = [("SQLite's open and close", c), ("the `stat` of the file", status), ("all else", whole - c - status),
-             ("`OpenDatabase` and `CloseDatabase`", whole)]
-    return [("step", "microseconds", "share"),
-            *((step, f"{time / 1000:.2f}", f"{100 * time / whole:.1f} %") for step, time in steps)]
+def writing_rows(figures):
+    """Nanoseconds per row; the library's prepared statements in every line."""
+    contenders = [c for c in figures.contenders()
+                  if c not in (COLUMNS, NO_MUTEX, "iterator", "C, static") and not c.isdigit() and ", access" not in c
+                  and ", stat" not in c]
+    rows = times_rows(figures, ("write memory", "write file", "write singly", "update singly"), contenders)
+    bind = figures.times["bind/1000"]
+    return rows + [("bind, 1,000", "–", f"{Spread.of(bind[OURS]).median / 1000:,.0f}",
+                    *(f"{Spread.of(bind[c]).median / 1000:,.0f}" if c in bind else "–" for c in contenders[2:]))]
 
 
-def instruction_rows():
-    """The counted instructions per row or opening, from the budgets that a test holds the library to."""
-    rows = [("job", "SQLite and the system", OURS, "share", "allocations of C++")]
-    for line in BUDGETS.read_text().splitlines():
-        job, *figures = line.split()
-        if figures and all(map(str.isdigit, figures)):
-            whole, own, allocations = (int(figure) / 1000 for figure in figures)
-            rows.append((job, f"{whole - own:,.0f}", f"{own:,.0f}", f"{100 * own / whole:.1f} %", f"{allocations:.3f}"))
+def reading_rows(figures):
+    contenders = [c for c in figures.times["read/1000"]]
+    return times_rows(figures, ("read", "walk", "look up"), contenders)
+
+
+def peak_rows(figures):
+    peaks = figures.memory["x86_64"]["peaks"]
+    names = [name for name in peaks if name not in (COLUMNS, NO_MUTEX)]
+    return [("", *names), ("100,000 rows", *(f"{peaks[name] / 1e6:.1f} MB" for name in names))]
+
+
+def instruction_rows(figures):
+    rows = [("job", *(f"{TITLES[m]}: {what}" for m in MACHINES for what in ("all", "library", "C", "ratio")), "allocations")]
+    for job, contenders in figures.counts["x86_64"]["jobs"].items():
+        cells = []
+        for machine in MACHINES:
+            ours, c = figures.per_row_counted(machine, job), figures.per_row_counted(machine, job, FLOOR)
+            own = sum(figures.own_functions(machine, job).values())
+            cells += [f"{ours:,.0f}", f"{own:,.0f}", f"{c:,.0f}", f"{ours / c:.3f}"]
+        rows.append((job, *cells, f"{contenders[OURS]['allocations'] / 1000:.3f}"))
     return rows
 
 
-def markdown(rows, right):
+def reference_rows(figures):
+    rows = [("job", *(f"{TITLES[m]}: {c}" for m in MACHINES for c in (OURS, FLOOR, COLUMNS, NO_MUTEX)))]
+    for job in ("read", "walk", "look-up"):
+        rows.append((job, *(f"{figures.per_row_counted(m, job, c):,.0f}" for m in MACHINES
+                            for c in (OURS, FLOOR, COLUMNS, NO_MUTEX))))
+    return rows
+
+
+def function_tables(figures):
+    """What the library executes per row by function, on both machines."""
+    texts = []
+    for job in figures.counts["x86_64"]["jobs"]:
+        functions = [figures.own_functions(machine, job) for machine in MACHINES]
+        names = sorted(set().union(*functions), key=lambda name: -max(f.get(name, 0) for f in functions))
+        shown = [name for name in names if max(f.get(name, 0) for f in functions) >= 1]
+        rows = [("function", *(TITLES[m] for m in MACHINES))]
+        rows += [(f"`{name}`", *(f"{f.get(name, 0):,.0f}" for f in functions)) for name in shown]
+        rows.append(("sum", *(f"{sum(f.values()):,.0f}" for f in functions)))
+        texts.append(f"<details><summary>{job}</summary>\n\n{markdown(rows)}\n\n</details>\n")
+    return "\n".join(texts)
+
+
+def growth_rows(figures):
+    rows = [("job", "rows", "ns per row", "quartiles", "C", "ratio", "quartiles of the ratio")]
+    for title, job in (("write in batches", "write batches"), ("read", "read"), ("walk", "walk")):
+        for size in (*SIZES, LARGEST):
+            own, ratio = figures.per_row(job, size), figures.ratio(job, size)
+            rows.append((title, f"{size:,}", f"{own.median:,.0f}", f"{own.low:,.0f} to {own.high:,.0f}",
+                         f"{figures.per_row(job, size, FLOOR).median:,.0f}", f"{ratio.median:.3f}",
+                         f"{ratio.low:.3f} to {ratio.high:.3f}"))
+    return rows
+
+
+def flatness(figures):
+    """One sentence for each job: how the cost per row and its ratio to C change from the fewest to the most rows."""
+    sentences = []
+    for title, job in (("Writing in batches", "write batches"), ("reading", "read"), ("walking", "walk")):
+        small, large = figures.per_row(job, SIZES[0]), figures.per_row(job, LARGEST)
+        ratio_small, ratio_large = figures.ratio(job, SIZES[0]), figures.ratio(job, LARGEST)
+        c = figures.per_row(job, LARGEST, FLOOR).median / figures.per_row(job, SIZES[0], FLOOR).median
+        apart = ratio_large.low > ratio_small.high or ratio_large.high < ratio_small.low
+        sentences.append(f"{title}: the cost per row changes by a factor of {large.median / small.median:.2f} (C: {c:.2f}), and "
+                         f"the quartiles of the ratio to C {'do not overlap' if apart else 'overlap'}.")
+    return "\n".join(f"- {sentence[0].upper()}{sentence[1:]}" for sentence in sentences)
+
+
+def formula(factors):
+    once, row, cell, quoted = factors
+    return f"text + {once:,.0f} + {row:,.0f} · rows + {cell:,.0f} · cells + {quoted:.2f} · quoted"
+
+
+def memory_section(figures):
+    """The formulas, what they predict for statements that they were not fitted to, and the largest error."""
+    factors, checked = {}, {}
+    for machine in MACHINES:
+        statements = figures.memory[machine]["statements"]
+        factors[machine] = fitting.fit([s for s in statements if s["shape"] not in HELD_OUT])
+        checked[machine] = [s for s in statements if s["shape"] in HELD_OUT]
+    rows = [("row", "rows", *(f"{TITLES[m]}: {what}" for m in MACHINES for what in ("predicted", "measured")))]
+    for shape in HELD_OUT:
+        for size in (10, 100, 1000, 10000):
+            cells = []
+            for machine in MACHINES:
+                statement = next(s for s in checked[machine] if s["shape"] == shape and s["rows"] == size)
+                cells += [f"{value / 1000:,.0f} kB" for value in
+                          (fitting.predicted(factors[machine], statement), statement["peak"])]
+            rows.append((shape.replace(", 0 texts of 0 bytes", ""), f"{size:,}", *cells))
+    worst = max(abs(s["peak"] / fitting.predicted(factors[m], s) - 1) for m in MACHINES for s in checked[m])
+    return ("\n".join(f"    {TITLES[m] + ':':<12} {formula(factors[m])}" for m in MACHINES), markdown(rows),
+            f"{100 * worst:.0f} %")
+
+
+def batch_figures(figures):
+    times = {}
+    for size in figures.times["batch/10000"]:
+        times[int(size)] = Spread.of(figures.times["batch/10000"][size]).scaled(1 / 10000)
+    counts = {int(size): count["total"] / 1000 for size, count in figures.counts["armhf"]["batches"].items()}
+    peaks = {TITLES[m]: {size: peak / 1000 for size, peak in figures.sample_peaks(m).items()} for m in MACHINES}
+    least_time, least_count = min(s.median for s in times.values()), min(counts.values())
+    best = next((size for size in times if times[size].median <= NEAR_BEST * least_time
+                 and counts.get(size, least_count) <= NEAR_BEST * least_count))
+    return times, counts, peaks, best
+
+
+def batch_rows(times, counts, peaks):
+    rows = [("rows per call", "ns per row, x86-64", "quartiles", "instructions per row, 32-bit ARM",
+             *(f"peak memory, {machine}" for machine in peaks))]
+    for size, spread in times.items():
+        rows.append((f"{size:,}", f"{spread.median:,.0f}", f"{spread.low:,.0f} to {spread.high:,.0f}",
+                     f"{counts[size]:,.0f}" if size in counts else "–",
+                     *(f"{curve[size]:,.0f} kB" for curve in peaks.values())))
+    return rows
+
+
+def markdown(rows):
+    """Columns of figures are aligned to the right."""
     header, *body = rows
-    rule = ["---:" if i in right else "---" for i in range(len(header))]
+    numeric = [all(row[i][:1].isdigit() or row[i] in ("–", "") for row in body) for i in range(len(header))]
+    rule = ["---:" if right else "---" for right in numeric]
     return "\n".join("| " + " | ".join(row) + " |" for row in (header, rule, *body))
 
 
@@ -156,55 +224,49 @@ def aligned(rows):
     return "\n".join("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip() for row in rows)
 
 
-def draw(script, data, picture, names=()):
-    data_file = picture.with_suffix(".dat")
-    data_file.write_text(data)
-    variables = f"data='{data_file}'; picture='{picture}'; names='{' '.join(names)}'"
-    subprocess.run(["gnuplot", "-e", variables, PLOTS / script], check=True)
-    data_file.unlink()
-
-
-def draw_ratios(table, picture):
-    lines = [f'"{t.job.replace("`", "")}" {t.ratio:.4f} {t.limit:.4f}' for t in table]
-    draw("ratios.gp", "\n".join(lines) + "\n", picture)
-
-
-def draw_times(figures, picture):
-    jobs = ("write memory", "write file", "read", "walk")
-    contenders = (OURS, FLOOR, *figures.contenders())
-    lines = []
-    for size in SIZES:
-        values = (figures.median[f"{job}/{size}"][c] / size for job in jobs for c in contenders)
-        lines.append(f"{size} " + " ".join(f"{value:.2f}" for value in values))
-    draw("rows.gp", "\n".join(lines) + "\n", picture, contenders)
+def draw(figures, table, batches, directory):
+    pictures.draw_ratios([(f"{t.job} / {t.against}".replace("`", ""), t.spread, t.bound) for t in table],
+                         directory / "ratios.svg")
+    jobs = {}
+    for job in ("write memory", "write file", "read", "walk"):
+        sizes = [size for size in (*SIZES, LARGEST) if f"{job}/{size}" in figures.times]
+        jobs[job] = {contender: {size: figures.per_row(job, size, contender).median for size in sizes
+                                 if contender in figures.times[f"{job}/{size}"]}
+                     for contender in figures.times[f"{job}/1000"] if contender not in ("iterator", NO_MUTEX, COLUMNS)}
+    pictures.draw_times(jobs, directory / "rows.svg")
+    times, counts, peaks, best = batches
+    pictures.draw_batches(times, counts, {m: {s: c[s] for s in times} for m, c in peaks.items()}, best,
+                          directory / "batches.svg")
 
 
 def main():
-    times_file, memory_file, docs = sys.argv[1:]
-    docs = pathlib.Path(docs)
-    pictures = docs / "performance"
-    pictures.mkdir(parents=True, exist_ok=True)
-    figures = Figures(times_file, memory_file)
-    table = targets(figures)
-    header = ("job", "against", "ratio", "at most", "met")
-
+    docs = pathlib.Path(sys.argv[2])
+    (docs / "performance").mkdir(parents=True, exist_ok=True)
+    figures = Figures(sys.argv[1])
+    table = comparisons(figures)
+    header = ("job", "against", "ratio", "quartiles", "bound", "met")
+    verdicts = [t.verdict() for t in table]
+    batches = batch_figures(figures)
+    times, counts, peaks, best = batches
+    formulas, predictions, error = memory_section(figures)
+    values = {**figures.machine, "rounds": figures.rounds,
+              "ratios": markdown([header, *(t.cells() for t in table)]),
+              "met": verdicts.count("yes"), "undecided": verdicts.count("not decided"), "missed": verdicts.count("no"),
+              "writing": markdown(writing_rows(figures)), "reading": markdown(reading_rows(figures)),
+              "peaks": markdown(peak_rows(figures)), "instructions": markdown(instruction_rows(figures)),
+              "references": markdown(reference_rows(figures)), "functions": function_tables(figures),
+              "x86_64_counter": figures.counts["x86_64"]["machine"], "armhf_counter": figures.counts["armhf"]["machine"],
+              "growth": markdown(growth_rows(figures)), "flatness": flatness(figures),
+              "formulas": formulas, "predictions": predictions, "error": error,
+              "batches": markdown(batch_rows(times, counts, peaks)), "best": f"{best:,}",
+              "best_memory": " and ".join(f"{curve[best]:,.0f} kB on {machine}" for machine, curve in peaks.items())}
     template = (pathlib.Path(__file__).parent / "performance.md.in").read_text()
-    values = {key: figures.context[key] for key in ("processor", "system", "compiler", "sqlite", "num_cpus", "date")}
-    values.update(rounds=figures.rounds,
-                  load=", ".join(f"{load:.1f}" for load in figures.context["load_avg"]),
-                  ratios=markdown([header, *(t.cells() for t in table)], range(2, 4)),
-                  met=sum(t.met == "yes" for t in table),
-                  all=len(table),
-                  opening=markdown(opening_rows(figures), range(1, 3)),
-                  instructions=markdown(instruction_rows(), range(1, 5)),
-                  times=markdown(contender_rows(figures), range(1, 9)))
     (docs / "performance.md").write_text(template.format(**values))
-    draw_ratios(table, pictures / "ratios.svg")
-    draw_times(figures, pictures / "rows.svg")
-    print(aligned([header, *((t.job.replace("`", ""), t.against.replace("`", ""), *t.cells()[2:]) for t in table)]))
+    draw(figures, table, batches, docs / "performance")
+    print(aligned([header, *(tuple(cell.replace("`", "") for cell in t.cells()) for t in table)]))
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 4:
+    if len(sys.argv) != 3:
         sys.exit(__doc__)
     main()

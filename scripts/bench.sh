@@ -1,26 +1,38 @@
 #!/bin/bash
-# Builds the benchmarks, runs them, prints the table of ratios and writes docs/performance.md with its plots.
+# Builds the benchmarks, measures times, counts memory and instructions on this machine and on the emulated target, prints
+# the table of ratios and writes docs/performance.md with its pictures.
 #
 #   scripts/bench.sh [ROUNDS]      (25 rounds unless told)
+#
+# With ROUNDS 0 the times of the last run are kept, and the rest is counted again.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
 
 rounds=${1:-25}
-[[ $# -le 1 && $rounds =~ ^[1-9][0-9]*$ ]] || fail "it takes a number of rounds (--help explains)"
+[[ $# -le 1 && $rounds =~ ^(0|[1-9][0-9]*)$ ]] || fail "it takes a number of rounds (--help explains)"
 scripts/install-dependencies.sh bench
+scripts/sysroot.sh armhf
 
-cmake --preset bench
-cmake --build --preset bench
-
-# Files in memory, where the system has that: the disk's moods would drown what is measured.
+# In memory, where the system has such files: the disk's waits are not the library's.
 if [ -w /dev/shm ]; then
     export TMPDIR=/dev/shm
 fi
 
-programs=build/bench/bench
-"$programs/tkosqllite_bench_memory" --benchmark_out="$programs/memory.json" --benchmark_out_format=json >/dev/null
-"$programs/tkosqllite_bench" --benchmark_repetitions="$rounds" --benchmark_enable_random_interleaving=true \
-    --benchmark_out="$programs/times.json" --benchmark_out_format=json >/dev/null
-
-python3 bench/report.py "$programs/times.json" "$programs/memory.json" docs
+results=build/performance
+mkdir -p "$results"
+for preset in bench budgets armhf; do
+    cmake --preset "$preset"
+done
+cmake --build --preset bench
+cmake --build --preset bench --target tkosqllite_count_memory
+cmake --build --preset budgets --target tkosqllite_count_instructions
+cmake --build --preset armhf --target tkosqllite_count_instructions tkosqllite_count_memory
+cp build/bench/bench/memory.json "$results/memory-x86_64.json"
+cp build/armhf/bench/memory.json "$results/memory-armhf.json"
+cp build/budgets/tests/budgets/counts.json "$results/counts-x86_64.json"
+cp build/armhf/tests/budgets/counts.json "$results/counts-armhf.json"
+if [ "$rounds" -gt 0 ]; then
+    build/bench/bench/tkosqllite_bench "$results/times.json" "$rounds"
+fi
+python3 bench/report.py "$results" docs

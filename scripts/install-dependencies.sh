@@ -27,7 +27,8 @@ test_all=("${test[@]}" valgrind libbenchmark-dev abigail-tools g++-VERSION-multi
     qemu-user-static clang libclang-rt-dev)
 reference=(doxygen graphviz)
 check_reference=("${reference[@]}" python3 python3-selenium chromium chromium-driver)
-bench=("${build[@]}" libbenchmark-dev libsqlitecpp-dev libsoci-dev libpoco-dev gnuplot-nox python3)
+bench=("${build[@]}" libsqlitecpp-dev libsoci-dev libpoco-dev python3 valgrind g++-arm-linux-gnueabihf qemu-user
+    qemu-user-static)
 install=("${package_armhf[@]}" clang libc++-dev libc++abi-dev pkg-config lintian qemu-user-static debootstrap)
 all=("${test_all[@]}" "${install[@]}" "${check_reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang)
 

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "contenders/Library.h"
-#include "contenders/PlainC.h"
+#include "contenders/LibraryPrepared.h"
+#include "contenders/RawSqlite.h"
 
 #if TKOSQLLITE_BENCH_SQLITECPP
 #include "contenders/SqliteCpp.h"
@@ -20,7 +21,11 @@ template <typename Action>
 void ForEachContender(Action action)
 {
     action.template operator()<Library>();
-    action.template operator()<PlainC>();
+    action.template operator()<LibraryPrepared>();
+    action.template operator()<RawSqlite>();
+    action.template operator()<RawSqlitePrepared>();
+    action.template operator()<RawSqliteColumns>();
+    action.template operator()<RawSqliteNoMutex>();
 #if TKOSQLLITE_BENCH_SQLITECPP
     action.template operator()<SqliteCpp>();
 #endif

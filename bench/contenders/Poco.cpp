@@ -1,11 +1,10 @@
 #include "contenders/Poco.h"
 
-#include <Poco/Data/LOB.h>
+#include <cstddef>
+
 #include <Poco/Data/RecordSet.h>
 #include <Poco/Data/SQLite/Connector.h>
 #include <Poco/Data/Statement.h>
-
-#include <cstddef>
 
 namespace Morvik::sql::bench {
 
@@ -42,26 +41,19 @@ struct Exchanged {
     SampleRow Row() const { return {number, measure, label, {bytes.begin(), bytes.end()}}; }
 };
 
-class Inserter {
-public:
-    explicit Inserter(data::Session& session) : m_insert(session)
-    {
-        m_insert << "INSERT INTO sample VALUES (?,?,?,?)", keywords::use(m_values.number),
-            keywords::use(m_values.measure), keywords::use(m_values.label), keywords::use(m_values.bytes);
-    }
-
-    void Insert(const SampleRow& row)
-    {
-        m_values.Assign(row);
-        m_insert.execute();
-    }
-
-private:
-    Exchanged m_values;
-    data::Statement m_insert;
-};
+constexpr const char* InsertRow = "INSERT INTO sample VALUES (?,?,?,?)";
 
 } // namespace
+
+Poco::Columns::Columns(const std::vector<SampleRow>& rows)
+{
+    for (const SampleRow& row : rows) {
+        numbers.push_back(row.number);
+        measures.push_back(row.measure);
+        labels.push_back(row.label);
+        bytes.emplace_back(row.bytes.data(), row.bytes.size());
+    }
+}
 
 void Poco::OpenAndClose(const std::string& path)
 {
@@ -84,9 +76,16 @@ void Poco::Insert(const Write& write)
 
 void Poco::InsertEach(const std::vector<Write>& writes)
 {
-    Inserter inserter(m_session);
+    Exchanged values;
+    data::Statement insert(m_session);
+    insert << InsertRow, keywords::use(values.number), keywords::use(values.measure), keywords::use(values.label),
+        keywords::use(values.bytes);
     for (const Write& write : writes) {
-        inserter.Insert(write.front());
+        values.number = write.numbers.front();
+        values.measure = write.measures.front();
+        values.label = write.labels.front();
+        values.bytes = write.bytes.front();
+        insert.execute();
     }
 }
 
@@ -150,12 +149,12 @@ Totals Poco::LookUp(const std::vector<Query>& queries)
     return totals;
 }
 
-void Poco::InsertBound(const std::vector<SampleRow>& rows)
+// POCO takes what is bound by reference to non-const and does not change it.
+void Poco::InsertBound(const Columns& columns)
 {
-    Inserter inserter(m_session);
-    for (const SampleRow& row : rows) {
-        inserter.Insert(row);
-    }
+    auto& bound = const_cast<Columns&>(columns);
+    m_session << InsertRow, keywords::use(bound.numbers), keywords::use(bound.measures), keywords::use(bound.labels),
+        keywords::use(bound.bytes), keywords::now;
 }
 
 } // namespace Morvik::sql::bench

@@ -1,10 +1,12 @@
 #pragma once
 
-#include "contenders/BoundInput.h"
+#include <string>
+#include <vector>
 
+#include <Poco/Data/LOB.h>
 #include <Poco/Data/Session.h>
 
-#include <string>
+#include "contenders/BoundInput.h"
 
 namespace Morvik::sql::bench {
 
@@ -13,6 +15,19 @@ class Poco : public BoundInput {
 public:
     static constexpr const char* Name = "POCO";
 
+    /// The rows as the columns that POCO binds at once, a row of the statement for each element.
+    struct Columns {
+        explicit Columns(const std::vector<SampleRow>& rows);
+
+        std::vector<int> numbers;
+        std::vector<double> measures;
+        std::vector<std::string> labels;
+        std::vector<::Poco::Data::CLOB> bytes;
+    };
+
+    using Write = Columns;
+
+    static Write MakeWrite(const std::vector<SampleRow>& rows) { return Write(rows); }
     static void OpenAndClose(const std::string& path);
 
     explicit Poco(const std::string& path);
@@ -24,7 +39,7 @@ public:
     void Read(const std::string& sql, Rows& rows);
     Totals Walk(const std::string& sql);
     Totals LookUp(const std::vector<Query>& queries);
-    void InsertBound(const std::vector<SampleRow>& rows);
+    void InsertBound(const Columns& columns);
 
 private:
     ::Poco::Data::Session m_session;

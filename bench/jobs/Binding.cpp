@@ -1,47 +1,66 @@
-#include "support/Jobs.h"
+#include <memory>
 
 #include "contenders/Contenders.h"
 #include "support/Databases.h"
-#include "support/Transactions.h"
+#include "support/Jobs.h"
 
 namespace Morvik::sql::bench {
 
 namespace {
 
+constexpr int Count = 1000;
+
+// What a contender binds: rows, or columns where it binds those faster.
 template <typename Contender>
-void InsertBound(benchmark::State& state, int count)
+auto MakeBound(const std::vector<SampleRow>& rows)
 {
-    const std::vector<SampleRow> rows = SampleRows(count);
-    Contender contender(InMemory);
-    contender.Execute(CreateTable);
-    InTransactions(state, contender, [&] { contender.InsertBound(rows); });
-    RequireWritten(contender, rows);
+    if constexpr (requires { typename Contender::Columns; }) {
+        return typename Contender::Columns(rows);
+    } else {
+        return rows;
+    }
+}
+
+template <typename Contender, typename Insert>
+Task BindTask(Insert insert)
+{
+    const auto database = std::make_shared<Fresh<Contender>>(false);
+    const std::vector<SampleRow> rows = SampleRows(Count);
+    return {[=] { database->Begin(); }, [=, bound = MakeBound<Contender>(rows)] { insert(database->Get(), bound); },
+            [=] { database->RequireCommitted(rows); }};
 }
 
 template <typename Contender>
-void ReadColumns(benchmark::State& state, int times)
+Task ReadColumnsTask()
 {
-    Contender contender(InMemory);
-    Fill(contender, 1000);
-    const Totals expected = contender.ReadColumns(times);
-    Require(expected.labels > 0 && contender.ReadColumns(1).measures == SampleRows(1)[0].measure, "columns read");
-    for ([[maybe_unused]] auto round : state) {
-        Require(contender.ReadColumns(times) == expected, "columns read", Contender::Name);
+    const auto contender = std::make_shared<Contender>(InMemory);
+    Fill(*contender, Count);
+    const auto totals = std::make_shared<Totals>();
+    Totals expected;
+    for (int i = 0; i < Count; ++i) {
+        expected += Sum(SampleRows(1));
     }
+    return {[] {}, [=] { *totals = contender->ReadColumns(Count); },
+            [=] { Require(*totals == expected, "columns read", Contender::Name); }};
 }
 
 } // namespace
 
-void RegisterBinding()
+void AddBinding(Jobs& jobs)
 {
-    ForEachContender([]<typename Contender> {
-        RegisterJob("bind/1000", Contender::Name, 100,
-                    [](benchmark::State& state) { InsertBound<Contender>(state, 1000); });
+    ForEachContender([&]<typename Contender> {
+        if constexpr (requires(Contender contender) {
+                          contender.InsertBound(MakeBound<Contender>(std::vector<SampleRow>()));
+                      }) {
+            const auto insert = [](Contender& contender, const auto& bound) { contender.InsertBound(bound); };
+            jobs.Add("bind", Count, RepeatsFor(Count), Contender::Name, [=] { return BindTask<Contender>(insert); });
+        }
         if constexpr (requires(Contender contender) { contender.ReadColumns(1); }) {
-            RegisterJob("columns/1000", Contender::Name, 400,
-                        [](benchmark::State& state) { ReadColumns<Contender>(state, 1000); });
+            jobs.Add("columns", Count, RepeatsFor(Count), Contender::Name, ReadColumnsTask<Contender>);
         }
     });
+    const auto insertStatic = [](RawSqlite& c, const auto& bound) { c.InsertBoundStatic(bound); };
+    jobs.Add("bind", Count, RepeatsFor(Count), "C, static", [=] { return BindTask<RawSqlite>(insertStatic); });
 }
 
 } // namespace Morvik::sql::bench

@@ -1,29 +1,37 @@
-#include "support/Jobs.h"
-
 #include "contenders/Contenders.h"
 #include "support/Databases.h"
+#include "support/Jobs.h"
 
 namespace Morvik::sql::bench {
 
 namespace {
 
-void RegisterWithFile(const char* job, const char* contender, void (*act)(const std::string& path))
+constexpr int Openings = 100;
+
+void AddOpening(Jobs& jobs, const char* contender, void (*openAndClose)(const std::string& path))
 {
-    RegisterJob(job, contender, 1000, [=](benchmark::State& state) {
+    jobs.Add("open", Openings, 3, contender, [=] {
         const std::string path = FilledFile(1000);
-        for ([[maybe_unused]] auto round : state) {
-            act(path);
-        }
+        const auto run = [=] {
+            for (int i = 0; i < Openings; ++i) {
+                openAndClose(path);
+            }
+        };
+        return Task{[] {}, run, [] {}};
     });
 }
 
 } // namespace
 
-void RegisterOpening()
+void AddOpening(Jobs& jobs)
 {
-    ForEachContender([]<typename Contender> { RegisterWithFile("open/1", Contender::Name, Contender::OpenAndClose); });
-    RegisterWithFile("open/1", "C with stat", PlainC::OpenAndCloseFile);
-    RegisterWithFile("stat/1", PlainC::Name, PlainC::RequireFile);
+    ForEachContender([&]<typename Contender> {
+        if constexpr (requires { Contender::OpenAndClose(std::string()); }) {
+            AddOpening(jobs, Contender::Name, Contender::OpenAndClose);
+        }
+    });
+    AddOpening(jobs, "C, access of the directory", RawSqlite::OpenAndCloseInDirectory);
+    AddOpening(jobs, "C, stat of the file", RawSqlite::OpenAndCloseFile);
 }
 
 } // namespace Morvik::sql::bench

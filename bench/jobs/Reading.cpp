@@ -1,77 +1,72 @@
-#include "support/Jobs.h"
+#include <memory>
 
 #include "contenders/Contenders.h"
 #include "support/Databases.h"
+#include "support/Jobs.h"
 
 namespace Morvik::sql::bench {
 
 namespace {
 
-// The rows are dropped outside of the time: both sides keep the same ones.
+// The rows of the run before are dropped outside of the time.
 template <typename Contender>
-void ReadAll(benchmark::State& state, int count)
+Task ReadTask(int count)
 {
-    Contender contender(InMemory);
-    Fill(contender, count);
-    const Totals expected = Sum(SampleRows(count));
-    for ([[maybe_unused]] auto round : state) {
-        typename Contender::Rows rows;
-        contender.Read(SelectAll, rows);
-        state.PauseTiming();
-        Require(Contender::SumOf(rows) == expected, "rows read", Contender::Name);
-        rows = {};
-        state.ResumeTiming();
-    }
+    const auto contender = std::make_shared<Contender>(InMemory);
+    Fill(*contender, count);
+    const auto rows = std::make_shared<typename Contender::Rows>();
+    return {[=] { *rows = {}; }, [=] { contender->Read(SelectAll, *rows); },
+            [=] { Require(Contender::SumOf(*rows) == Sum(SampleRows(count)), "rows read", Contender::Name); }};
 }
 
 template <typename Contender, typename Walk>
-void WalkAll(benchmark::State& state, int count, Walk walk)
+Task WalkTask(int count, Walk walk)
 {
-    Contender contender(InMemory);
-    Fill(contender, count);
-    const Totals expected = Sum(SampleRows(count));
-    for ([[maybe_unused]] auto round : state) {
-        Require(walk(contender) == expected, "rows walked", Contender::Name);
-    }
+    const auto contender = std::make_shared<Contender>(InMemory);
+    Fill(*contender, count);
+    const auto totals = std::make_shared<Totals>();
+    return {[] {}, [=] { *totals = walk(*contender); },
+            [=] { Require(*totals == Sum(SampleRows(count)), "rows walked", Contender::Name); }};
 }
 
 template <typename Contender>
-void LookUp(benchmark::State& state, int count)
+Task LookUpTask(int count)
 {
-    Contender contender(InMemory);
-    Fill(contender, count);
-    const Totals expected = Sum(SampleRows(count));
     std::vector<typename Contender::Query> queries;
     for (int number = 0; number < count; ++number) {
         queries.push_back(Contender::MakeQuery(number));
     }
-    for ([[maybe_unused]] auto round : state) {
-        Require(contender.LookUp(queries) == expected, "rows looked up", Contender::Name);
+    return WalkTask<Contender>(count, [=](Contender& contender) { return contender.LookUp(queries); });
+}
+
+template <typename Contender>
+void AddReading(Jobs& jobs, int count)
+{
+    jobs.Add("read", count, RepeatsFor(count), Contender::Name, [=] { return ReadTask<Contender>(count); });
+    jobs.Add("walk", count, RepeatsFor(count), Contender::Name, [=] {
+        return WalkTask<Contender>(count, [](Contender& contender) { return contender.Walk(SelectAll); });
+    });
+    if constexpr (requires(Contender contender) { contender.Iterate(SelectAll); }) {
+        jobs.Add("walk", count, RepeatsFor(count), "iterator", [=] {
+            return WalkTask<Contender>(count, [](Contender& contender) { return contender.Iterate(SelectAll); });
+        });
     }
 }
 
 } // namespace
 
-void RegisterReading()
+void AddReading(Jobs& jobs)
 {
-    ForEachContender([]<typename Contender> {
-        for (const int rows : {1'000, 10'000, 100'000}) {
-            const std::string size = std::to_string(rows);
-            RegisterJob("read/" + size, Contender::Name, IterationsFor(rows),
-                        [=](benchmark::State& state) { ReadAll<Contender>(state, rows); });
-            RegisterJob("walk/" + size, Contender::Name, IterationsFor(rows), [=](benchmark::State& state) {
-                WalkAll<Contender>(state, rows, [](Contender& contender) { return contender.Walk(SelectAll); });
-            });
+    ForEachContender([&]<typename Contender> {
+        if constexpr (requires { typename Contender::Rows; }) {
+            for (const int count : {1'000, 10'000, 100'000}) {
+                AddReading<Contender>(jobs, count);
+            }
+            jobs.Add("look up", 1000, 3, Contender::Name, [] { return LookUpTask<Contender>(1000); });
         }
-        RegisterJob("look up/1000", Contender::Name, 25,
-                    [](benchmark::State& state) { LookUp<Contender>(state, 1000); });
     });
-    for (const int rows : {1'000, 10'000, 100'000}) {
-        RegisterJob("iterate/" + std::to_string(rows), Library::Name, IterationsFor(rows),
-                    [=](benchmark::State& state) {
-                        WalkAll<Library>(state, rows, [](Library& library) { return library.Iterate(SelectAll); });
-                    });
-    }
+    AddReading<Library>(jobs, 1'000'000);
+    AddReading<RawSqlite>(jobs, 1'000'000);
 }
 
 } // namespace Morvik::sql::bench

@@ -1,66 +1,65 @@
-#include "support/Jobs.h"
+#include <memory>
 
 #include "contenders/Contenders.h"
 #include "support/Databases.h"
 #include "support/ExecutedTexts.h"
-#include "support/Transactions.h"
-
-#include <filesystem>
-#include <memory>
+#include "support/Jobs.h"
 
 namespace Morvik::sql::bench {
 
 namespace {
 
-// Every round writes into a database of its own; the last one is looked at.
+// Every run writes into a new database.
 template <typename Contender>
-void WriteAll(benchmark::State& state, bool inFile, int count)
+Task WriteTask(int count, bool inFile)
 {
+    const auto database = std::make_shared<Fresh<Contender>>(inFile);
     const std::vector<SampleRow> rows = SampleRows(count);
-    const typename Contender::Write write = Contender::MakeWrite(rows);
-    const std::string path = inFile ? Directory().File("written.db") : InMemory;
-    std::unique_ptr<Contender> contender;
-    for ([[maybe_unused]] auto round : state) {
-        state.PauseTiming();
-        contender.reset();
-        std::filesystem::remove(path);
-        contender = std::make_unique<Contender>(path);
-        contender->Execute(CreateTable);
-        state.ResumeTiming();
-        contender->Insert(write);
-    }
-    RequireWritten(*contender, rows);
+    return {[=] { database->Make(); }, [=, write = Contender::MakeWrite(rows)] { database->Get().Insert(write); },
+            [=] { database->RequireWritten(rows); }};
 }
 
 template <typename Contender>
-void WriteSingly(benchmark::State& state, int count)
+Task WriteSinglyTask(int count)
 {
+    const auto database = std::make_shared<Fresh<Contender>>(false);
     const std::vector<SampleRow> rows = SampleRows(count);
     std::vector<typename Contender::Write> writes;
     for (const SampleRow& row : rows) {
         writes.push_back(Contender::MakeWrite({row}));
     }
-    Contender contender(InMemory);
-    contender.Execute(CreateTable);
-    InTransactions(state, contender, [&] { contender.InsertEach(writes); });
-    RequireWritten(contender, rows);
+    return {[=] { database->Begin(); }, [=] { database->Get().InsertEach(writes); },
+            [=] { database->RequireCommitted(rows); }};
 }
 
 template <typename Contender>
-void UpdateSingly(benchmark::State& state, int count)
+Task UpdateSinglyTask(int count)
 {
+    const auto database = std::make_shared<Fresh<Contender>>(false);
     const std::vector<SampleRow> rows = ChangedRows(count);
     std::vector<typename Contender::Change> changes;
     for (const SampleRow& row : rows) {
         changes.push_back(Contender::MakeChange(row));
     }
-    Contender contender(InMemory);
-    Fill(contender, count);
-    InTransactions(state, contender, [&] { contender.UpdateEach(changes); });
-    RequireWritten(contender, rows);
+    return {[=] { database->BeginFilled(count); }, [=] { database->Get().UpdateEach(changes); },
+            [=] { database->RequireCommitted(rows); }};
 }
 
-// The floor is the library's own text, or the ratios say nothing.
+// The rows in calls of `batch` rows each, all in one transaction.
+template <typename Contender>
+Task WriteBatchesTask(int count, int batch)
+{
+    const auto database = std::make_shared<Fresh<Contender>>(true);
+    const std::vector<SampleRow> rows = SampleRows(count);
+    std::vector<typename Contender::Write> writes;
+    for (const std::vector<SampleRow>& part : Batches(rows, batch)) {
+        writes.push_back(Contender::MakeWrite(part));
+    }
+    return {[=] { database->Begin(); }, [=] { database->Get().InsertEach(writes); },
+            [=] { database->RequireCommitted(rows); }};
+}
+
+// The reference executes the library's text, or the ratios say nothing.
 void RequireSameTexts()
 {
     const std::vector<SampleRow> rows = SampleRows(1000);
@@ -71,28 +70,43 @@ void RequireSameTexts()
         library.Insert(Library::MakeWrite(rows));
         library.UpdateEach({Library::MakeChange(rows.front())});
     }
-    const std::vector<std::string> expected{CreateTable, PlainC::MakeWrite(rows), PlainC::MakeChange(rows.front())};
-    Require(executed.Texts() == expected, "the library's texts are not the ready-made ones");
+    const std::vector<std::string> expected{CreateTable, RawSqlite::MakeWrite(rows),
+                                            RawSqlite::MakeChange(rows.front())};
+    Require(executed.Texts() == expected, "the library's texts are not the reference's");
 }
 
 } // namespace
 
-void RegisterWriting()
+void AddWriting(Jobs& jobs)
 {
     RequireSameTexts();
-    ForEachContender([]<typename Contender> {
-        for (const int rows : {1'000, 10'000, 100'000}) {
-            for (const bool inFile : {false, true}) {
-                const std::string job = std::string(inFile ? "write file/" : "write memory/") + std::to_string(rows);
-                RegisterJob(job, Contender::Name, IterationsFor(rows),
-                            [=](benchmark::State& state) { WriteAll<Contender>(state, inFile, rows); });
+    ForEachContender([&]<typename Contender> {
+        if constexpr (requires { typename Contender::Write; }) {
+            for (const int count : {1'000, 10'000, 100'000}) {
+                for (const bool inFile : {false, true}) {
+                    jobs.Add(inFile ? "write file" : "write memory", count, RepeatsFor(count), Contender::Name,
+                             [=] { return WriteTask<Contender>(count, inFile); });
+                }
             }
+            jobs.Add("write singly", 1000, 5, Contender::Name, [] { return WriteSinglyTask<Contender>(1000); });
         }
-        RegisterJob("write singly/1000", Contender::Name, 25,
-                    [](benchmark::State& state) { WriteSingly<Contender>(state, 1000); });
-        RegisterJob("update singly/1000", Contender::Name, 25,
-                    [](benchmark::State& state) { UpdateSingly<Contender>(state, 1000); });
+        if constexpr (requires { typename Contender::Change; }) {
+            jobs.Add("update singly", 1000, 5, Contender::Name, [] { return UpdateSinglyTask<Contender>(1000); });
+        }
     });
+}
+
+void AddGrowth(Jobs& jobs)
+{
+    for (const int count : {1'000, 10'000, 100'000, 1'000'000}) {
+        jobs.Add("write batches", count, RepeatsFor(count), Library::Name,
+                 [=] { return WriteBatchesTask<Library>(count, 1000); });
+        jobs.Add("write batches", count, RepeatsFor(count), RawSqlite::Name,
+                 [=] { return WriteBatchesTask<RawSqlite>(count, 1000); });
+    }
+    for (const int batch : {1, 2, 5, 10, 20, 50, 100, 200, 500, 1'000, 2'000, 5'000, 10'000}) {
+        jobs.Add("batch", 10'000, 1, std::to_string(batch), [=] { return WriteBatchesTask<Library>(10'000, batch); });
+    }
 }
 
 } // namespace Morvik::sql::bench

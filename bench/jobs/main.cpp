@@ -1,13 +1,15 @@
-#include "support/Jobs.h"
-#include "support/Machine.h"
-
+#include <cstdio>
+#include <cstdlib>
 #include <limits>
 
 #include <malloc.h>
 
+#include "support/Jobs.h"
+#include "support/Machine.h"
+
 namespace {
 
-// Memory that one job gave back to the system would be paid for anew, page by page, by whichever job comes next.
+// If freed memory went back to the system, the next job would pay for taking it again, page by page.
 void KeepFreedMemory()
 {
     mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
@@ -20,17 +22,25 @@ int main(int argc, char** argv)
 {
     namespace bench = Morvik::sql::bench;
 
-    KeepFreedMemory();
-    bench::ReadRepetitions(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
+    std::FILE* const output = argc >= 3 ? std::fopen(argv[1], "w") : nullptr;
+    if (output == nullptr) {
+        std::fprintf(stderr,
+                     "usage: %s OUTPUT.json ROUNDS [LARGEST]\n"
+                     "Measures every job on at most LARGEST rows; with 0 rounds, does and checks each job once.\n",
+                     argv[0]);
+        return EXIT_FAILURE;
     }
-    bench::AddMachineToContext();
-    bench::RegisterWriting();
-    bench::RegisterReading();
-    bench::RegisterBinding();
-    bench::RegisterOpening();
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    KeepFreedMemory();
+    bench::Jobs jobs(argc >= 4 ? std::atoi(argv[3]) : std::numeric_limits<int>::max());
+    bench::AddWriting(jobs);
+    bench::AddReading(jobs);
+    bench::AddBinding(jobs);
+    bench::AddOpening(jobs);
+    bench::AddGrowth(jobs);
+    std::fprintf(output, "{\"machine\": ");
+    bench::WriteMachine(output);
+    std::fprintf(output, ",\n\"times\": ");
+    jobs.Run(std::atoi(argv[2]), output);
+    std::fprintf(output, "}\n");
+    return std::fclose(output) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

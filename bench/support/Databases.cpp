@@ -1,10 +1,8 @@
 #include "support/Databases.h"
 
-#include "contenders/PlainC.h"
-
 #include <sqlite3.h>
 
-#include <filesystem>
+#include "contenders/RawSqlite.h"
 
 namespace Morvik::sql::bench {
 
@@ -14,15 +12,21 @@ const tests::TemporaryDirectory& Directory()
     return directory;
 }
 
+std::string NewFile()
+{
+    static int made = 0;
+    return Directory().File("database-" + std::to_string(++made) + ".db");
+}
+
 std::string FilledFile(int count)
 {
     std::string path = Directory().File("filled-" + std::to_string(count) + ".db");
     if (!std::filesystem::exists(path)) {
-        PlainC plain(path);
-        plain.Execute(CreateTable);
-        plain.Execute("BEGIN");
-        plain.InsertBound(SampleRows(count));
-        plain.Execute("COMMIT");
+        RawSqlite raw(path);
+        raw.Execute(CreateTable);
+        raw.Execute("BEGIN");
+        raw.InsertBound(SampleRows(count));
+        raw.Execute("COMMIT");
     }
     return path;
 }

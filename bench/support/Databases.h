@@ -1,11 +1,13 @@
 #pragma once
 
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
 #include "support/Require.h"
 #include "support/Sample.h"
 #include "support/TemporaryDirectory.h"
-
-#include <string>
-#include <vector>
 
 namespace Morvik::sql::bench {
 
@@ -13,6 +15,9 @@ inline constexpr const char* InMemory = ":memory:";
 
 /// The directory of every file of this program, removed at its end.
 const tests::TemporaryDirectory& Directory();
+
+/// The path of a file that does not exist yet.
+std::string NewFile();
 
 /// A database file that holds SampleRows(count) as `sample`, made at the first call.
 std::string FilledFile(int count);
@@ -30,14 +35,57 @@ void Fill(Contender& contender, int count)
     contender.Execute("DETACH source");
 }
 
-/// Ends the program unless the contender's database holds exactly these rows.
+/// A contender on a database that is made again before each run, in memory or in a file.
 template <typename Contender>
-void RequireWritten(Contender& contender, const std::vector<SampleRow>& rows)
-{
-    const tests::TemporaryDirectory directory;
-    const std::string copy = directory.File("copy.db");
-    contender.Execute("VACUUM INTO '" + copy + "'");
-    RequireRows(copy, rows);
-}
+class Fresh {
+public:
+    explicit Fresh(bool inFile) : m_path(inFile ? NewFile() : InMemory) {}
+
+    Contender& Get() { return *m_contender; }
+
+    /// Makes a database with an empty table.
+    void Make()
+    {
+        m_contender.reset();
+        std::filesystem::remove(m_path);
+        m_contender = std::make_unique<Contender>(m_path);
+        Get().Execute(CreateTable);
+    }
+
+    /// The same, and begins a transaction.
+    void Begin()
+    {
+        Make();
+        Get().Execute("BEGIN");
+    }
+
+    /// The same on a table with SampleRows(count).
+    void BeginFilled(int count)
+    {
+        m_contender = std::make_unique<Contender>(m_path);
+        Fill(Get(), count);
+        Get().Execute("BEGIN");
+    }
+
+    /// Ends the program unless the database holds exactly these rows.
+    void RequireWritten(const std::vector<SampleRow>& rows)
+    {
+        const tests::TemporaryDirectory directory;
+        const std::string copy = directory.File("copy.db");
+        Get().Execute("VACUUM INTO '" + copy + "'");
+        RequireRows(copy, rows);
+    }
+
+    /// The same after the transaction is committed.
+    void RequireCommitted(const std::vector<SampleRow>& rows)
+    {
+        Get().Execute("COMMIT");
+        RequireWritten(rows);
+    }
+
+private:
+    std::string m_path;
+    std::unique_ptr<Contender> m_contender;
+};
 
 } // namespace Morvik::sql::bench

@@ -1,63 +1,91 @@
 #include "support/Jobs.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <span>
-#include <string_view>
+#include <cstddef>
+
+#include <time.h>
 
 namespace Morvik::sql::bench {
 
 namespace {
 
-constexpr int LogEvery = 100;
-
-int registered = 0;
-int repetitions = 1;
-int started = 0;
-
-void ShowProgress()
+double ProcessorNanoseconds()
 {
-    const int expected = registered * repetitions;
-    ++started;
-    if (isatty(STDERR_FILENO) != 0) {
-        std::fprintf(stderr, "\rrun %d of %d%s", started, expected, started == expected ? "\n" : "");
-    } else if (started % LogEvery == 0 || started == expected) {
-        std::fprintf(stderr, "run %d of %d\n", started, expected);
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
+}
+
+double Measure(const Task& task, int repeats)
+{
+    double total = 0.0;
+    for (int i = 0; i < repeats; ++i) {
+        task.prepare();
+        const double start = ProcessorNanoseconds();
+        task.run();
+        total += ProcessorNanoseconds() - start;
     }
+    return total / repeats;
 }
 
 } // namespace
 
-void ReadRepetitions(int argc, char** argv)
+int RepeatsFor(int rows)
 {
-    static constexpr std::string_view Flag = "--benchmark_repetitions=";
-    for (const std::string_view argument : std::span(argv, static_cast<std::size_t>(argc))) {
-        if (argument.starts_with(Flag)) {
-            repetitions = std::atoi(argument.data() + Flag.size());
+    return std::max(1, 10'000 / rows);
+}
+
+void Jobs::Add(const std::string& job, int rows, int repeats, const std::string& contender, std::function<Task()> start)
+{
+    if (rows > m_largest) {
+        return;
+    }
+    const std::string name = job + '/' + std::to_string(rows);
+    auto found = std::find_if(m_jobs.begin(), m_jobs.end(), [&](const Job& known) { return known.name == name; });
+    if (found == m_jobs.end()) {
+        found = m_jobs.insert(m_jobs.end(), {name, repeats, {}});
+    }
+    found->entries.push_back({contender, std::move(start)});
+}
+
+void Jobs::Run(int rounds, std::FILE* output) const
+{
+    const char* separator = "{\n";
+    for (const Job& job : m_jobs) {
+        std::fprintf(stderr, "%s\n", job.name.c_str());
+        std::fprintf(output, "%s  \"%s\": {", separator, job.name.c_str());
+        job.Run(rounds, output);
+        std::fprintf(output, "}");
+        separator = ",\n";
+    }
+    std::fprintf(output, "\n}");
+}
+
+void Jobs::Job::Run(int rounds, std::FILE* output) const
+{
+    std::vector<Task> tasks;
+    for (const Entry& entry : entries) {
+        tasks.push_back(entry.start());
+        Measure(tasks.back(), 1);
+        tasks.back().check();
+    }
+    std::vector<std::vector<double>> times(tasks.size());
+    for (int round = 0; round < rounds; ++round) {
+        for (std::size_t i = 0; i < tasks.size(); ++i) {
+            const std::size_t next = (i + static_cast<std::size_t>(round)) % tasks.size();
+            times[next].push_back(Measure(tasks[next], repeats));
         }
     }
-}
-
-void RegisterJob(const std::string& job, const char* contender, int iterations,
-                 const std::function<void(benchmark::State&)>& run)
-{
-    const bool onlyOnce = std::getenv("TKOSQLLITE_BENCH_ONCE") != nullptr;
-    ++registered;
-    benchmark::RegisterBenchmark((job + '/' + contender).c_str(),
-                                 [run](benchmark::State& state) {
-                                     ShowProgress();
-                                     run(state);
-                                 })
-        ->Iterations(onlyOnce ? 1 : iterations)
-        ->Unit(benchmark::kMicrosecond);
-}
-
-int IterationsFor(int rows)
-{
-    return std::max(1, 100'000 / rows);
+    for (std::size_t i = 0; i < tasks.size(); ++i) {
+        if (rounds > 0) {
+            tasks[i].check();
+        }
+        std::fprintf(output, "%s\n    \"%s\": [", i == 0 ? "" : ",", entries[i].contender.c_str());
+        for (std::size_t round = 0; round < times[i].size(); ++round) {
+            std::fprintf(output, "%s%.0f", round == 0 ? "" : ", ", times[i][round]);
+        }
+        std::fprintf(output, "]");
+    }
 }
 
 } // namespace Morvik::sql::bench

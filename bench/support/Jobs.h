@@ -1,30 +1,61 @@
 #pragma once
 
-#include <benchmark/benchmark.h>
-
+#include <cstdio>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace Morvik::sql::bench {
 
-/// Takes the number of repetitions from the program's arguments, for the line that shows how far the whole is. To be
-/// called before the arguments are taken over by the benchmark.
-void ReadRepetitions(int argc, char** argv);
+/// One contender's way to do a job. Only `run` is timed. `prepare` is called before every run. `check` ends the program
+/// if the result of the last run is wrong.
+struct Task {
+    std::function<void()> prepare;
+    std::function<void()> run;
+    std::function<void()> check;
+};
 
-/// Registers one job of one contender as "job/contender". Each of its runs repeats the job `iterations` times, so that
-/// the number of runs is known beforehand; without a filter on the jobs, a line on the standard error stream shows how
-/// far the whole is. Where the environment sets TKOSQLLITE_BENCH_ONCE, every job is done just once: its result is
-/// checked, its time says nothing.
-void RegisterJob(const std::string& job, const char* contender, int iterations,
-                 const std::function<void(benchmark::State&)>& run);
+/// The jobs of the benchmark. The contenders of a job run one after the other in every round, so that a change of the
+/// machine's load meets all of them; the order rotates from round to round.
+class Jobs {
+public:
+    /// Leaves out jobs on more than `largest` rows.
+    explicit Jobs(int largest) : m_largest(largest) {}
 
-/// How often to repeat a job on that many rows for a run to last some hundredth parts of a second.
-int IterationsFor(int rows);
+    /// Adds a contender to the job `job` on `rows` rows. `repeats` runs make one measurement. `start` makes what the
+    /// task needs; it is called before the first round of the job, and the task is dropped after the last one.
+    void Add(const std::string& job, int rows, int repeats, const std::string& contender, std::function<Task()> start);
 
-/// Every file of jobs has one such function.
-void RegisterBinding();
-void RegisterOpening();
-void RegisterReading();
-void RegisterWriting();
+    /// Does every job once, unmeasured, and in `rounds` measured rounds, and writes a JSON object of the times: for
+    /// each "job/rows" and contender a list of nanoseconds of processor time per run, one for each round.
+    void Run(int rounds, std::FILE* output) const;
+
+private:
+    struct Entry {
+        std::string contender;
+        std::function<Task()> start;
+    };
+
+    struct Job {
+        std::string name;
+        int repeats;
+        std::vector<Entry> entries;
+
+        void Run(int rounds, std::FILE* output) const;
+    };
+
+    int m_largest;
+    std::vector<Job> m_jobs;
+};
+
+/// How often to repeat a job on that many rows for a measurement to last some milliseconds.
+int RepeatsFor(int rows);
+
+/// Each file of jobs has one such function.
+void AddBinding(Jobs& jobs);
+void AddGrowth(Jobs& jobs);
+void AddOpening(Jobs& jobs);
+void AddReading(Jobs& jobs);
+void AddWriting(Jobs& jobs);
 
 } // namespace Morvik::sql::bench

@@ -1,19 +1,22 @@
 #include "support/Machine.h"
 
-#include <benchmark/benchmark.h>
-#include <sqlite3.h>
-#include <sys/utsname.h>
-
+#include <ctime>
 #include <fstream>
 #include <initializer_list>
+#include <iterator>
 #include <string>
 #include <string_view>
+#include <thread>
+#include <utility>
+
+#include <sqlite3.h>
+#include <sys/utsname.h>
 
 namespace Morvik::sql::bench {
 
 namespace {
 
-// What follows the separator in the first line that begins with one of the keys.
+// What follows the separator in the first line that begins with one of the keys; quotation marks are left out.
 std::string ValueIn(const char* path, std::initializer_list<std::string_view> keys, char separator)
 {
     std::ifstream file(path);
@@ -39,18 +42,36 @@ std::string Compiler()
 #endif
 }
 
+std::string Now()
+{
+    const std::time_t now = std::time(nullptr);
+    char text[std::size("2000-01-01 00:00 UTC")];
+    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M UTC", std::gmtime(&now));
+    return text;
+}
+
 } // namespace
 
-void AddMachineToContext()
+void WriteMachine(std::FILE* output)
 {
     utsname system{};
     uname(&system);
-    benchmark::AddCustomContext("processor", ValueIn("/proc/cpuinfo", {"model name", "Hardware", "Model"}, ':'));
     const std::string release = system.release;
-    benchmark::AddCustomContext("system", ValueIn("/etc/os-release", {"PRETTY_NAME"}, '=') + ", " + system.sysname +
-                                              ' ' + release.substr(0, release.find('-')) + ", " + system.machine);
-    benchmark::AddCustomContext("compiler", Compiler());
-    benchmark::AddCustomContext("sqlite", sqlite3_libversion());
+    const std::pair<const char*, std::string> facts[] = {
+        {"date", Now()},
+        {"processor", ValueIn("/proc/cpuinfo", {"model name", "Hardware", "Model"}, ':')},
+        {"cores", std::to_string(std::thread::hardware_concurrency())},
+        {"system", ValueIn("/etc/os-release", {"PRETTY_NAME"}, '=') + ", " + system.sysname + ' ' +
+                       release.substr(0, release.find('-')) + ", " + system.machine},
+        {"compiler", Compiler()},
+        {"sqlite", sqlite3_libversion()},
+        {"load", ValueIn("/proc/loadavg", {""}, ' ')}};
+    const char* separator = "{";
+    for (const auto& [name, value] : facts) {
+        std::fprintf(output, "%s\"%s\": \"%s\"", separator, name, value.c_str());
+        separator = ", ";
+    }
+    std::fprintf(output, "}");
 }
 
 } // namespace Morvik::sql::bench

@@ -1,9 +1,10 @@
 #pragma once
 
+#include <cstdio>
+
 namespace Morvik::sql::bench {
 
-/// Adds the processor, the system, the compiler and SQLite's version to the benchmark's own context, so that the
-/// figures say by themselves where they come from.
-void AddMachineToContext();
+/// Writes a JSON object that describes the machine: date, processor, system, compiler, SQLite and load.
+void WriteMachine(std::FILE* output);
 
 } // namespace Morvik::sql::bench

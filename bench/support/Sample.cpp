@@ -1,5 +1,7 @@
 #include "support/Sample.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <random>
 #include <span>
@@ -51,6 +53,17 @@ std::vector<SampleRow> SampleRows(int count)
 std::vector<SampleRow> ChangedRows(int count)
 {
     return RandomRows(count, 2);
+}
+
+std::vector<std::vector<SampleRow>> Batches(const std::vector<SampleRow>& rows, int size)
+{
+    std::vector<std::vector<SampleRow>> batches;
+    for (auto begin = rows.begin(); begin != rows.end();) {
+        const auto end = begin + std::min<std::ptrdiff_t>(size, rows.end() - begin);
+        batches.emplace_back(begin, end);
+        begin = end;
+    }
+    return batches;
 }
 
 DbTableDataWrite WriteRequest(const std::vector<SampleRow>& rows)

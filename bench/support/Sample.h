@@ -1,10 +1,10 @@
 #pragma once
 
-#include <sql/DbTableDataWrite.h>
-
 #include <cstddef>
 #include <string>
 #include <vector>
+
+#include <sql/DbTableDataWrite.h>
 
 namespace Morvik::sql::bench {
 
@@ -28,6 +28,9 @@ std::vector<SampleRow> SampleRows(int count);
 
 /// The same numbers with other values.
 std::vector<SampleRow> ChangedRows(int count);
+
+/// The rows in parts of `size` rows each; the last part may be smaller.
+std::vector<std::vector<SampleRow>> Batches(const std::vector<SampleRow>& rows, int size);
 
 /// The rows as the facade takes them.
 DbTableDataWrite WriteRequest(const std::vector<SampleRow>& rows);

@@ -1,0 +1,347 @@
+#include "contenders/RawSqlite.h"
+
+#include <cstddef>
+#include <string_view>
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "contenders/Library.h"
+#include "support/Require.h"
+
+namespace Morvik::sql::bench {
+
+namespace {
+
+void Check(int code, int expected, sqlite3* handle, const char* what)
+{
+    if (code != expected) {
+        Require(false, what, sqlite3_errmsg(handle));
+    }
+}
+
+sqlite3* Opened(const std::string& path, int flags)
+{
+    sqlite3* handle = nullptr;
+    const int code =
+        sqlite3_open_v2(path.c_str(), &handle, flags | SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+    Check(code, SQLITE_OK, handle, "open");
+    return handle;
+}
+
+void Close(sqlite3* handle)
+{
+    Check(sqlite3_close(handle), SQLITE_OK, handle, "close");
+}
+
+sqlite3_stmt* Prepared(sqlite3* handle, std::string_view sql)
+{
+    sqlite3_stmt* statement = nullptr;
+    Check(sqlite3_prepare_v2(handle, sql.data(), static_cast<int>(sql.size()), &statement, nullptr), SQLITE_OK, handle,
+          sql.data());
+    return statement;
+}
+
+// Calls `action(statement)` for every row of the query.
+template <typename Action>
+void ForEachRow(sqlite3* handle, const std::string& sql, Action action)
+{
+    sqlite3_stmt* const statement = Prepared(handle, sql);
+    int code = SQLITE_OK;
+    while ((code = sqlite3_step(statement)) == SQLITE_ROW) {
+        action(statement);
+    }
+    Check(code, SQLITE_DONE, handle, "step");
+    sqlite3_finalize(statement);
+}
+
+// The two ways to read a cell. Each object is one cell of the current row.
+class ByValue {
+public:
+    ByValue(sqlite3_stmt* statement, int column) : m_value(sqlite3_column_value(statement, column)) {}
+
+    int Type() const { return sqlite3_value_type(m_value); }
+    int Integer() const { return sqlite3_value_int(m_value); }
+    double Real() const { return sqlite3_value_double(m_value); }
+    const char* Text() const { return reinterpret_cast<const char*>(sqlite3_value_text(m_value)); }
+    const char* Blob() const { return static_cast<const char*>(sqlite3_value_blob(m_value)); }
+    std::size_t Size() const { return static_cast<std::size_t>(sqlite3_value_bytes(m_value)); }
+
+private:
+    sqlite3_value* m_value;
+};
+
+class ByColumn {
+public:
+    ByColumn(sqlite3_stmt* statement, int column) : m_statement(statement), m_column(column) {}
+
+    int Type() const { return sqlite3_column_type(m_statement, m_column); }
+    int Integer() const { return sqlite3_column_int(m_statement, m_column); }
+    double Real() const { return sqlite3_column_double(m_statement, m_column); }
+    const char* Text() const { return reinterpret_cast<const char*>(sqlite3_column_text(m_statement, m_column)); }
+    const char* Blob() const { return static_cast<const char*>(sqlite3_column_blob(m_statement, m_column)); }
+    std::size_t Size() const { return static_cast<std::size_t>(sqlite3_column_bytes(m_statement, m_column)); }
+
+private:
+    sqlite3_stmt* m_statement;
+    int m_column;
+};
+
+template <typename Source>
+void ReadCell(const Source source, DbTableColumnValue& cell)
+{
+    switch (source.Type()) {
+    case SQLITE_INTEGER:
+        cell.type = DbTableColumnType::Integer;
+        cell.value = source.Integer();
+        break;
+    case SQLITE_FLOAT:
+        cell.type = DbTableColumnType::Real;
+        cell.value = source.Real();
+        break;
+    case SQLITE_TEXT: {
+        const char* const text = source.Text();
+        cell.type = DbTableColumnType::Text;
+        cell.value.emplace<std::string>(text, source.Size());
+        break;
+    }
+    case SQLITE_BLOB: {
+        const char* const blob = source.Blob();
+        cell.type = DbTableColumnType::Blob;
+        cell.value.emplace<std::vector<char>>(blob, blob + source.Size());
+        break;
+    }
+    default:
+        cell.value.emplace<std::string>();
+        break;
+    }
+}
+
+template <typename Source>
+void ReadRows(sqlite3* handle, const std::string& sql, DbTableData& rows)
+{
+    ForEachRow(handle, sql, [&](sqlite3_stmt* statement) {
+        const int columns = sqlite3_column_count(statement);
+        std::vector<DbTableColumnValue>& cells = rows.rows.emplace_back().cells;
+        cells.reserve(static_cast<std::size_t>(columns));
+        for (int column = 0; column < columns; ++column) {
+            DbTableColumnValue& cell = cells.emplace_back();
+            cell.column = static_cast<unsigned int>(column);
+            ReadCell(Source(statement, column), cell);
+        }
+    });
+}
+
+template <typename Source>
+Totals LookUpRows(sqlite3* handle, const std::vector<std::string>& queries)
+{
+    Totals totals;
+    for (const std::string& query : queries) {
+        DbTableData rows;
+        ReadRows<Source>(handle, query, rows);
+        totals += Library::SumOf(rows);
+    }
+    return totals;
+}
+
+template <typename Source>
+Totals WalkRows(sqlite3* handle, const std::string& sql)
+{
+    Totals totals;
+    ForEachRow(handle, sql, [&](sqlite3_stmt* statement) {
+        const int number = Source(statement, 0).Integer();
+        const double measure = Source(statement, 1).Real();
+        const Source label(statement, 2);
+        const char* const text = label.Text();
+        const std::size_t textSize = label.Size();
+        const Source bytes(statement, 3);
+        const char* const blob = bytes.Blob();
+        totals.Add(number, measure, text, textSize, blob, bytes.Size());
+    });
+    return totals;
+}
+
+template <typename Source>
+Totals ReadColumnsOf(sqlite3* handle, int times)
+{
+    Totals totals;
+    sqlite3_stmt* const statement = Prepared(handle, SelectAll);
+    Check(sqlite3_step(statement), SQLITE_ROW, handle, "step");
+    for (int i = 0; i < times; ++i) {
+        const Source text(statement, 2);
+        const std::size_t textSize = text.Size();
+        const std::string label(text.Text(), textSize);
+        const Source bytes(statement, 3);
+        const std::size_t blobSize = bytes.Size();
+        totals.Add(Source(statement, 0).Integer(), Source(statement, 1).Real(), label.data(), label.size(),
+                   bytes.Blob(), blobSize);
+    }
+    sqlite3_finalize(statement);
+    return totals;
+}
+
+// A prepared INSERT. `destructor` says whether SQLite copies texts and blobs.
+class BoundInsert {
+public:
+    BoundInsert(sqlite3* handle, sqlite3_destructor_type destructor)
+        : m_handle(handle), m_destructor(destructor),
+          m_statement(Prepared(handle, "INSERT INTO sample VALUES (?,?,?,?)"))
+    {}
+
+    ~BoundInsert() { sqlite3_finalize(m_statement); }
+
+    BoundInsert(const BoundInsert&) = delete;
+    BoundInsert& operator=(const BoundInsert&) = delete;
+
+    void Insert(const SampleRow& row)
+    {
+        const bool done = sqlite3_bind_int(m_statement, 1, row.number) == SQLITE_OK &&
+                          sqlite3_bind_double(m_statement, 2, row.measure) == SQLITE_OK &&
+                          sqlite3_bind_text(m_statement, 3, row.label.data(), static_cast<int>(row.label.size()),
+                                            m_destructor) == SQLITE_OK &&
+                          sqlite3_bind_blob(m_statement, 4, row.bytes.data(), static_cast<int>(row.bytes.size()),
+                                            m_destructor) == SQLITE_OK &&
+                          sqlite3_step(m_statement) == SQLITE_DONE && sqlite3_reset(m_statement) == SQLITE_OK;
+        Check(done ? SQLITE_OK : SQLITE_ERROR, SQLITE_OK, m_handle, "bound insert");
+    }
+
+private:
+    sqlite3* m_handle;
+    sqlite3_destructor_type m_destructor;
+    sqlite3_stmt* m_statement;
+};
+
+void InsertRows(sqlite3* handle, const std::vector<SampleRow>& rows, sqlite3_destructor_type destructor)
+{
+    BoundInsert insert(handle, destructor);
+    for (const SampleRow& row : rows) {
+        insert.Insert(row);
+    }
+}
+
+} // namespace
+
+Totals RawSqlite::SumOf(const Rows& rows)
+{
+    return Library::SumOf(rows);
+}
+
+void RawSqlite::OpenAndClose(const std::string& path)
+{
+    Close(Opened(path, 0));
+}
+
+void RawSqlite::OpenAndCloseInDirectory(const std::string& path)
+{
+    const std::string directory = path.substr(0, path.rfind('/'));
+    Require(access(directory.c_str(), F_OK) == 0, "directory", path.c_str());
+    OpenAndClose(path);
+}
+
+void RawSqlite::OpenAndCloseFile(const std::string& path)
+{
+    struct stat status {};
+    Require(stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode), "file", path.c_str());
+    OpenAndClose(path);
+}
+
+RawSqlite::RawSqlite(const std::string& path, int flags) : m_handle(Opened(path, flags)) {}
+
+RawSqlite::~RawSqlite()
+{
+    Close(m_handle);
+}
+
+void RawSqlite::Execute(const std::string& sql)
+{
+    Check(sqlite3_exec(m_handle, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK, m_handle, "execute");
+}
+
+void RawSqlite::InsertEach(const std::vector<Write>& writes)
+{
+    for (const Write& write : writes) {
+        Execute(write);
+    }
+}
+
+void RawSqlite::UpdateEach(const std::vector<Change>& changes)
+{
+    for (const Change& change : changes) {
+        Execute(change);
+    }
+}
+
+void RawSqlite::Read(const std::string& sql, Rows& rows)
+{
+    ReadRows<ByValue>(m_handle, sql, rows);
+}
+
+Totals RawSqlite::LookUp(const std::vector<Query>& queries)
+{
+    return LookUpRows<ByValue>(m_handle, queries);
+}
+
+Totals RawSqlite::Walk(const std::string& sql)
+{
+    return WalkRows<ByValue>(m_handle, sql);
+}
+
+void RawSqlite::InsertBound(const std::vector<SampleRow>& rows)
+{
+    InsertRows(m_handle, rows, SQLITE_TRANSIENT);
+}
+
+void RawSqlite::InsertBoundStatic(const std::vector<SampleRow>& rows)
+{
+    InsertRows(m_handle, rows, SQLITE_STATIC);
+}
+
+Totals RawSqlite::ReadColumns(int times)
+{
+    return ReadColumnsOf<ByValue>(m_handle, times);
+}
+
+void RawSqliteColumns::Read(const std::string& sql, Rows& rows)
+{
+    ReadRows<ByColumn>(Handle(), sql, rows);
+}
+
+Totals RawSqliteColumns::LookUp(const std::vector<Query>& queries)
+{
+    return LookUpRows<ByColumn>(Handle(), queries);
+}
+
+Totals RawSqliteColumns::Walk(const std::string& sql)
+{
+    return WalkRows<ByColumn>(Handle(), sql);
+}
+
+Totals RawSqliteColumns::ReadColumns(int times)
+{
+    return ReadColumnsOf<ByColumn>(Handle(), times);
+}
+
+void RawSqlitePrepared::Insert(const Write& write)
+{
+    Execute("BEGIN");
+    InsertBoundStatic(write);
+    Execute("COMMIT");
+}
+
+void RawSqlitePrepared::InsertEach(const std::vector<Write>& writes)
+{
+    BoundInsert insert(Handle(), SQLITE_STATIC);
+    for (const Write& write : writes) {
+        insert.Insert(write.front());
+    }
+}
+
+void RawSqliteNoMutex::OpenAndClose(const std::string& path)
+{
+    Close(Opened(path, SQLITE_OPEN_NOMUTEX));
+}
+
+RawSqliteNoMutex::RawSqliteNoMutex(const std::string& path) : RawSqlite(path, SQLITE_OPEN_NOMUTEX) {}
+
+} // namespace Morvik::sql::bench

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <sql/DbTableData.h>
+
+#include <string>
+#include <vector>
+
+#include "support/Sample.h"
+
+struct sqlite3;
+
+namespace Morvik::sql::bench {
+
+/// The reference: the least that a careful C program does for each job. It writes SQL text that was made before the
+/// clock starts, asks for one sqlite3_value per cell, and keeps what it reads in the same rows as the facade.
+class RawSqlite {
+public:
+    static constexpr const char* Name = "C";
+
+    using Write = std::string;
+    using Rows = DbTableData;
+    using Query = std::string;
+    using Change = std::string;
+
+    static Write MakeWrite(const std::vector<SampleRow>& rows) { return InsertText(rows); }
+    static Query MakeQuery(int number) { return SelectByNumber(number); }
+    static Change MakeChange(const SampleRow& row) { return UpdateText(row); }
+    static Totals SumOf(const Rows& rows);
+    static void OpenAndClose(const std::string& path);
+
+    /// Opens and closes after one access() of the file's directory.
+    static void OpenAndCloseInDirectory(const std::string& path);
+
+    /// Opens and closes after one stat() of the file.
+    static void OpenAndCloseFile(const std::string& path);
+
+    /// Opens the database with these flags of sqlite3_open_v2 besides those for reading, writing and creating.
+    explicit RawSqlite(const std::string& path, int flags = 0);
+    ~RawSqlite();
+
+    RawSqlite(const RawSqlite&) = delete;
+    RawSqlite& operator=(const RawSqlite&) = delete;
+
+    void Execute(const std::string& sql);
+    void Insert(const Write& write) { Execute(write); }
+    void InsertEach(const std::vector<Write>& writes);
+    void UpdateEach(const std::vector<Change>& changes);
+    void Read(const std::string& sql, Rows& rows);
+    Totals LookUp(const std::vector<Query>& queries);
+    Totals Walk(const std::string& sql);
+
+    /// Binds each text and blob with SQLITE_TRANSIENT: SQLite makes a copy.
+    void InsertBound(const std::vector<SampleRow>& rows);
+
+    /// Binds each text and blob with SQLITE_STATIC: SQLite reads the caller's memory.
+    void InsertBoundStatic(const std::vector<SampleRow>& rows);
+
+    Totals ReadColumns(int times);
+
+protected:
+    sqlite3* Handle() { return m_handle; }
+
+private:
+    sqlite3* m_handle = nullptr;
+};
+
+/// C as most programs write it: sqlite3_column_type, sqlite3_column_text and the other functions that take a statement
+/// and a column.
+class RawSqliteColumns : public RawSqlite {
+public:
+    static constexpr const char* Name = "C, column_*";
+
+    using RawSqlite::RawSqlite;
+
+    void Read(const std::string& sql, Rows& rows);
+    Totals LookUp(const std::vector<Query>& queries);
+    Totals Walk(const std::string& sql);
+    Totals ReadColumns(int times);
+};
+
+/// C that binds the caller's memory (SQLITE_STATIC) to a prepared statement, for the jobs that insert.
+class RawSqlitePrepared : private RawSqlite {
+public:
+    static constexpr const char* Name = "C, prepared";
+
+    using Write = std::vector<SampleRow>;
+
+    static Write MakeWrite(const std::vector<SampleRow>& rows) { return rows; }
+
+    using RawSqlite::Execute;
+    using RawSqlite::RawSqlite;
+
+    void Insert(const Write& write);
+    void InsertEach(const std::vector<Write>& writes);
+};
+
+/// The reference on a connection that takes no mutex (SQLITE_OPEN_NOMUTEX).
+class RawSqliteNoMutex : public RawSqlite {
+public:
+    static constexpr const char* Name = "C, no mutex";
+
+    static void OpenAndClose(const std::string& path);
+
+    explicit RawSqliteNoMutex(const std::string& path);
+};
+
+} // namespace Morvik::sql::bench

@@ -1,0 +1,69 @@
+"""What was measured and counted: times and their ratios with quartiles, instructions, memory."""
+
+import json
+import pathlib
+import statistics
+from dataclasses import dataclass
+
+OURS = "tkosqllite"
+PREPARED = "PrepareStatement"
+FLOOR = "C"
+COLUMNS = "C, column_*"
+NO_MUTEX = "C, no mutex"
+SIZES = (1000, 10000, 100000)
+LARGEST = 1000000
+MACHINES = ("x86_64", "armhf")
+
+
+@dataclass
+class Spread:
+    """The median of the rounds and their quartiles."""
+
+    low: float
+    median: float
+    high: float
+
+    @staticmethod
+    def of(values):
+        if len(values) == 1:
+            return Spread(values[0], values[0], values[0])
+        return Spread(*statistics.quantiles(values, n=4, method="inclusive"))
+
+    def scaled(self, factor):
+        return Spread(self.low * factor, self.median * factor, self.high * factor)
+
+
+class Figures:
+    def __init__(self, results):
+        results = pathlib.Path(results)
+        load = lambda name: json.loads((results / name).read_text())
+        times = load("times.json")
+        self.machine = times["machine"]
+        self.times = times["times"]
+        self.rounds = len(self.times["read/1000"][OURS])
+        self.counts = {machine: load(f"counts-{machine}.json") for machine in MACHINES}
+        self.memory = {machine: load(f"memory-{machine}.json") for machine in MACHINES}
+
+    def contenders(self):
+        """All contenders, in the order of the jobs' first mention."""
+        names = []
+        for contenders in self.times.values():
+            names += [name for name in contenders if name not in names]
+        return names
+
+    def per_row(self, job, rows, contender=OURS):
+        return Spread.of(self.times[f"{job}/{rows}"][contender]).scaled(1 / rows)
+
+    def ratio(self, job, rows, floor=FLOOR, ours=OURS):
+        """Each round has a ratio, because the contenders of a job run one after the other in it."""
+        contenders = self.times[f"{job}/{rows}"]
+        return Spread.of([a / b for a, b in zip(contenders[ours], contenders[floor])])
+
+    def per_row_counted(self, machine, job, contender=OURS):
+        return self.counts[machine]["jobs"][job][contender]["total"] / 1000
+
+    def own_functions(self, machine, job):
+        return {name: count / 1000 for name, count in self.counts[machine]["jobs"][job][OURS]["functions"].items()}
+
+    def sample_peaks(self, machine):
+        return {s["rows"]: s["peak"] for s in self.memory[machine]["statements"] if s["shape"] == "sample"}
