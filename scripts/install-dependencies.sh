@@ -23,7 +23,7 @@ build=(g++ cmake ninja-build make libsqlite3-dev libboost-filesystem-dev)
 package=("${build[@]}" dpkg-dev file)
 package_armhf=("${package[@]}" g++-arm-linux-gnueabihf)
 test=("${build[@]}" libgtest-dev libgmock-dev sqlite3 python3)
-test_all=("${test[@]}" valgrind libbenchmark-dev abigail-tools g++-VERSION-multilib g++-arm-linux-gnueabihf
+test_all=("${test[@]}" valgrind abigail-tools g++-VERSION-multilib g++-arm-linux-gnueabihf qemu-user
     qemu-user-static clang libclang-rt-dev)
 reference=(doxygen graphviz)
 check_reference=("${reference[@]}" python3 python3-selenium chromium chromium-driver)

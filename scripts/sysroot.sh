@@ -32,7 +32,7 @@ keyring=/usr/share/keyrings/debian-archive-keyring.gpg
 boost=1.74
 packages="libsqlite3-0 libsqlite3-dev
     libboost-filesystem${boost}.0 libboost-filesystem${boost}-dev libboost-system${boost}.0 libboost-system${boost}-dev
-    libgtest-dev libgmock-dev libbenchmark1debian libbenchmark-dev"
+    libgtest-dev libgmock-dev"
 # What the library needs where it runs stands once more in a folder of its own, with what dpkg-shlibdeps reads.
 runtime="libc6 libgcc-s1 libstdc++6 libsqlite3-0 libboost-filesystem${boost}.0"
 
@@ -53,7 +53,7 @@ missing()
 {
     for file in usr/include/sqlite3.h usr/include/boost/version.hpp usr/include/gtest/gtest.h \
         "usr/lib/$multiarch/libsqlite3.so" "usr/lib/$multiarch/libboost_filesystem.so" \
-        "usr/lib/$multiarch/libgtest.a" "usr/lib/$multiarch/libgmock.a" "usr/lib/$multiarch/libbenchmark.so" \
+        "usr/lib/$multiarch/libgtest.a" "usr/lib/$multiarch/libgmock.a" \
         "runtime/lib/$multiarch/libc.so.6" runtime/DEBIAN/symbols runtime/DEBIAN/shlibs; do
         [ -e "$1/$file" ] || { echo "$file" && return; }
     done

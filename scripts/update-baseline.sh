@@ -4,7 +4,7 @@
 #
 #   scripts/update-baseline.sh exports     the exported symbols, tests/binary/exports-*.txt, on both machines
 #   scripts/update-baseline.sh abi         the binary interface, tests/binary/abi-*.xml, on both machines
-#   scripts/update-baseline.sh budgets     the instructions and heap allocations of each job, tests/budgets/instructions.txt
+#   scripts/update-baseline.sh budgets     the instructions and heap allocations of each job, tests/budgets, on both machines
 #
 # docs/binary-interface.md says when the first two may change. A budget that grows is a job that became slower.
 
@@ -24,9 +24,9 @@ abi)
     files=(tests/binary/abi-*.xml)
     ;;
 budgets)
-    presets=(budgets)
+    presets=(budgets armhf)
     target=tkosqllite_renew_budgets
-    files=(tests/budgets/instructions*.txt)
+    files=(tests/budgets/instructions-*.txt)
     ;;
 esac
 

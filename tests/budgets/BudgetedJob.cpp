@@ -1,16 +1,19 @@
-// Does one job on 1,000 rows or files, for callgrind to count its instructions, and prints the heap allocations that it
-// made.
+// Does one job on 1,000 rows or files, whose instructions are counted from outside, and prints the heap allocations
+// that it made.
 
-#include <sqlite3.h>
-
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
+
+#include <sqlite3.h>
 
 #include "RunBudgetedJob.h"
 #include "contenders/Library.h"
+#include "contenders/RawSqlite.h"
 #include "support/Require.h"
 #include "support/TemporaryDirectory.h"
 
@@ -20,104 +23,144 @@ namespace {
 
 constexpr int Count = 1000;
 
-// Counts no more than what `job` does: everything it needs was made before, and what it leaves is dropped behind it.
+// Counts only what `job` does: what it needs is made before, and its result is checked afterwards.
 void Measure(const std::function<void()>& job)
 {
     std::printf("allocations %zu\n", RunBudgetedJob(job));
 }
 
-class Database : public Library {
+template <typename Contender>
+class Database : public Contender {
 public:
-    Database() : Library(":memory:") { Execute(CreateTable); }
+    Database() : Contender(":memory:") { this->Execute(CreateTable); }
 
     void Fill()
     {
-        Execute("BEGIN");
-        InsertBound(SampleRows(Count));
-        Execute("COMMIT");
+        this->Execute("BEGIN");
+        this->InsertBound(SampleRows(Count));
+        this->Execute("COMMIT");
     }
 
     void RequireRows(const std::vector<SampleRow>& rows)
     {
-        Rows read;
-        Read("SELECT number, measure, label, CAST(bytes AS BLOB) FROM sample ORDER BY number", read);
-        Require(SumOf(read) == Sum(rows), "rows");
+        typename Contender::Rows read;
+        this->Read("SELECT number, measure, label, CAST(bytes AS BLOB) FROM sample ORDER BY number", read);
+        Require(Contender::SumOf(read) == Sum(rows), "rows");
     }
 };
 
-void Write()
-{
-    Database database;
-    const Library::Write write = Library::MakeWrite(SampleRows(Count));
-    Measure([&] { database.Insert(write); });
-    database.RequireRows(SampleRows(Count));
-}
-
-void Update()
-{
-    Database database;
-    database.Fill();
-    std::vector<Library::Change> changes;
-    for (const SampleRow& row : ChangedRows(Count)) {
-        changes.push_back(Library::MakeChange(row));
+template <typename Contender>
+struct Jobs {
+    static void Write()
+    {
+        Database<Contender> database;
+        const auto write = Contender::MakeWrite(SampleRows(Count));
+        Measure([&] { database.Insert(write); });
+        database.RequireRows(SampleRows(Count));
     }
-    database.Execute("BEGIN");
-    Measure([&] { database.UpdateEach(changes); });
-    database.Execute("COMMIT");
-    database.RequireRows(ChangedRows(Count));
-}
 
-void Read()
-{
-    Database database;
-    database.Fill();
-    Library::Rows rows;
-    Measure([&] { database.Read(SelectAll, rows); });
-    Require(Library::SumOf(rows) == Sum(SampleRows(Count)), "rows read");
-}
-
-void Walk()
-{
-    Database database;
-    database.Fill();
-    Totals totals;
-    Measure([&] { totals = database.Walk(SelectAll); });
-    Require(totals == Sum(SampleRows(Count)), "rows walked");
-}
-
-void LookUp()
-{
-    Database database;
-    database.Fill();
-    std::vector<Library::Query> queries;
-    for (int number = 0; number < Count; ++number) {
-        queries.push_back(Library::MakeQuery(number));
-    }
-    Totals totals;
-    Measure([&] { totals = database.LookUp(queries); });
-    Require(totals == Sum(SampleRows(Count)), "rows looked up");
-}
-
-void Bind()
-{
-    Database database;
-    const std::vector<SampleRow> rows = SampleRows(Count);
-    database.Execute("BEGIN");
-    Measure([&] { database.InsertBound(rows); });
-    database.Execute("COMMIT");
-    database.RequireRows(rows);
-}
-
-void Open()
-{
-    const tests::TemporaryDirectory directory;
-    const std::string path = directory.File("opened.db");
-    Library::OpenAndClose(path);
-    Measure([&] {
-        for (int i = 0; i < Count; ++i) {
-            Library::OpenAndClose(path);
+    static void WriteBy(int batch)
+    {
+        Database<Contender> database;
+        const std::vector<SampleRow> rows = SampleRows(Count);
+        std::vector<typename Contender::Write> writes;
+        for (const std::vector<SampleRow>& part : Batches(rows, batch)) {
+            writes.push_back(Contender::MakeWrite(part));
         }
-    });
+        database.Execute("BEGIN");
+        Measure([&] { database.InsertEach(writes); });
+        database.Execute("COMMIT");
+        database.RequireRows(rows);
+    }
+
+    static void Update()
+    {
+        Database<Contender> database;
+        database.Fill();
+        std::vector<typename Contender::Change> changes;
+        for (const SampleRow& row : ChangedRows(Count)) {
+            changes.push_back(Contender::MakeChange(row));
+        }
+        database.Execute("BEGIN");
+        Measure([&] { database.UpdateEach(changes); });
+        database.Execute("COMMIT");
+        database.RequireRows(ChangedRows(Count));
+    }
+
+    static void Read()
+    {
+        Database<Contender> database;
+        database.Fill();
+        typename Contender::Rows rows;
+        Measure([&] { database.Read(SelectAll, rows); });
+        Require(Contender::SumOf(rows) == Sum(SampleRows(Count)), "rows read");
+    }
+
+    static void Walk()
+    {
+        Database<Contender> database;
+        database.Fill();
+        Totals totals;
+        Measure([&] { totals = database.Walk(SelectAll); });
+        Require(totals == Sum(SampleRows(Count)), "rows walked");
+    }
+
+    static void LookUp()
+    {
+        Database<Contender> database;
+        database.Fill();
+        std::vector<typename Contender::Query> queries;
+        for (int number = 0; number < Count; ++number) {
+            queries.push_back(Contender::MakeQuery(number));
+        }
+        Totals totals;
+        Measure([&] { totals = database.LookUp(queries); });
+        Require(totals == Sum(SampleRows(Count)), "rows looked up");
+    }
+
+    static void Bind()
+    {
+        Database<Contender> database;
+        const std::vector<SampleRow> rows = SampleRows(Count);
+        database.Execute("BEGIN");
+        Measure([&] { database.InsertBound(rows); });
+        database.Execute("COMMIT");
+        database.RequireRows(rows);
+    }
+
+    static void Open()
+    {
+        const tests::TemporaryDirectory directory;
+        const std::string path = directory.File("opened.db");
+        Contender::OpenAndClose(path);
+        Measure([&] {
+            for (int i = 0; i < Count; ++i) {
+                Contender::OpenAndClose(path);
+            }
+        });
+    }
+};
+
+// Runs the job; false if there is none of this name. "write-by-N" writes N rows with each call.
+template <typename Contender>
+bool Run(std::string_view name)
+{
+    static constexpr std::string_view WriteBy = "write-by-";
+    using Job = Jobs<Contender>;
+    const std::map<std::string_view, void (*)()> jobs{
+        {"write", Job::Write}, {"update", Job::Update},  {"read", Job::Read}, {"walk", Job::Walk},
+        {"bind", Job::Bind},   {"look-up", Job::LookUp}, {"open", Job::Open}};
+    int batch = 0;
+    if (name.starts_with(WriteBy)) {
+        std::from_chars(name.data() + WriteBy.size(), name.data() + name.size(), batch);
+    }
+    const auto job = jobs.find(name);
+    if (batch > 0) {
+        Job::WriteBy(batch);
+    } else if (job != jobs.end()) {
+        job->second();
+    }
+    return batch > 0 || job != jobs.end();
 }
 
 } // namespace
@@ -128,15 +171,16 @@ int main(int argc, char** argv)
 {
     namespace bench = Morvik::sql::bench;
 
-    const std::map<std::string, void (*)()> jobs{
-        {"write", bench::Write}, {"update", bench::Update},  {"read", bench::Read}, {"walk", bench::Walk},
-        {"bind", bench::Bind},   {"look-up", bench::LookUp}, {"open", bench::Open}};
-    const auto job = jobs.find(argc == 2 ? argv[1] : "");
-    if (job == jobs.end()) {
-        std::fprintf(stderr, "usage: %s write|update|read|walk|bind|look-up|open\n", argv[0]);
+    const std::map<std::string_view, bool (*)(std::string_view)> contenders{
+        {bench::Library::Name, bench::Run<bench::Library>},
+        {bench::RawSqlite::Name, bench::Run<bench::RawSqlite>},
+        {bench::RawSqliteColumns::Name, bench::Run<bench::RawSqliteColumns>},
+        {bench::RawSqliteNoMutex::Name, bench::Run<bench::RawSqliteNoMutex>}};
+    const auto contender = contenders.find(argc == 3 ? argv[2] : bench::Library::Name);
+    if (argc < 2 || contender == contenders.end() || !contender->second(argv[1])) {
+        std::fprintf(stderr, "usage: %s write|write-by-N|update|read|walk|bind|look-up|open [contender]\n", argv[0]);
         return EXIT_FAILURE;
     }
     std::printf("machine GCC %s, SQLite %s, %zu-bit\n", __VERSION__, sqlite3_libversion(), 8 * sizeof(void*));
-    job->second();
     return EXIT_SUCCESS;
 }

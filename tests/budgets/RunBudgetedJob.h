@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <functional>
 
-/// Runs the job and returns the number of heap allocations that it made, SQLite's own left out: the program's operator
-/// new is replaced for that. Callgrind counts the instructions between the start and the end of this function, which it
-/// finds by its name; it stands in a file of its own so that the compiler leaves it as it is.
+/// Runs the job and returns the number of heap allocations that it made, without SQLite's: the program's operator new
+/// is replaced for that. Instructions are counted between the entry and the return of this function, which the counters
+/// find by its name. It is in a separate file so that the compiler does not inline it.
 extern "C" std::size_t RunBudgetedJob(const std::function<void()>& job);

@@ -1,68 +1,52 @@
 #!/usr/bin/env python3
-"""Compares the instructions and heap allocations of a job with its budget, or writes all budgets anew.
+"""Compares the instructions and heap allocations of a job with its budget, writes all budgets, or writes all counts.
 
-usage: budgets.py check PROGRAM LIBRARY JOB
-       budgets.py renew PROGRAM LIBRARY
+usage: budgets.py check JOB PROGRAM LIBRARY [--plugin PLUGIN EMULATOR...]
+       budgets.py renew PROGRAM LIBRARY [--plugin PLUGIN EMULATOR...]
+       budgets.py count OUTPUT.json PROGRAM LIBRARY [--plugin PLUGIN EMULATOR...]
 
-Instructions are counted by callgrind, so that neither the load nor the speed of the machine matters: those of the whole
-job, SQLite's among them, and those in the library itself. They may exceed their budget by 3 %, allocations not at all.
+Counted are the instructions of the complete job, SQLite's among them, and those in the library. They may exceed their
+budget by 3 %, allocations not at all. With a plugin, PROGRAM is the target's and runs under EMULATOR.
 """
 
-import os
+import json
 import pathlib
-import re
-import subprocess
 import sys
-import tempfile
 
-BUDGETS = pathlib.Path(__file__).parent / "instructions.txt"
+import counting
+
 FIGURES = ("instructions", "in the library", "allocations")
 MARGINS = (1.03, 1.03, 1.0)
-JOBS = ("write", "update", "read", "walk", "bind", "look-up", "open")
-
-# The C library chooses its string functions by the processor; without these they are the same everywhere.
-PLAIN_STRING_FUNCTIONS = "glibc.cpu.hwcaps=-AVX512F,-AVX512VL,-AVX2,-ERMS,-FSRM"
-
-
-def in_library(callgrind_file, library):
-    """Adds up the cost lines of the functions of one object; lines after "calls=" are costs of the called ones."""
-    names, total, ours, skip = {}, 0, False, False
-    for line in pathlib.Path(callgrind_file).read_text().splitlines():
-        if line.startswith("ob="):
-            number, name = re.fullmatch(r"ob=\((\d+)\)(?: (.*))?", line).groups()
-            names.setdefault(number, name)
-            ours = os.path.realpath(names[number]) == os.path.realpath(library)
-        elif line.startswith("cob="):
-            number, name = re.fullmatch(r"cob=\((\d+)\)(?: (.*))?", line).groups()
-            names.setdefault(number, name)
-        elif line.startswith("calls="):
-            skip = True
-        elif re.match(r"[+\-*\d]", line):
-            total += int(line.split()[1]) if ours and not skip else 0
-            skip = False
-    return total
+JOBS = ("write", "write-by-1", "update", "read", "walk", "bind", "look-up", "open")
+CONTENDERS = ("tkosqllite", "C", "C, column_*", "C, no mutex")
+BATCHES = (1, 2, 5, 10, 20, 50, 100, 200, 500, 1000)
 
 
-def measure(program, library, job):
-    with tempfile.TemporaryDirectory() as directory:
-        out = os.path.join(directory, "callgrind.out")
-        run = subprocess.run(
-            ["valgrind", "--tool=callgrind", "--toggle-collect=RunBudgetedJob", f"--callgrind-out-file={out}", program,
-             job], env={**os.environ, "GLIBC_TUNABLES": PLAIN_STRING_FUNCTIONS}, capture_output=True, text=True)
-        if run.returncode != 0:
-            sys.exit(run.stdout + run.stderr)
-        instructions = int(re.search(r"Collected : (\d+)", run.stderr).group(1))
-        machine = re.search(r"^machine (.*)", run.stdout, re.M).group(1)
-        allocations = int(re.search(r"^allocations (\d+)", run.stdout, re.M).group(1))
-        own = in_library(out, library)
-        if not 0 < own < instructions:
-            sys.exit(f"{own} of {instructions} instructions in {library}: not counted right")
-        return machine, (instructions, own, allocations)
+class Measured:
+    """The program of the jobs and how to count it."""
+
+    def __init__(self, program, library, *emulation):
+        self.program, self.library = program, library
+        self.plugin, self.emulator = (emulation[1], emulation[2:]) if emulation else (None, ())
+        self.machine = "armhf" if emulation else "x86_64"
+        self.budgets = pathlib.Path(__file__).parent / f"instructions-{self.machine}.txt"
+
+    def count(self, *arguments):
+        if self.plugin:
+            return counting.with_qemu(self.program, arguments, self.plugin, self.emulator)
+        return counting.with_callgrind(self.program, arguments)
+
+    def figures(self, job):
+        count = self.count(job)
+        total, own = count.total(), count.by_function(self.library).total()
+        if not 0 < own < total:
+            sys.exit(f"{own} of {total} instructions in {self.library}: the count is wrong")
+        return count.machine, (total, own, count.allocations)
 
 
-def stored():
+def stored(file):
     machine, budgets = None, {}
-    for line in BUDGETS.read_text().splitlines():
+    for line in file.read_text().splitlines():
         if line.startswith("machine: "):
             machine = line.removeprefix("machine: ")
         elif line and not line.startswith(("#", "job")):
@@ -71,9 +55,9 @@ def stored():
     return machine, budgets
 
 
-def check(program, library, job):
-    machine, figures = measure(program, library, job)
-    budget_machine, budgets = stored()
+def check(job, measured):
+    machine, figures = measured.figures(job)
+    budget_machine, budgets = stored(measured.budgets)
     if machine != budget_machine:
         sys.exit(f"The budgets are for {budget_machine}, this is {machine}: update them (scripts/update-baseline.sh budgets).")
     exceeded = False
@@ -82,25 +66,44 @@ def check(program, library, job):
         exceeded |= over
         print(f"{job}: {figure:,} {name}, budget {budget:,} ({figure / budget - 1 if budget else figure:+.2%})"
               f"{': EXCEEDED' if over else ''}")
-    sys.exit("Mend the job, or update the budgets on purpose (scripts/update-baseline.sh budgets)." if exceeded else 0)
+    sys.exit("Fix the job, or update the budgets on purpose (scripts/update-baseline.sh budgets)." if exceeded else 0)
 
 
-def renew(program, library):
-    lines = ["# What each job on 1,000 rows (open: 1,000 times) may take; see budgets.py. Written by scripts/update-baseline.sh."]
+def renew(measured):
     body = []
     for job in JOBS:
-        machine, figures = measure(program, library, job)
-        body.append(f"{job:<8} {figures[0]:>13} {figures[1]:>15} {figures[2]:>12}")
-    lines += [f"machine: {machine}", f"{'job':<8} {FIGURES[0]:>13} {FIGURES[1]:>15} {FIGURES[2]:>12}", *body]
-    BUDGETS.write_text("\n".join(lines) + "\n")
-    print(BUDGETS.read_text(), end="")
+        machine, figures = measured.figures(job)
+        body.append(f"{job:<10} {figures[0]:>13} {figures[1]:>15} {figures[2]:>12}")
+    lines = ["# What each job on 1,000 rows (open: 1,000 times) may take; see budgets.py. Written by"
+             " scripts/update-baseline.sh.", f"machine: {machine}",
+             f"{'job':<10} {FIGURES[0]:>13} {FIGURES[1]:>15} {FIGURES[2]:>12}", *body]
+    measured.budgets.write_text("\n".join(lines) + "\n")
+    print(measured.budgets.read_text(), end="")
+
+
+def count_all(output, measured):
+    """Every job of every contender, and the write in batches; of the library also its functions."""
+    jobs, batches = {}, {}
+    for contender in CONTENDERS:
+        for job in JOBS:
+            count = measured.count(job, contender)
+            jobs.setdefault(job, {})[contender] = {
+                "total": count.total(), "allocations": count.allocations,
+                "functions": dict(count.by_function(measured.library).most_common())}
+    for batch in BATCHES:
+        count = measured.count(f"write-by-{batch}")
+        batches[batch] = {"total": count.total(), "library": count.by_function(measured.library).total()}
+    pathlib.Path(output).write_text(json.dumps(
+        {"machine": count.machine, "jobs": jobs, "batches": batches}, indent=1) + "\n")
 
 
 if __name__ == "__main__":
     match sys.argv[1:]:
-        case ["check", program, library, job]:
-            check(program, library, job)
-        case ["renew", program, library]:
-            renew(program, library)
+        case ["check", job, program, library, *emulation]:
+            check(job, Measured(program, library, *emulation))
+        case ["renew", program, library, *emulation]:
+            renew(Measured(program, library, *emulation))
+        case ["count", output, program, library, *emulation]:
+            count_all(output, Measured(program, library, *emulation))
         case _:
             sys.exit(__doc__)
