@@ -124,7 +124,7 @@ def draw_times(jobs, file):
         left, top = 70 + 490 * (i % 2), 90 + 320 * (i // 2)
         values = [value for curve in contenders.values() for value in curve.values()]
         panel = Panel(picture, (left, top, left + 410, top + 240), sorted({x for c in contenders.values() for x in c}),
-                      values, f"{title}: nanoseconds per row", log_y=True)
+                      values, f"{title}: nanoseconds per row")
         for name, curve in contenders.items():
             index = names.index(name)
             panel.curve(curve, COLOURS[index % len(COLOURS)], 3.0 if index == 0 else 1.5)
@@ -136,7 +136,8 @@ def draw_batches(times, instructions, peaks, best, file):
     picture = Picture(1000, 840, "Rows per WriteTableValues against time and memory")
     xs = list(times)
     box = lambda i: (80, 50 + 270 * i, 980, 250 + 270 * i)
-    time = Panel(picture, box(0), xs, [s.high for s in times.values()], "nanoseconds per row on x86-64 (band: quartiles)")
+    time = Panel(picture, box(0), xs, [s.high for s in times.values()],
+                 "nanoseconds per row on x86-64 (band: quartiles)")
     time.band({x: s.low for x, s in times.items()}, {x: s.high for x, s in times.items()}, COLOURS[0])
     time.curve({x: s.median for x, s in times.items()}, COLOURS[0])
     count = Panel(picture, box(1), xs, list(instructions.values()), "instructions per row on 32-bit ARM")
@@ -145,7 +146,7 @@ def draw_batches(times, instructions, peaks, best, file):
                    "peak memory of one call in kilobytes", log_y=True)
     for i, (machine, curve) in enumerate(peaks.items()):
         memory.curve(curve, COLOURS[i])
-        picture.text(memory.x(xs[-1]) - 8, memory.y(curve[xs[-1]]) - 10 + 30 * i, machine, "end", COLOURS[i])
+        picture.text(memory.left + 10, memory.top + 18 * (i + 1), machine, colour=COLOURS[i])
     for panel in (time, count, memory):
         panel.mark(best, f"{best} rows per call" if panel is time else "")
     picture.text(980, 828, "rows per WriteTableValues", "end")

@@ -121,8 +121,11 @@ void ReadCell(const Source source, DbTableColumnValue& cell)
 template <typename Source>
 void ReadRows(sqlite3* handle, const std::string& sql, DbTableData& rows)
 {
+    int columns = 0;
     ForEachRow(handle, sql, [&](sqlite3_stmt* statement) {
-        const int columns = sqlite3_column_count(statement);
+        if (columns == 0) {
+            columns = sqlite3_column_count(statement);
+        }
         std::vector<DbTableColumnValue>& cells = rows.rows.emplace_back().cells;
         cells.reserve(static_cast<std::size_t>(columns));
         for (int column = 0; column < columns; ++column) {

@@ -3,9 +3,9 @@
  *
  *     qemu-arm -d plugin -D log -plugin InstructionCounter.so,function=RunBudgetedJob,out=counts program
  *
- * The program needs its symbol table: QEMU reads it only with -d. The file `counts` gets the line "calls N", how often
- * the function was entered and left, and a line "instructions file-offset path" for every block of code that ran. An ARM
- * instruction whose condition is false counts as executed. */
+ * The program needs its symbol table, which QEMU reads only with -d. The file `counts` gets the line "calls N", how
+ * often the function was entered and left, and a line "instructions file-offset path" for every block of code that ran.
+ * An instruction whose condition is false counts as executed. */
 
 #include <stdbool.h>
 #include <stdint.h>

@@ -1,5 +1,5 @@
-"""Counts the instructions of a budgeted job by object and function: with callgrind on this machine, with a plugin of QEMU
-on the target. Neither the load nor the speed of the machine matters, and every run counts the same."""
+"""Counts the instructions of a budgeted job by object and function: with callgrind on this machine, with a plugin of
+QEMU on the target. Neither the load nor the speed of the machine matters, and every run counts the same."""
 
 import bisect
 import os
@@ -12,7 +12,7 @@ from collections import Counter
 from dataclasses import dataclass
 
 FUNCTION = "RunBudgetedJob"
-# The C library chooses its string functions by the processor. Without these x86-64 features the choice is always the same.
+# The C library chooses its string functions by the processor. Without these features the choice is always the same.
 X86_STRING_FUNCTIONS = "glibc.cpu.hwcaps=-AVX512F,-AVX512VL,-AVX2,-ERMS,-FSRM"
 ARM_PROCESSOR = "cortex-a7"
 STUBS = "calls through the linkage table"
