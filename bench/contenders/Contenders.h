@@ -1,5 +1,7 @@
 #pragma once
 
+#include <type_traits>
+
 #include "contenders/Library.h"
 #include "contenders/LibraryPrepared.h"
 #include "contenders/RawSqlite.h"
@@ -15,6 +17,10 @@
 #endif
 
 namespace Morvik::sql::bench {
+
+/// What takes part in the jobs that write and open: the usual C differs from the reference only in how it reads.
+template <typename Contender>
+concept Writer = !std::is_same_v<Contender, RawSqliteColumns>;
 
 /// Calls `action.operator()<Contender>()` for every contender of this build.
 template <typename Action>

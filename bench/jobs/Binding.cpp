@@ -49,7 +49,7 @@ Task ReadColumnsTask()
 void AddBinding(Jobs& jobs)
 {
     ForEachContender([&]<typename Contender> {
-        if constexpr (requires(Contender contender) {
+        if constexpr (Writer<Contender> && requires(Contender contender) {
                           contender.InsertBound(MakeBound<Contender>(std::vector<SampleRow>()));
                       }) {
             const auto insert = [](Contender& contender, const auto& bound) { contender.InsertBound(bound); };

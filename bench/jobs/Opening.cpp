@@ -26,7 +26,7 @@ void AddOpening(Jobs& jobs, const char* contender, void (*openAndClose)(const st
 void AddOpening(Jobs& jobs)
 {
     ForEachContender([&]<typename Contender> {
-        if constexpr (requires { Contender::OpenAndClose(std::string()); }) {
+        if constexpr (Writer<Contender> && requires { Contender::OpenAndClose(std::string()); }) {
             AddOpening(jobs, Contender::Name, Contender::OpenAndClose);
         }
     });

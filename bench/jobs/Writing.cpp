@@ -81,7 +81,7 @@ void AddWriting(Jobs& jobs)
 {
     RequireSameTexts();
     ForEachContender([&]<typename Contender> {
-        if constexpr (requires { typename Contender::Write; }) {
+        if constexpr (Writer<Contender> && requires { typename Contender::Write; }) {
             for (const int count : {1'000, 10'000, 100'000}) {
                 for (const bool inFile : {false, true}) {
                     jobs.Add(inFile ? "write file" : "write memory", count, RepeatsFor(count), Contender::Name,
@@ -90,7 +90,7 @@ void AddWriting(Jobs& jobs)
             }
             jobs.Add("write singly", 1000, 5, Contender::Name, [] { return WriteSinglyTask<Contender>(1000); });
         }
-        if constexpr (requires { typename Contender::Change; }) {
+        if constexpr (Writer<Contender> && requires { typename Contender::Change; }) {
             jobs.Add("update singly", 1000, 5, Contender::Name, [] { return UpdateSinglyTask<Contender>(1000); });
         }
     });

@@ -143,7 +143,7 @@ int main(int argc, char** argv)
     bench::CountedMemory::CountSqlite();
     const char* separator = "{\"peaks\": {";
     bench::ForEachContender([&]<typename Contender> {
-        if constexpr (requires { typename Contender::Write; }) {
+        if constexpr (bench::Writer<Contender> && requires { typename Contender::Write; }) {
             const int count = std::min(largest, 100'000);
             std::fprintf(output, "%s\n\"%s\": %zu", separator, Contender::Name, bench::PeakOfWriting<Contender>(count));
             separator = ",";
