@@ -45,7 +45,7 @@ sqlite3_stmt* Prepared(sqlite3* handle, std::string_view sql)
 
 // Calls `action(statement)` for every row of the query.
 template <typename Action>
-void ForEachRow(sqlite3* handle, const std::string& sql, Action action)
+[[gnu::always_inline]] inline void ForEachRow(sqlite3* handle, const std::string& sql, Action action)
 {
     sqlite3_stmt* const statement = Prepared(handle, sql);
     int code = SQLITE_OK;
