@@ -1,0 +1,222 @@
+#!/bin/bash
+# Streams the WAL of a file that the library writes with Litestream, loses the device, restores the file, and compares:
+# into a directory, and over SFTP with an ssh server of this script on 127.0.0.1. The restored file must be sound and
+# hold exactly the first of the acknowledged rows. Then collects the files of 1,000 devices into one. All files are in
+# build/replication. The engine comes from npm as a program for x86-64, the ssh server from Debian; neither is installed.
+#
+#   scripts/replication.sh              trials of a few seconds: about 40 seconds, and what CI calls
+#   scripts/replication.sh --figures    longer ones, about 4 minutes; writes the table of docs/guide/more-devices.md
+
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+work=$project/build/replication
+engine=$work/node_modules/@flydotio/litestream-linux-x64/litestream
+server=$work/ssh
+port=${TKOSQLLITE_SSH_PORT:-22022}
+programs=$project/build/native/tests/replication
+page=docs/guide/more-devices.md
+trap 'jobs -p | xargs -r kill -KILL 2>/dev/null || true' EXIT
+mkdir -p "$work"
+
+fetched_engine()
+{
+    [ -x "$engine" ] || npm install --prefix "$work" --no-save --no-audit --no-fund @flydotio/litestream-linux-x64@1.0.1
+}
+
+# Unpacked, not installed: the package would start a server for everybody.
+fetched_server()
+{
+    [ -x "$server/usr/sbin/sshd" ] && return
+    rm -rf "$server" && mkdir "$server" && cd "$server" &&
+        { apt-get download openssh-server libwrap0 || { apt-get update && apt-get download openssh-server libwrap0; }; } &&
+        for package in *.deb; do dpkg-deb -x "$package" .; done
+}
+
+# As root, sshd wants an account and a directory for its unprivileged half; it finds both in mounts that nobody else sees.
+started_server()
+{
+    rm -rf "$work/keys" && mkdir "$work/keys"
+    ssh-keygen -q -t ed25519 -N '' -f "$work/keys/host"
+    ssh-keygen -q -t ed25519 -N '' -f "$work/keys/client"
+    cat >"$work/keys/sshd_config" <<END
+ListenAddress 127.0.0.1
+Port $port
+HostKey $work/keys/host
+PidFile none
+AuthorizedKeysFile $work/keys/client.pub
+AuthenticationMethods publickey
+UsePAM no
+StrictModes no
+DisableForwarding yes
+Subsystem sftp internal-sftp
+ForceCommand internal-sftp
+END
+    local run=(env "LD_LIBRARY_PATH=$(echo "$server"/usr/lib/*-linux-gnu)" "$server/usr/sbin/sshd" -D -e
+        -f "$work/keys/sshd_config")
+    if [ "$(id -u)" -eq 0 ]; then
+        grep -v '^sshd:' /etc/passwd >"$work/keys/passwd"
+        echo 'sshd:x:65533:65534::/run/sshd:/usr/sbin/nologin' >>"$work/keys/passwd"
+        # shellcheck disable=SC2016 # expanded by the inner shell
+        run=(unshare --mount sh -euc 'mount --bind "$1" /etc/passwd && mount -t tmpfs tmpfs /run &&
+            mkdir -m 755 /run/sshd && shift && exec "$@"' sh "$work/keys/passwd" "${run[@]}")
+    fi
+    "${run[@]}" 2>"$work/sshd.log" &
+    for _ in {1..50}; do
+        grep -q "^Server listening on 127.0.0.1" "$work/sshd.log" && return
+        sleep 0.1
+    done
+    cat "$work/sshd.log" && return 1
+}
+
+# write_settings PLACE INTERVAL
+write_settings()
+{
+    cat <<END
+dbs:
+  - path: $PWD/app.db
+    monitor-interval: $2
+    replicas:
+END
+    case $1 in
+    directory)
+        cat <<END
+      - type: file
+        path: $PWD/replica
+END
+        ;;
+    SFTP)
+        cat <<END
+      - type: sftp
+        host: 127.0.0.1:$port
+        user: $(id -un)
+        key-path: $work/keys/client
+        path: $PWD/replica
+END
+        ;;
+    esac
+}
+
+megabytes()
+{
+    awk -v bytes="$1" 'BEGIN { printf bytes < 1e7 ? "%.1f MB" : "%.0f MB", bytes / 1e6 }'
+}
+
+# trial PLACE ROWS-PER-SECOND SECONDS INTERVAL END: END is "killed", for both at once, or "stopped", where the engine
+# gets SIGTERM after the writer was killed. Prints one line of the table.
+trial()
+{
+    local place=$1 rate=$2 seconds=$3 interval=$4 end=$5 folder=$work/trial engine_id writer_id size wal=0 shadow
+    rm -rf "$folder" && mkdir "$folder" && cd "$folder"
+    write_settings "$place" "$interval" >litestream.yml
+    "$engine" replicate -config litestream.yml >engine.log 2>&1 &
+    engine_id=$!
+    "$programs/SampleWriter" "$PWD/app.db" "$rate" >acknowledged 2>writer.log &
+    writer_id=$!
+
+    local until=$((SECONDS + seconds))
+    while [ "$SECONDS" -lt "$until" ]; do
+        sleep 0.1
+        size=$(stat -c %s app.db-wal 2>/dev/null || echo 0)
+        [ "$size" -le "$wal" ] || wal=$size
+    done
+    if [ "$end" = killed ]; then
+        kill -KILL "$writer_id" "$engine_id" || fail "the writer or the engine ended early: $(cat writer.log engine.log)"
+    else
+        kill -KILL "$writer_id" || fail "the writer ended early: $(cat writer.log)"
+        kill -TERM "$engine_id" || fail "the engine ended early: $(cat engine.log)"
+    fi
+    { wait "$writer_id" "$engine_id" || true; } 2>/dev/null
+    shadow=$(du -s --block-size=1 .app.db-litestream | cut -f 1)
+    rm -rf app.db app.db-wal app.db-shm .app.db-litestream
+
+    local began
+    began=$(date +%s%N)
+    quietly "$engine" restore -config litestream.yml -o restored.db "$PWD/app.db"
+    local restoring=$((($(date +%s%N) - began) / 1000000))
+    compare "$place" "$rate" "$seconds" "$interval" "$end" "$wal" "$shadow" "$restoring"
+    cd "$project"
+}
+
+# Compares restored.db with the acknowledged rows. A row may be in the file that was not yet acknowledged at the kill.
+compare()
+{
+    local acknowledged restored sound prefix lost
+    acknowledged=$(wc -l <acknowledged)
+    sound=$(sqlite3 restored.db 'PRAGMA integrity_check')
+    [ "$sound" = ok ] || fail "the restored file is damaged: $sound"
+    restored=$(sqlite3 restored.db 'SELECT count(*) FROM sample')
+    prefix=$(sqlite3 restored.db "SELECT count(DISTINCT n) FROM sample WHERE n BETWEEN 1 AND $restored
+        AND text = 'sample number ' || n || ' of this run'")
+    if [ "$prefix" -ne "$restored" ] || [ "$restored" -gt $((acknowledged + 1)) ]; then
+        fail "of $restored restored rows, $prefix are among the first of the $acknowledged acknowledged ones"
+    fi
+    [ "$restored" -gt 0 ] || fail "nothing was restored of $acknowledged rows"
+    [ "$5" = killed ] || [ "$restored" -ge "$acknowledged" ] ||
+        fail "the engine could finish, and yet only $restored of $acknowledged rows were restored"
+    lost=$(awk -v last="$restored" '$1 == last { kept = $2 } END { printf "%.2f", last < $1 ? ($2 - kept) / 1e6 : 0 }' \
+        acknowledged)
+    printf '| %s | %s | %d s | %s | %s | %d | %d | %d, %.2f s | %s | %s | %.1f s |\n' "$1" "${2/#0/no pause}" "$3" "$4" \
+        "$5" "$acknowledged" "$restored" $((acknowledged < restored ? 0 : acknowledged - restored)) "$lost" \
+        "$(megabytes "$6")" "$(megabytes "$7")" "$((($8 + 50) / 100))e-1" | tee -a "$work/table"
+}
+
+collect()
+{
+    local files rows seconds
+    rm -rf "$work/devices" && mkdir "$work/devices"
+    read -r files rows seconds <<<"$("$programs/FileCollector" "$work/devices" 1000)"
+    [ -n "$seconds" ] || fail "the files of 1,000 devices were not collected"
+    printf '%d rows of %d files collected in %.1f s\n' "$rows" "$files" "$seconds" | tee "$work/collected"
+    rm -rf "$work/devices"
+}
+
+# What stands between two comments of the page.
+write_page()
+{
+    awk -v table="$work/table" -v collected="$work/collected" '
+        /<!-- end of what scripts\/replication.sh writes/ { skip = 0 }
+        !skip { print }
+        /<!-- trials, by scripts\/replication.sh/ { skip = 1; while ((getline line < table) > 0) print line }
+        /<!-- collecting, by scripts\/replication.sh/ { skip = 1; getline line < collected; print line }' \
+        "$page" >"$work/page.md"
+    cat "$work/page.md" >"$page"
+}
+
+case $*:$(uname -m) in
+:x86_64 | --figures:x86_64) ;;
+*:x86_64) fail "usage: replication.sh [--figures]" ;;
+*) fail "the engine is to be had for x86-64 only" ;;
+esac
+for tool in npm ssh-keygen sqlite3 unshare; do
+    command -v "$tool" >/dev/null || fail "$tool is needed and not installed"
+done
+step "Fetching the engine and the ssh server" quietly fetched_engine
+(quietly fetched_server)
+step "Building" quietly cmake --preset native
+quietly cmake --build build/native --target SampleWriter FileCollector
+started_server
+
+{
+    echo '| To | Rows a second | For | monitor-interval | Engine | Acknowledged | Restored | Lost | Largest WAL | Shadow copy | Restoring |'
+    echo '| --- | ---: | ---: | ---: | --- | ---: | ---: | ---: | ---: | ---: | ---: |'
+} >"$work/table"
+echo "== Losing the device"
+if [ "${1:-}" = --figures ]; then
+    trial directory 160 60 1s killed
+    trial directory 160 20 100ms killed
+    trial directory 160 20 1s stopped
+    trial directory 900 20 1s killed
+    trial directory 0 40 1s killed
+    trial SFTP 160 20 1s killed
+    trial SFTP 900 20 1s killed
+    collect
+    write_page
+else
+    trial directory 160 5 1s killed
+    trial directory 160 5 1s stopped
+    trial directory 900 5 1s killed
+    trial SFTP 160 5 1s killed
+    collect
+fi
+echo "== Every restored file was sound and held the first of the acknowledged rows"
