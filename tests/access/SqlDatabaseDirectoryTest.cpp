@@ -28,6 +28,7 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::string_literals;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
 
 // Parent directories that can be neither found nor created.
 class SqlDatabaseDirectoryTest : public testing::Test {
@@ -46,6 +47,16 @@ protected:
             EXPECT_FALSE(database.IsOpen());
             EXPECT_THAT(sqlite.Calls(), IsEmpty());
         }
+    }
+
+    // How many directories of "one/two/three/four" exist.
+    int LevelsMade() const
+    {
+        int levels = 0;
+        for (const char* const level : {"one", "one/two", "one/two/three", "one/two/three/four"}) {
+            levels += fs::exists(directory.Path() / level) ? 1 : 0;
+        }
+        return levels;
     }
 
     const TemporaryDirectory directory;
@@ -96,6 +107,7 @@ TEST_F(SqlDatabaseDirectoryTest, DirectoryWithoutPermissionCannotBeCreated)
 TEST_F(SqlDatabaseDirectoryTest, MissingAncestorsWithoutMemoryAreReportedLikeAnyOther)
 {
     const std::string path = directory.File("one/two/three/four/new.db");
+    std::set<int> levelsMade;
     int failures = 0;
 
     for (bool fired = true; fired; ++failures) {
@@ -110,9 +122,12 @@ TEST_F(SqlDatabaseDirectoryTest, MissingAncestorsWithoutMemoryAreReportedLikeAny
         EXPECT_EQ(opened, !fired) << "after " << failures << " allocations";
         EXPECT_THAT(database, HasRecord(fired ? 111 : 0, fired ? "Create directory failed: " + path : ""));
         EXPECT_EQ(fs::exists(path), !fired) << "after " << failures << " allocations";
+        if (fired) {
+            levelsMade.insert(LevelsMade());
+        }
     }
 
-    EXPECT_GT(failures, 8) << "too few allocations failed";
+    EXPECT_THAT(levelsMade, IsSupersetOf({0, 1, 2, 3})) << "memory must fail before each level is made";
     SqlDatabase database;
     EXPECT_TRUE(database.Open(path, false));
     EXPECT_TRUE(SqlCommand(database).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (7)"));
