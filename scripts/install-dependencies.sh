@@ -24,7 +24,7 @@ package=("${build[@]}" dpkg-dev file)
 package_armhf=("${package[@]}" g++-arm-linux-gnueabihf)
 test=("${build[@]}" libgtest-dev libgmock-dev sqlite3 python3)
 test_all=("${test[@]}" valgrind abigail-tools g++-VERSION-multilib g++-arm-linux-gnueabihf qemu-user
-    qemu-user-static clang libclang-rt-dev)
+    qemu-user-static clang libclang-rt-dev dpkg-dev tcl)
 reference=(doxygen graphviz)
 check_reference=("${reference[@]}" python3 python3-selenium chromium chromium-driver)
 bench=("${build[@]}" libsqlitecpp-dev libsoci-dev libpoco-dev python3 valgrind g++-arm-linux-gnueabihf qemu-user

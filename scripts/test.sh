@@ -7,9 +7,10 @@
 #   scripts/test.sh PRESET...        some of them
 #
 # dev: see above. native: the library as it ships. unsigned-char: with the target's unsigned char. m32: with its 32-bit
-# widths. tsan: on several threads, with the thread sanitizer. budgets: the instructions and the memory that the library
-# may take. fuzz: fuzzed inputs, 20 seconds for each target. armhf: on the target, 32-bit ARM, under emulation. The tests
-# of failing memory, disks and power, of contention and of damaged files run in dev and native, a few also in armhf.
+# widths. no-dqs: on a SQLite without double-quoted texts. tsan: on several threads, with the thread sanitizer. budgets:
+# the instructions and the memory that the library may take. fuzz: fuzzed inputs, 20 seconds for each target. armhf: on
+# the target, 32-bit ARM, under emulation. The tests of failing memory, disks and power, of contention and of damaged
+# files run in dev and native, a few also in armhf.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -69,6 +70,7 @@ for preset in "${presets[@]}"; do
     case $preset in
     armhf) step "Fetching the target's libraries" scripts/sysroot.sh armhf ;;
     m32) step "Fetching the 32-bit libraries" scripts/sysroot.sh i386 ;;
+    no-dqs) step "Building a SQLite without double-quoted texts" scripts/sqlite-without-dqs.sh ;;
     esac
     step "Configuring ($preset)" quietly cmake --preset "$preset"
     step "Building ($preset)" cmake --build --preset "$preset"

@@ -1,0 +1,56 @@
+#!/bin/bash
+# Builds Debian's SQLite, with Debian's options and without double-quoted texts (SQLITE_DQS=0), into build/no-dqs-sqlite
+# for the preset "no-dqs", which compiles with this machine's sqlite3.h. Nothing happens if it is there. apt gets a
+# separate state, because this machine's sources need not name source packages. Takes about a minute.
+#
+# TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
+
+# shellcheck source=scripts/common.sh
+. "$(dirname "$(readlink -f "$0")")/common.sh"
+
+accept -- "$@"
+
+folder=$project/build/no-dqs-sqlite
+[ ! -e "$folder/libsqlite3.so" ] || exit 0
+for tool in dpkg-source tclsh make cc; do
+    command -v "$tool" >/dev/null || fail "$tool is needed and not installed (packages dpkg-dev tcl make gcc)"
+done
+# shellcheck source=/dev/null
+release=$(. /etc/os-release && echo "$VERSION_CODENAME")
+rm -rf "$folder"
+mkdir -p "$folder/apt/state/lists/partial" "$folder/apt/cache/archives/partial"
+cd "$folder"
+
+: >apt/state/status
+echo "deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg]" \
+    "${TKOSQLLITE_DEBIAN_MIRROR:-http://deb.debian.org/debian} $release main" >apt/sources.list
+cat >apt/apt.conf <<END
+#clear APT::Update::Post-Invoke;
+#clear APT::Update::Post-Invoke-Success;
+APT::Update::Error-Mode "any";
+APT::Sandbox::User "";
+Acquire::Languages "none";
+Acquire::Retries "3";
+Dir::State "$PWD/apt/state";
+Dir::State::status "$PWD/apt/state/status";
+Dir::Cache "$PWD/apt/cache";
+Dir::Etc::sourcelist "$PWD/apt/sources.list";
+Dir::Etc::sourceparts "/dev/null";
+END
+
+fetched()
+{
+    export APT_CONFIG=$PWD/apt/apt.conf
+    apt-get update && apt-get source --download-only sqlite3 && dpkg-source -x sqlite3_*.dsc source
+}
+built()
+{
+    local flags
+    flags=$(grep -o -e '-DSQLITE_[A-Z0-9_=]*' source/debian/rules | tr '\n' ' ')
+    cd source && ./configure --disable-tcl --disable-readline --enable-threadsafe --enable-load-extension \
+        --enable-fts4 --enable-fts5 CFLAGS="-O2 -fno-strict-aliasing $flags -DSQLITE_DQS=0" &&
+        make -j "$(nproc)" libsqlite3.la && cd .. &&
+        cp -L source/.libs/libsqlite3.so.0 . && ln -s libsqlite3.so.0 libsqlite3.so
+}
+step "Fetching the sources of SQLite" quietly fetched
+step "Building SQLite without double-quoted texts" quietly built

@@ -1,0 +1,21 @@
+// Linked into the tests if SQLite is built without double-quoted texts: all their connections allow them, as those of an
+// application do that writes texts on such a SQLite.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+namespace {
+
+int AllowDoubleQuotedTexts(sqlite3* connection, char**, const sqlite3_api_routines*)
+{
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 1, nullptr);
+    return sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DDL, 1, nullptr);
+}
+
+[[maybe_unused]] const int Allowed = sqlite3_auto_extension(reinterpret_cast<void (*)()>(AllowDoubleQuotedTexts));
+
+TEST(DoubleQuotedTexts, SqliteIsBuiltWithoutThem)
+{
+    EXPECT_EQ(sqlite3_compileoption_used("DQS=0"), 1);
+}
+
+} // namespace
