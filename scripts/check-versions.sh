@@ -1,0 +1,85 @@
+#!/bin/bash
+# Builds the library and its tests with other compilers, in the C++ standards that these know, on Debian 12 and 13, runs
+# the tests, and writes each result into the table of docs/supported-versions.md. Warnings are errors. Not a part of
+# .ci/run: a row takes about four minutes of two processors, the two Debian systems another four the first time.
+#
+#   scripts/check-versions.sh [RELEASE:COMPILER:STANDARD...]      all rows unless told; as root (scripts/in-debian.sh)
+#   scripts/check-versions.sh libc++                              that configuring stops, which "all" includes
+
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+rows=("$@")
+[ $# -gt 0 ] || rows=(bookworm:g++-11:20 bookworm:g++-12:20 bookworm:g++-12:23 bookworm:clang++-14:20
+    bookworm:clang++-19:23 trixie:g++-14:20 trixie:g++-14:23 trixie:clang++-19:20 trixie:clang++-19:23 libc++)
+
+page=docs/supported-versions.md
+common=(make cmake ninja-build libsqlite3-dev libboost-filesystem-dev libgtest-dev libgmock-dev sqlite3 python3
+    abigail-tools)
+declare -A packages=([bookworm]="${common[*]} g++-11 g++-12 clang-14 clang-19"
+    [trixie]="${common[*]} g++-14 clang-19 libc++-19-dev libc++abi-19-dev")
+declare -A names=([bookworm]="Debian 12" [trixie]="Debian 13")
+
+# version_of RELEASE PACKAGE: as its authors count, without Debian's part.
+version_of()
+{
+    # The format is dpkg-query's to expand.
+    # shellcheck disable=SC2016
+    chroot "build/debian/$1" dpkg-query -W -f '${source:Upstream-Version}' "$2" | sed 's/+.*//; s/-.*//'
+}
+
+# count RESULTS STATUS
+count()
+{
+    grep -c "<testcase .* status=\"$2\">" "$1" || true
+}
+
+check_row()
+{
+    local release=$1 compiler=$2 standard=$3 folder=build/versions/$1-$2-$3 status=0 boost row key run
+    local results=$project/$folder/results.xml
+    key="| ${names[$release]} | $compiler | C++$standard |"
+    in_debian=(scripts/in-debian.sh "$release" "${packages[$release]}")
+    rm -f "$results"
+    step "Configuring ($*)" quietly "${in_debian[@]}" cmake -S . -B "$folder" -G Ninja -D CMAKE_BUILD_TYPE=Release \
+        -D CMAKE_CXX_COMPILER="$compiler" -D CMAKE_CXX_STANDARD="$standard" -D TKOSQLLITE_UNITY_TESTS=ON \
+        -D TKOSQLLITE_WARNINGS_AS_ERRORS=ON
+    step "Building ($*)" quietly "${in_debian[@]}" cmake --build "$folder"
+    echo "== Testing ($*)"
+    quietly "${in_debian[@]}" ctest --test-dir "$folder" -LE soak -j "$(nproc)" --output-on-failure \
+        --no-tests=error --output-junit "$results" || status=$?
+    run=$(count "$results" run)
+    boost=$(chroot "build/debian/$release" cat /usr/include/boost/version.hpp |
+        sed -n 's/.*BOOST_LIB_VERSION "\(.*\)"/\1/p' | tr _ .)
+    row="$key $(version_of "$release" libstdc++6) | $boost | $(version_of "$release" libsqlite3-0)"
+    row="$row | $run passed, $(count "$results" fail) failed, $(count "$results" disabled) left out |"
+    echo "$row"
+    sed -n 's/.*<testcase name="\([^"]*\)".* status="disabled">.*/left out: \1/p' "$results"
+    # The rows keep their order: it is that of the systems, compilers and standards.
+    { sed '/^| Debian/,$d' "$page" && { grep -vF "$key" "$page" | grep '^| Debian' || true; echo "$row"; } | sort &&
+        sed '1,/^| ---/d; /^| Debian/d' "$page"; } >"$folder/page.md" && cat "$folder/page.md" >"$page"
+    [ "$status" -eq 0 ] || failed=1
+}
+
+stops_for_libcxx()
+{
+    local log=$project/build/versions/libcxx.log
+    mkdir -p "$(dirname "$log")" && rm -rf build/versions/libcxx
+    if scripts/in-debian.sh trixie "${packages[trixie]}" cmake -S . -B build/versions/libcxx -G Ninja \
+        -D CMAKE_CXX_COMPILER=clang++-19 -D CMAKE_CXX_FLAGS=-stdlib=libc++ >"$log" 2>&1; then
+        echo "configuring succeeded" && return 1
+    fi
+    grep "The compiler uses libc++" "$log" || { cat "$log" && return 1; }
+}
+
+failed=0
+for row in "${rows[@]}"; do
+    if [ "$row" = libc++ ]; then
+        step "Configuring with libc++, which must stop" quietly stops_for_libcxx
+        continue
+    fi
+    IFS=: read -r release compiler standard <<<"$row"
+    [ -n "${packages[$release]:-}${standard:+ }" ] || fail "\"$row\" is not RELEASE:COMPILER:STANDARD"
+    check_row "$release" "$compiler" "$standard"
+done
+[ "$failed" -eq 0 ] || fail "tests failed"
