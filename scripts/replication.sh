@@ -16,7 +16,7 @@ server=$work/ssh
 port=${TKOSQLLITE_SSH_PORT:-22022}
 programs=$project/build/native/tests/replication
 page=docs/guide/more-devices.md
-trap 'jobs -p | xargs -r kill -KILL 2>/dev/null; wait 2>/dev/null || true' EXIT
+trap 'jobs -p | xargs -r kill 2>/dev/null || true' EXIT
 mkdir -p "$work"
 
 fetched_engine()
@@ -114,7 +114,13 @@ trial()
     "$programs/SampleWriter" "$PWD/app.db" "$rate" >acknowledged 2>writer.log &
     writer_id=$!
 
-    local until=$((SECONDS + seconds))
+    # The trial begins with the first file at the replica; before that, nothing can be restored.
+    local until=$((SECONDS + 60))
+    while [ -z "$(find replica -type f 2>/dev/null)" ]; do
+        [ "$SECONDS" -lt "$until" ] || fail "the engine copies nothing: $(cat engine.log writer.log)"
+        sleep 0.1
+    done
+    until=$((SECONDS + seconds))
     while [ "$SECONDS" -lt "$until" ]; do
         sleep 0.1
         size=$(stat -c %s app.db-wal 2>/dev/null || echo 0)

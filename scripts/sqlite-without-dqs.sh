@@ -1,7 +1,8 @@
 #!/bin/bash
 # Builds Debian's SQLite, with Debian's options and without double-quoted texts (SQLITE_DQS=0), into build/no-dqs-sqlite
 # for the preset "no-dqs", which compiles with this machine's sqlite3.h. Nothing happens if it is there. apt gets a
-# separate state, because this machine's sources need not name source packages. Takes about a minute.
+# separate state, because this machine's sources need not name source packages. It is not optimized: building it takes half
+# a minute so, and its speed does not matter.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
 
@@ -47,8 +48,8 @@ built()
 {
     local flags
     flags=$(grep -o -e '-DSQLITE_[A-Z0-9_=]*' source/debian/rules | tr '\n' ' ')
-    cd source && ./configure --disable-tcl --disable-readline --enable-threadsafe --enable-load-extension \
-        --enable-fts4 --enable-fts5 CFLAGS="-O2 -fno-strict-aliasing $flags -DSQLITE_DQS=0" &&
+    cd source && ./configure --disable-static --disable-tcl --disable-readline --enable-threadsafe --enable-load-extension \
+        --enable-fts4 --enable-fts5 CFLAGS="-O0 -fno-strict-aliasing $flags -DSQLITE_DQS=0" &&
         make -j "$(nproc)" libsqlite3.la && cd .. &&
         cp -L source/.libs/libsqlite3.so.0 . && ln -s libsqlite3.so.0 libsqlite3.so
 }
