@@ -7,7 +7,7 @@
 #   scripts/check-versions.sh libc++                              that configuring stops, which "all" includes
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
 rows=("$@")
 [ $# -gt 0 ] || rows=(bookworm:g++-11:20 bookworm:g++-12:20 bookworm:g++-12:23 bookworm:clang++-14:20
@@ -28,19 +28,13 @@ version_of()
     chroot "build/debian/$1" dpkg-query -W -f '${source:Upstream-Version}' "$2" | sed 's/+.*//; s/-.*//'
 }
 
-# count RESULTS STATUS
-count()
-{
-    grep -c "<testcase .* status=\"$2\">" "$1" || true
-}
-
 check_row()
 {
-    local release=$1 compiler=$2 standard=$3 folder=build/versions/$1-$2-$3 status=0 boost row key run
+    local release=$1 compiler=$2 standard=$3 folder=build/versions/$1-$2-$3 status=0 boost row key counts passed not out
     local results=$project/$folder/results.xml
     key="| ${names[$release]} | $compiler | C++$standard |"
     in_debian=(scripts/in-debian.sh "$release" "${packages[$release]}")
-    rm -f "$results"
+    rm -rf "$results" "$folder/results"
     step "Configuring ($*)" quietly "${in_debian[@]}" cmake -S . -B "$folder" -G Ninja -D CMAKE_BUILD_TYPE=Release \
         -D CMAKE_CXX_COMPILER="$compiler" -D CMAKE_CXX_STANDARD="$standard" -D TKOSQLLITE_UNITY_TESTS=ON \
         -D TKOSQLLITE_WARNINGS_AS_ERRORS=ON
@@ -48,11 +42,12 @@ check_row()
     echo "== Testing ($*)"
     quietly "${in_debian[@]}" ctest --test-dir "$folder" -LE soak -j "$(nproc)" --output-on-failure \
         --no-tests=error --output-junit "$results" || status=$?
-    run=$(count "$results" run)
+    counts=$(python3 tests/count_results.py "$folder" "$results")
+    read -r passed not out <<<"$counts"
     boost=$(chroot "build/debian/$release" cat /usr/include/boost/version.hpp |
         sed -n 's/.*BOOST_LIB_VERSION "\(.*\)"/\1/p' | tr _ .)
     row="$key $(version_of "$release" libstdc++6) | $boost | $(version_of "$release" libsqlite3-0)"
-    row="$row | $run passed, $(count "$results" fail) failed, $(count "$results" disabled) left out |"
+    row="$row | $passed passed, $not failed, $out left out |"
     echo "$row"
     sed -n 's/.*<testcase name="\([^"]*\)".* status="disabled">.*/left out: \1/p' "$results"
     # The rows keep their order: it is that of the systems, compilers and standards.

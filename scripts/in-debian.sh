@@ -1,18 +1,28 @@
 #!/bin/bash
-# Runs a command in the project's folder on another release of Debian, which is made in build/debian/RELEASE at the first
-# call and used again afterwards. The command finds this machine's /proc, /dev and the project, and nothing else of it.
+# Runs a command in the project's folder on another release of Debian, as root.
 #
-#   scripts/in-debian.sh RELEASE "PACKAGE..." COMMAND...      (as root; TKOSQLLITE_DEBIAN_MIRROR names another mirror)
+#   scripts/in-debian.sh RELEASE "PACKAGE..." COMMAND...
+#   scripts/in-debian.sh --bare RELEASE COMMAND...
+#
+# The first form makes the system in build/debian/RELEASE at the first call, uses it again afterwards, and installs the
+# packages that it lacks. The command finds this machine's /dev and the project, and nothing else of it. The second form
+# makes a bare system for this call alone, with the files of the last commit, and removes it when the command succeeds.
+#
+# TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
-[ $# -ge 3 ] || fail "usage: in-debian.sh RELEASE \"PACKAGE...\" COMMAND..."
-[ "$(id -u)" -eq 0 ] || fail "making a Debian system in a folder takes root"
+bare=
+[ "${1:-}" != --bare ] || { bare=1 && shift; }
+[ $# -ge $((bare ? 2 : 3)) ] || fail "it takes a release, packages and a command (--help explains)"
+[[ $1 =~ ^[a-z]+$ ]] || fail "\"$1\" is not the name of a release"
+[ "$(id -u)" -eq 0 ] || fail "it takes root to make a Debian system in a folder"
 release=$1
-read -ra packages <<<"$2"
-shift 2
-root=$project/build/debian/$release
+shift
+root=$project/build/debian/$release${bare:+-bare}
+packages=()
+[ -n "$bare" ] || { read -ra packages <<<"$1" && shift; }
 mirror=${TKOSQLLITE_DEBIAN_MIRROR:-http://deb.debian.org/debian}
 
 inside=(chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8
@@ -21,29 +31,37 @@ inside=(chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/
 made()
 {
     rm -rf "$root" && mkdir -p "$root" && debootstrap --variant=minbase "$release" "$root" "$mirror" &&
-        echo force-unsafe-io >"$root/etc/dpkg/dpkg.cfg.d/unsafe-io" && touch "$root/.made"
+        mkdir -p "$root$project" && touch "$root/.made"
+}
+copied()
+{
+    git archive HEAD | tar -x -C "$root$project"
 }
 installed()
 {
-    cp /etc/resolv.conf "$root/etc/" &&
-        { "${inside[@]}" apt-get -q -y --no-install-recommends install "${packages[@]}" ||
-            { "${inside[@]}" apt-get -q update &&
-                "${inside[@]}" apt-get -q -y --no-install-recommends install "${packages[@]}"; }; }
+    echo force-unsafe-io >"$root/etc/dpkg/dpkg.cfg.d/unsafe-io"
+    "${inside[@]}" apt-get -q -y --no-install-recommends install "${packages[@]}" ||
+        { "${inside[@]}" apt-get -q update &&
+            "${inside[@]}" apt-get -q -y --no-install-recommends install "${packages[@]}"; }
 }
-command -v debootstrap >/dev/null || scripts/install-dependencies.sh install
+scripts/install-dependencies.sh debootstrap
+[ -z "$bare" ] || rm -f "$root/.made"
 [ -e "$root/.made" ] || step "Making a Debian ($release)" quietly made
-if ! "${inside[@]}" dpkg-query -W -f '.' "${packages[@]}" >/dev/null 2>&1; then
+cp /etc/resolv.conf "$root/etc/"
+if [ -n "$bare" ]; then
+    step "Copying the last commit into it" copied
+elif ! "${inside[@]}" dpkg-query -W -f '.' "${packages[@]}" >/dev/null 2>&1; then
     step "Installing packages in it" quietly installed
 fi
 
 # The mounts are seen by the command alone and go with it.
 # shellcheck disable=SC2016 # expanded by the inner shell
-exec unshare --mount --propagation private sh -euc '
-    root=$1 project=$2
-    shift 2
+unshare --mount --propagation private sh -euc '
+    root=$1 project=$2 bare=$3
+    shift 3
     mount --rbind /dev "$root/dev"
     mount -t proc proc "$root/proc"
     mount -t tmpfs tmpfs "$root/tmp"
-    mkdir -p "$root$project"
-    mount --bind "$project" "$root$project"
-    exec "$@"' sh "$root" "$project" "${inside[@]}" sh -euc 'cd "$1" && shift && exec "$@"' sh "$project" "$@"
+    [ -n "$bare" ] || mount --bind "$project" "$root$project"
+    exec "$@"' sh "$root" "$project" "$bare" "${inside[@]}" sh -euc 'cd "$1" && shift && exec "$@"' sh "$project" "$@"
+[ -z "$bare" ] || rm -rf "$root"

@@ -8,7 +8,9 @@
 #   scripts/replication.sh --figures    longer ones, about 4 minutes; writes the table of docs/guide/more-devices.md
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
+
+accept --figures -- "$@"
 
 work=$project/build/replication
 engine=$work/node_modules/@flydotio/litestream-linux-x64/litestream

@@ -15,7 +15,7 @@
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
 
-forms=(dev native unsigned-char m32 tsan budgets fuzz armhf)
+forms=(dev native unsigned-char m32 no-dqs tsan budgets fuzz armhf)
 presets=("$@")
 case "$*" in
 --all) presets=("${forms[@]}") ;;
