@@ -18,7 +18,7 @@ strays()
         grep -Ev "^($build|$project/(include|src|tests|examples|bench)|$sysroot|$compiler)/" || true
 }
 
-headers=$(cd "$build" && ninja -t deps | sed -n 's/^    //p')
+headers=$(cd "$build" && ninja -t deps | sed -n 's/^    //p' | sort -u | xargs realpath -ms) # ccache makes them relative
 linked=$(sed -n 's/^LOAD //p' "$@" | grep -v '^linker stubs$')
 
 echo "$headers" | grep -Eq "^$sysroot/usr/include/sqlite3\.h$" || flaw "sqlite3.h of $sysroot was not read"
