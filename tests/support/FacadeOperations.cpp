@@ -1,6 +1,7 @@
 #include "support/FacadeOperations.h"
 
 #include <fstream>
+#include <optional>
 #include <sstream>
 
 #include "support/FacadeInputs.h"
@@ -46,7 +47,7 @@ std::vector<DescribedRow> Described(const DbTableData& data)
 
 } // namespace
 
-FacadeOperations::FacadeOperations(const std::filesystem::path& directory)
+FacadeOperations::FacadeOperations(const std::filesystem::path& directory, GlobalLocale locale) : m_locale(locale)
 {
     const auto place = [&](const char* name, bool directoryFails) {
         return Place{(directory / "facade" / name).string(), (directory / "model" / name).string(), directoryFails};
@@ -186,7 +187,10 @@ std::string FacadeOperations::Write(Choices& choices)
     bool written = false;
     bool expected = false;
     {
-        const ScopedGlobalLocale locale(choices.OneIn(6) ? choices.Of(Locales).locale : std::locale());
+        std::optional<ScopedGlobalLocale> locale;
+        if (m_locale == GlobalLocale::Chosen && choices.OneIn(6)) {
+            locale.emplace(choices.Of(Locales).locale);
+        }
         const ScopedRounding rounding(choices.OneIn(12) ? choices.Of(Roundings) : FE_TONEAREST);
         switch (operation) {
         case 0:

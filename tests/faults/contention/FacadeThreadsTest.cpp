@@ -122,7 +122,8 @@ TEST(FacadeThreadsTest, ChosenOperationsOfTwoThreadsAnswerAsPlainSqlite)
 
         const auto failures = OnThreads([&](std::size_t number) {
             Choices choices(seed + number);
-            FacadeOperations facade(directory.Path() / std::to_string(number));
+            FacadeOperations facade(directory.Path() / std::to_string(number),
+                                    FacadeOperations::GlobalLocale::Unchanged);
             std::string difference;
             for (int i = 0; i < operations && difference.empty(); ++i) {
                 difference = facade.RunOne(choices);
