@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sql/Config.h>
 #include <sql/DbTableRowIterator.h>
 #include <sql/DbTableRowValues.h>
 #include <sql/IDatabaseApi.h>
@@ -22,7 +23,7 @@ namespace Morvik::sql {
 ///
 /// The operations of IDatabaseApi are described there. An object, its statements and its iterators belong to one
 /// thread at a time.
-class __attribute__((visibility("default"))) DatabaseApi : public IDatabaseApi {
+class TKOSQLLITE_EXPORT DatabaseApi : public IDatabaseApi {
 public:
     /// A facade without a database; code 0 and an empty message.
     DatabaseApi();
@@ -105,7 +106,7 @@ public:
     bool Failed() const;
 
 private:
-    class Impl;
+    struct Impl;
 
     std::unique_ptr<Impl> m_impl;
     DbTableRowValues m_row;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sql/Config.h>
 #include <sql/DbTableColumnConstraint.h>
 #include <sql/DbTableColumnType.h>
 
@@ -38,11 +39,11 @@ struct DbTableColumnDefinition {
     std::map<DbTableColumnConstraint, std::string> constraintArguments{};
 
     /// The constraint clause alone, in the order PRIMARY KEY, NOT NULL, UNIQUE, CHECK, DEFAULT; empty without flags.
-    __attribute__((visibility("default"))) std::string ColumnConstraintsAsString() const;
+    TKOSQLLITE_EXPORT std::string ColumnConstraintsAsString() const;
 
     /// The whole column definition: name, blank, type, blank, constraint clause. Both blanks are always written, so a
     /// column without constraints ends in a blank.
-    __attribute__((visibility("default"))) std::string ColumnDefinitionAsString() const;
+    TKOSQLLITE_EXPORT std::string ColumnDefinitionAsString() const;
 };
 
 } // namespace Morvik::sql

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sql/LanguageVersion.h>
+#include <sql/Config.h>
 
 #include <cstdint>
 

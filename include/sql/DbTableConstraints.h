@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sql/LanguageVersion.h>
+#include <sql/Config.h>
 
 #include <string>
 #include <vector>
@@ -30,7 +30,7 @@ struct DbTableConstraints {
     std::vector<std::string> foreignKey{};
 
     /// The foreign-key clause. It always ends in " )", which is all there is of it without foreign-key columns.
-    __attribute__((visibility("default"))) std::string ForeignKeyConstraintAsString() const;
+    TKOSQLLITE_EXPORT std::string ForeignKeyConstraintAsString() const;
 };
 
 } // namespace Morvik::sql

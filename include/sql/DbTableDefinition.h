@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sql/Config.h>
 #include <sql/DbTableColumnDefinition.h>
 #include <sql/DbTableConstraints.h>
 
@@ -27,7 +28,7 @@ struct DbTableDefinition {
 
     /// The comma-separated list of table-level constraints: primary key, unique key, foreign key, as far as present. A
     /// foreign key without a referenced table is left out when both keys are empty.
-    __attribute__((visibility("default"))) std::string TableConstraintAsString() const;
+    TKOSQLLITE_EXPORT std::string TableConstraintAsString() const;
 };
 
 } // namespace Morvik::sql

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sql/Config.h>
 #include <sql/DbTableRowValues.h>
 
 #include <cstddef>
@@ -18,7 +19,7 @@ class DatabaseApi;
 ///
 /// All iterators of a facade stand on its one current row: advancing any of them, or calling begin() again, replaces
 /// the row that every one of them shows. The facade must outlive them. Same thread as the facade.
-class __attribute__((visibility("default"))) DbTableRowIterator {
+class TKOSQLLITE_EXPORT DbTableRowIterator {
 public:
     using iterator_concept = std::input_iterator_tag; ///< Each row is seen once.
     using iterator_category = iterator_concept;       ///< The same for the algorithms of namespace std.

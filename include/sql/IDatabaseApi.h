@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sql/Config.h>
 #include <sql/DbTableData.h>
 #include <sql/DbTableDataWrite.h>
 #include <sql/DbTableDefinition.h>
@@ -54,7 +55,7 @@ namespace Morvik::sql {
 /// AlterTable(). ExistsTable() takes it without them. For ExistData(), DropTable() and the old name of AlterTable()
 /// neither works: with quotation marks they find no table, without them SQLite rejects the statement. Use Execute() and
 /// ReadValues() there.
-class __attribute__((visibility("default"))) IDatabaseApi {
+class TKOSQLLITE_EXPORT IDatabaseApi {
 public:
     virtual ~IDatabaseApi(); ///< Destroys the object behind the interface.
 

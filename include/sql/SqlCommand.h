@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sql/LanguageVersion.h>
+#include <sql/Config.h>
 
 #include <memory>
 #include <span>
@@ -31,7 +31,7 @@ class SqlDatabase;
 /// Only std::bad_alloc is thrown, when memory runs out.
 ///
 /// A moved-from command may be assigned to or destroyed; nothing else may be called on it.
-class __attribute__((visibility("default"))) SqlCommand final {
+class TKOSQLLITE_EXPORT SqlCommand final {
 public:
     /// A command on `database` without a statement; code 0 and an empty message. The connection may be opened later.
     explicit SqlCommand(SqlDatabase& database);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sql/LanguageVersion.h>
+#include <sql/Config.h>
 
 #include <memory>
 #include <string>
@@ -21,7 +21,7 @@ namespace Morvik::sql {
 ///
 /// A moved-from SqlDatabase may only be assigned to: no operation of it may be called, and it may not be destroyed
 /// before something has been assigned to it. That rules out assigning from a temporary, which is destroyed at once.
-class __attribute__((visibility("default"))) SqlDatabase final {
+class TKOSQLLITE_EXPORT SqlDatabase final {
 public:
     /// A closed connection with code 0 and an empty message.
     SqlDatabase();
@@ -85,7 +85,7 @@ private:
 
 /// @cond
 template <>
-__attribute__((visibility("default"))) sqlite3* SqlDatabase::GetNativeDatabaseInstance<sqlite3>();
+TKOSQLLITE_EXPORT sqlite3* SqlDatabase::GetNativeDatabaseInstance<sqlite3>();
 /// @endcond
 
 } // namespace Morvik::sql

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sql/LanguageVersion.h>
+#include <sql/Config.h>
 
 #include <cstdint>
 #include <string>
@@ -22,7 +22,7 @@ namespace Morvik::sql {
 ///     }
 ///
 /// A record belongs to one thread at a time.
-class __attribute__((visibility("default"))) SqlError {
+class TKOSQLLITE_EXPORT SqlError {
 public:
     /// The code of the last recorded call; 0 in a fresh record.
     int GetLastError() const { return m_code; }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sql/Config.h>
 #include <sql/SqlValue.h>
 
 #include <memory>
@@ -27,7 +28,7 @@ class SqlDatabase;
 ///
 /// A moved-from SqlTable may only be assigned to: no operation of it may be called, and it may not be destroyed
 /// before something has been assigned to it. That rules out assigning from a temporary, which is destroyed at once.
-class __attribute__((visibility("default"))) SqlTable final {
+class TKOSQLLITE_EXPORT SqlTable final {
 public:
     /// A closed cursor on `database`; code 0 and an empty message. The connection may be opened later.
     explicit SqlTable(SqlDatabase& database);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sql/Config.h>
 #include <sql/SqlError.h>
 
 #include <string>
@@ -20,7 +21,7 @@ namespace Morvik::sql {
 ///
 /// The record starts as code 0 with an empty message and keeps a failure, also after later reads that succeed. A
 /// value belongs to the thread of its cursor.
-class __attribute__((visibility("default"))) SqlValue : public SqlError {
+class TKOSQLLITE_EXPORT SqlValue : public SqlError {
 public:
     /// Wraps `value`, which stays owned by the statement that produced it; null wraps nothing.
     explicit SqlValue(sqlite3_value* value) noexcept : m_value(value) {}

@@ -5,3 +5,6 @@
 #if __cplusplus < 202002L
 #error "tkosqllite needs C++20: compile with -std=c++20 or later"
 #endif
+
+// Marks what the library exports.
+#define TKOSQLLITE_EXPORT __attribute__((visibility("default")))
