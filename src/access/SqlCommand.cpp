@@ -9,8 +9,7 @@
 
 #include <sqlite3.h>
 
-#include "access/ConnectionMessage.h"
-#include "access/MissingData.h"
+#include "access/SqliteErrors.h"
 
 namespace Morvik::sql {
 
@@ -69,7 +68,8 @@ SqlCommand& SqlCommand::operator=(SqlCommand&& other) noexcept = default;
 
 SqlCommand::~SqlCommand() = default;
 
-bool SqlCommand::Execute(const std::string& sql)
+// Cold, so that it is built for size: SQLite takes nearly all of its time.
+[[gnu::cold]] bool SqlCommand::Execute(const std::string& sql)
 {
     char* text = nullptr;
     m_impl->SetError(sqlite3_exec(m_impl->Handle(), sql.c_str(), nullptr, nullptr, &text));
@@ -142,7 +142,7 @@ bool SqlCommand::Step()
     if (m_impl->GetLastError() == SQLITE_ROW || m_impl->GetLastError() == SQLITE_DONE) {
         return true;
     }
-    RecordConnectionMessage(*m_impl, m_impl->Handle());
+    SetErrorMsgFrom(m_impl->Handle(), *m_impl);
     return false;
 }
 
@@ -193,7 +193,7 @@ std::string SqlCommand::ColumnText(int column) const
     }
     const unsigned char* text = sqlite3_column_text(m_impl->statement, column);
     if (text == nullptr) {
-        ThrowMissingData(SQLITE_TEXT); // the value has bytes, so it is not NULL
+        ThrowOutOfMemory();
     }
     return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(bytes)};
 }
@@ -209,7 +209,7 @@ std::span<const unsigned char> SqlCommand::ColumnBlob(int column) const
     }
     const void* blob = sqlite3_column_blob(m_impl->statement, column);
     if (blob == nullptr) {
-        ThrowMissingData(SQLITE_BLOB);
+        ThrowOutOfMemory();
     }
     return {static_cast<const unsigned char*>(blob), static_cast<std::size_t>(bytes)};
 }

@@ -8,8 +8,8 @@
 #include <boost/filesystem/path.hpp>
 #include <sqlite3.h>
 
-#include "access/ConnectionMessage.h"
 #include "access/ResultCode.h"
+#include "access/SqliteErrors.h"
 
 namespace Morvik::sql {
 
@@ -17,15 +17,15 @@ namespace {
 
 namespace fs = boost::filesystem;
 
-// Does what create_directories() does. Boost 1.74 ends the process when memory runs out while it creates a missing
-// ancestor, so the ancestors are created first, each by a call that has no other one to create.
-void CreateDirectories(const fs::path& directory)
+// Creates the missing parent of the path as create_directories() does. Boost 1.74 ends the process when memory runs out
+// while it creates a missing ancestor, so every ancestor is created by a separate call.
+void CreateParent(const fs::path& path)
 {
-    const fs::path parent = directory.parent_path();
+    const fs::path parent = path.parent_path();
     if (!parent.empty() && !fs::exists(parent)) {
-        CreateDirectories(parent);
+        CreateParent(parent);
+        fs::create_directories(parent);
     }
-    fs::create_directories(directory);
 }
 
 } // namespace
@@ -41,10 +41,7 @@ public:
 bool SqlDatabase::Impl::CreateParentDirectory(const std::string& path)
 {
     try {
-        const fs::path parent = fs::path(path).parent_path();
-        if (!parent.empty() && !fs::exists(parent)) {
-            CreateDirectories(parent);
-        }
+        CreateParent(path);
         return true;
     } catch (...) {
         record.SetError(NotOpen);
@@ -71,7 +68,7 @@ bool SqlDatabase::Open(const std::string& path, bool readOnly)
         return false;
     }
     // The directory is created for a read-only open too; callers rely on finding it afterwards.
-    if (!path.starts_with(':') && !m_impl->CreateParentDirectory(path)) {
+    if (path[0] != ':' && !m_impl->CreateParentDirectory(path)) {
         return false;
     }
 
@@ -85,7 +82,7 @@ bool SqlDatabase::Open(const std::string& path, bool readOnly)
     const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> failed(std::exchange(m_impl->handle, nullptr),
                                                                     sqlite3_close);
     if (failed != nullptr) {
-        RecordConnectionMessage(m_impl->record, failed.get());
+        SetErrorMsgFrom(failed.get(), m_impl->record);
     }
     return false;
 }
@@ -100,7 +97,7 @@ bool SqlDatabase::Close()
         m_impl->handle = nullptr;
         return true;
     }
-    RecordConnectionMessage(m_impl->record, m_impl->handle);
+    SetErrorMsgFrom(m_impl->handle, m_impl->record);
     return false;
 }
 

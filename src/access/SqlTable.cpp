@@ -7,8 +7,7 @@
 
 #include <sqlite3.h>
 
-#include "access/ConnectionMessage.h"
-#include "access/MissingData.h"
+#include "access/SqliteErrors.h"
 
 namespace Morvik::sql {
 
@@ -20,7 +19,7 @@ public:
     ~Impl() { CloseHeldStatement(); }
 
     sqlite3* Handle() const { return database->GetNativeDatabaseInstance<sqlite3>(); }
-    void RecordMessage() { RecordConnectionMessage(record, Handle()); }
+    void SetErrorMsg() { SetErrorMsgFrom(Handle(), record); }
     bool CloseStatement() noexcept;
 
     void CloseHeldStatement() noexcept
@@ -46,7 +45,7 @@ bool SqlTable::Impl::CloseStatement() noexcept
         record.SetError(sqlite3_finalize(statement));
         statement = nullptr; // before anything can fail, lest it be finalized twice
         if (record.Failed()) {
-            RecordMessage();
+            SetErrorMsg();
         }
         return true;
     } catch (...) {
@@ -76,7 +75,7 @@ bool SqlTable::Open(const std::string& sql) const
     if (m_impl->record.Succeeded()) {
         return true;
     }
-    m_impl->RecordMessage();
+    m_impl->SetErrorMsg();
     m_impl->CloseHeldStatement();
     return m_impl->record.Succeeded();
 }
@@ -101,7 +100,7 @@ bool SqlTable::ReadNext() const
         m_impl->record.SetError(SQLITE_OK);
         return false;
     }
-    m_impl->RecordMessage();
+    m_impl->SetErrorMsg();
     return false;
 }
 
@@ -146,10 +145,12 @@ long long SqlTable::GetInt64(int column) const
 std::string SqlTable::GetText(int column) const
 {
     // The type is read first: a conversion that runs out of memory leaves the value NULL.
-    const int storageClass = sqlite3_column_type(m_impl->statement, column);
+    if (sqlite3_column_type(m_impl->statement, column) == SQLITE_NULL) {
+        ThrowNullText();
+    }
     const unsigned char* text = sqlite3_column_text(m_impl->statement, column);
     if (text == nullptr) {
-        ThrowMissingData(storageClass);
+        ThrowOutOfMemory();
     }
     return reinterpret_cast<const char*>(text);
 }

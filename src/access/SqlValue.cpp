@@ -1,15 +1,12 @@
 #include <sql/SqlValue.h>
 
-#include <sqlite3.h>
-
 #include "access/ResultCode.h"
-#include "access/ValueReading.h"
+#include "access/SqliteErrors.h"
+#include "access/SqliteValue.h"
 
 namespace Morvik::sql {
 
 namespace {
-
-constexpr int NoStorageClass = -1;
 
 // Records that there is no instance to read. An earlier failure stays recorded when a later read succeeds.
 bool HasInstance(SqlValue& value)
@@ -26,37 +23,44 @@ bool HasInstance(SqlValue& value)
 
 int SqlValue::GetValueType() const
 {
-    return m_value != nullptr ? sqlite3_value_type(m_value) : NoStorageClass;
+    return static_cast<int>(SqliteValue(*this).Type());
 }
 
 template <>
 int SqlValue::GetValue<int>()
 {
-    return HasInstance(*this) ? sqlite3_value_int(m_value) : 0;
+    return HasInstance(*this) ? SqliteValue(*this).Integer() : 0;
 }
 
 template <>
 long long SqlValue::GetValue<long long>()
 {
-    return HasInstance(*this) ? sqlite3_value_int64(m_value) : 0;
+    return HasInstance(*this) ? SqliteValue(*this).Integer64() : 0;
 }
 
 template <>
 double SqlValue::GetValue<double>()
 {
-    return HasInstance(*this) ? sqlite3_value_double(m_value) : 0.0;
+    return HasInstance(*this) ? SqliteValue(*this).Real() : 0.0;
 }
 
 template <>
 std::string SqlValue::GetValue<std::string>()
 {
-    return HasInstance(*this) ? std::string(TextOf(m_value, GetValueType())) : std::string();
+    if (!HasInstance(*this)) {
+        return {};
+    }
+    const SqliteValue value(*this);
+    if (value.Type() == StorageClass::Null) {
+        ThrowNullText();
+    }
+    return std::string(value.Text());
 }
 
 template <>
 std::vector<char> SqlValue::GetValue<std::vector<char>>()
 {
-    const std::span<const char> bytes = HasInstance(*this) ? BytesOf(m_value) : std::span<const char>();
+    const std::span<const char> bytes = HasInstance(*this) ? SqliteValue(*this).Blob() : std::span<const char>();
     return {bytes.begin(), bytes.end()};
 }
 

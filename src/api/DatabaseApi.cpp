@@ -25,7 +25,7 @@ bool DatabaseApi::Impl::RunCommand(const std::string& sql)
     if (command.Execute(sql)) {
         return true;
     }
-    CopyRecord(command);
+    CopyErrorFrom(command);
     return false;
 }
 
@@ -48,7 +48,7 @@ bool DatabaseApi::OpenDatabase(const std::string& path, bool readOnly)
     m_impl->ResetCode();
     if (!m_impl->database.Open(path, readOnly)) {
         // A second open leaves the connection's record as it stands, so a success may be copied here.
-        m_impl->CopyRecord(m_impl->database);
+        m_impl->CopyErrorFrom(m_impl->database);
     }
     return m_impl->Succeeded();
 }
@@ -57,7 +57,7 @@ bool DatabaseApi::CloseDatabase()
 {
     m_impl->ResetCode();
     if (!m_impl->database.Close()) {
-        m_impl->CopyRecord(m_impl->database);
+        m_impl->CopyErrorFrom(m_impl->database);
     }
     return m_impl->Succeeded();
 }

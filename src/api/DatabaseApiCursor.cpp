@@ -3,6 +3,22 @@
 
 namespace Morvik::sql {
 
+bool DatabaseApi::Impl::OpenCursor(const std::string& sql)
+{
+    table.Close();
+    ResetCode();
+    if (!CheckOpen()) {
+        return false;
+    }
+    if (sql.empty()) {
+        return Fail(MissingValue, "Missing query SQL statement.");
+    }
+    if (!table.Open(sql)) {
+        CopyErrorFrom(table);
+    }
+    return Succeeded();
+}
+
 bool DatabaseApi::Impl::ReadNextRow(DbTableRowValues& row)
 {
     // The code is not reset: a failure stays recorded until the walk ends or another operation begins.
@@ -10,7 +26,7 @@ bool DatabaseApi::Impl::ReadNextRow(DbTableRowValues& row)
         return Fail(NotOpen, "Table isn't open.");
     }
     if (!table.ReadNext()) {
-        CopyRecord(table);
+        CopyErrorFrom(table);
         return false;
     }
     ReadRow(table, row);
@@ -23,14 +39,14 @@ bool DatabaseApi::Impl::CloseCursor()
     if (table.Close()) {
         return true;
     }
-    CopyRecord(table);
+    CopyErrorFrom(table);
     return false;
 }
 
 bool DatabaseApi::SqlQueryBegin(const std::string& sql)
 {
     const bool begun = m_impl->OpenCursor(sql);
-    m_row.cells.clear(); // last, for `sql` may be a text of this row
+    m_row.cells.clear(); // last, because `sql` may be a text of this row
     return begun;
 }
 

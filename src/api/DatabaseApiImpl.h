@@ -10,16 +10,17 @@
 
 namespace Morvik::sql {
 
-class StatementText;
+enum class StorageClass : int;
+struct WriteStatement;
 
-/// The facade's implementation object. Its operations stand in one file per room: DatabaseApi.cpp (lifecycle, executing
-/// and the record), DatabaseApiTables.cpp, DatabaseApiWriting.cpp, DatabaseApiReading.cpp and DatabaseApiCursor.cpp.
+/// The facade's implementation object: it checks arguments, runs the statements of the model on its connection,
+/// converts rows, and holds the error. One file for each group of operations: DatabaseApi.cpp (opening, executing, the
+/// error), DatabaseApiTables.cpp, DatabaseApiWriting.cpp, DatabaseApiReading.cpp and DatabaseApiCursor.cpp.
 ///
-/// The recording rule, for all of them: an operation that starts a piece of work calls ResetCode(), which leaves the
-/// message; a failed check of the facade's own calls Fail(); the failure of a lower object is taken over with
-/// CopyRecord(); and the result is Succeeded().
-class __attribute__((visibility("hidden"))) DatabaseApi::Impl {
-public:
+/// All operations record in the same way. An operation that starts a unit of work calls ResetCode(), which leaves the
+/// message. A failed check calls Fail(). A failure of a connection, command or cursor is copied with CopyErrorFrom().
+/// The result is Succeeded().
+struct __attribute__((visibility("hidden"))) DatabaseApi::Impl {
     Impl();
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
@@ -31,17 +32,17 @@ public:
     /// Records a failed check and returns false.
     bool Fail(int failureCode, std::string_view failureMessage);
 
-    /// Takes over code and message of a connection, statement, cursor or value.
-    template <typename Recorded>
-    void CopyRecord(const Recorded& recorded)
+    /// Copies the code and the message of a connection, command or cursor.
+    template <typename Source>
+    void CopyErrorFrom(const Source& source)
     {
-        Fail(recorded.GetLastError(), recorded.GetLastErrorMsg());
+        Fail(source.GetLastError(), source.GetLastErrorMsg());
     }
 
-    /// True with the record untouched while the database is open; otherwise records 111.
+    /// True with the error unchanged while the database is open; otherwise records 111.
     bool CheckOpen();
 
-    /// Runs the text on the connection, open or not, and takes over the failure. The code is not reset.
+    /// Runs the text on the connection, open or not, and copies the failure. The code is not reset.
     bool RunCommand(const std::string& sql);
 
     /// Resets the code and runs the text, which must not be empty.
@@ -53,11 +54,14 @@ public:
     bool AlterTable(const std::string& table, const std::string& newName);
     static std::string TableDefinitionToString(const DbTableDefinition& definition);
 
-    /// Runs what a definition was turned into, which must not be empty.
+    /// Runs the statement of a definition, which must not be empty.
     bool RunDefinition(const std::string& sql);
 
     bool Write(const std::string& table, const DbTableDataWrite& data);
     bool Update(const std::string& table, const DbTableDataWrite& data, const std::string& condition);
+
+    /// Records the invalid cell, if there is one, and runs the statement all the same.
+    bool RunWrite(const WriteStatement& statement);
 
     /// Closes the cursor, resets the code and opens the cursor on the query.
     bool OpenCursor(const std::string& sql);
@@ -66,10 +70,15 @@ public:
     /// Fetches the cursor's next row without resetting the code.
     bool ReadNextRow(DbTableRowValues& row);
 
-    /// Converts the cursor's current row, up to the first cell that fails. Whether the whole row was converted is read
-    /// from the code afterwards; a code that was not 0 before keeps every cell out.
+    /// Converts the cursor's current row, up to the first cell that fails. Whether the row is complete is read from the
+    /// code afterwards. If the code was not 0 before, the row has no cells.
     void ReadRow(const SqlTable& cursor, DbTableRowValues& row);
+
+    /// Converts one column of the current row into the cell. Returns false if the code is not 0 afterwards, which it
+    /// may have been before.
     bool GetColumnData(const SqlTable& cursor, DbTableColumnValue& cell, unsigned int column);
+    void ReadNewCells(const SqlTable& cursor, std::vector<DbTableColumnValue>& cells, std::size_t columns);
+    bool FailConversion(StorageClass type);
 
     bool CloseCursor();
 
@@ -77,9 +86,6 @@ public:
     std::string message;
     SqlDatabase database;
     SqlTable table;
-
-private:
-    void AppendCells(StatementText& sql, const DbTableRowValues& row);
 };
 
 } // namespace Morvik::sql

@@ -1,53 +1,166 @@
 #include <algorithm>
 #include <cstddef>
+#include <memory>
+#include <type_traits>
 #include <utility>
 #include <variant>
 
-#include <sqlite3.h>
-
 #include "access/ResultCode.h"
-#include "access/ValueReading.h"
+#include "access/SqliteValue.h"
 #include "api/DatabaseApiImpl.h"
-#include "model/Concatenated.h"
+#include "model/TableStatements.h"
 
 namespace Morvik::sql {
 
 namespace {
 
+using CellValue = decltype(DbTableColumnValue::value);
+
 // A walk keeps the memory of a text or blob for the next row, unless it is larger than this and than twice the value.
 constexpr std::size_t LargestKeptBuffer = 4096;
 
-// Copies the bytes into the alternative, whose memory is used again if the cell holds it already.
-template <typename Alternative, typename Bytes>
-void Store(DbTableColumnValue& cell, const Bytes& bytes)
+bool IsStorageClass(StorageClass type)
 {
-    auto* const held = std::get_if<Alternative>(&cell.value);
-    if (held == nullptr) {
-        cell.value.emplace<Alternative>(bytes.begin(), bytes.end());
-    } else if (held->capacity() <= std::max(LargestKeptBuffer, 2 * bytes.size())) {
-        held->assign(bytes.begin(), bytes.end());
-    } else {
-        Alternative(bytes.begin(), bytes.end()).swap(*held); // assigning a short text would keep the memory
+    return type >= StorageClass::Integer && type <= StorageClass::Null;
+}
+
+// A cell with its fields given as arguments: GCC clears the memory of one that is written with constants first.
+template <typename Held, typename... Of>
+DbTableColumnValue Cell(DbTableColumnType type, std::uint32_t column, Of... of)
+{
+    return {type, column, CellValue(std::in_place_type<Held>, of...)};
+}
+
+// A new cell of the value, constructed in the place that it is returned to.
+[[gnu::noinline]] DbTableColumnValue MakeCell(SqliteValue value, StorageClass type, std::uint32_t column)
+{
+    switch (type) {
+    case StorageClass::Integer:
+        return Cell<int>(DbTableColumnType::Integer, column, value.Integer()); // 32 bits, as every cell
+    case StorageClass::Float:
+        return Cell<double>(DbTableColumnType::Real, column, value.Real());
+    case StorageClass::Text:
+        return Cell<std::string>(DbTableColumnType::Text, column, value.Text());
+    case StorageClass::Blob: {
+        const std::span<const char> bytes = value.Blob();
+        return Cell<std::vector<char>>(DbTableColumnType::Blob, column, bytes.begin(), bytes.end());
+    }
+    default: // NULL is tagged None, so that a reader never sees the tag Null
+        return Cell<std::string>(DbTableColumnType::None, column);
+    }
+}
+
+// Lets a container construct the cell in place: emplace_back(CellMaker{...}) converts it to the cell.
+struct CellMaker {
+    SqliteValue value;
+    StorageClass type;
+    std::uint32_t column;
+
+    operator DbTableColumnValue() const { return MakeCell(value, type, column); }
+};
+
+// The index of the alternative that a cell of this type holds.
+std::size_t AlternativeOf(StorageClass type)
+{
+    return type == StorageClass::Null ? 2 : static_cast<std::size_t>(type) - 1;
+}
+
+static_assert(std::is_same_v<std::variant_alternative_t<2, CellValue>, std::string>);
+
+// Gives the cell a value of another alternative.
+[[gnu::cold, gnu::noinline]] void Replace(DbTableColumnValue& cell, DbTableColumnValue made)
+{
+    cell.type = made.type;
+    std::destroy_at(&cell.value);
+    std::construct_at(&cell.value, std::move(made.value));
+}
+
+// Whether a buffer of this capacity is too large to be kept for so many bytes.
+bool IsTooLarge(std::size_t capacity, std::size_t size)
+{
+    return capacity > std::max(LargestKeptBuffer, 2 * size);
+}
+
+// Copies the text into the buffer, which stays somewhat larger than it must be if it grows.
+[[gnu::always_inline]] inline void Assign(std::string& buffer, std::string_view text)
+{
+    if (text.size() > buffer.capacity()) [[unlikely]] {
+        buffer.assign(text);
+        return;
+    }
+    buffer.resize(text.size()); // with the copy, a fifth of what assign() takes
+    std::copy(text.begin(), text.end(), buffer.begin());
+}
+
+// Gives the cell the column's value, and uses its buffer again if it has one. Returns the storage class. Cells that
+// have none become untyped zeroes.
+[[gnu::always_inline]] inline StorageClass UpdateCell(DbTableColumnValue& cell, const SqlTable& cursor,
+                                                      unsigned int column)
+{
+    const SqliteValue value(cursor.GetValue(static_cast<int>(column)));
+    const StorageClass type = value.Type();
+    cell.column = column;
+    if (!IsStorageClass(type)) {
+        Replace(cell, {});
+        return type;
+    }
+    if (cell.value.index() != AlternativeOf(type)) {
+        Replace(cell, MakeCell(value, type, column));
+        return type;
+    }
+    switch (type) {
+    case StorageClass::Integer:
+        cell.type = DbTableColumnType::Integer;
+        *std::get_if<int>(&cell.value) = value.Integer();
+        break;
+    case StorageClass::Float:
+        cell.type = DbTableColumnType::Real;
+        *std::get_if<double>(&cell.value) = value.Real();
+        break;
+    case StorageClass::Text: {
+        auto& text = *std::get_if<std::string>(&cell.value);
+        const std::string_view read = value.Text();
+        cell.type = DbTableColumnType::Text;
+        if (IsTooLarge(text.capacity(), read.size())) [[unlikely]] {
+            Replace(cell, MakeCell(value, type, column));
+        } else {
+            Assign(text, read);
+        }
+        break;
+    }
+    case StorageClass::Blob: {
+        auto& bytes = *std::get_if<std::vector<char>>(&cell.value);
+        const std::span<const char> read = value.Blob();
+        if (IsTooLarge(bytes.capacity(), read.size())) [[unlikely]] {
+            Replace(cell, MakeCell(value, type, column));
+        } else {
+            bytes.assign(read.begin(), read.end());
+        }
+        cell.type = DbTableColumnType::Blob;
+        break;
+    }
+    default: {
+        auto& text = *std::get_if<std::string>(&cell.value);
+        if (IsTooLarge(text.capacity(), 0)) [[unlikely]] {
+            Replace(cell, MakeCell(value, type, column));
+        } else {
+            text.clear();
+        }
+        cell.type = DbTableColumnType::None;
+        break;
+    }
+    }
+    return type;
+}
+
+[[gnu::cold, gnu::noinline]] void Truncate(std::vector<DbTableColumnValue>& cells, std::size_t count)
+{
+    while (cells.size() > count) {
+        cells.pop_back();
     }
 }
 
 } // namespace
-
-bool DatabaseApi::Impl::OpenCursor(const std::string& sql)
-{
-    table.Close();
-    ResetCode();
-    if (!CheckOpen()) {
-        return false;
-    }
-    if (sql.empty()) {
-        return Fail(MissingValue, "Missing query SQL statement.");
-    }
-    if (!table.Open(sql)) {
-        CopyRecord(table);
-    }
-    return Succeeded();
-}
 
 bool DatabaseApi::Impl::ReadValues(const std::string& sql, DbTableData& data)
 {
@@ -56,81 +169,92 @@ bool DatabaseApi::Impl::ReadValues(const std::string& sql, DbTableData& data)
     }
     // A text without a statement leaves the cursor closed, and reads as no rows.
     while (table.IsOpen() && table.ReadNext()) {
-        DbTableRowValues row;
-        ReadRow(table, row);
+        // The row is read in its place. If it is not complete, it is removed again.
+        DbTableRowValues& row = data.rows.emplace_back();
+        try {
+            ReadRow(table, row);
+        } catch (...) {
+            data.rows.pop_back();
+            throw;
+        }
         if (!Succeeded()) {
+            data.rows.pop_back();
             break;
         }
-        data.rows.push_back(std::move(row));
     }
-    // The cursor's record replaces a failed conversion's: callers find the code of the last step, 100, in its place.
-    CopyRecord(table);
+    // The cursor's error replaces that of a failed conversion: callers find the code of the last step, 100.
+    CopyErrorFrom(table);
     return Succeeded();
 }
 
-// The row's cells are used again with the memory of their texts and bytes, so that a walk over rows of one shape
+// The cells of a row of the same size are used again with their buffers, so that a walk over rows of one shape
 // allocates nothing. Whatever ends the reading, an exception too, leaves only the cells that were converted.
 void DatabaseApi::Impl::ReadRow(const SqlTable& cursor, DbTableRowValues& row)
 {
-    struct ConvertedCells {
-        std::vector<DbTableColumnValue>& cells;
-        std::size_t count = 0;
-
-        ~ConvertedCells()
-        {
-            if (count != cells.size()) {
-                cells.resize(count);
+    std::vector<DbTableColumnValue>& cells = row.cells;
+    const auto columns = static_cast<std::size_t>(cursor.Columns());
+    if (cells.size() != columns) {
+        ReadNewCells(cursor, cells, columns);
+        return;
+    }
+    std::size_t converted = 0;
+    try {
+        for (; converted < columns; ++converted) {
+            const StorageClass type = UpdateCell(cells[converted], cursor, static_cast<unsigned int>(converted));
+            if (!IsStorageClass(type)) [[unlikely]] {
+                FailConversion(type);
+            }
+            if (!Succeeded()) {
+                break;
             }
         }
-    };
-
-    const auto columns = static_cast<std::size_t>(cursor.Columns());
-    ConvertedCells converted{row.cells};
-    if (row.cells.size() != columns) {
-        row.cells.resize(columns);
+    } catch (...) {
+        Truncate(cells, converted);
+        throw;
     }
-    while (converted.count < columns &&
-           GetColumnData(cursor, row.cells[converted.count], static_cast<unsigned int>(converted.count))) {
-        ++converted.count;
+    if (converted != columns) [[unlikely]] {
+        Truncate(cells, converted);
+    }
+}
+
+// Each cell is constructed with its value, which takes half as long as constructing an empty one and assigning to it.
+void DatabaseApi::Impl::ReadNewCells(const SqlTable& cursor, std::vector<DbTableColumnValue>& cells,
+                                     std::size_t columns)
+{
+    cells.clear();
+    cells.reserve(columns);
+    for (std::size_t column = 0; column < columns; ++column) {
+        const SqliteValue value(cursor.GetValue(static_cast<int>(column)));
+        const StorageClass type = value.Type();
+        if (!IsStorageClass(type)) {
+            FailConversion(type);
+            return;
+        }
+        if (cells.size() == cells.capacity()) {
+            __builtin_unreachable(); // memory for all of them is reserved
+        }
+        cells.emplace_back(CellMaker{value, type, static_cast<std::uint32_t>(column)});
+        if (!Succeeded()) { // an earlier code keeps every cell out
+            cells.pop_back();
+            return;
+        }
     }
 }
 
 bool DatabaseApi::Impl::GetColumnData(const SqlTable& cursor, DbTableColumnValue& cell, unsigned int column)
 {
-    cell.type = DbTableColumnType::None;
-    cell.column = column;
-    sqlite3_value* const value = cursor.GetValue(static_cast<int>(column)).ValueInstance();
-    const int storageClass = value != nullptr ? sqlite3_value_type(value) : -1;
-    switch (storageClass) {
-    case SQLITE_INTEGER:
-        cell.type = DbTableColumnType::Integer;
-        cell.value = sqlite3_value_int(value); // 32 bits, as every cell
-        break;
-    case SQLITE_FLOAT:
-        cell.type = DbTableColumnType::Real;
-        cell.value = sqlite3_value_double(value);
-        break;
-    case SQLITE_TEXT:
-        cell.type = DbTableColumnType::Text;
-        Store<std::string>(cell, TextOf(value, storageClass));
-        break;
-    case SQLITE_BLOB:
-        cell.type = DbTableColumnType::Blob;
-        Store<std::vector<char>>(cell, BytesOf(value));
-        break;
-    case SQLITE_NULL:
-        Store<std::string>(cell, std::string_view()); // tagged None, so that a reader never meets the tag Null
-        break;
-    default:
-        cell.value = 0;
-        return Fail(MissingValue, storageClass < 0 ? "No value exists." : "Unknown value type.");
-    }
-    return Succeeded();
+    const StorageClass type = UpdateCell(cell, cursor, column);
+    return IsStorageClass(type) ? Succeeded() : FailConversion(type);
+}
+
+[[gnu::cold]] bool DatabaseApi::Impl::FailConversion(StorageClass type)
+{
+    return Fail(MissingValue, type == StorageClass::Missing ? "No value exists." : "Unknown value type.");
 }
 
 bool DatabaseApi::ReadTableValues(const std::string& table, DbTableData& data) const
 {
-    return m_impl->ReadValues(Concatenated({"SELECT * FROM ", table}), data);
+    return m_impl->ReadValues(SelectAllQuery(table), data);
 }
 
 bool DatabaseApi::ReadValues(const std::string& sql, DbTableData& data) const

@@ -2,20 +2,13 @@
 
 #include "access/ResultCode.h"
 #include "api/DatabaseApiImpl.h"
-#include "model/Concatenated.h"
-#include "model/JoinedList.h"
+#include "model/TableStatements.h"
 
 namespace Morvik::sql {
 
 std::string DatabaseApi::Impl::TableDefinitionToString(const DbTableDefinition& definition)
 {
-    std::string columns;
-    for (const DbTableColumnDefinition& column : definition.columns) {
-        AppendItem(columns, column.ColumnDefinitionAsString());
-    }
-    const std::string constraints = definition.TableConstraintAsString();
-    const std::string_view separator = constraints.empty() ? "" : ",";
-    return Concatenated({"CREATE TABLE IF NOT EXISTS ", definition.name, " (", columns, separator, constraints, ")"});
+    return CreateTableStatement(definition);
 }
 
 bool DatabaseApi::Impl::CreateTable(const DbTableDefinition& definition)
@@ -44,12 +37,10 @@ bool DatabaseApi::Impl::ExistsTable(const std::string& name)
     if (name.empty()) {
         return Fail(MissingValue, "Missing table name.");
     }
-    // A cursor of its own leaves a row-by-row query in progress undisturbed.
+    // A separate cursor leaves a row-by-row query in progress undisturbed.
     const SqlTable test(database);
-    // The name stands in the text as given, its apostrophes not doubled.
-    if (!test.Open(Concatenated(
-            {"SELECT name FROM sqlite_master WHERE type = 'table' AND name = '", name, "' COLLATE NOCASE"}))) {
-        CopyRecord(test);
+    if (!test.Open(TableExistsQuery(name))) {
+        CopyErrorFrom(test);
         return false;
     }
     // A failed step counts as "no such table", and its code is not copied.
@@ -65,7 +56,7 @@ bool DatabaseApi::Impl::DropTable(const std::string& name)
     if (!ExistsTable(name)) {
         return Succeeded();
     }
-    return Execute(Concatenated({"DELETE FROM ", name})) && Execute(Concatenated({"DROP TABLE IF EXISTS ", name}));
+    return Execute(DeleteRowsStatement(name)) && Execute(DropTableStatement(name));
 }
 
 bool DatabaseApi::Impl::AlterTable(const std::string& name, const std::string& newName)
@@ -76,9 +67,9 @@ bool DatabaseApi::Impl::AlterTable(const std::string& name, const std::string& n
     }
     if (!ExistsTable(name)) {
         // Replaces whatever the test recorded, a failed query and a missing name included.
-        return Fail(NoSuchTable, Concatenated({"No table exists: ", name}));
+        return Fail(NoSuchTable, "No table exists: " + name);
     }
-    return Execute(Concatenated({"ALTER TABLE ", name, " RENAME TO ", newName}));
+    return Execute(RenameTableStatement(name, newName));
 }
 
 bool DatabaseApi::CreateTable(const DbTableDefinition& definition)
@@ -112,14 +103,14 @@ int DatabaseApi::ExistData(const std::string& table, const std::string& conditio
             result = m_impl->code;
             return 0;
         }
-        const std::string_view blank = condition.empty() ? "" : " ";
-        if (!SqlQueryBegin(Concatenated({"SELECT count(*) FROM ", table, blank, condition}))) {
+        if (!SqlQueryBegin(CountRowsQuery(table, condition))) {
             result = m_impl->code;
             return 0;
         }
         DbTableRowValues row;
         if (ReadNextRow(row) && !row.cells.empty()) {
-            count = std::get<int>(row.cells.front().value);
+            const int* const counted = std::get_if<int>(&row.cells.front().value);
+            counted != nullptr ? count = *counted : result = CaughtException;
         }
     } catch (...) {
         result = CaughtException;

@@ -3,7 +3,7 @@
 #include <array>
 #include <string_view>
 
-#include "model/Concatenated.h"
+#include "model/Strings.h"
 
 namespace Morvik::sql {
 
@@ -69,7 +69,7 @@ std::string DbTableColumnDefinition::ColumnConstraintsAsString() const
 
 std::string DbTableColumnDefinition::ColumnDefinitionAsString() const
 {
-    return Concatenated({name, " ", DeclaredType(type), " ", ColumnConstraintsAsString()});
+    return StrCat({name, " ", DeclaredType(type), " ", ColumnConstraintsAsString()});
 }
 
 } // namespace Morvik::sql

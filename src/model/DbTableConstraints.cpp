@@ -1,25 +1,21 @@
 #include <sql/DbTableConstraints.h>
 
-#include "model/Concatenated.h"
-#include "model/JoinedList.h"
+#include "model/Strings.h"
 
 namespace Morvik::sql {
 
 std::string DbTableConstraints::ForeignKeyConstraintAsString() const
 {
-    std::string columns;
-    AppendJoined(columns, foreignKey);
-
-    std::string text;
-    if (!foreignKey.empty()) {
-        text = Concatenated({"FOREIGN KEY (", columns, ")"});
-        if (!referenceTable.empty()) {
-            text += Concatenated({" REFERENCES ", referenceTable, "(", columns, ") ON DELETE SET NULL"});
-        }
+    // The last parenthesis closes none; callers rely on it.
+    if (foreignKey.empty()) {
+        return " )";
     }
-    // Closes no parenthesis of its own; callers know the clause to end so.
-    text += " )";
-    return text;
+    std::string columns;
+    StrAppendJoin(columns, foreignKey);
+    if (referenceTable.empty()) {
+        return StrCat({"FOREIGN KEY (", columns, ") )"});
+    }
+    return StrCat({"FOREIGN KEY (", columns, ") REFERENCES ", referenceTable, "(", columns, ") ON DELETE SET NULL )"});
 }
 
 } // namespace Morvik::sql

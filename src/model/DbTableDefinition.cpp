@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "model/JoinedList.h"
+#include "model/Strings.h"
 
 namespace Morvik::sql {
 
@@ -14,9 +14,9 @@ void AppendKey(std::string& list, std::string_view keyword, const std::vector<ch
     if (columns.empty()) {
         return;
     }
-    AppendItem(list, keyword);
+    StrAppendItem(list, keyword);
     list += " (";
-    AppendJoined(list, columns);
+    StrAppendJoin(list, columns);
     list += ") ON CONFLICT IGNORE";
 }
 
@@ -31,7 +31,7 @@ std::string DbTableDefinition::TableConstraintAsString() const
     // A foreign key that references nothing makes no list of its own, though it may end one.
     const bool listed = !list.empty() || !constraints.referenceTable.empty();
     if (listed && !constraints.foreignKey.empty()) {
-        AppendItem(list, constraints.ForeignKeyConstraintAsString());
+        StrAppendItem(list, constraints.ForeignKeyConstraintAsString());
     }
     return list;
 }

@@ -3,17 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cfenv>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
-#include <ios>
-#include <locale>
-#include <new>
-#include <sstream>
-#include <string_view>
+#include <ostream>
 
-#include "model/StatementText.h"
+#include "model/SqlBuffer.h"
+#include "model/StreamText.h"
 
 namespace Morvik::sql {
 
@@ -25,15 +21,9 @@ constexpr int Precision = 6;
 // Enough for "-1.23457e+308" and "-2147483648".
 constexpr std::size_t LongestNumber = 13;
 
-template <typename Facet>
-bool SharesFacet(const std::locale& left, const std::locale& right)
-{
-    return &std::use_facet<Facet>(left) == &std::use_facet<Facet>(right);
-}
-
 // One stream serves every type of number: the code of a second one would be larger than all that is written here.
 template <typename Number>
-bool AppendStreamed(StatementText& text, Number number)
+bool AppendStreamed(SqlBuffer& text, Number number)
 {
     const StreamInsertion insert = [](std::ostream& stream, const void* value) {
         stream << *static_cast<const Number*>(value);
@@ -46,12 +36,28 @@ bool AppendStreamed(StatementText& text, Number number)
     return std::to_chars(end, end + LongestNumber, number).ptr;
 }
 
-// The six significant digits of a number that is written without an exponent, as an integer, and the decimal exponent
-// of the first of them.
-struct SixDigits {
-    std::uint32_t digits;
-    int exponent;
-};
+char* WriteSixDigits(char* end, SixDigits number)
+{
+    const int wholeDigits = number.exponent + 1;
+    std::array<char, LongestNumber> digits;
+    WriteDigits(digits.data(), number.digits);
+    std::size_t count = Precision;
+    while (count > static_cast<std::size_t>(wholeDigits) && digits[count - 1] == '0') {
+        --count;
+    }
+    // All six are copied, and those behind the point once more: copies of a fixed size are the cheapest.
+    std::copy_n(digits.begin(), Precision, end);
+    if (count > static_cast<std::size_t>(wholeDigits)) {
+        end[wholeDigits] = '.';
+        for (auto i = static_cast<std::size_t>(wholeDigits); i < count; ++i) {
+            end[i + 1] = digits[i];
+        }
+        ++count;
+    }
+    return end + count;
+}
+
+} // namespace
 
 // Scales the number so that its six digits stand before the point. Scaling rounds once, by far less than the margin, so
 // that the digits are right wherever what follows them is not close to a half. Returns false where it is, and for
@@ -78,85 +84,36 @@ bool FindSixDigits(double magnitude, SixDigits& found)
     return found.digits < 1000000; // the next power of ten was reached by rounding up
 }
 
-char* WriteSixDigits(char* end, SixDigits number)
-{
-    const int wholeDigits = number.exponent + 1;
-    std::array<char, LongestNumber> digits;
-    WriteDigits(digits.data(), number.digits);
-    std::size_t count = Precision;
-    while (count > static_cast<std::size_t>(wholeDigits) && digits[count - 1] == '0') {
-        --count;
-    }
-    // All six are copied, and those behind the point once more: copies of a fixed size are the cheapest.
-    std::copy_n(digits.begin(), Precision, end);
-    if (count > static_cast<std::size_t>(wholeDigits)) {
-        end[wholeDigits] = '.';
-        for (auto i = static_cast<std::size_t>(wholeDigits); i < count; ++i) {
-            end[i + 1] = digits[i];
-        }
-        ++count;
-    }
-    return end + count;
-}
-
-} // namespace
-
-// The facets are compared, not the locales: a locale that was combined from the classic one has its name.
-bool StreamsWritePlainNumbers()
-{
-    const std::locale current;
-    const std::locale& classic = std::locale::classic();
-    return SharesFacet<std::num_put<char>>(current, classic) && SharesFacet<std::numpunct<char>>(current, classic) &&
-           SharesFacet<std::ctype<char>>(current, classic) && std::fegetround() == FE_TONEAREST;
-}
-
-[[gnu::cold, gnu::noinline]] bool AppendStreamed(StatementText& text, StreamInsertion insert, const void* value)
-{
-    std::ostringstream stream;
-    // Otherwise the stream would discard a failed allocation and go on with a number cut short.
-    stream.exceptions(std::ios_base::badbit);
-    try {
-        insert(stream, value);
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (...) {
-        // A facet threw. As in any stream, the text that it wrote before is kept.
-    }
-    const std::string_view written = stream.view();
-    text += written;
-    return !written.empty();
-}
-
-bool AppendNumber(StatementText& text, std::int32_t number)
+bool AppendNumber(SqlBuffer& text, std::int32_t number)
 {
     if (!text.HasPlainNumbers()) {
         return AppendStreamed(text, number);
     }
-    char* end = text.Room(LongestNumber);
+    char* end = text.Reserve(LongestNumber);
     auto magnitude = static_cast<std::uint32_t>(number);
     if (number < 0) {
         *end++ = '-';
         magnitude = 0 - magnitude;
     }
-    text.AdvanceTo(WriteDigits(end, magnitude));
+    text.SetEnd(WriteDigits(end, magnitude));
     return true;
 }
 
-bool AppendNumber(StatementText& text, double number)
+bool AppendNumber(SqlBuffer& text, double number)
 {
     if (!text.HasPlainNumbers()) {
         return AppendStreamed(text, number);
     }
-    char* end = text.Room(LongestNumber);
+    char* end = text.Reserve(LongestNumber);
     SixDigits found{};
     if (!FindSixDigits(std::abs(number), found)) {
-        text.AdvanceTo(std::to_chars(end, end + LongestNumber, number, std::chars_format::general, Precision).ptr);
+        text.SetEnd(std::to_chars(end, end + LongestNumber, number, std::chars_format::general, Precision).ptr);
         return true;
     }
     if (std::signbit(number)) {
         *end++ = '-';
     }
-    text.AdvanceTo(WriteSixDigits(end, found));
+    text.SetEnd(WriteSixDigits(end, found));
     return true;
 }
 

@@ -7,7 +7,7 @@
 #include <boost/algorithm/string/replace.hpp>
 
 #include "model/NumberText.h"
-#include "model/StatementText.h"
+#include "model/SqlBuffer.h"
 
 namespace Morvik::sql {
 
@@ -37,7 +37,7 @@ std::string_view TimeFunction(DbTableColumnType type)
 }
 
 template <typename Number>
-bool AppendNumberOf(StatementText& sql, const DbTableColumnValue& cell)
+bool AppendNumberOf(SqlBuffer& sql, const DbTableColumnValue& cell)
 {
     const auto* const number = ValueOf<Number>(cell);
     return number != nullptr && AppendNumber(sql, *number);
@@ -45,11 +45,11 @@ bool AppendNumberOf(StatementText& sql, const DbTableColumnValue& cell)
 
 // Text and bytes stand between double quotation marks, not apostrophes: applications rely on what SQLite makes of it
 // (O'Brien is stored as O''Brien, and an update reads a text that equals a column's name as that column).
-bool AppendQuoted(StatementText& sql, std::string_view bytes)
+bool AppendQuoted(SqlBuffer& sql, std::string_view bytes)
 {
-    sql += '"';
-    sql += bytes;
-    sql += '"';
+    sql.Append('"');
+    sql.Append(bytes);
+    sql.Append('"');
     return true;
 }
 
@@ -58,7 +58,7 @@ bool Holds(const std::string& text, char quote)
     return text.find(quote) != std::string::npos;
 }
 
-[[gnu::cold]] bool AppendDoubled(StatementText& sql, const std::string& text)
+[[gnu::cold]] bool AppendDoubled(SqlBuffer& sql, const std::string& text)
 {
     std::string doubled;
     try {
@@ -70,14 +70,14 @@ bool Holds(const std::string& text, char quote)
     return AppendQuoted(sql, doubled);
 }
 
-bool AppendText(StatementText& sql, const std::string& text)
+bool AppendText(SqlBuffer& sql, const std::string& text)
 {
     return Holds(text, '\'') || Holds(text, '"') ? AppendDoubled(sql, text) : AppendQuoted(sql, text);
 }
 
 } // namespace
 
-bool ColumnValueAsString(const DbTableColumnValue& cell, StatementText& sql)
+bool ColumnValueAsString(const DbTableColumnValue& cell, SqlBuffer& sql)
 {
     switch (cell.type) {
     case DbTableColumnType::None:
@@ -95,7 +95,7 @@ bool ColumnValueAsString(const DbTableColumnValue& cell, StatementText& sql)
     }
     default: {
         const std::string_view function = TimeFunction(cell.type);
-        sql += function;
+        sql.Append(function);
         return !function.empty();
     }
     }
@@ -118,6 +118,30 @@ std::size_t ColumnValueSize(const DbTableColumnValue& cell)
     const auto* const number = ValueOf<int>(cell);
     const std::size_t size = number != nullptr ? NumberSize(*number) : 0;
     return cell.type < DbTableColumnType::DateTimeNow ? size : std::max(TimeFunction(cell.type).size(), size);
+}
+
+std::optional<InvalidCell> AppendRowLiterals(SqlBuffer& sql, const DbTableRowValues& row)
+{
+    int position = 0;
+    for (const DbTableColumnValue& cell : row.cells) {
+        if (position != 0) {
+            sql.Append(',');
+        }
+        if (!ColumnValueAsString(cell, sql)) {
+            return InvalidCell{position, cell.column};
+        }
+        ++position;
+    }
+    return std::nullopt;
+}
+
+std::size_t RowLiteralsSize(const DbTableRowValues& row)
+{
+    std::size_t size = 0;
+    for (const DbTableColumnValue& cell : row.cells) {
+        size += ColumnValueSize(cell) + 1;
+    }
+    return size;
 }
 
 } // namespace Morvik::sql

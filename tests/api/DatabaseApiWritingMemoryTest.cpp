@@ -57,7 +57,7 @@ TEST_F(DatabaseApiWritingMemoryTest, UpdateIsAllocatedOnceWithFewBytesToSpare)
         allocated = largest.Size();
     }
 
-    EXPECT_EQ(allocated, text.size() + 10 + 1);
+    EXPECT_EQ(allocated, text.size() + 9 + 1);
 }
 
 } // namespace

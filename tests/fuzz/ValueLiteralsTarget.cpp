@@ -18,7 +18,7 @@
 #include "fuzz/Finding.h"
 #include "fuzz/FuzzTarget.h"
 #include "fuzz/StoredRow.h"
-#include "model/StatementText.h"
+#include "model/SqlBuffer.h"
 #include "model/ValueLiteral.h"
 #include "support/Cells.h"
 #include "support/Choices.h"
@@ -78,11 +78,11 @@ std::vector<DbTableColumnValue> ChosenCells(Choices& choices)
 /// The cell's text as the library writes it, between other texts; nothing when it has none.
 std::optional<std::string> Literal(const DbTableColumnValue& cell)
 {
-    StatementText statement(ColumnValueSize(cell));
-    statement += "VALUES ('\"";
+    SqlBuffer statement(ColumnValueSize(cell));
+    statement.Append("VALUES ('\"");
     const std::size_t begin = statement.Size();
     const bool written = ColumnValueAsString(cell, statement);
-    const std::string sql = statement.Take();
+    const std::string sql = statement.Release();
     if (!written) {
         RequireSame("What a cell without a literal leaves", sql.substr(begin), "");
         return std::nullopt;

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "model/NumberText.h"
-#include "model/StatementText.h"
+#include "model/SqlBuffer.h"
 #include "model/ValueLiteral.h"
 #include "support/FailingAllocation.h"
 
@@ -58,11 +58,11 @@ TEST(ExpectedSizeTest, OtherDoublesMayTakeAnExponent)
 TEST(ExpectedSizeTest, NumbersFitWhereTheLongestDoes)
 {
     const std::string before(100, 'x');
-    StatementText integer(before.size() + LongestNumber);
-    StatementText small(before.size() + LongestNumber);
-    StatementText large(before.size() + LongestNumber);
-    for (StatementText* text : {&integer, &small, &large}) {
-        *text += before;
+    SqlBuffer integer(before.size() + LongestNumber);
+    SqlBuffer small(before.size() + LongestNumber);
+    SqlBuffer large(before.size() + LongestNumber);
+    for (SqlBuffer* text : {&integer, &small, &large}) {
+        text->Append(before);
     }
 
     const FailingAllocation failing(0, FailureExtent::ForEver);

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "model/LiteralOf.h"
-#include "model/StatementText.h"
+#include "model/SqlBuffer.h"
 #include "support/FailingAllocation.h"
 #include "support/NumberLocales.h"
 
@@ -116,7 +116,7 @@ TEST(InvalidCellTest, TextWhoseQuotesCannotBeDoubledForLackOfMemoryHasNoLiteral)
     int failures = 0;
 
     for (bool fired = true; fired; ++failures) {
-        StatementText sql(literal.size()); // so that no allocation but those of the doubling can fail
+        SqlBuffer sql(literal.size()); // so that no allocation but those of the doubling can fail
         bool written = false;
         {
             const FailingAllocation failing(failures);
@@ -124,7 +124,7 @@ TEST(InvalidCellTest, TextWhoseQuotesCannotBeDoubledForLackOfMemoryHasNoLiteral)
             fired = failing.Fired();
         }
         EXPECT_EQ(written, !fired) << "after " << failures << " allocations";
-        EXPECT_EQ(sql.Take(), fired ? "" : literal);
+        EXPECT_EQ(sql.Release(), fired ? "" : literal);
     }
 
     EXPECT_GT(failures, 1) << "no allocation failed";
@@ -136,7 +136,7 @@ TEST(InvalidCellTest, StatementThatCannotGrowForLackOfMemoryIsNotTakenForAnInval
                                         {DbTableColumnType::Blob, 0, std::vector<char>(100, 'x')},
                                         {DbTableColumnType::DateTimeNowLocalTime}};
     for (const DbTableColumnValue& cell : cells) {
-        StatementText sql(0);
+        SqlBuffer sql(0);
         const FailingAllocation failing(0);
 
         EXPECT_THROW(ColumnValueAsString(cell, sql), std::bad_alloc);
@@ -151,7 +151,7 @@ TEST(InvalidCellTest, NumberIsNeverCutShortForLackOfMemory)
     int failures = 0;
 
     for (bool fired = true; fired; ++failures) {
-        StatementText sql(0);
+        SqlBuffer sql(0);
         bool thrown = false;
         {
             const FailingAllocation failing(failures);
@@ -163,7 +163,7 @@ TEST(InvalidCellTest, NumberIsNeverCutShortForLackOfMemory)
             fired = failing.Fired();
         }
         EXPECT_EQ(thrown, fired);
-        EXPECT_EQ(sql.Take(), fired ? "" : "-1.234.567");
+        EXPECT_EQ(sql.Release(), fired ? "" : "-1.234.567");
     }
 
     EXPECT_GT(failures, 1) << "no allocation failed";

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "model/StatementText.h"
+#include "model/SqlBuffer.h"
 #include "model/ValueLiteral.h"
 
 namespace Morvik::sql::tests {
@@ -15,10 +15,10 @@ namespace Morvik::sql::tests {
 inline std::optional<std::string> LiteralOf(const DbTableColumnValue& cell)
 {
     const std::string earlier = "VALUES ('\"";
-    StatementText statement(0);
-    statement += earlier;
+    SqlBuffer statement(0);
+    statement.Append(earlier);
     const bool written = ColumnValueAsString(cell, statement);
-    const std::string sql = statement.Take();
+    const std::string sql = statement.Release();
     if (!written) {
         EXPECT_EQ(sql, earlier) << "a cell without a literal leaves the statement as it is";
         return std::nullopt;

@@ -10,7 +10,7 @@
 #include <random>
 #include <sstream>
 
-#include "model/StatementText.h"
+#include "model/SqlBuffer.h"
 #include "model/ValueLiteral.h"
 #include "support/NumberLocales.h"
 
@@ -29,9 +29,9 @@ public:
         m_stream.str({});
         m_stream.clear();
         m_stream << number;
-        StatementText statement(0);
+        SqlBuffer statement(0);
         const bool appended = AppendNumber(statement, number);
-        const std::string text = statement.Take();
+        const std::string text = statement.Release();
         ++m_compared;
         if ((text != m_stream.view() || appended == text.empty()) && ++m_differing <= Shown) {
             ADD_FAILURE() << std::hexfloat << number << " reads as " << text << " and not as " << m_stream.view();
@@ -199,12 +199,12 @@ TEST_P(NumberTextDifferentialTest, RandomTextsReadAsTheirPlainRendering)
             expected.append(Quotes.find(c) == std::string_view::npos ? 1 : 2, c);
         }
         expected += '"';
-        StatementText literal(0);
+        SqlBuffer literal(0);
 
         const bool rendered = ColumnValueAsString({DbTableColumnType::Text, 0, text}, literal);
 
         ASSERT_TRUE(rendered);
-        ASSERT_EQ(literal.Take(), expected);
+        ASSERT_EQ(literal.Release(), expected);
     }
 }
 

@@ -10,7 +10,7 @@
 #include <limits>
 #include <string>
 
-#include "model/StatementText.h"
+#include "model/SqlBuffer.h"
 #include "support/Choices.h"
 #include "support/TestSeeds.h"
 
@@ -37,9 +37,9 @@ template <typename Number>
 void ExpectPrinted(Number number)
 {
     const std::string printed = Printed(number);
-    StatementText text(0);
+    SqlBuffer text(0);
     AppendNumber(text, number);
-    ASSERT_EQ(text.Take(), printed);
+    ASSERT_EQ(text.Release(), printed);
     ASSERT_GE(NumberSize(number), printed.size()) << printed;
     ASSERT_LE(NumberSize(number), 13U) << printed;
 }

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <vector>
 
-#include "model/StatementText.h"
+#include "model/SqlBuffer.h"
 #include "support/NumberLocales.h"
 
 namespace Morvik::sql::tests {
@@ -18,10 +18,10 @@ namespace {
 template <typename Number>
 std::string Appended(Number number)
 {
-    StatementText text(0);
-    text += '=';
+    SqlBuffer text(0);
+    text.Append('=');
     AppendNumber(text, number);
-    return text.Take();
+    return text.Release();
 }
 
 template <typename Number>

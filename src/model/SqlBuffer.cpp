@@ -1,22 +1,24 @@
-#include "model/StatementText.h"
+#include "model/SqlBuffer.h"
 
-#include "model/NumberText.h"
+#include <utility>
+
+#include "model/StreamText.h"
 
 namespace Morvik::sql {
 
-StatementText::StatementText(std::size_t expectedSize)
+SqlBuffer::SqlBuffer(std::size_t expectedSize)
     : m_text(expectedSize, '\0'), m_end(m_text.data()), m_limit(m_end + expectedSize),
       m_hasPlainNumbers(StreamsWritePlainNumbers())
 {}
 
-std::string StatementText::Take()
+std::string SqlBuffer::Release()
 {
     m_text.resize(Size());
     return std::move(m_text);
 }
 
 // The expected size is nearly right, so that growing by an eighth wastes little.
-void StatementText::Grow(std::size_t missing)
+void SqlBuffer::Grow(std::size_t missing)
 {
     const std::size_t used = Size();
     m_text.resize(used + missing + used / 8);

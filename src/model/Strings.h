@@ -1,13 +1,17 @@
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
 namespace Morvik::sql {
 
+/// The pieces one after another, in a string that is allocated once.
+std::string StrCat(std::initializer_list<std::string_view> pieces);
+
 /// Appends the items to `text`, separated by "," without blanks. An empty item leaves an empty place.
-template <typename Text, typename Items>
-void AppendJoined(Text& text, const Items& items)
+template <typename Items>
+void StrAppendJoin(std::string& text, const Items& items)
 {
     bool first = true;
     for (const auto& item : items) {
@@ -19,8 +23,8 @@ void AppendJoined(Text& text, const Items& items)
     }
 }
 
-/// Appends one item that is not empty, behind a "," unless it is the first.
-inline void AppendItem(std::string& text, std::string_view item)
+/// Appends one item that is not empty, after a "," unless `text` is empty.
+inline void StrAppendItem(std::string& text, std::string_view item)
 {
     if (!text.empty()) {
         text += ',';

@@ -1,4 +1,4 @@
-#include "model/Concatenated.h"
+#include "model/Strings.h"
 
 #include <gtest/gtest.h>
 
@@ -11,13 +11,13 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-TEST(ConcatenatedTest, PartsFollowOneAnother)
+TEST(StringsTest, PartsFollowOneAnother)
 {
-    EXPECT_EQ(Concatenated({"one", "", std::string_view("t\0wo", 4), "three"}), std::string("onet\0wothree", 12));
-    EXPECT_EQ(Concatenated({}), "");
+    EXPECT_EQ(StrCat({"one", "", std::string_view("t\0wo", 4), "three"}), std::string("onet\0wothree", 12));
+    EXPECT_EQ(StrCat({}), "");
 }
 
-TEST(ConcatenatedTest, TextIsAllocatedOnceAndTakesNoMoreThanItNeeds)
+TEST(StringsTest, TextIsAllocatedOnceAndTakesNoMoreThanItNeeds)
 {
     const std::string part(100, 'x');
     bool fired = true;
@@ -25,7 +25,7 @@ TEST(ConcatenatedTest, TextIsAllocatedOnceAndTakesNoMoreThanItNeeds)
 
     {
         const FailingAllocation failing(1);
-        text = Concatenated({part, part, part});
+        text = StrCat({part, part, part});
         fired = failing.Fired();
     }
 

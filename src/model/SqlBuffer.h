@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace Morvik::sql {
+
+/// The text of a statement while it grows. It is appended to in pieces of a few bytes, millions of times, so appending
+/// costs little more than the copy. Memory is allocated once if the expected size is right. Running out of memory
+/// throws std::bad_alloc and never cuts the text short.
+class SqlBuffer {
+public:
+    explicit SqlBuffer(std::size_t expectedSize);
+
+    std::size_t Size() const { return static_cast<std::size_t>(m_end - m_text.data()); }
+
+    /// Whether a stream wrote numbers in their plain form when the buffer was made; no stream is needed then.
+    bool HasPlainNumbers() const { return m_hasPlainNumbers; }
+
+    void Append(char character)
+    {
+        *Reserve(1) = character;
+        ++m_end;
+    }
+
+    void Append(std::string_view piece) { m_end += piece.copy(Reserve(piece.size()), piece.size()); }
+
+    /// The end of the text, with space for `size` bytes after it. SetEnd() says how many of them were written.
+    [[gnu::always_inline]] char* Reserve(std::size_t size)
+    {
+        if (static_cast<std::size_t>(m_limit - m_end) < size) {
+            Grow(size);
+        }
+        return m_end;
+    }
+
+    void SetEnd(char* end) { m_end = end; }
+
+    /// Drops everything after the first `size` bytes.
+    void Truncate(std::size_t size) { m_end = m_text.data() + size; }
+
+    /// Returns the text. Nothing may be appended afterwards.
+    std::string Release();
+
+private:
+    [[gnu::cold]] void Grow(std::size_t missing);
+
+    std::string m_text;
+    char* m_end;
+    char* m_limit;
+    bool m_hasPlainNumbers;
+};
+
+} // namespace Morvik::sql

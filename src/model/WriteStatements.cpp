@@ -1,0 +1,113 @@
+#include "model/WriteStatements.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <ostream>
+#include <span>
+#include <string_view>
+
+#include "model/SqlBuffer.h"
+#include "model/StreamText.h"
+#include "model/ValueLiteral.h"
+
+namespace Morvik::sql {
+
+namespace {
+
+constexpr std::string_view BetweenRows = ") ,(";
+
+// Empty names before the first non-empty one leave no trace; later ones leave an empty place in the list.
+void AppendColumnList(SqlBuffer& sql, const std::vector<std::string>& columns)
+{
+    const auto first = std::ranges::find_if_not(columns, &std::string::empty);
+    if (first == columns.end()) {
+        return;
+    }
+    char separator = '(';
+    sql.Append(' ');
+    for (const std::string& column : std::span(first, columns.end())) {
+        sql.Append(separator);
+        sql.Append(column);
+        separator = ',';
+    }
+    sql.Append(')');
+}
+
+// What the fixed words, the table's name and the column list take.
+std::size_t FrameSize(const std::string& table, const std::vector<std::string>& columns)
+{
+    std::size_t size = std::string_view("INSERT INTO  () VALUES").size() + table.size();
+    for (const std::string& column : columns) {
+        size += column.size() + 1;
+    }
+    return size;
+}
+
+} // namespace
+
+WriteStatement InsertStatement(const std::string& table, const DbTableDataWrite& data)
+{
+    std::size_t size = FrameSize(table, data.columns);
+    for (const DbTableRowValues& row : data.rows) {
+        size += BetweenRows.size() + RowLiteralsSize(row);
+    }
+
+    SqlBuffer sql(size);
+    WriteStatement statement;
+    sql.Append("INSERT INTO ");
+    sql.Append(table);
+    AppendColumnList(sql, data.columns);
+    sql.Append(" VALUES");
+    std::string_view opening = " (";
+    for (const DbTableRowValues& row : data.rows) {
+        sql.Append(opening);
+        if (const std::optional<InvalidCell> invalid = AppendRowLiterals(sql, row)) {
+            statement.invalidCell = invalid;
+        }
+        opening = BetweenRows;
+    }
+    if (!data.rows.empty()) {
+        sql.Append(')');
+    }
+    statement.sql = sql.Release();
+    return statement;
+}
+
+WriteStatement UpdateStatement(const std::string& table, const DbTableDataWrite& data, const std::string& condition)
+{
+    const bool hasRow = !data.rows.empty();
+    SqlBuffer sql(FrameSize(table, data.columns) + (hasRow ? RowLiteralsSize(data.rows.front()) + 3 : 0) +
+                  condition.size());
+    WriteStatement statement;
+    sql.Append("UPDATE ");
+    sql.Append(table);
+    sql.Append(" SET");
+    AppendColumnList(sql, data.columns);
+    sql.Append('=');
+    if (hasRow) {
+        const std::size_t begin = sql.Size();
+        sql.Append('(');
+        statement.invalidCell = AppendRowLiterals(sql, data.rows.front());
+        if (sql.Size() > begin + 1) {
+            sql.Append(") ");
+        } else {
+            sql.Truncate(begin); // there is no cell, or the first one is invalid
+        }
+    }
+    sql.Append(condition);
+    statement.sql = sql.Release();
+    return statement;
+}
+
+[[gnu::cold]] std::string InvalidCellMessage(const InvalidCell& cell)
+{
+    SqlBuffer message(0);
+    const StreamInsertion insert = [](std::ostream& stream, const void* value) {
+        const auto& [position, column] = *static_cast<const InvalidCell*>(value);
+        stream << "Invalid column value: (row | column)" << position << '|' << column;
+    };
+    AppendStreamed(message, insert, &cell);
+    return message.Release();
+}
+
+} // namespace Morvik::sql
