@@ -18,7 +18,7 @@ public:
     /// Whether a stream wrote numbers in their plain form when the buffer was made; no stream is needed then.
     bool HasPlainNumbers() const { return m_hasPlainNumbers; }
 
-    void Append(char character)
+    [[gnu::always_inline]] void Append(char character)
     {
         *Reserve(1) = character;
         ++m_end;

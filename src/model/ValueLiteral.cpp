@@ -45,7 +45,7 @@ bool AppendNumberOf(SqlBuffer& sql, const DbTableColumnValue& cell)
 
 // Text and bytes stand between double quotation marks, not apostrophes: applications rely on what SQLite makes of it
 // (O'Brien is stored as O''Brien, and an update reads a text that equals a column's name as that column).
-bool AppendQuoted(SqlBuffer& sql, std::string_view bytes)
+[[gnu::always_inline]] inline bool AppendQuoted(SqlBuffer& sql, std::string_view bytes)
 {
     sql.Append('"');
     sql.Append(bytes);

@@ -14,6 +14,8 @@ namespace Morvik::sql {
 
 namespace {
 
+using namespace std::string_view_literals;
+
 constexpr std::string_view BetweenRows = ") ,(";
 
 // Empty names before the first non-empty one leave no trace; later ones leave an empty place in the list.
@@ -53,24 +55,23 @@ WriteStatement InsertStatement(const std::string& table, const DbTableDataWrite&
     }
 
     SqlBuffer sql(size);
-    WriteStatement statement;
-    sql.Append("INSERT INTO ");
+    std::optional<InvalidCell> invalidCell;
+    sql.Append("INSERT INTO "sv);
     sql.Append(table);
     AppendColumnList(sql, data.columns);
-    sql.Append(" VALUES");
-    std::string_view opening = " (";
+    sql.Append(" VALUES"sv);
+    std::string_view opening = " ("sv;
     for (const DbTableRowValues& row : data.rows) {
         sql.Append(opening);
         if (const std::optional<InvalidCell> invalid = AppendRowLiterals(sql, row)) {
-            statement.invalidCell = invalid;
+            invalidCell = invalid;
         }
         opening = BetweenRows;
     }
     if (!data.rows.empty()) {
         sql.Append(')');
     }
-    statement.sql = sql.Release();
-    return statement;
+    return {sql.Release(), invalidCell};
 }
 
 WriteStatement UpdateStatement(const std::string& table, const DbTableDataWrite& data, const std::string& condition)
@@ -78,25 +79,24 @@ WriteStatement UpdateStatement(const std::string& table, const DbTableDataWrite&
     const bool hasRow = !data.rows.empty();
     SqlBuffer sql(FrameSize(table, data.columns) + (hasRow ? RowLiteralsSize(data.rows.front()) + 3 : 0) +
                   condition.size());
-    WriteStatement statement;
-    sql.Append("UPDATE ");
+    std::optional<InvalidCell> invalidCell;
+    sql.Append("UPDATE "sv);
     sql.Append(table);
-    sql.Append(" SET");
+    sql.Append(" SET"sv);
     AppendColumnList(sql, data.columns);
     sql.Append('=');
     if (hasRow) {
         const std::size_t begin = sql.Size();
         sql.Append('(');
-        statement.invalidCell = AppendRowLiterals(sql, data.rows.front());
+        invalidCell = AppendRowLiterals(sql, data.rows.front());
         if (sql.Size() > begin + 1) {
-            sql.Append(") ");
+            sql.Append(") "sv);
         } else {
             sql.Truncate(begin); // there is no cell, or the first one is invalid
         }
     }
     sql.Append(condition);
-    statement.sql = sql.Release();
-    return statement;
+    return {sql.Release(), invalidCell};
 }
 
 [[gnu::cold]] std::string InvalidCellMessage(const InvalidCell& cell)
