@@ -49,7 +49,6 @@ bool DatabaseApi::Impl::ExistsTable(const std::string& name)
 
 bool DatabaseApi::Impl::DropTable(const std::string& name)
 {
-    ResetCode();
     if (!CheckOpen()) {
         return false;
     }
@@ -61,7 +60,6 @@ bool DatabaseApi::Impl::DropTable(const std::string& name)
 
 bool DatabaseApi::Impl::AlterTable(const std::string& name, const std::string& newName)
 {
-    ResetCode();
     if (!CheckOpen()) {
         return false;
     }
