@@ -45,6 +45,12 @@ std::size_t FrameSize(const std::string& table, const std::vector<std::string>& 
     return size;
 }
 
+void WriteInvalidCell(std::ostream& stream, const void* value)
+{
+    const auto& [position, column] = *static_cast<const InvalidCell*>(value);
+    stream << "Invalid column value: (row | column)" << position << '|' << column;
+}
+
 } // namespace
 
 WriteStatement InsertStatement(const std::string& table, const DbTableDataWrite& data)
@@ -102,11 +108,7 @@ WriteStatement UpdateStatement(const std::string& table, const DbTableDataWrite&
 [[gnu::cold]] std::string InvalidCellMessage(const InvalidCell& cell)
 {
     SqlBuffer message(0);
-    const StreamInsertion insert = [](std::ostream& stream, const void* value) {
-        const auto& [position, column] = *static_cast<const InvalidCell*>(value);
-        stream << "Invalid column value: (row | column)" << position << '|' << column;
-    };
-    AppendStreamed(message, insert, &cell);
+    AppendStreamed(message, WriteInvalidCell, &cell);
     return message.Release();
 }
 
