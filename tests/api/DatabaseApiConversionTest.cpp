@@ -139,6 +139,20 @@ TEST_F(DatabaseApiConversionTest, NothingOfTheCallersOwnCellsShowsInARow)
                 ElementsAre("0:None string()", "1:None string()", "2:Text string(new)", "3:Integer int(4)"));
 }
 
+TEST_F(DatabaseApiConversionTest, BufferMuchLargerThanTheNextValueIsNotKept)
+{
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT hex(zeroblob(5000)), zeroblob(10000), hex(zeroblob(5000)) "
+                                       "UNION ALL SELECT 'a', X'41', NULL"));
+    ASSERT_TRUE(database.ReadNextRow(row));
+
+    EXPECT_TRUE(database.ReadNextRow(row));
+
+    EXPECT_THAT(CellTexts(row), ElementsAre("0:Text string(a)", "1:Blob bytes(41)", "2:None string()"));
+    EXPECT_LT(std::get<std::string>(row.cells[0].value).capacity(), 100U);
+    EXPECT_LT(std::get<std::vector<char>>(row.cells[1].value).capacity(), 100U);
+    EXPECT_LT(std::get<std::string>(row.cells[2].value).capacity(), 100U);
+}
+
 TEST_F(DatabaseApiConversionTest, StatementWithoutColumnsYieldsNoRows)
 {
     EXPECT_TRUE(database.ReadValues("CREATE TABLE made (a)", data));

@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <new>
+#include <string>
+
 #include "support/Cells.h"
 #include "support/OpenFacade.h"
 #include "support/RecordedSqlite.h"
@@ -57,6 +60,20 @@ TEST_P(DatabaseApiFailedConversionTest, SingleRowKeepsTheCellsBeforeItAndTheMess
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(1)"));
 }
 
+TEST_P(DatabaseApiFailedConversionTest, LaterRowKeepsTheCellsBeforeItToo)
+{
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
+    ASSERT_TRUE(database.ReadNextRow(row));
+    RecordedSqlite sqlite;
+    sqlite.ReplaceNextResult(GetParam().function, GetParam().result, false, 1);
+
+    EXPECT_FALSE(database.ReadNextRow(row));
+
+    EXPECT_FALSE(sqlite.Pending());
+    EXPECT_THAT(database, HasRecord(112, GetParam().message));
+    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)"));
+}
+
 TEST_P(DatabaseApiFailedConversionTest, BeginReturnsTheEndWithTheMessage)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
@@ -76,6 +93,38 @@ INSTANTIATE_TEST_SUITE_P(Columns, DatabaseApiFailedConversionTest,
                                          FailureCase{"TypeSix", "sqlite3_value_type", 6, "Unknown value type."},
                                          FailureCase{"TypeNine", "sqlite3_value_type", 9, "Unknown value type."}),
                          [](const auto& failureCase) { return failureCase.param.name; });
+
+// SQLite has no memory for a text.
+class DatabaseApiLostTextTest : public OpenFacade {
+protected:
+    const std::string sql = "SELECT 1, 'a' UNION ALL SELECT 2, 'b'";
+    DbTableData data;
+    DbTableRowValues row;
+};
+
+TEST_F(DatabaseApiLostTextTest, ReadThrowsAndKeepsTheRowsBeforeIt)
+{
+    RecordedSqlite sqlite;
+    sqlite.ReplaceNextResult("sqlite3_value_text", 0, false, 1);
+
+    EXPECT_THROW(database.ReadValues(sql, data), std::bad_alloc);
+
+    EXPECT_FALSE(sqlite.Pending());
+    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)", "1:Text string(a)")));
+}
+
+TEST_F(DatabaseApiLostTextTest, RowThrowsAndKeepsTheCellsBeforeIt)
+{
+    ASSERT_TRUE(database.SqlQueryBegin(sql));
+    ASSERT_TRUE(database.ReadNextRow(row));
+    RecordedSqlite sqlite;
+    sqlite.ReplaceNextResult("sqlite3_value_text", 0, false);
+
+    EXPECT_THROW(database.ReadNextRow(row), std::bad_alloc);
+
+    EXPECT_FALSE(sqlite.Pending());
+    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)"));
+}
 
 } // namespace
 
