@@ -3,7 +3,7 @@
 # the file system. Build it first, with scripts/reference.sh.
 #
 #   scripts/check-reference.sh                 checks every page
-#   scripts/check-reference.sh screenshots     takes the README's pictures again
+#   scripts/check-reference.sh screenshots     takes the guide's pictures again
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"

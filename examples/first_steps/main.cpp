@@ -15,8 +15,10 @@ int main()
     const DbTableRowValues kitchen{
         .cells = {{.type = Text, .value = "kitchen"}, {.type = Real, .value = 21.5}},
     };
-    if (database.OpenDatabase("first-steps/home.db", false) && database.CreateTable(room) &&
-        database.WriteTableValues("room", {.columns = {"name", "degrees"}, .rows = {kitchen}}) &&
+    const DbTableDataWrite rows{.columns = {"name", "degrees"}, .rows = {kitchen}};
+    if (database.OpenDatabase("first-steps/home.db", false) && // false: read and write
+        database.CreateTable(room) &&                          // if it does not exist
+        database.WriteTableValues("room", rows) &&             // all rows or none
         database.SqlQueryBegin("SELECT name, degrees FROM room")) {
         for (const DbTableRowValues& row : database) {
             std::cout << std::get<std::string>(row.cells[0].value) << ' ';
