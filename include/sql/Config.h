@@ -1,10 +1,10 @@
 #pragma once
 
-// Every public header includes this one before the standard headers, so that a compiler with an older language version
-// reports this error first.
+// Every public header includes this header before the standard headers, so that a compiler with an older language
+// version reports this error first.
 #if __cplusplus < 202002L
 #error "tkosqllite needs C++20: compile with -std=c++20 or later"
 #endif
 
-// Marks what the library exports.
+// Marks the exported classes and functions of the library.
 #define TKOSQLLITE_EXPORT __attribute__((visibility("default")))

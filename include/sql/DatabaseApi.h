@@ -21,16 +21,16 @@ namespace Morvik::sql {
 ///     }
 ///     if (database.Failed()) { Report(database.GetLastError(), database.GetLastErrorMsg()); }
 ///
-/// The operations of IDatabaseApi are described there. An object, its statements and its iterators belong to one
-/// thread at a time.
+/// IDatabaseApi describes the operations that this class inherits. An object, its statements and its iterators belong
+/// to one thread at a time.
 class TKOSQLLITE_EXPORT DatabaseApi : public IDatabaseApi {
 public:
     /// A facade without a database; code 0 and an empty message.
     DatabaseApi();
 
-    /// Finalizes the query and closes the connection; statements made by PrepareStatement() must be destroyed before.
-    /// If one is left, the connection stays unclosed, and running out of memory while SQLite's message about that is
-    /// stored ends the process.
+    /// Finalizes the query and closes the connection. Statements made by PrepareStatement() must be destroyed before.
+    /// If a statement still exists, the connection stays unclosed; if memory also runs out while SQLite's message about
+    /// that is stored, the process terminates.
     ~DatabaseApi() override;
 
     bool OpenDatabase(const std::string& path, bool readOnly) override;
@@ -52,51 +52,52 @@ public:
     int ExistData(const std::string& table, const std::string& condition, int& result) override;
 
     /// Ends the query in progress, empties the current row and opens the query `sql` without fetching a row. The query
-    /// in progress is ended also when the call is rejected.
+    /// in progress also ends when the call is rejected.
     ///
     /// Returns true with code 0. Returns false with 111 "Database isn't open.", 112 "Missing query SQL statement.", or
     /// SQLite's code and message.
     bool SqlQueryBegin(const std::string& sql);
 
-    /// Fetches the next row as the facade's current row and returns an iterator on it, or the end iterator when there
-    /// is none; each call consumes a row, so call it once per query. The record is left as by ReadNextRow().
+    /// Fetches the next row as the facade's current row and returns an iterator to it, or the end iterator if there is
+    /// no row. Each call consumes a row, so call it once per query. The record is the same as after ReadNextRow().
     DbTableRowIterator begin();
 
-    /// The end iterator of this facade. Touches nothing.
+    /// The end iterator of this facade. Does not change the query or the record.
     DbTableRowIterator end() const;
 
-    /// Fetches the next row of the query into `row`, which is cleared first; its memory is used again.
+    /// Fetches the next row of the query into `row`, which is cleared first; its memory is reused.
     ///
     /// Returns true with code 0. Returns false at the end of the rows with code 0 and an empty message (`row` keeps the
     /// last row), with 111 "Table isn't open." without a query, with SQLite's code and message when the step fails,
     /// and with 112 "No value exists." or "Unknown value type." when a column cannot be converted.
     ///
-    /// The code is not reset first: while another operation's failure is in the record, every call consumes a row,
-    /// leaves `row` without cells and returns false. A call after the end of the rows starts the query over, so stop at
-    /// the first false.
+    /// The code is not reset first: while the record holds another operation's failure, every call consumes a row,
+    /// leaves `row` without cells and returns false. A call after the end of the rows starts the query again, so stop
+    /// at the first false.
     ///
-    /// In WAL mode, a query that is open on a row makes the facade's next write fail at once with code 5 after another
-    /// connection has written. CloseReadTable() ends that; fetching on does not, because the failed write's code is
-    /// then in the record.
+    /// In WAL mode, while a query is open on a row, the facade's next write fails at once with code 5 if another
+    /// connection has written. CloseReadTable() ends that state. Fetching more rows does not end it, because the record
+    /// then holds the code of the failed write.
     bool ReadNextRow(DbTableRowValues& row) const;
 
-    /// Releases the query, which CloseDatabase() needs. Returns true with code 0, also without a query. Returns false
-    /// with SQLite's code and message when the query's last step had failed; it is released all the same.
+    /// Releases the query; CloseDatabase() fails before that. Returns true with code 0, also without a query. Returns
+    /// false with SQLite's code and message if the query's last step failed; the query is released anyway.
     bool CloseReadTable() const;
 
-    /// Prepares the first statement of `sql` for binding and stepping and returns it whether or not that succeeded: the
-    /// statement's GetLastError() tells (a code without a message, 21 on a closed database). Execute("EXPLAIN " + sql)
-    /// gives the message. The facade's record is not touched. The statement must not outlive the facade, and must be
+    /// Prepares the first statement of `sql` for binding and stepping and always returns an SqlCommand. Check its
+    /// GetLastError(): a failure leaves a code without a message (21 on a closed database). Execute("EXPLAIN " + sql)
+    /// gives the message. The facade's record is not changed. The statement must not outlive the facade, and must be
     /// finalized or destroyed before CloseDatabase().
     ///
     ///     SqlCommand insert = database.PrepareStatement("INSERT INTO picture VALUES (?, ?)");
     ///     if (insert.BindText(1, name) && insert.BindBlob(2, bytes) && insert.Step()) { ... }
     SqlCommand PrepareStatement(std::string_view sql) const;
 
-    /// The facade's result code: that of the last operation that wrote it.
+    /// The facade's result code, set by the last operation that writes the code.
     int GetLastError() const;
 
-    /// The facade's message. The reference is valid as long as the facade lives, its content until the next operation.
+    /// The facade's message. The reference is valid during the lifetime of the facade, its content until the next
+    /// operation.
     const std::string& GetLastErrorMsg() const;
 
     /// True exactly when the code is 0; unlike SqlError::Succeeded(), 100 and 101 are failures here.

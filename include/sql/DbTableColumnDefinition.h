@@ -19,23 +19,23 @@ namespace Morvik::sql {
 /// without a warning and puts the constraint into `reserved`, which leaves the column without it. Nothing is checked,
 /// quoted or escaped, and rendering never fails; SQLite rejects what is malformed when the table is created.
 struct DbTableColumnDefinition {
-    /// The column's name, written unquoted: quote a name that holds a blank or a quote or is a keyword yourself
+    /// The column's name, written unquoted. If a name contains a blank or a quote or is a keyword, quote it yourself
     /// ("\"order\"").
     std::string name{};
 
-    /// The declared type. The time tags declare the storage type of what they write: TEXT, INTEGER or REAL. None, Null
-    /// and unknown values declare no type.
+    /// The declared type. A time tag declares the storage type of the value that it writes: TEXT, INTEGER or REAL.
+    /// None, Null and unknown values declare no type.
     DbTableColumnType type = DbTableColumnType::None;
 
-    /// Read by no operation; keeps the layout of this description.
+    /// No operation reads this member; it keeps the layout of this description.
     std::int32_t reserved = 0;
 
     /// The constraints that are present: DbTableColumnConstraint values combined with |. Other bits are ignored.
     std::uint32_t constraintFlags = 0;
 
-    /// Text written after a constraint's keyword, exactly as stored. An empty text, and one whose constraint is not in
-    /// `constraintFlags`, is left out. An ON CONFLICT clause in it changes what IDatabaseApi::WriteTableValues leaves
-    /// after a conflict.
+    /// Text written after a constraint's keyword, exactly as stored. A text that is empty, or whose constraint is not
+    /// in `constraintFlags`, is left out. An ON CONFLICT clause in it changes what IDatabaseApi::WriteTableValues
+    /// leaves after a conflict.
     std::map<DbTableColumnConstraint, std::string> constraintArguments{};
 
     /// The constraint clause alone, in the order PRIMARY KEY, NOT NULL, UNIQUE, CHECK, DEFAULT; empty without flags.

@@ -10,10 +10,10 @@ namespace Morvik::sql {
 /// values 1 to 5 are SQLite's numbers of its storage classes.
 ///
 /// A cell that was read from an SQL NULL carries None, never Null. A cell tagged Null has no SQL text and cannot be
-/// written; a column that is left out of an insert gets its default, which is NULL unless declared otherwise; to write
+/// written. A column that is left out of an insert gets its default, which is NULL unless declared otherwise. To write
 /// NULL, bind it or use Execute.
 enum class DbTableColumnType : std::int32_t {
-    /// No declared type; written like Integer. Also the tag of a cell read from NULL, which holds an empty text and
+    /// No declared type; written like Integer. Also the tag of a cell read from NULL: that cell holds an empty text and
     /// therefore cannot be written back.
     None = 0,
     /// A 32-bit signed integer; the cell holds an int.
@@ -30,8 +30,8 @@ enum class DbTableColumnType : std::int32_t {
     DateTimeNow = 6,
     /// The current local date and time as text, computed by SQLite; the cell's value is ignored.
     DateTimeNowLocalTime = 7,
-    /// The current time in seconds since 1970-01-01 00:00 UTC, computed by SQLite; the cell's value is ignored. What is
-    /// written is a text of digits, which a column of type INTEGER stores as a number.
+    /// The current time in seconds since 1970-01-01 00:00 UTC, computed by SQLite; the cell's value is ignored. SQLite
+    /// writes it as a text of digits, which a column of type INTEGER stores as a number.
     UnixTimeNow = 8,
     /// The current time as a Julian day number, computed by SQLite; the cell's value is ignored.
     JulianDayNow = 9,

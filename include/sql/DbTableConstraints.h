@@ -14,7 +14,7 @@ namespace Morvik::sql {
 /// longer name on the column itself (DbTableColumnDefinition).
 ///
 /// A table with a foreign key cannot be created: the foreign key's text has one closing parenthesis too many, and
-/// SQLite rejects it. Without a referenced table, a primary key and a unique key, a foreign key is left out and the
+/// SQLite rejects it. If there is no referenced table, primary key or unique key, the foreign key is left out and the
 /// table is created. Create a table with a foreign key through IDatabaseApi::Execute.
 struct DbTableConstraints {
     /// Primary-key columns, one character each. Rows that conflict are skipped silently.
@@ -29,7 +29,7 @@ struct DbTableConstraints {
     /// The foreign key's column names, the same on both sides.
     std::vector<std::string> foreignKey{};
 
-    /// The foreign-key clause. It always ends in " )", which is all there is of it without foreign-key columns.
+    /// The foreign-key clause. It always ends in " )"; without foreign-key columns, it is " )" only.
     TKOSQLLITE_EXPORT std::string ForeignKeyConstraintAsString() const;
 };
 

@@ -16,7 +16,7 @@ namespace Morvik::sql {
 ///     table.columns = {{.name = "name", .type = DbTableColumnType::Text, .constraintFlags = PrimaryKey},
 ///                      {.name = "size", .type = DbTableColumnType::Integer}};
 struct DbTableDefinition {
-    /// The table's name, written unquoted. A name that holds a blank or a quote or is a keyword works in quotation
+    /// The table's name, written unquoted. A name that contains a blank or a quote or is a keyword works in quotation
     /// marks ("\"my table\""), but not with every operation: see IDatabaseApi.
     std::string name{};
 
@@ -26,7 +26,7 @@ struct DbTableDefinition {
     /// The table-level constraints.
     DbTableConstraints constraints{};
 
-    /// The comma-separated list of table-level constraints: primary key, unique key, foreign key, as far as present. A
+    /// The comma-separated list of the table-level constraints that are set: primary key, unique key, foreign key. A
     /// foreign key without a referenced table is left out when both keys are empty.
     TKOSQLLITE_EXPORT std::string TableConstraintAsString() const;
 };

@@ -11,52 +11,53 @@ namespace Morvik::sql {
 
 class DatabaseApi;
 
-/// Walks the query begun with DatabaseApi::SqlQueryBegin, one row at a time: an input iterator for range-for, ranges
-/// and the algorithms of namespace std, made by DatabaseApi::begin and DatabaseApi::end.
+/// Reads the rows of the query begun with DatabaseApi::SqlQueryBegin, one at a time: an input iterator for range-for,
+/// ranges and the algorithms of namespace std, made by DatabaseApi::begin and DatabaseApi::end.
 ///
 ///     for (const DbTableRowValues& row : database) { ... }
 ///     if (database.Failed()) { ... }   // the walk ended early
 ///
-/// All iterators of a facade stand on its one current row: advancing any of them, or calling begin() again, replaces
-/// the row that every one of them shows. The facade must outlive them. Same thread as the facade.
+/// All iterators of a facade refer to its one current row: advancing any of them, or calling begin() again, replaces
+/// the row that all of them return. The facade must outlive them. An iterator belongs to the same thread as the facade.
 class TKOSQLLITE_EXPORT DbTableRowIterator {
 public:
     using iterator_concept = std::input_iterator_tag; ///< Each row is seen once.
     using iterator_category = iterator_concept;       ///< The same for the algorithms of namespace std.
-    using value_type = DbTableRowValues;              ///< A row.
-    using difference_type = std::ptrdiff_t;           ///< Required of an iterator; rows are not counted.
-    using pointer = const DbTableRowValues*;          ///< The current row.
-    using reference = const DbTableRowValues&;        ///< The current row.
+    using value_type = DbTableRowValues;              ///< The type of a row.
+    using difference_type = std::ptrdiff_t;           ///< Required of an iterator type; rows are not counted.
+    using pointer = const DbTableRowValues*;          ///< Pointer to the current row.
+    using reference = const DbTableRowValues&;        ///< Reference to the current row.
 
-    /// An end iterator of no facade.
+    /// An end iterator without a facade.
     DbTableRowIterator() noexcept = default;
 
-    /// The current row; must not be called on an end iterator. The reference is valid as long as the facade lives, its
-    /// content until the next row is fetched or a query is begun.
+    /// The current row; must not be called on an end iterator. The reference is valid during the lifetime of the
+    /// facade, its content until the next row is fetched or a query is begun.
     reference operator*() const noexcept { return *m_row; }
 
     /// The current row; must not be called on an end iterator.
     pointer operator->() const noexcept { return m_row; }
 
-    /// Fetches the next row with DatabaseApi::ReadNextRow and becomes the end iterator when that returns false; the
-    /// facade's code then tells the end of the rows (0) from a failure. Must not be called on an end iterator.
+    /// Fetches the next row with DatabaseApi::ReadNextRow and becomes the end iterator when that returns false. The
+    /// facade's code then distinguishes the end of the rows (0) from a failure. Must not be called on an end iterator.
     DbTableRowIterator& operator++();
 
-    /// The row that an iterator was on before its postfix increment.
+    /// The row before a postfix increment, which returns this type.
     class PostfixRow {
     public:
-        /// The row, a copy.
+        /// A copy of the row.
         reference operator*() const noexcept { return m_row; }
 
     private:
-        friend class DbTableRowIterator; ///< Makes it.
+        friend class DbTableRowIterator; ///< Creates the copy.
 
         explicit PostfixRow(reference row) : m_row(row) {}
 
         DbTableRowValues m_row;
     };
 
-    /// The same as the prefix form. Returns a copy of the earlier row, which the facade holds no longer.
+    /// Advances as the prefix form does. Returns a copy of the earlier row, because the facade no longer holds that
+    /// row.
     PostfixRow operator++(int)
     {
         PostfixRow earlier(*m_row);
@@ -64,7 +65,7 @@ public:
         return earlier;
     }
 
-    /// Equal when both belong to the same facade and both stand on a row, or both are at the end.
+    /// Equal if both iterators belong to the same facade and both are on a row, or if both are at the end.
     friend bool operator==(const DbTableRowIterator& left, const DbTableRowIterator& right) noexcept
     {
         return left.m_facade == right.m_facade && left.m_position == right.m_position;

@@ -19,7 +19,7 @@ namespace Morvik::sql {
 ///         return Report(database.GetLastError(), database.GetLastErrorMsg());
 ///     }
 ///
-/// An object and everything it returns belongs to one thread at a time.
+/// An object and everything that it returns belong to one thread at a time.
 ///
 /// No operation throws for an SQL or file failure: it returns false and leaves a code and, as a rule, a message. The
 /// exceptions: DropTable() returns true, ExistsTable() and ExistData() give result 0, if the test for the table fails
@@ -57,29 +57,29 @@ namespace Morvik::sql {
 /// ReadValues() there.
 class TKOSQLLITE_EXPORT IDatabaseApi {
 public:
-    virtual ~IDatabaseApi(); ///< Destroys the object behind the interface.
+    virtual ~IDatabaseApi(); ///< Virtual, so that an object can be destroyed through the interface.
 
     IDatabaseApi(const IDatabaseApi&) = delete;            ///< An open database has one owner.
     IDatabaseApi& operator=(const IDatabaseApi&) = delete; ///< An open database has one owner.
 
-    /// Opens the database file `path` read-only, or read-write with creation; missing parent directories are created
-    /// in both modes. ":memory:" opens a database in memory.
+    /// Opens the database file `path` read-only, or read-write and creates it if it is missing. Missing parent
+    /// directories are created in both modes. ":memory:" opens a database in memory.
     ///
     /// Returns true with code 0. Returns false with 111 and "Create directory failed: " followed by `path`, or with
-    /// SQLite's code and message (14: the file cannot be opened). While a database is already open, that one stays and
-    /// its last recorded code and message are repeated: after a successful open the call returns true.
+    /// SQLite's code and message (14: the file cannot be opened). While a database is already open, it stays open and
+    /// the code and message of the last opening or closing are repeated: after a successful open the call returns true.
     virtual bool OpenDatabase(const std::string& path, bool readOnly) = 0;
 
     /// Closes the database. Returns true with code 0, also when it is closed already. Returns false with SQLite's code
-    /// and message (5) while a query or a prepared statement is still held, and the database then stays open. A read
-    /// holds its query until DatabaseApi::CloseReadTable.
+    /// and message (5) while a query or a prepared statement is still held; the database then stays open. A read holds
+    /// its query until DatabaseApi::CloseReadTable.
     virtual bool CloseDatabase() = 0;
 
-    /// True from a successful OpenDatabase() to a successful CloseDatabase(). Touches no error state.
+    /// True from a successful OpenDatabase() to a successful CloseDatabase(). Does not change the code or the message.
     virtual bool IsOpen() const = 0;
 
-    /// Creates the table if no table or view of that name exists; an existing one is left unchanged, whatever its
-    /// columns.
+    /// Creates the table if no table or view of that name exists. An existing table or view is left unchanged, whatever
+    /// its columns.
     ///
     /// Returns true with code 0. Returns false with 111 "Database isn't open.", 112 "Missing table name.", or SQLite's
     /// code and message for a definition that SQLite rejects (such as one with a foreign key, see DbTableConstraints).
@@ -124,9 +124,9 @@ public:
     virtual bool WriteTableValues(const std::string& table, const DbTableDataWrite& data) = 0;
 
     /// Assigns the cells of the first row of `data` to its columns in every row that `condition` selects; further rows
-    /// of `data` are ignored. `condition` is the complete clause with its keyword ("WHERE id=3"); an empty one changes
-    /// every row of the table. A text or blob cell that equals a column's name stores that column's content: see
-    /// DbTableColumnValue.
+    /// of `data` are ignored. `condition` is the complete clause with its keyword ("WHERE id=3"); an empty condition
+    /// changes every row of the table. A text or blob cell that equals a column's name stores that column's content:
+    /// see DbTableColumnValue.
     ///
     /// Returns true with code 0, also when no row was selected. Returns false with 112 "Missing table name." or
     /// "Missing column names.", or with SQLite's code and message as for WriteTableValues().
@@ -137,23 +137,23 @@ public:
     virtual bool ReadTableValues(const std::string& table, DbTableData& data) const = 0;
 
     /// Runs the query `sql` and appends its rows to `data.rows`, which is never cleared. Ends a row-by-row query in
-    /// progress. The query stays held after the last row, so close it (DatabaseApi::CloseReadTable) before
+    /// progress. The query stays open after the last row, so close it (DatabaseApi::CloseReadTable) before
     /// CloseDatabase().
     ///
-    /// Returns true with code 0 and an empty message; a text that holds no statement reads no rows. Returns false with
-    /// 111 "Database isn't open.", 112 "Missing query SQL statement.", SQLite's code and message, or 100 and an empty
-    /// message when a row could not be converted; rows read before a failure stay in `data`.
+    /// Returns true with code 0 and an empty message; a text without a statement reads no rows. Returns false with 111
+    /// "Database isn't open.", 112 "Missing query SQL statement.", SQLite's code and message, or 100 and an empty
+    /// message when a row could not be converted. Rows read before a failure stay in `data`.
     virtual bool ReadValues(const std::string& sql, DbTableData& data) const = 0;
 
-    /// Returns the number of rows of the table that satisfy `condition`, a complete clause with its keyword ("WHERE
-    /// size > 3") or empty, as a 32-bit number; 0 on a failure, except that the count stays when closing the query
-    /// fails. `result` receives 0 (also for an absent table, and for one that ExistsTable() does not find), the
-    /// facade's code of the failed step, or 110 when an exception was caught. Ends a row-by-row query in progress once
-    /// the table was found.
+    /// Returns the number of rows of the table that satisfy `condition`, as a 32-bit number. `condition` is a complete
+    /// clause with its keyword ("WHERE size > 3") or empty. Returns 0 on a failure, except that the count is still
+    /// returned when closing the query fails. `result` receives 0 (also for an absent table, and for a table that
+    /// ExistsTable() does not find), the facade's code of the failed step, or 110 when an exception was caught. Ends a
+    /// row-by-row query in progress if the table was found.
     virtual int ExistData(const std::string& table, const std::string& condition, int& result) = 0;
 
 protected:
-    IDatabaseApi() = default; ///< For the classes that implement it.
+    IDatabaseApi() = default; ///< For the classes that implement the interface.
 };
 
 } // namespace Morvik::sql

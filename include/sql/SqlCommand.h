@@ -11,9 +11,9 @@ namespace Morvik::sql {
 
 class SqlDatabase;
 
-/// Runs SQL on one connection: whole texts at once (Execute), or one prepared statement that is bound, stepped,
-/// reset and read column by column. The SqlDatabase must outlive the command, and the command must be finalized or
-/// destroyed before the connection can close.
+/// Runs SQL on one connection: either complete texts (Execute), or one prepared statement that is bound, stepped, reset
+/// and read column by column. The SqlDatabase must outlive the command, and the command must be finalized or destroyed
+/// before the connection can close.
 ///
 ///     SqlCommand command(database);
 ///     if (command.Prepare("SELECT size FROM package WHERE name = ?") && command.BindText(1, name) &&
@@ -23,14 +23,14 @@ class SqlDatabase;
 ///
 /// Parameters count from 1, columns from 0. Commands of one connection are used from one thread at a time.
 ///
-/// A failure of SQLite is a false return with SQLite's code in the record. Execute() and Step() also store the message;
-/// Prepare(), the bind operations, ClearBindings(), Reset() and Finalize() store the code beside whatever message
-/// stands there from before, so a failed Prepare() of a fresh command has a code and no message. Operations that need
-/// a statement and find none return false and leave the record as it was.
+/// When SQLite fails, an operation returns false and SQLite's code is in the record. Execute() and Step() also store
+/// the message. Prepare(), the bind operations, ClearBindings(), Reset() and Finalize() store the code and keep the
+/// earlier message, so a failed Prepare() of a new command leaves a code and no message. Operations that need a
+/// statement return false without one and leave the record unchanged.
 ///
-/// Only std::bad_alloc is thrown, when memory runs out.
+/// The only exception thrown is std::bad_alloc, when memory runs out.
 ///
-/// A moved-from command may be assigned to or destroyed; nothing else may be called on it.
+/// A moved-from command may only be assigned to or destroyed.
 class TKOSQLLITE_EXPORT SqlCommand final {
 public:
     /// A command on `database` without a statement; code 0 and an empty message. The connection may be opened later.
@@ -39,7 +39,8 @@ public:
     /// Takes over the source's statement, record and connection.
     SqlCommand(SqlCommand&& other) noexcept;
 
-    /// Takes over the source's statement, record and connection, then finalizes the statement held until now.
+    /// Takes over the source's statement, record and connection, then finalizes the statement that this object held
+    /// before.
     SqlCommand& operator=(SqlCommand&& other) noexcept;
 
     SqlCommand(const SqlCommand&) = delete;            ///< A statement has one owner.
@@ -54,18 +55,18 @@ public:
     /// failure ends their transaction. On a closed connection: code 21 and an empty message.
     bool Execute(const std::string& sql);
 
-    /// Compiles the first statement of `sql`; text after it is ignored without a word. The view need not be
-    /// zero-terminated, and may include its terminator.
+    /// Compiles the first statement of `sql`; text after it is silently ignored. The view need not be zero-terminated,
+    /// and may include its terminator.
     ///
-    /// Returns true with code 0, also for a text that holds no statement (empty, blanks, a comment): no statement is
-    /// held then and Step() returns false. Returns false with the record untouched when a statement is already held;
-    /// otherwise false with SQLite's code and the earlier message: 21 on a closed connection or for a view without
-    /// data (a null pointer, such as a default-constructed view).
+    /// Returns true with code 0, also for a text without a statement (empty, blanks, a comment): then no statement is
+    /// held and Step() returns false. Returns false with the record unchanged when a statement is already held;
+    /// otherwise false with SQLite's code and the earlier message: 21 on a closed connection or for a view without data
+    /// (a null pointer, such as a default-constructed view).
     bool Prepare(std::string_view sql);
 
-    /// Binds a 32-bit integer to parameter `index` (from 1). Returns false with code 25 for an index out of range,
-    /// with code 21 for a statement that has been stepped and not reset; the message is left as it was, here and in
-    /// the other bind operations.
+    /// Binds a 32-bit integer to parameter `index` (from 1). Returns false with code 25 for an index out of range, and
+    /// with code 21 for a statement that has been stepped and not reset. This and the other bind operations leave the
+    /// message unchanged.
     bool BindInteger(int index, int value);
 
     /// Binds a 64-bit integer to parameter `index` (from 1); results as for BindInteger().
@@ -88,29 +89,29 @@ public:
     bool ClearBindings();
 
     /// Advances to the next row. Returns true with an empty message for a row (code 100, HasRowData() is true) and for
-    /// the end (code 101, HasRowData() is false). Returns false with SQLite's code and message when the step fails,
-    /// and false with the record untouched without a statement. A step after the end starts the statement over, so
-    /// while (Step()) never ends: loop while (Step() && HasRowData()).
+    /// the end (code 101, HasRowData() is false). Returns false with SQLite's code and message when the step fails, and
+    /// false with the record unchanged without a statement. A step after the end starts the statement again, so while
+    /// (Step()) never ends: loop while (Step() && HasRowData()).
     bool Step();
 
-    /// Rewinds the statement to before its first row; bindings stay. Returns true with code 0. After a failed step
-    /// SQLite reports that step's code once more, and this returns false with it.
+    /// Rewinds the statement to before its first row; bindings stay. Returns true with code 0. After a failed step,
+    /// SQLite reports that step's code again, and Reset() returns false with that code.
     bool Reset();
 
-    /// Releases the statement, whatever is returned. Returns true with code 0, or false with the code of the last
-    /// failed step; false with the record untouched without a statement.
+    /// Always releases the statement. Returns true with code 0, or false with the code of the last failed step; false
+    /// with the record unchanged without a statement.
     bool Finalize();
 
-    /// The number of columns of the current row; 0 when no row is available. A row is available from a Step() that
-    /// yielded one up to the next operation that stores a code (a bind, ClearBindings(), Reset(), Finalize(), Step(),
-    /// Execute()).
+    /// The number of columns of the current row; 0 when no row is available. A row is available after a Step() that
+    /// returned a row, until the next operation that stores a code (a bind, ClearBindings(), Reset(), Finalize(),
+    /// Step(), Execute()).
     int ColumnCount() const;
 
     /// True when a row is available and column `column` (from 0) holds NULL.
     bool ColumnIsNull(int column) const;
 
-    /// Column `column` (from 0) as a 32-bit integer, SQLite's conversions applied: a wider value is cut to its low
-    /// 32 bits. 0 when no row is available. No column read writes the record.
+    /// Column `column` (from 0) as a 32-bit integer, converted by SQLite; a wider value is cut to its low 32 bits. 0
+    /// when no row is available. Column reads never change the record.
     int ColumnInt(int column) const;
 
     /// Column `column` (from 0) as a 64-bit integer; 0 when no row is available.
@@ -120,8 +121,8 @@ public:
     double ColumnDouble(int column) const;
 
     /// A copy of the text of column `column` (from 0), embedded zero bytes included; empty for NULL, for an empty text
-    /// and when no row is available. Also empty for a value that SQLite had no memory to convert: the next Step(),
-    /// Reset() or Finalize() then fails with code 7, as it does after the same in ColumnBlob().
+    /// and when no row is available. Also empty if SQLite had no memory to convert the value: the next Step(), Reset()
+    /// or Finalize() then fails with code 7. The same holds for ColumnBlob().
     std::string ColumnText(int column) const;
 
     /// A view of the bytes of column `column` (from 0), valid until the next Step(), Reset() or Finalize(), or until
@@ -129,7 +130,7 @@ public:
     /// when no row is available.
     std::span<const unsigned char> ColumnBlob(int column) const;
 
-    /// True when the record's code is 100: the last step yielded a row.
+    /// True when the record's code is 100: the last step returned a row.
     bool HasRowData() const;
 
     /// The code of the last operation that wrote the record.

@@ -10,7 +10,7 @@ struct sqlite3;
 namespace Morvik::sql {
 
 /// Owns one SQLite connection to one database file. Statements and cursors (SqlCommand, SqlTable) refer to their
-/// SqlDatabase and ask it for the current handle at every call, so it must outlive them.
+/// SqlDatabase and get the current handle from it at every call, so it must outlive them.
 ///
 ///     SqlDatabase database;
 ///     if (!database.Open("/var/lib/device/log.db", false)) {
@@ -19,8 +19,9 @@ namespace Morvik::sql {
 ///
 /// A connection and everything made on it is used from one thread at a time.
 ///
-/// A moved-from SqlDatabase may only be assigned to: no operation of it may be called, and it may not be destroyed
-/// before something has been assigned to it. That rules out assigning from a temporary, which is destroyed at once.
+/// A moved-from SqlDatabase may only be assigned to, and must be given a new value before it is destroyed. No other
+/// operation of it may be called. So assigning from a temporary is not allowed, because the temporary is destroyed at
+/// once.
 class TKOSQLLITE_EXPORT SqlDatabase final {
 public:
     /// A closed connection with code 0 and an empty message.
@@ -30,22 +31,22 @@ public:
     /// source, so move a connection before making any.
     SqlDatabase(SqlDatabase&& other) noexcept;
 
-    /// Takes over the source's connection and record. A connection that this object still holds is dropped without
-    /// being closed; call Close() before assigning over it.
+    /// Takes over the source's connection and record. If this object still holds a connection, that connection is
+    /// abandoned without being closed; call Close() before assigning.
     SqlDatabase& operator=(SqlDatabase&& other) noexcept;
 
     SqlDatabase(const SqlDatabase&) = delete;            ///< A connection has one owner.
     SqlDatabase& operator=(const SqlDatabase&) = delete; ///< A connection has one owner.
 
-    /// Closes as Close() does. If that fails because statements are still held, the connection stays unclosed. Running
-    /// out of memory while SQLite's message about that is stored ends the process.
+    /// Closes as Close() does. If that fails because statements are still held, the connection stays unclosed. If
+    /// memory also runs out while SQLite's message about that is stored, the process terminates.
     ~SqlDatabase();
 
-    /// Opens the database file `path`, read-only, or read-write with creation.
+    /// Opens the database file `path` read-only, or read-write and creates it if it is missing.
     ///
-    /// Missing parent directories are created first, for a read-only open too; a path that begins with ":" (such as
-    /// ":memory:") and a bare file name skip that step. A name that begins with "file:" is a path here;
-    /// SQLite reads it as a URI if it was built with SQLITE_USE_URI.
+    /// Missing parent directories are created first, also for a read-only open. A path that begins with ":" (such as
+    /// ":memory:") and a file name without a directory skip that step. A name that begins with "file:" is treated as a
+    /// path in that step; SQLite reads it as a URI if it was built with SQLITE_USE_URI.
     ///
     /// Returns true with code 0 and an empty message. Returns false
     /// - while a connection is already open: that connection and the record stay as they are;
@@ -53,19 +54,19 @@ public:
     ///   inspected or created;
     /// - with SQLite's code and message when SQLite cannot open the file. The connection is closed afterwards.
     ///
-    /// SQLite reads a file's content only when it is first used, so opening a file that is no database succeeds and
+    /// SQLite reads a file's content only when it is first used, so opening a file that is not a database succeeds and
     /// the first statement fails with code 26.
     bool Open(const std::string& path, bool readOnly);
 
-    /// Closes the connection. Returns true with code 0 and an empty message, or at once, with the record untouched,
-    /// when it is closed already. Returns false with SQLite's code and message (5 while statements or cursors on the
-    /// connection are still held); the connection then stays open.
+    /// Closes the connection. Returns true with code 0 and an empty message. If the connection is closed already,
+    /// returns true with the record unchanged. Returns false with SQLite's code and message (5 while statements or
+    /// cursors on the connection are still held); the connection then stays open.
     bool Close();
 
     /// True from a successful Open() to a successful Close().
     bool IsOpen() const;
 
-    /// SQLite's own handle of the connection, null while closed. It stays owned by this object and is valid until
+    /// SQLite's handle of the connection; null while closed. This object still owns the handle, which is valid until
     /// Close(). Only the form GetNativeDatabaseInstance<sqlite3>() exists.
     template <typename Native>
     Native* GetNativeDatabaseInstance() = delete;

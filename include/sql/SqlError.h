@@ -8,14 +8,14 @@
 
 namespace Morvik::sql {
 
-/// The error record of the access layer: the result code of the last recorded call and the message that belongs
-/// to it. Every connection, statement, cursor and value has exactly one; nothing in the layer throws for an SQL
-/// or file failure, so the reason for a false return is read here. Operations that need something that is not there (an
-/// open cursor, a statement) return false and leave the record as it was.
+/// The error record of the access layer: the result code of the last recorded call and the message that belongs to it.
+/// Every connection, statement, cursor and value has exactly one. Nothing in the layer throws for an SQL or file
+/// failure, so the reason for a false return is read here. Operations that need an open cursor or a statement and have
+/// none return false and leave the record unchanged.
 ///
-/// Codes are SQLite's primary result codes, passed through unchanged, or one of the library's own:
-/// 111 something that must be open is not, 112 a needed argument or value is missing or unusable,
-/// 113 a named table does not exist. A fresh record holds code 0 and an empty message.
+/// Codes are SQLite's primary result codes, passed through unchanged, or the library's result codes: 111 something that
+/// must be open is not, 112 a needed argument or value is missing or unusable, 113 a named table does not exist. A new
+/// record holds code 0 and an empty message.
 ///
 ///     if (!database.Open(path, false)) {
 ///         std::fprintf(stderr, "%d %s\n", database.GetLastError(), database.GetLastErrorMsg().c_str());
@@ -24,11 +24,11 @@ namespace Morvik::sql {
 /// A record belongs to one thread at a time.
 class TKOSQLLITE_EXPORT SqlError {
 public:
-    /// The code of the last recorded call; 0 in a fresh record.
+    /// The code of the last recorded call; 0 in a new record.
     int GetLastError() const { return m_code; }
 
-    /// The text that belongs to the code, empty when the code needs none. The reference stays valid as long as the
-    /// record lives; its content changes with the next recorded call.
+    /// The text that belongs to the code; empty when the code needs no text. The reference stays valid during the
+    /// lifetime of the record; its content changes with the next recorded call.
     const std::string& GetLastErrorMsg() const { return m_message; }
 
     /// True exactly for the codes 0 (OK), 100 (a row is available) and 101 (no more rows).
@@ -37,7 +37,7 @@ public:
     /// The negation of Succeeded(); a negative code counts as failed.
     bool Failed() const { return !Succeeded(); }
 
-    /// True exactly for code 100: the last step yielded a row.
+    /// True exactly for code 100: the last step returned a row.
     bool HasRowData() const { return m_code == Row; }
 
     /// Stores the code and empties the message, so that no success carries the text of an earlier failure.
@@ -47,17 +47,17 @@ public:
         m_message.clear();
     }
 
-    /// Stores the message and leaves the code as it is.
+    /// Stores the message and leaves the code unchanged.
     void SetErrorMsg(std::string message) { m_message = std::move(message); }
 
 protected:
-    /// Stores the code beside whatever message stands there. The statement class records preparing, binding,
-    /// resetting and finalizing this way; callers rely on the earlier message still being readable afterwards.
+    /// Stores the code and keeps the earlier message. The statement class records preparing, binding, resetting and
+    /// finalizing this way; callers rely on the earlier message still being readable afterwards.
     void SetErrorKeepingMessage(int code) { m_code = code; }
 
-    // SQLite's numbers of the codes that count as success.
-    static constexpr std::int32_t Ok = 0;     ///< The call did what it was asked for.
-    static constexpr std::int32_t Row = 100;  ///< A step yielded a row.
+    // The codes that count as success, with SQLite's numbers.
+    static constexpr std::int32_t Ok = 0;     ///< The call succeeded.
+    static constexpr std::int32_t Row = 100;  ///< A step returned a row.
     static constexpr std::int32_t Done = 101; ///< A step found no more rows.
 
 private:

@@ -19,15 +19,15 @@ namespace Morvik::sql {
 ///     const long long bytes = size.GetValue<long long>();
 ///     if (size.Failed()) { ... }   // there is no column of that name
 ///
-/// The record starts as code 0 with an empty message and keeps a failure, also after later reads that succeed. A
+/// The record starts as code 0 with an empty message. A failure stays recorded, also after later reads that succeed. A
 /// value belongs to the thread of its cursor.
 class TKOSQLLITE_EXPORT SqlValue : public SqlError {
 public:
-    /// Wraps `value`, which stays owned by the statement that produced it; null wraps nothing.
+    /// Wraps `value`, which is still owned by the statement that produced it; null wraps nothing.
     explicit SqlValue(sqlite3_value* value) noexcept : m_value(value) {}
 
-    /// Takes over the source's instance and leaves it wrapping nothing. The record starts fresh; the source's is not
-    /// carried over.
+    /// Takes over the source's instance; the source then wraps nothing. The new record has code 0 and an empty message:
+    /// the source's record is not taken over.
     SqlValue(SqlValue&& other) noexcept : SqlError(), m_value(std::exchange(other.m_value, nullptr)) {}
 
     /// Exchanges the two instances and leaves both records as they are; nothing happens on self-assignment.
@@ -39,24 +39,24 @@ public:
 
     SqlValue(const SqlValue&) = delete;            ///< Moved, not copied.
     SqlValue& operator=(const SqlValue&) = delete; ///< Moved, not copied.
-    ~SqlValue() = default;                         ///< Leaves the instance to its statement.
+    ~SqlValue() = default;                         ///< Frees nothing: the statement owns the instance.
 
-    /// The wrapped instance, null when there is none.
+    /// The wrapped instance; null when nothing is wrapped.
     sqlite3_value* ValueInstance() const { return m_value; }
 
     /// The storage class: 1 INTEGER, 2 FLOAT, 3 TEXT, 4 BLOB, 5 NULL; -1 when nothing is wrapped.
     int GetValueType() const;
 
-    /// The value, converted by SQLite where its storage class is another one; NULL reads as 0, 0.0 or no bytes. When
-    /// nothing is wrapped, the zero of the type, with code 112 and "No value instance exists." in the record.
+    /// The value, converted by SQLite if its storage class is a different one; NULL reads as 0, 0.0 or no bytes. When
+    /// nothing is wrapped, returns the zero of the type and records code 112 with "No value instance exists."
     ///
     /// T is one of
     /// - int: a wider integer is cut to its low 32 bits;
     /// - long long;
     /// - double;
-    /// - std::string: up to the first zero byte; throws std::logic_error for NULL, so ask GetValueType() first;
-    /// - std::vector<char>: all bytes; none where SQLite had no memory to convert what is no blob, and closing the
-    ///   cursor then fails with code 7.
+    /// - std::string: up to the first zero byte; throws std::logic_error for NULL, so check GetValueType() first;
+    /// - std::vector<char>: all bytes. If the value is not a blob and SQLite had no memory to convert it, the vector is
+    ///   empty, and closing the cursor then fails with code 7.
     ///
     /// Texts and bytes are copies; std::bad_alloc is thrown when there is no memory for one.
     template <typename T>
