@@ -15,7 +15,7 @@ namespace Morvik::sql {
 
 namespace {
 
-// SQLite takes lengths as int. What exceeds that also exceeds SQLite's own limits, and is refused by it as too big.
+// SQLite takes lengths as int. A longer value also exceeds SQLite's own limits, and SQLite rejects it as too big.
 int ByteCount(std::size_t size)
 {
     return static_cast<int>(std::min<std::size_t>(size, std::numeric_limits<int>::max()));
@@ -43,7 +43,8 @@ public:
     sqlite3* Handle() const { return database->GetNativeDatabaseInstance<sqlite3>(); }
     bool RowAvailable() const { return statement != nullptr && HasRowData(); }
 
-    // Makes one call on the statement and stores its code beside the earlier message, which callers may still read.
+    // Makes one call on the statement and stores its code. The earlier message stays, because callers may still read
+    // it.
     template <typename Call>
     bool Record(Call call)
     {
@@ -68,7 +69,7 @@ SqlCommand& SqlCommand::operator=(SqlCommand&& other) noexcept = default;
 
 SqlCommand::~SqlCommand() = default;
 
-// Cold, so that it is built for size: SQLite takes nearly all of its time.
+// Marked cold, so that it is built for size: almost all of its time is spent in SQLite.
 [[gnu::cold]] bool SqlCommand::Execute(const std::string& sql)
 {
     char* text = nullptr;
@@ -186,7 +187,7 @@ std::string SqlCommand::ColumnText(int column) const
     if (!m_impl->RowAvailable()) {
         return {};
     }
-    // The bytes are asked for first: that converts the value to text, so that the pointer is the converted text's.
+    // The length is read first: that may convert the value, and the pointer must be that of the converted value.
     const int bytes = sqlite3_column_bytes(m_impl->statement, column);
     if (bytes <= 0) {
         return {};

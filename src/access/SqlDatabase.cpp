@@ -17,8 +17,8 @@ namespace {
 
 namespace fs = boost::filesystem;
 
-// Creates the missing parent of the path as create_directories() does. Boost 1.74 ends the process when memory runs out
-// while it creates a missing ancestor, so every ancestor is created by a separate call.
+// Creates the missing parent directory of the path, as create_directories() does. Boost 1.74 ends the process when
+// memory runs out while it creates a missing ancestor, so every ancestor is created by a separate call.
 void CreateParent(const fs::path& path)
 {
     const fs::path parent = path.parent_path();
@@ -54,7 +54,8 @@ SqlDatabase::SqlDatabase() : m_impl(std::make_unique<Impl>()) {}
 
 SqlDatabase::SqlDatabase(SqlDatabase&& other) noexcept = default;
 
-// Closing here would be a surprise to callers that keep the raw handle: they close before assigning over a connection.
+// The connection is not closed here. Callers that keep the raw handle rely on that: they close before assigning to a
+// connection.
 SqlDatabase& SqlDatabase::operator=(SqlDatabase&& other) noexcept = default;
 
 SqlDatabase::~SqlDatabase()
@@ -78,7 +79,8 @@ bool SqlDatabase::Open(const std::string& path, bool readOnly)
         return true;
     }
 
-    // SQLite hands back a handle even for a failed open, to carry the message; it is null only when memory ran out.
+    // SQLite returns a handle even for a failed open, because the handle has the message. It is null only when memory
+    // ran out.
     const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> failed(std::exchange(m_impl->handle, nullptr),
                                                                     sqlite3_close);
     if (failed != nullptr) {

@@ -34,8 +34,8 @@ public:
     sqlite3_stmt* statement = nullptr;
 };
 
-// Returns whether the statement was closed and that was recorded whole. A statement whose connection is gone is kept
-// and not finalized: its memory is not this cursor's to touch any more.
+// Returns whether the statement was closed and the result was completely recorded. If the connection no longer exists,
+// the statement is kept and not finalized, because its memory may have been freed.
 bool SqlTable::Impl::CloseStatement() noexcept
 {
     if (!database->IsOpen()) {
@@ -43,13 +43,13 @@ bool SqlTable::Impl::CloseStatement() noexcept
     }
     try {
         record.SetError(sqlite3_finalize(statement));
-        statement = nullptr; // before anything can fail, lest it be finalized twice
+        statement = nullptr; // cleared before anything can fail, so that it is never finalized twice
         if (record.Failed()) {
             SetErrorMsg();
         }
         return true;
     } catch (...) {
-        return false; // without memory for the message, the code stands alone
+        return false; // out of memory: keep the code, drop the message
     }
 }
 
@@ -70,7 +70,7 @@ bool SqlTable::Open(const std::string& sql) const
         return m_impl->record.Succeeded();
     }
 
-    // Callers know the codes of the legacy interface, and that it never compiles a statement again behind their back.
+    // Callers rely on the codes of the legacy interface, and on its never compiling a statement again automatically.
     m_impl->record.SetError(sqlite3_prepare(m_impl->Handle(), sql.c_str(), -1, &m_impl->statement, nullptr));
     if (m_impl->record.Succeeded()) {
         return true;
@@ -96,7 +96,7 @@ bool SqlTable::ReadNext() const
         return true;
     }
     if (code == SQLITE_DONE) {
-        // The end of the rows leaves 0, by which callers tell it from a failure.
+        // At the end of the rows the code is 0. Callers rely on it to distinguish the end from a failure.
         m_impl->record.SetError(SQLITE_OK);
         return false;
     }

@@ -8,7 +8,7 @@ namespace Morvik::sql {
 
 namespace {
 
-// Records that there is no instance to read. An earlier failure stays recorded when a later read succeeds.
+// Stores code 112 because there is no value to read. The code stays when a later read succeeds.
 bool HasInstance(SqlValue& value)
 {
     if (value.ValueInstance() != nullptr) {

@@ -6,13 +6,13 @@ struct sqlite3;
 
 namespace Morvik::sql {
 
-/// Stores the message of the connection's last failure beside the code in `error`.
+/// Stores the message of the connection's last failure in `error` and keeps its code.
 void SetErrorMsgFrom(sqlite3* handle, SqlError& error);
 
-/// Throws std::logic_error: an SQL NULL was asked for its text.
+/// Throws std::logic_error, because a caller read an SQL NULL as text.
 [[noreturn]] void ThrowNullText();
 
-/// Throws std::bad_alloc: SQLite had no memory for a text or for bytes.
+/// Throws std::bad_alloc, because SQLite had no memory for a text or for bytes.
 [[noreturn]] void ThrowOutOfMemory();
 
 } // namespace Morvik::sql

@@ -45,7 +45,8 @@ std::string_view SqliteValue::Text() const
 
 std::span<const char> SqliteValue::Blob() const
 {
-    // The length is read first: that may convert the value, and the pointer must be the converted value's.
+    // The length is read first, because reading it may convert the value; the pointer must be that of the converted
+    // value.
     const int length = sqlite3_value_bytes(m_value);
     const void* bytes = sqlite3_value_blob(m_value);
     if (bytes == nullptr && length > 0) {

@@ -9,7 +9,7 @@ struct sqlite3_value;
 
 namespace Morvik::sql {
 
-/// SQLite's storage classes under SQLite's numbers.
+/// SQLite's storage classes with SQLite's numbers.
 enum class StorageClass : int {
     Missing = -1, ///< There is no value.
     Integer = 1,
@@ -19,16 +19,17 @@ enum class StorageClass : int {
     Null = 5,
 };
 
-/// Reads one value of a row. The value belongs to its statement; texts and bytes are views of SQLite's memory, valid
-/// until the value is read in another form or the statement steps. Only Type() may be called where there is no value.
+/// Reads one value of a row. The value belongs to its statement. Texts and bytes are views of SQLite's memory; they are
+/// valid until the value is read as another type or the statement steps. If there is no value (null), only Type() may
+/// be called.
 class SqliteValue {
 public:
     explicit SqliteValue(const SqlValue& value) noexcept : m_value(value.ValueInstance()) {}
 
-    /// The storage class; a number that is none of StorageClass if SQLite has a new one.
+    /// The storage class. It is not in StorageClass if SQLite has added one.
     StorageClass Type() const;
 
-    /// The value as a 32-bit integer; a wider one is cut to its low 32 bits.
+    /// The value as a 32-bit integer; a wider value is cut to its low 32 bits.
     int Integer() const;
 
     /// The value as a 64-bit integer.
@@ -40,7 +41,7 @@ public:
     /// The text up to its first zero byte. The value must not be NULL. Throws std::bad_alloc if SQLite has no memory.
     std::string_view Text() const;
 
-    /// The bytes, none for NULL. Throws std::bad_alloc if SQLite has no memory for them.
+    /// The bytes; empty for NULL. Throws std::bad_alloc if SQLite has no memory for them.
     std::span<const char> Blob() const;
 
 private:

@@ -47,7 +47,7 @@ bool DatabaseApi::OpenDatabase(const std::string& path, bool readOnly)
 {
     m_impl->ResetCode();
     if (!m_impl->database.Open(path, readOnly)) {
-        // A second open leaves the connection's record as it stands, so a success may be copied here.
+        // A second open leaves the connection's error unchanged, so the code copied here may be that of a success.
         m_impl->CopyErrorFrom(m_impl->database);
     }
     return m_impl->Succeeded();

@@ -21,7 +21,7 @@ bool DatabaseApi::Impl::OpenCursor(const std::string& sql)
 
 bool DatabaseApi::Impl::ReadNextRow(DbTableRowValues& row)
 {
-    // The code is not reset: a failure stays recorded until the walk ends or another operation begins.
+    // The code is not reset: an earlier failure stays recorded until the walk ends or another operation begins.
     if (!table.IsOpen()) {
         return Fail(NotOpen, "Table isn't open.");
     }
@@ -46,7 +46,7 @@ bool DatabaseApi::Impl::CloseCursor()
 bool DatabaseApi::SqlQueryBegin(const std::string& sql)
 {
     const bool begun = m_impl->OpenCursor(sql);
-    m_row.cells.clear(); // last, because `sql` may be a text of this row
+    m_row.cells.clear(); // assigned last, because `sql` may be a text of this row
     return begun;
 }
 

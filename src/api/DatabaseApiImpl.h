@@ -13,13 +13,13 @@ namespace Morvik::sql {
 enum class StorageClass : int;
 struct WriteStatement;
 
-/// The facade's implementation object: it checks arguments, runs the statements of the model on its connection,
-/// converts rows, and holds the error. One file for each group of operations: DatabaseApi.cpp (opening, executing, the
+/// The facade's implementation: it checks arguments, runs the statements of the model on its connection, converts rows,
+/// and holds the error. There is one file for each group of operations: DatabaseApi.cpp (opening, executing, the
 /// error), DatabaseApiTables.cpp, DatabaseApiWriting.cpp, DatabaseApiReading.cpp and DatabaseApiCursor.cpp.
 ///
-/// All operations record in the same way. An operation that starts a unit of work calls ResetCode(), which leaves the
-/// message. A failed check calls Fail(). A failure of a connection, command or cursor is copied with CopyErrorFrom().
-/// The result is Succeeded().
+/// All operations store errors in the same way. An operation that starts a unit of work calls ResetCode(), which leaves
+/// the message. A failed check calls Fail(). A failure of a connection, command or cursor is copied with
+/// CopyErrorFrom(). The operation returns Succeeded().
 struct __attribute__((visibility("hidden"))) DatabaseApi::Impl {
     Impl();
     Impl(const Impl&) = delete;
@@ -39,10 +39,10 @@ struct __attribute__((visibility("hidden"))) DatabaseApi::Impl {
         Fail(source.GetLastError(), source.GetLastErrorMsg());
     }
 
-    /// True with the error unchanged while the database is open; otherwise records 111.
+    /// Returns true if the database is open and leaves the error unchanged; otherwise records 111 and returns false.
     bool CheckOpen();
 
-    /// Runs the text on the connection, open or not, and copies the failure. The code is not reset.
+    /// Runs the text on the connection, which may be closed, and copies the failure. The code is not reset.
     bool RunCommand(const std::string& sql);
 
     /// Resets the code and runs the text, which must not be empty.
@@ -54,13 +54,13 @@ struct __attribute__((visibility("hidden"))) DatabaseApi::Impl {
     bool AlterTable(const std::string& table, const std::string& newName);
     static std::string TableDefinitionToString(const DbTableDefinition& definition);
 
-    /// Runs the statement of a definition, which must not be empty.
+    /// Runs the statement made from a definition. The statement must not be empty.
     bool RunDefinition(const std::string& sql);
 
     bool Write(const std::string& table, const DbTableDataWrite& data);
     bool Update(const std::string& table, const DbTableDataWrite& data, const std::string& condition);
 
-    /// Records the invalid cell, if there is one, and runs the statement all the same.
+    /// Runs the statement, even if it has an invalid cell, and records that cell.
     bool RunWrite(const WriteStatement& statement);
 
     /// Closes the cursor, resets the code and opens the cursor on the query.
@@ -70,12 +70,12 @@ struct __attribute__((visibility("hidden"))) DatabaseApi::Impl {
     /// Fetches the cursor's next row without resetting the code.
     bool ReadNextRow(DbTableRowValues& row);
 
-    /// Converts the cursor's current row, up to the first cell that fails. Whether the row is complete is read from the
-    /// code afterwards. If the code was not 0 before, the row has no cells.
+    /// Converts the cursor's current row, up to the first cell that fails. The code tells afterwards whether the row is
+    /// complete. If the code was not 0 before, the row has no cells.
     void ReadRow(const SqlTable& cursor, DbTableRowValues& row);
 
-    /// Converts one column of the current row into the cell. Returns false if the code is not 0 afterwards, which it
-    /// may have been before.
+    /// Converts one column of the current row into the cell. Returns false if the code is not 0 afterwards; it may also
+    /// have been set before the call.
     bool GetColumnData(const SqlTable& cursor, DbTableColumnValue& cell, unsigned int column);
     void ReadNewCells(const SqlTable& cursor, std::vector<DbTableColumnValue>& cells, std::size_t columns);
     bool FailConversion(StorageClass type);

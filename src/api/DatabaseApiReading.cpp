@@ -16,7 +16,8 @@ namespace {
 
 using CellValue = decltype(DbTableColumnValue::value);
 
-// A walk keeps the memory of a text or blob for the next row, unless it is larger than this and than twice the value.
+// A walk keeps the memory of a text or blob for the next row, unless it is larger than this limit and larger than twice
+// the value.
 constexpr std::size_t LargestKeptBuffer = 4096;
 
 bool IsStorageClass(StorageClass type)
@@ -24,19 +25,19 @@ bool IsStorageClass(StorageClass type)
     return type >= StorageClass::Integer && type <= StorageClass::Null;
 }
 
-// A cell with its fields given as arguments: GCC clears the memory of one that is written with constants first.
+// Makes a cell from arguments. If the fields were written as constants, GCC would clear the cell's memory first.
 template <typename Held, typename... Of>
 DbTableColumnValue Cell(DbTableColumnType type, std::uint32_t column, Of... of)
 {
     return {type, column, CellValue(std::in_place_type<Held>, of...)};
 }
 
-// A new cell of the value, constructed in the place that it is returned to.
+// Makes a cell with the value, constructed directly in the place of the return value.
 [[gnu::noinline]] DbTableColumnValue MakeCell(SqliteValue value, StorageClass type, std::uint32_t column)
 {
     switch (type) {
     case StorageClass::Integer:
-        return Cell<int>(DbTableColumnType::Integer, column, value.Integer()); // 32 bits, as every cell
+        return Cell<int>(DbTableColumnType::Integer, column, value.Integer()); // cut to 32 bits, as in every cell
     case StorageClass::Float:
         return Cell<double>(DbTableColumnType::Real, column, value.Real());
     case StorageClass::Text:
@@ -45,7 +46,7 @@ DbTableColumnValue Cell(DbTableColumnType type, std::uint32_t column, Of... of)
         const std::span<const char> bytes = value.Blob();
         return Cell<std::vector<char>>(DbTableColumnType::Blob, column, bytes.begin(), bytes.end());
     }
-    default: // NULL is tagged None, so that a reader never sees the tag Null
+    default: // NULL is tagged None; readers rely on never getting the tag Null
         return Cell<std::string>(DbTableColumnType::None, column);
     }
 }
@@ -59,7 +60,7 @@ struct CellMaker {
     operator DbTableColumnValue() const { return MakeCell(value, type, column); }
 };
 
-// The index of the alternative that a cell of this type holds.
+// The index of the variant's alternative for a cell of this type.
 std::size_t AlternativeOf(StorageClass type)
 {
     return type == StorageClass::Null ? 2 : static_cast<std::size_t>(type) - 1;
@@ -67,7 +68,7 @@ std::size_t AlternativeOf(StorageClass type)
 
 static_assert(std::is_same_v<std::variant_alternative_t<2, CellValue>, std::string>);
 
-// Gives the cell a value of another alternative.
+// Replaces the cell's value by another alternative of the variant.
 [[gnu::cold, gnu::noinline]] void Replace(DbTableColumnValue& cell, DbTableColumnValue made)
 {
     cell.type = made.type;
@@ -75,25 +76,25 @@ static_assert(std::is_same_v<std::variant_alternative_t<2, CellValue>, std::stri
     std::construct_at(&cell.value, std::move(made.value));
 }
 
-// Whether a buffer of this capacity is too large to be kept for so many bytes.
+// Whether a buffer of this capacity is too large to keep for so many bytes.
 bool IsTooLarge(std::size_t capacity, std::size_t size)
 {
     return capacity > std::max(LargestKeptBuffer, 2 * size);
 }
 
-// Copies the text into the buffer, which stays somewhat larger than it must be if it grows.
+// Copies the text into the buffer. If the buffer must grow, it grows by more than needed.
 [[gnu::always_inline]] inline void Assign(std::string& buffer, std::string_view text)
 {
     if (text.size() > buffer.capacity()) [[unlikely]] {
         buffer.assign(text);
         return;
     }
-    buffer.resize(text.size()); // with the copy, a fifth of what assign() takes
+    buffer.resize(text.size()); // including the copy, this takes a fifth of the time of assign()
     std::copy(text.begin(), text.end(), buffer.begin());
 }
 
-// Gives the cell the column's value, and uses its buffer again if it has one. Returns the storage class. Cells that
-// have none become untyped zeroes.
+// Sets the cell to the column's value, reusing the cell's buffer. Returns the storage class. A cell without a storage
+// class becomes an untyped zero.
 [[gnu::always_inline]] inline StorageClass UpdateCell(DbTableColumnValue& cell, const SqlTable& cursor,
                                                       unsigned int column)
 {
@@ -167,9 +168,9 @@ bool DatabaseApi::Impl::ReadValues(const std::string& sql, DbTableData& data)
     if (!OpenCursor(sql)) {
         return false;
     }
-    // A text without a statement leaves the cursor closed, and reads as no rows.
+    // If the text has no statement, the cursor stays closed, and there are no rows to read.
     while (table.IsOpen() && table.ReadNext()) {
-        // The row is read in its place. If it is not complete, it is removed again.
+        // The row is appended first and read into its final place. If it is not complete, it is removed.
         DbTableRowValues& row = data.rows.emplace_back();
         try {
             ReadRow(table, row);
@@ -182,13 +183,13 @@ bool DatabaseApi::Impl::ReadValues(const std::string& sql, DbTableData& data)
             break;
         }
     }
-    // The cursor's error replaces that of a failed conversion: callers find the code of the last step, 100.
+    // The cursor's error replaces that of a failed conversion: callers rely on the code of the last step, 100.
     CopyErrorFrom(table);
     return Succeeded();
 }
 
-// The cells of a row of the same size are used again with their buffers, so that a walk over rows of one shape
-// allocates nothing. Whatever ends the reading, an exception too, leaves only the cells that were converted.
+// Cells of an earlier row with the same number of columns are reused with their buffers, so that a walk over similar
+// rows allocates nothing. If reading stops early, also with an exception, only the converted cells remain.
 void DatabaseApi::Impl::ReadRow(const SqlTable& cursor, DbTableRowValues& row)
 {
     std::vector<DbTableColumnValue>& cells = row.cells;
@@ -231,10 +232,10 @@ void DatabaseApi::Impl::ReadNewCells(const SqlTable& cursor, std::vector<DbTable
             return;
         }
         if (cells.size() == cells.capacity()) {
-            __builtin_unreachable(); // memory for all of them is reserved
+            __builtin_unreachable(); // memory for all cells is reserved
         }
         cells.emplace_back(CellMaker{value, type, static_cast<std::uint32_t>(column)});
-        if (!Succeeded()) { // an earlier code keeps every cell out
+        if (!Succeeded()) { // after an earlier failure, no cell is stored
             cells.pop_back();
             return;
         }

@@ -2,7 +2,8 @@
 
 namespace Morvik::sql {
 
-// Defined here, so that the interface's type information has one home: casts across the library's boundary need it.
+// Defined in this file so that the interface's type information is in the library only: casts across the library's
+// boundary need it.
 IDatabaseApi::~IDatabaseApi() = default;
 
 } // namespace Morvik::sql

@@ -14,7 +14,7 @@ struct ConstraintKeyword {
     std::string_view keyword;
 };
 
-// The order in which the clause names them, which is not the order of their values.
+// The constraints in the order in which the clause lists them, which differs from the order of their values.
 constexpr auto ConstraintKeywords = std::to_array<ConstraintKeyword>({
     {PrimaryKey, "PRIMARY KEY"},
     {NotNull, "NOT NULL"},

@@ -8,7 +8,7 @@ namespace Morvik::sql {
 
 namespace {
 
-// Each key column is the one character that its element holds.
+// Each element of the list is one character, the name of a key column.
 void AppendKey(std::string& list, std::string_view keyword, const std::vector<char>& columns)
 {
     if (columns.empty()) {
@@ -28,7 +28,7 @@ std::string DbTableDefinition::TableConstraintAsString() const
     AppendKey(list, "PRIMARY KEY", constraints.primaryKey);
     AppendKey(list, "UNIQUE", constraints.unique);
 
-    // A foreign key that references nothing makes no list of its own, though it may end one.
+    // Without a referenced table, a foreign key is written only after another constraint.
     const bool listed = !list.empty() || !constraints.referenceTable.empty();
     if (listed && !constraints.foreignKey.empty()) {
         StrAppendItem(list, constraints.ForeignKeyConstraintAsString());

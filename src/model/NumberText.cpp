@@ -15,13 +15,13 @@ namespace Morvik::sql {
 
 namespace {
 
-// The digits that a default stream writes of a double.
+// The number of significant digits that a default stream writes for a double.
 constexpr int Precision = 6;
 
 // Enough for "-1.23457e+308" and "-2147483648".
 constexpr std::size_t LongestNumber = 13;
 
-// One stream serves every type of number: the code of a second one would be larger than all that is written here.
+// One stream writes every type of number: the code of a second stream would be larger than the rest of this file.
 template <typename Number>
 bool AppendStreamed(SqlBuffer& text, Number number)
 {
@@ -45,7 +45,7 @@ char* WriteSixDigits(char* end, SixDigits number)
     while (count > static_cast<std::size_t>(wholeDigits) && digits[count - 1] == '0') {
         --count;
     }
-    // All six are copied, and those behind the point once more: copies of a fixed size are the cheapest.
+    // Always copies all six digits, and again those after the point, because copies of a fixed size are the fastest.
     std::copy_n(digits.begin(), Precision, end);
     if (count > static_cast<std::size_t>(wholeDigits)) {
         end[wholeDigits] = '.';
@@ -59,9 +59,9 @@ char* WriteSixDigits(char* end, SixDigits number)
 
 } // namespace
 
-// Scales the number so that its six digits stand before the point. Scaling rounds once, by far less than the margin, so
-// that the digits are right wherever what follows them is not close to a half. Returns false where it is, and for
-// numbers that need an exponent.
+// Scales the number so that its six digits are before the point. Scaling rounds once, by far less than the margin, so
+// the digits are right unless the rest is close to one half. In that case, and for numbers that need an exponent, the
+// function returns false.
 bool FindSixDigits(double magnitude, SixDigits& found)
 {
     static constexpr std::array PowersOfTen{1e0, 1e1, 1e2, 1e3, 1e4, 1e5};
@@ -81,7 +81,7 @@ bool FindSixDigits(double magnitude, SixDigits& found)
     }
     found.digits = whole + (rest > 0.5 ? 1 : 0);
     found.exponent = exponent;
-    return found.digits < 1000000; // the next power of ten was reached by rounding up
+    return found.digits < 1000000; // rounding up reached the next power of ten
 }
 
 bool AppendNumber(SqlBuffer& text, std::int32_t number)
@@ -119,14 +119,14 @@ bool AppendNumber(SqlBuffer& text, double number)
 
 std::size_t NumberSize(std::int32_t number)
 {
-    // 1233 / 4096 is a little more than log10(2), so that this counts the digits or one more.
+    // 1233 / 4096 is slightly more than log10(2), so the result is the number of digits or one more.
     const auto magnitude = static_cast<std::uint32_t>(std::abs(std::int64_t{number}));
     return static_cast<std::size_t>(std::bit_width(magnitude) * 1233 / 4096 + 1 + (number < 0 ? 1 : 0));
 }
 
 std::size_t NumberSize(double number)
 {
-    // Six digits and a point, behind "0." for the smallest of these; every other number may take an exponent.
+    // The longest text without an exponent is six digits and a point after "0."; any other number may need an exponent.
     const double magnitude = std::abs(number);
     return magnitude >= 0.1 && magnitude < 1e6 ? std::size_t{8} + (number < 0 ? 1 : 0) : LongestNumber;
 }

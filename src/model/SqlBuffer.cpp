@@ -17,7 +17,7 @@ std::string SqlBuffer::Release()
     return std::move(m_text);
 }
 
-// The expected size is nearly right, so that growing by an eighth wastes little.
+// The expected size is almost right, so growing by an eighth wastes little.
 void SqlBuffer::Grow(std::size_t missing)
 {
     const std::size_t used = Size();

@@ -6,16 +6,17 @@
 
 namespace Morvik::sql {
 
-/// The text of a statement while it grows. It is appended to in pieces of a few bytes, millions of times, so appending
-/// costs little more than the copy. Memory is allocated once if the expected size is right. Running out of memory
-/// throws std::bad_alloc and never cuts the text short.
+/// The text of a statement while it is built. Millions of pieces of a few bytes are appended, so appending must cost
+/// little more than the copy. Memory is allocated once if the expected size is right. When memory runs out,
+/// std::bad_alloc is thrown and the text is never cut short.
 class SqlBuffer {
 public:
     explicit SqlBuffer(std::size_t expectedSize);
 
     std::size_t Size() const { return static_cast<std::size_t>(m_end - m_text.data()); }
 
-    /// Whether a stream wrote numbers in their plain form when the buffer was made; no stream is needed then.
+    /// Whether numbers can be written without a stream: true if a stream formatted them as std::to_chars does when the
+    /// buffer was made.
     bool HasPlainNumbers() const { return m_hasPlainNumbers; }
 
     [[gnu::always_inline]] void Append(char character)
@@ -26,7 +27,7 @@ public:
 
     void Append(std::string_view piece) { m_end += piece.copy(Reserve(piece.size()), piece.size()); }
 
-    /// The end of the text, with space for `size` bytes after it. SetEnd() says how many of them were written.
+    /// Returns the end of the text, with space for `size` bytes after it. SetEnd() tells how many of them were written.
     [[gnu::always_inline]] char* Reserve(std::size_t size)
     {
         if (static_cast<std::size_t>(m_limit - m_end) < size) {

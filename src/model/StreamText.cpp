@@ -22,8 +22,9 @@ bool SharesFacet(const std::locale& left, const std::locale& right)
 
 } // namespace
 
-// The facets are compared, because a locale that was combined from the classic one has its name. Comparing them takes
-// long, so the usual case is found first: locales with the same bytes are the same.
+// The facets are compared and not the names, because a locale that was combined from the classic one keeps its name.
+// This comparison is slow, so the usual case is tested first: two locale objects with the same bytes are the same
+// locale.
 bool StreamsWritePlainNumbers()
 {
     const std::locale current;
@@ -37,14 +38,14 @@ bool StreamsWritePlainNumbers()
 [[gnu::cold, gnu::noinline]] bool AppendStreamed(SqlBuffer& text, StreamInsertion insert, const void* value)
 {
     std::ostringstream stream;
-    // Otherwise the stream would discard a failed allocation and go on with a number cut short.
+    // Without this, the stream would ignore a failed allocation and write an incomplete number.
     stream.exceptions(std::ios_base::badbit);
     try {
         insert(stream, value);
     } catch (const std::bad_alloc&) {
         throw;
     } catch (...) {
-        // A facet threw. As in any stream, the text that it wrote before is kept.
+        // A facet threw an exception. As with any stream, the text that it wrote before is kept.
     }
     const std::string_view written = stream.view();
     text.Append(written);

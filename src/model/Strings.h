@@ -6,10 +6,10 @@
 
 namespace Morvik::sql {
 
-/// The pieces one after another, in a string that is allocated once.
+/// Returns the pieces concatenated, in a string that is allocated once.
 std::string StrCat(std::initializer_list<std::string_view> pieces);
 
-/// Appends the items to `text`, separated by "," without blanks. An empty item leaves an empty place.
+/// Appends the items to `text`, separated by "," without blanks. An empty item leaves nothing between its commas.
 template <typename Items>
 void StrAppendJoin(std::string& text, const Items& items)
 {
@@ -23,7 +23,7 @@ void StrAppendJoin(std::string& text, const Items& items)
     }
 }
 
-/// Appends one item that is not empty, after a "," unless `text` is empty.
+/// Appends one item, which must not be empty, after a "," unless `text` is empty.
 inline void StrAppendItem(std::string& text, std::string_view item)
 {
     if (!text.empty()) {

@@ -19,7 +19,7 @@ const Alternative* ValueOf(const DbTableColumnValue& cell)
     return std::get_if<Alternative>(&cell.value);
 }
 
-// The call that SQLite computes when the statement runs; empty for the tags that carry a value.
+// The SQL function call that computes the value when the statement runs; empty for tags whose cells carry a value.
 std::string_view TimeFunction(DbTableColumnType type)
 {
     switch (type) {
@@ -43,8 +43,8 @@ bool AppendNumberOf(SqlBuffer& sql, const DbTableColumnValue& cell)
     return number != nullptr && AppendNumber(sql, *number);
 }
 
-// Text and bytes stand between double quotation marks, not apostrophes: applications rely on what SQLite makes of it
-// (O'Brien is stored as O''Brien, and an update reads a text that equals a column's name as that column).
+// Texts and bytes are written between double quotation marks, not apostrophes. Applications rely on the effects:
+// O'Brien is stored as O''Brien, and an update reads a text that equals a column's name as that column.
 [[gnu::always_inline]] inline bool AppendQuoted(SqlBuffer& sql, std::string_view bytes)
 {
     sql.Append('"');
@@ -65,7 +65,7 @@ bool Holds(const std::string& text, char quote)
         doubled = boost::algorithm::replace_all_copy(text, "'", "''");
         doubled = boost::algorithm::replace_all_copy(doubled, "\"", "\"\"");
     } catch (const std::exception&) {
-        return false; // without the memory to double its quotes, the cell counts as one that cannot be written
+        return false; // out of memory while doubling the quotes: the cell is treated as invalid
     }
     return AppendQuoted(sql, doubled);
 }
@@ -104,7 +104,7 @@ bool ColumnValueAsString(const DbTableColumnValue& cell, SqlBuffer& sql)
 std::size_t ColumnValueSize(const DbTableColumnValue& cell)
 {
     constexpr std::size_t QuotationMarks = 2;
-    constexpr std::size_t BytesPerQuote = 64; // a text holds one now and then
+    constexpr std::size_t BytesPerQuote = 64; // assume one quote per 64 bytes
     if (const auto* text = ValueOf<std::string>(cell)) {
         return text->size() + text->size() / BytesPerQuote + QuotationMarks;
     }
@@ -114,7 +114,7 @@ std::size_t ColumnValueSize(const DbTableColumnValue& cell)
     if (const auto* number = ValueOf<double>(cell)) {
         return NumberSize(*number);
     }
-    // A cell with a time function usually holds the int it was made with.
+    // A cell with a time function usually holds the int that the cell was created with.
     const auto* const number = ValueOf<int>(cell);
     const std::size_t size = number != nullptr ? NumberSize(*number) : 0;
     return cell.type < DbTableColumnType::DateTimeNow ? size : std::max(TimeFunction(cell.type).size(), size);

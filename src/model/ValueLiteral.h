@@ -10,26 +10,26 @@ namespace Morvik::sql {
 
 class SqlBuffer;
 
-/// Appends to `sql` the text that stands for the cell in a statement, and returns whether there was any. A cell whose
-/// tag has no text (Null, unknown tags) or whose value is not of the tag's alternative appends nothing: it cannot be
-/// written. Every text that is appended has at least one byte.
+/// Appends the cell's SQL text to `sql` and returns whether there was any. Nothing is appended for a cell that cannot
+/// be written: its tag has no text (Null, unknown tags), or its value is not the tag's alternative. Otherwise at least
+/// one byte is appended.
 bool ColumnValueAsString(const DbTableColumnValue& cell, SqlBuffer& sql);
 
-/// The bytes to expect from ColumnValueAsString(), at most a few too many. A text that holds many quotes, and a number
-/// in a locale with digit groups, may take more.
+/// The expected size of the text of ColumnValueAsString(), at most a few bytes too large. The text may be longer if it
+/// has many quotes, or if it is a number in a locale with digit groups.
 std::size_t ColumnValueSize(const DbTableColumnValue& cell);
 
 /// A cell that has no SQL text.
 struct InvalidCell {
-    int position;         ///< Its index in its row.
-    std::uint32_t column; ///< Its `column` field.
+    int position;         ///< The cell's index in its row, from 0.
+    std::uint32_t column; ///< The cell's `column` field.
 };
 
-/// Appends the literals of the row's cells, separated by ",". Stops after the comma before an invalid cell and returns
-/// it.
+/// Appends the literals of the row's cells, separated by ",". At the first invalid cell it stops, after the comma
+/// before that cell, and returns it.
 std::optional<InvalidCell> AppendRowLiterals(SqlBuffer& sql, const DbTableRowValues& row);
 
-/// The bytes to expect from AppendRowLiterals().
+/// The expected size of the text of AppendRowLiterals().
 std::size_t RowLiteralsSize(const DbTableRowValues& row);
 
 } // namespace Morvik::sql

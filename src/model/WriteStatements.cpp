@@ -18,7 +18,7 @@ using namespace std::string_view_literals;
 
 constexpr std::string_view BetweenRows = ") ,(";
 
-// Empty names before the first non-empty one leave no trace; later ones leave an empty place in the list.
+// Empty names before the first non-empty one are left out; a later empty name leaves nothing between its commas.
 void AppendColumnList(SqlBuffer& sql, const std::vector<std::string>& columns)
 {
     const auto first = std::ranges::find_if_not(columns, &std::string::empty);
@@ -35,7 +35,7 @@ void AppendColumnList(SqlBuffer& sql, const std::vector<std::string>& columns)
     sql.Append(')');
 }
 
-// What the fixed words, the table's name and the column list take.
+// The size of the keywords, the table's name and the column list.
 std::size_t FrameSize(const std::string& table, const std::vector<std::string>& columns)
 {
     std::size_t size = std::string_view("INSERT INTO  () VALUES").size() + table.size();
@@ -98,7 +98,7 @@ WriteStatement UpdateStatement(const std::string& table, const DbTableDataWrite&
         if (sql.Size() > begin + 1) {
             sql.Append(") "sv);
         } else {
-            sql.Truncate(begin); // there is no cell, or the first one is invalid
+            sql.Truncate(begin); // the row has no cell, or its first cell is invalid
         }
     }
     sql.Append(condition);
