@@ -15,7 +15,7 @@ import fitting
 import pictures
 from figures import COLUMNS, FLOOR, LARGEST, MACHINES, NO_MUTEX, OURS, PREPARED, SIZES, Figures, Spread
 
-# Shapes of rows that the formula for memory is not fitted to.
+# Row shapes that the memory formula is not fitted to.
 HELD_OUT = ("sample", "4 integers, 0 texts of 0 bytes", "0 integers, 4 texts of 10 bytes",
             "1 integers, 1 texts of 200 bytes")
 NEAR_BEST = 1.05

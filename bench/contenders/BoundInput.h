@@ -6,7 +6,7 @@
 
 namespace Morvik::sql::bench {
 
-/// What a contender is given that binds values to prepared statements.
+/// The input of a contender that binds values to prepared statements.
 struct BoundInput {
     using Write = std::vector<SampleRow>;
     using Rows = std::vector<SampleRow>;

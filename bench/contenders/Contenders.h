@@ -18,7 +18,8 @@
 
 namespace Morvik::sql::bench {
 
-/// What takes part in the jobs that write and open: the usual C differs from the reference only in how it reads.
+/// The contenders for the jobs that write and open databases. RawSqliteColumns is not one of them, because it differs
+/// from the reference only in how it reads.
 template <typename Contender>
 concept Writer = !std::is_same_v<Contender, RawSqliteColumns>;
 

@@ -9,7 +9,7 @@
 
 namespace Morvik::sql::bench {
 
-/// The jobs as an application does them with the facade.
+/// Does the jobs with the facade, as an application does.
 class Library {
 public:
     static constexpr const char* Name = "tkosqllite";

@@ -9,7 +9,7 @@
 
 namespace Morvik::sql::bench {
 
-/// The jobs as an application does them with the facade's prepared statements.
+/// Does the jobs with the facade's prepared statements, as an application does.
 class LibraryPrepared : public BoundInput {
 public:
     static constexpr const char* Name = "PrepareStatement";

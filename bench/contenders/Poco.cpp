@@ -23,7 +23,7 @@ data::Session Opened(const std::string& path)
     return {data::SQLite::Connector::KEY, path};
 }
 
-// The variables that a statement exchanges its values with.
+// The variables that a statement binds or fills.
 struct Exchanged {
     int number = 0;
     double measure = 0.0;
@@ -149,7 +149,7 @@ Totals Poco::LookUp(const std::vector<Query>& queries)
     return totals;
 }
 
-// POCO takes what is bound by reference to non-const and does not change it.
+// POCO takes its arguments by reference to non-const and does not change them.
 void Poco::InsertBound(const Columns& columns)
 {
     auto& bound = const_cast<Columns&>(columns);

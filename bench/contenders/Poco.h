@@ -10,12 +10,13 @@
 
 namespace Morvik::sql::bench {
 
-/// The jobs with POCO Data: whole columns bound and extracted at once. It reads no columns of a stepped statement.
+/// Does the jobs with POCO Data, which binds and extracts complete columns. It cannot read single columns of a stepped
+/// statement.
 class Poco : public BoundInput {
 public:
     static constexpr const char* Name = "POCO";
 
-    /// The rows as the columns that POCO binds at once, a row of the statement for each element.
+    /// The rows, stored by column: POCO executes the statement once for each element.
     struct Columns {
         explicit Columns(const std::vector<SampleRow>& rows);
 

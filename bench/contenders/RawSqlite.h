@@ -11,8 +11,8 @@ struct sqlite3;
 
 namespace Morvik::sql::bench {
 
-/// The reference: the least that a careful C program does for each job. It writes SQL text that was made before the
-/// clock starts, asks for one sqlite3_value per cell, and keeps what it reads in the same rows as the facade.
+/// The reference does each job with as little work as a careful C program needs. Its SQL text is made before the clock
+/// starts, it gets one sqlite3_value per cell, and it keeps what it reads in the same row type as the facade.
 class RawSqlite {
 public:
     static constexpr const char* Name = "C";
@@ -34,7 +34,7 @@ public:
     /// Opens and closes after one stat() of the file.
     static void OpenAndCloseFile(const std::string& path);
 
-    /// Opens the database with these flags of sqlite3_open_v2 besides those for reading, writing and creating.
+    /// Opens the database with SQLITE_OPEN_READWRITE, SQLITE_OPEN_CREATE and these flags of sqlite3_open_v2.
     explicit RawSqlite(const std::string& path, int flags = 0);
     ~RawSqlite();
 
@@ -64,8 +64,8 @@ private:
     sqlite3* m_handle = nullptr;
 };
 
-/// C as most programs write it: sqlite3_column_type, sqlite3_column_text and the other functions that take a statement
-/// and a column.
+/// Reads as most C programs do: with sqlite3_column_type, sqlite3_column_text and the other functions that take a
+/// statement and a column.
 class RawSqliteColumns : public RawSqlite {
 public:
     static constexpr const char* Name = "C, column_*";
@@ -78,7 +78,7 @@ public:
     Totals ReadColumns(int times);
 };
 
-/// C that binds the caller's memory (SQLITE_STATIC) to a prepared statement, for the jobs that insert.
+/// Inserts with a prepared statement and binds the caller's memory (SQLITE_STATIC).
 class RawSqlitePrepared : private RawSqlite {
 public:
     static constexpr const char* Name = "C, prepared";

@@ -6,7 +6,7 @@ namespace Morvik::sql::bench {
 
 namespace {
 
-// The variables that a statement exchanges its values with.
+// The variables that a statement binds or fills.
 struct Exchanged {
     explicit Exchanged(soci::session& session) : blob(session) {}
 
@@ -19,7 +19,7 @@ struct Exchanged {
         row.measure = from.measure;
         row.label = from.label;
         blob.write(0, from.bytes.data(),
-                   from.bytes.size()); // all have one length, so that none remains of an earlier one
+                   from.bytes.size()); // all texts have the same length, so no byte of an earlier text remains
     }
 
     void TakeBytes()

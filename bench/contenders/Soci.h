@@ -8,8 +8,8 @@
 
 namespace Morvik::sql::bench {
 
-/// The jobs with SOCI: prepared statements that exchange their values with variables. It has no bulk operations for
-/// blobs, and no reading of a stepped statement's columns besides.
+/// Does the jobs with SOCI: prepared statements that bind and fill variables. SOCI has no bulk operations for blobs,
+/// and it cannot read single columns of a stepped statement.
 class Soci : public BoundInput {
 public:
     static constexpr const char* Name = "SOCI";

@@ -8,7 +8,7 @@
 
 namespace Morvik::sql::bench {
 
-/// The jobs with SQLiteCpp: prepared statements, bound without copies where it offers that.
+/// Does the jobs with SQLiteCpp: prepared statements, bound without a copy where SQLiteCpp supports it.
 class SqliteCpp : public BoundInput {
 public:
     static constexpr const char* Name = "SQLiteCpp";

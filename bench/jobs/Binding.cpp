@@ -10,7 +10,7 @@ namespace {
 
 constexpr int Count = 1000;
 
-// What a contender binds: rows, or columns where it binds those faster.
+// The input of a contender: columns if it binds those faster than rows.
 template <typename Contender>
 auto MakeBound(const std::vector<SampleRow>& rows)
 {

@@ -8,7 +8,7 @@ namespace Morvik::sql::bench {
 
 namespace {
 
-// The rows of the run before are dropped outside of the time.
+// The rows of the previous run are destroyed outside the measured time.
 template <typename Contender>
 Task ReadTask(int count)
 {

@@ -45,7 +45,7 @@ Task UpdateSinglyTask(int count)
             [=] { database->RequireCommitted(rows); }};
 }
 
-// The rows in calls of `batch` rows each, all in one transaction.
+// Writes the rows with calls of `batch` rows each, all in one transaction.
 template <typename Contender>
 Task WriteBatchesTask(int count, int batch)
 {
@@ -59,7 +59,7 @@ Task WriteBatchesTask(int count, int batch)
             [=] { database->RequireCommitted(rows); }};
 }
 
-// The reference executes the library's text, or the ratios say nothing.
+// The reference must execute the same text as the library. Otherwise the ratios mean nothing.
 void RequireSameTexts()
 {
     const std::vector<SampleRow> rows = SampleRows(1000);

@@ -4,17 +4,17 @@
 
 namespace Morvik::sql::bench {
 
-/// Counts the memory in use by C++ and by SQLite together, in a program that links this file: it replaces the global
-/// operator new and delete and stands before SQLite's allocator.
+/// Counts the memory that C++ and SQLite use together. A program that links this file has its global operator new and
+/// delete replaced, and SQLite's allocator wrapped.
 class CountedMemory {
 public:
-    /// Puts the counting allocator before SQLite's own. To be called before SQLite is used.
+    /// Wraps SQLite's allocator in the counting allocator. Must be called before SQLite is used.
     static void CountSqlite();
 
-    /// Starts counting anew: what is in use now does not count.
+    /// Restarts counting from 0: memory that is in use now does not count.
     CountedMemory();
 
-    /// The highest number of bytes in use since then, beyond those in use at the start.
+    /// The highest number of bytes in use since the last start, not counting those in use at the start.
     std::size_t Peak() const;
 
 private:

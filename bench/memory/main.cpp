@@ -30,8 +30,8 @@ struct Statement {
     std::size_t quoted = 0;
 };
 
-// The statement that WriteTableValues makes of `rows` rows has `text` bytes, and its texts `quoted` bytes with their
-// quotation marks.
+// The size of the statement that WriteTableValues makes for `rows` rows: `text` bytes, of which `quoted` bytes are
+// texts with their quotation marks.
 Statement StatementOf(const Shape& shape, int rows)
 {
     Statement statement;
@@ -64,7 +64,7 @@ Statement StatementOf(const Shape& shape, int rows)
     return statement;
 }
 
-// The statement on the rows that the other measurements write.
+// The statement that writes the rows of the other measurements.
 Statement SampleStatement(int count)
 {
     const std::vector<SampleRow> rows = SampleRows(count);
@@ -80,7 +80,7 @@ Statement SampleStatement(int count)
     return statement;
 }
 
-// The memory for pages would hide that for the statement, so SQLite may keep only a few pages.
+// SQLite may keep only a few pages. Otherwise the memory for pages would hide the memory for the statement.
 void WriteStatement(std::FILE* output, const Statement& statement, const char* separator)
 {
     DatabaseApi database;
@@ -100,7 +100,7 @@ void WriteStatement(std::FILE* output, const Statement& statement, const char* s
                  statement.quoted, memory.Peak());
 }
 
-// What the contender was given to write counts only if it is text, which somebody has to make.
+// The input of the contender counts only if it is text, because a caller has to build that text.
 template <typename Contender>
 std::size_t SizeOfText(const typename Contender::Write& write)
 {

@@ -13,19 +13,19 @@ namespace Morvik::sql::bench {
 
 inline constexpr const char* InMemory = ":memory:";
 
-/// The directory of every file of this program, removed at its end.
+/// The directory of all files of this program; it is removed when the program ends.
 const tests::TemporaryDirectory& Directory();
 
 /// The path of a file that does not exist yet.
 std::string NewFile();
 
-/// A database file that holds SampleRows(count) as `sample`, made at the first call.
+/// The path of a database file that holds SampleRows(count) in the table `sample`; the first call creates the file.
 std::string FilledFile(int count);
 
-/// Ends the program unless the database file holds exactly these rows as `sample`.
+/// Ends the program unless the table `sample` of the database file holds exactly these rows.
 void RequireRows(const std::string& path, const std::vector<SampleRow>& rows);
 
-/// Fills the contender's new database with SampleRows(count).
+/// Writes SampleRows(count) into the contender's new database.
 template <typename Contender>
 void Fill(Contender& contender, int count)
 {
@@ -35,7 +35,7 @@ void Fill(Contender& contender, int count)
     contender.Execute("DETACH source");
 }
 
-/// A contender on a database that is made again before each run, in memory or in a file.
+/// A contender on a database that is created again before each run, in memory or in a file.
 template <typename Contender>
 class Fresh {
 public:
@@ -43,7 +43,7 @@ public:
 
     Contender& Get() { return *m_contender; }
 
-    /// Makes a database with an empty table.
+    /// Creates a database with an empty table.
     void Make()
     {
         m_contender.reset();
@@ -52,14 +52,14 @@ public:
         Get().Execute(CreateTable);
     }
 
-    /// The same, and begins a transaction.
+    /// Creates a database with an empty table and begins a transaction.
     void Begin()
     {
         Make();
         Get().Execute("BEGIN");
     }
 
-    /// The same on a table with SampleRows(count).
+    /// Creates a database whose table holds SampleRows(count) and begins a transaction.
     void BeginFilled(int count)
     {
         m_contender = std::make_unique<Contender>(m_path);
@@ -76,7 +76,7 @@ public:
         RequireRows(copy, rows);
     }
 
-    /// The same after the transaction is committed.
+    /// Commits the transaction, then ends the program unless the database holds exactly these rows.
     void RequireCommitted(const std::vector<SampleRow>& rows)
     {
         Get().Execute("COMMIT");

@@ -5,8 +5,8 @@
 
 namespace Morvik::sql::bench {
 
-/// Keeps the text of every statement that is run on a connection which was opened while the object lives, and which is
-/// closed before its end.
+/// Keeps the text of every statement that runs on a connection. The connection must be opened and closed during the
+/// lifetime of this object.
 class ExecutedTexts {
 public:
     ExecutedTexts();

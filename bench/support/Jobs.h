@@ -7,27 +7,27 @@
 
 namespace Morvik::sql::bench {
 
-/// One contender's way to do a job. Only `run` is timed. `prepare` is called before every run. `check` ends the program
-/// if the result of the last run is wrong.
+/// How one contender does a job. Only `run` is timed. `prepare` is called before every run. `check` ends the program if
+/// the result of the last run is wrong.
 struct Task {
     std::function<void()> prepare;
     std::function<void()> run;
     std::function<void()> check;
 };
 
-/// The jobs of the benchmark. The contenders of a job run one after the other in every round, so that a change of the
-/// machine's load meets all of them; the order rotates from round to round.
+/// The jobs of the benchmark. In every round, the contenders of a job run one after the other, so that a change of the
+/// machine's load affects all of them. Their order rotates from round to round.
 class Jobs {
 public:
     /// Leaves out jobs on more than `largest` rows.
     explicit Jobs(int largest) : m_largest(largest) {}
 
-    /// Adds a contender to the job `job` on `rows` rows. `repeats` runs make one measurement. `start` makes what the
-    /// task needs; it is called before the first round of the job, and the task is dropped after the last one.
+    /// Adds a contender to the job `job` on `rows` rows. One measurement is `repeats` runs. `start` creates the task;
+    /// it is called before the first round of the job, and the task is destroyed after the last round.
     void Add(const std::string& job, int rows, int repeats, const std::string& contender, std::function<Task()> start);
 
-    /// Does every job once, unmeasured, and in `rounds` measured rounds, and writes a JSON object of the times: for
-    /// each "job/rows" and contender a list of nanoseconds of processor time per run, one for each round.
+    /// Does every job once without measuring and then in `rounds` measured rounds. Writes the times as a JSON object:
+    /// for each "job/rows" and contender, a list with one number per round, the nanoseconds of processor time per run.
     void Run(int rounds, std::FILE* output) const;
 
 private:
@@ -48,10 +48,10 @@ private:
     std::vector<Job> m_jobs;
 };
 
-/// How often to repeat a job on that many rows for a measurement to last some milliseconds.
+/// How often to repeat a job on that many rows so that a measurement lasts some milliseconds.
 int RepeatsFor(int rows);
 
-/// Each file of jobs has one such function.
+/// Each function is in the file of its jobs.
 void AddBinding(Jobs& jobs);
 void AddGrowth(Jobs& jobs);
 void AddOpening(Jobs& jobs);

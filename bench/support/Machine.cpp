@@ -16,7 +16,7 @@ namespace Morvik::sql::bench {
 
 namespace {
 
-// What follows the separator in the first line that begins with one of the keys; quotation marks are left out.
+// Returns the text after the separator in the first line that begins with one of the keys, without quotation marks.
 std::string ValueIn(const char* path, std::initializer_list<std::string_view> keys, char separator)
 {
     std::ifstream file(path);

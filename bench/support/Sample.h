@@ -22,28 +22,28 @@ inline constexpr const char* CreateTable =
     "CREATE TABLE sample (number INTEGER PRIMARY KEY, measure REAL, label TEXT, bytes BLOB)";
 inline constexpr const char* SelectAll = "SELECT * FROM sample";
 
-/// Rows with the numbers from 0 on, the same at every call. The doubles have six digits and the bytes hold neither a
-/// zero nor a double quotation mark, so that all of them survive being written as SQL text.
+/// Rows numbered from 0, the same at every call. The doubles have six digits, and the bytes hold neither a zero nor a
+/// double quotation mark, so that SQL text holds every value exactly.
 std::vector<SampleRow> SampleRows(int count);
 
-/// The same numbers with other values.
+/// Rows with the same numbers as SampleRows() and other values.
 std::vector<SampleRow> ChangedRows(int count);
 
-/// The rows in parts of `size` rows each; the last part may be smaller.
+/// The rows split into parts of `size` rows each; the last part may be smaller.
 std::vector<std::vector<SampleRow>> Batches(const std::vector<SampleRow>& rows, int size);
 
-/// The rows as the facade takes them.
+/// The rows in the type that the facade writes.
 DbTableDataWrite WriteRequest(const std::vector<SampleRow>& rows);
 
-/// The statement that the facade makes of WriteRequest(rows), rendered here by a stream.
+/// The statement that the facade makes for WriteRequest(rows), written here with a stream.
 std::string InsertText(const std::vector<SampleRow>& rows);
 
-/// The statement that the facade makes of an update of the row's columns but the number, and its condition.
+/// The statement that the facade makes for an update of all columns except the number, and its condition.
 std::string UpdateText(const SampleRow& row);
 std::string UpdateCondition(const SampleRow& row);
 std::string SelectByNumber(int number);
 
-/// What a reader sums over the rows it was given; every byte counts, so that equal totals tell equal rows.
+/// A checksum of the rows that a reader gets: every byte counts, so that equal totals mean equal rows.
 struct Totals {
     long long rows = 0;
     long long numbers = 0;
