@@ -1,8 +1,8 @@
-# Finds SQLite and Boost, and says at configure time what would only fail when a program runs.
+# Finds SQLite and Boost, and reports at configure time the faults that would otherwise show only when a program runs.
 find_package(SQLite3 REQUIRED)
 
-# Boost's own package first: CMake 3.30 and later warn about the FindBoost module. The module finds a Boost that has no such
-# package, for example in a folder of another machine's libraries.
+# Looks for Boost's own package first, because CMake 3.30 and later warn about the FindBoost module. The module finds a
+# Boost without such a package, for example in a folder with another machine's libraries.
 find_package(Boost 1.74 QUIET CONFIG COMPONENTS filesystem)
 if(NOT Boost_FOUND)
     if(POLICY CMP0167)
@@ -12,7 +12,7 @@ if(NOT Boost_FOUND)
 endif()
 
 # Text and blob cells are written between double quotation marks. Some builds of SQLite do not accept that
-# (SQLITE_DQS=0). The program below asks the SQLite that was found, if this machine can run what the compiler makes.
+# (SQLITE_DQS=0). The program below tests the SQLite that was found, if this machine can run the compiler's output.
 if(NOT CMAKE_CROSSCOMPILING OR CMAKE_CROSSCOMPILING_EMULATOR)
     try_run(TKOSQLLITE_DOUBLE_QUOTED_TEXT TKOSQLLITE_DOUBLE_QUOTED_TEXT_COMPILES
         SOURCE_FROM_CONTENT DoubleQuotedText.cpp [[
@@ -34,8 +34,8 @@ int main()
     endif()
 endif()
 
-# A Boost library belongs to the C++ standard library that it was built with. With another one, linking succeeds and the
-# program crashes. This function has a std::string in its symbol, so that the linker notices.
+# A Boost library needs the C++ standard library that it was built with. With another C++ library, linking succeeds and
+# the program crashes. This function has a std::string in its symbol, so that the linker reports the mismatch.
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     include(CheckCXXSourceCompiles)
     set(CMAKE_REQUIRED_LIBRARIES Boost::filesystem)
@@ -49,7 +49,7 @@ int main() {}" TKOSQLLITE_USES_LIBCXX)
         check_cxx_source_compiles("#include <boost/filesystem.hpp>
 int main() { return boost::filesystem::portable_posix_name(std::string()); }" TKOSQLLITE_BOOST_USES_LIBCXX)
         if(NOT TKOSQLLITE_BOOST_USES_LIBCXX)
-            unset(TKOSQLLITE_USES_LIBCXX CACHE) # the next run checks again, with other flags or another Boost
+            unset(TKOSQLLITE_USES_LIBCXX CACHE) # the next run checks again, because flags or Boost may have changed
             unset(TKOSQLLITE_BOOST_USES_LIBCXX CACHE)
             message(FATAL_ERROR
                 "The compiler uses libc++ (-stdlib=libc++), but the Boost.Filesystem that was found was built with "

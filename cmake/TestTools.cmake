@@ -1,4 +1,4 @@
-# Leaves the tests out if something that they need is missing, because building the library does not need it.
+# Leaves the tests out if a tool that they need is missing, because building the library does not need it.
 find_package(GTest QUIET)
 find_package(Python3 QUIET COMPONENTS Interpreter)
 find_program(SQLITE3_PROGRAM sqlite3 DOC "SQLite's command-line program, which reads the library's files")
@@ -20,5 +20,5 @@ endif()
 if(missing)
     list(JOIN missing ", " missing)
     message(STATUS "TKOSQLLITE_BUILD_TESTS: the tests are left out. Missing: ${missing}")
-    set(TKOSQLLITE_BUILD_TESTS OFF) # in this run; the next one looks again
+    set(TKOSQLLITE_BUILD_TESTS OFF) # only in this run; the next run looks for the tools again
 endif()

@@ -1,12 +1,12 @@
-# 32-bit ARM Linux with hardware floating point, built with Debian's cross compiler (g++-arm-linux-gnueabihf) against the
-# folder that "scripts/sysroot.sh armhf" makes, and run under user emulation (qemu-user-static).
+# 32-bit ARM Linux with hardware floating point. Debian's cross compiler (g++-arm-linux-gnueabihf) builds against the
+# folder that "scripts/sysroot.sh armhf" makes, and programs run under user emulation (qemu-user-static).
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
 
 set(target arm-linux-gnueabihf)
 set(architecture armhf)
 set(CMAKE_CXX_COMPILER ${target}-g++)
-set(CMAKE_CXX_FLAGS_INIT -Wno-psabi) # notes on how GCC 7 passed arguments
+set(CMAKE_CXX_FLAGS_INIT -Wno-psabi) # notes about GCC 7's way to pass arguments
 
 set(TKOSQLLITE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/armhf-sysroot
     CACHE PATH "The folder that scripts/sysroot.sh armhf made")

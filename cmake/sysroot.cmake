@@ -1,5 +1,5 @@
-# For toolchain files: looks for libraries and headers of ${target} in ${TKOSQLLITE_SYSROOT} and nowhere else.
-# ${architecture} is Debian's name of that machine.
+# For toolchain files: looks for libraries and headers of ${target} only in ${TKOSQLLITE_SYSROOT}. ${architecture} is
+# Debian's name for that machine.
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES TKOSQLLITE_SYSROOT)
 get_filename_component(sysroot ${TKOSQLLITE_SYSROOT} ABSOLUTE)
 if(NOT EXISTS ${sysroot}/usr/lib/${target}/libsqlite3.so)
@@ -12,5 +12,5 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# A program that links only the library must find there what the library needs.
+# A program that links only this library must also find the libraries that this library needs.
 string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " \"-Wl,-rpath-link,${sysroot}/usr/lib/${target}\"")

@@ -1,8 +1,8 @@
-# Debian packages of the library and of what is built against it, as scripts/packages.sh makes them with cpack. They
-# install to /usr, for the machine that the compiler builds for.
+# Debian packages of the library and of its development files, which scripts/packages.sh makes with cpack. They install
+# to /usr, for the machine that the compiler builds for.
 #
-# The library's name carries no version, so its package has none in its name either, and other packages find it through
-# a symbols file (deb-symbols(5)): the older shlibs files know versioned names only.
+# The library's soname has no version, so its package name has none either. Other packages find it through a symbols
+# file (deb-symbols(5)), because the older shlibs files support only versioned names.
 if(TKOSQLLITE_STATIC)
     message(FATAL_ERROR "TKOSQLLITE_BUILD_DEBIAN_PACKAGES needs the shared library: leave BUILD_SHARED_LIBS out")
 endif()
@@ -19,7 +19,7 @@ set(debian_revision 1)
 set(debian_version ${PROJECT_VERSION}-${debian_revision})
 set(folder ${PROJECT_BINARY_DIR}/debian)
 
-# The change log of the packages says when they were made: with SOURCE_DATE_EPOCH, at that time.
+# The change log of the packages gives their build time, or SOURCE_DATE_EPOCH if that is set.
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 foreach(file changelog.Debian copyright)
     configure_file(${CMAKE_CURRENT_LIST_DIR}/${file}.in ${folder}/${file} @ONLY)
@@ -41,7 +41,7 @@ foreach(component library development)
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${package} COMPONENT ${component} EXCLUDE_FROM_ALL)
 endforeach()
 
-# Whatever is exported today is needed in this version at least.
+# Programs that use any of today's exports need at least this version.
 add_custom_command(OUTPUT ${folder}/symbols
     COMMAND ${TKOSQLLITE_GENSYMBOLS} -q -p${library_package} -v${PROJECT_VERSION} -a${architecture}
         -e$<TARGET_FILE:tkosqllite> -O${folder}/symbols
@@ -53,7 +53,7 @@ add_custom_target(tkosqllite_debian_symbols ALL DEPENDS ${folder}/symbols)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${PROJECT_NAME})
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # it would stand before those of the packages
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # or this folder would precede those of the packages
 set(CPACK_PACKAGE_CONTACT ${TKOSQLLITE_MAINTAINER})
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
@@ -93,7 +93,7 @@ ${about}
 .
 This package has the headers, a CMake package and a pkg-config file.")
 
-# For another machine, dpkg-shlibdeps looks into that machine's packages, which scripts/sysroot.sh keeps.
+# For another machine, dpkg-shlibdeps searches that machine's packages, which scripts/sysroot.sh keeps.
 if(CMAKE_CROSSCOMPILING AND TKOSQLLITE_SYSROOT)
     set(runtime ${TKOSQLLITE_SYSROOT}/runtime)
     cmake_path(ABSOLUTE_PATH runtime NORMALIZE)

@@ -1,5 +1,5 @@
-# What `cmake --install` puts where: the library, its headers in a folder of their own, and what CMake and pkg-config need
-# to find both. All of it finds itself by its own place, so the installed tree may be moved.
+# Where `cmake --install` puts the library, its headers, and the files through which CMake and pkg-config find both. All
+# paths are relative to those files, so the installed tree may be moved.
 include(CMakePackageConfigHelpers)
 
 set(templates ${CMAKE_CURRENT_LIST_DIR})
@@ -12,9 +12,10 @@ install(TARGETS tkosqllite EXPORT tkosqllite
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/sql DESTINATION ${headers} COMPONENT development
     FILES_MATCHING PATTERN "*.h")
 
-# The headers include the standard library's alone, and the shared library loads SQLite and Boost itself: its consumers
-# need not find them. Those of the static library link both. Debian's sqlite3.pc also names what a static SQLite needs and
-# libsqlite3-dev does not install. So the pkg-config file names the library instead of requiring sqlite3.pc.
+# The headers include only the standard library, and the shared library loads SQLite and Boost itself, so its consumers
+# need not find them. Consumers of the static library link both. The pkg-config file names the SQLite library instead of
+# requiring sqlite3.pc, because Debian's sqlite3.pc also names the libraries of a static SQLite, which libsqlite3-dev
+# does not install.
 set(dependencies)
 set(pkg_config_private)
 if(TKOSQLLITE_STATIC)
@@ -33,7 +34,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/tkosqlliteConfigVersion.c
 install(FILES ${PROJECT_BINARY_DIR}/tkosqlliteConfig.cmake ${PROJECT_BINARY_DIR}/tkosqlliteConfigVersion.cmake
     DESTINATION ${package} COMPONENT development)
 
-# From the pkg-config file up to the prefix. A place that was given as an absolute one stays where it is.
+# The path from the pkg-config file up to the prefix. An absolute directory stays absolute.
 set(pkg_config_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 cmake_path(ABSOLUTE_PATH pkg_config_folder BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE from)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${from} OUTPUT_VARIABLE pkg_config_up_to_prefix)

@@ -1,5 +1,5 @@
-# Programs link these beside the static library. Boost's own package comes first, because CMake 3.30 and later warn about
-# the FindBoost module.
+# Programs link these libraries in addition to the static library. Boost's own package is tried first, because CMake
+# 3.30 and later warn about the FindBoost module.
 include(CMakeFindDependencyMacro)
 find_dependency(SQLite3)
 find_package(Boost 1.74 QUIET CONFIG COMPONENTS filesystem)
