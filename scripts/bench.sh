@@ -1,10 +1,10 @@
 #!/bin/bash
-# Builds the benchmarks, measures times, counts memory and instructions on this machine and on the emulated target, prints
-# the table of ratios and writes docs/performance.md with its pictures.
+# Builds the benchmarks, measures times, counts memory and instructions on this machine and on the emulated target,
+# prints the table of ratios and writes docs/performance.md with its pictures.
 #
-#   scripts/bench.sh [ROUNDS]      (25 rounds unless told)
+#   scripts/bench.sh [ROUNDS]      (25 rounds by default)
 #
-# With ROUNDS 0 the times of the last run are kept, and the rest is counted again.
+# With ROUNDS 0 the times of the last run are kept, and only memory and instructions are counted again.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -14,7 +14,7 @@ rounds=${1:-25}
 scripts/install-dependencies.sh bench
 scripts/sysroot.sh armhf
 
-# In memory, where the system has such files: the disk's waits are not the library's.
+# The files are in memory if the system has such a directory, so that disk noise does not dominate the measurement.
 if [ -w /dev/shm ]; then
     export TMPDIR=/dev/shm
 fi

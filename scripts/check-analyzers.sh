@@ -1,6 +1,6 @@
 #!/bin/bash
-# Checks the library with cppcheck and with GCC's -fanalyzer, which is experimental for C++. What they find must be
-# mended, or answered in tests/analyzers/answered.txt.
+# Checks the library with cppcheck and with GCC's -fanalyzer, which is experimental for C++. Every finding must be
+# fixed, or suppressed with the reason in tests/analyzers/answered.txt.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -9,7 +9,7 @@ accept -- "$@"
 
 findings=$project/build/analyzers.txt
 
-export LC_ALL=C # plain quotation marks in what is found
+export LC_ALL=C # ASCII quotation marks in the findings
 
 run_cppcheck()
 {

@@ -1,8 +1,8 @@
 #!/bin/bash
-# Runs the demonstration and the tests on another release of Debian, as a new user would: on the files of the last commit,
-# in a bare system where nothing is installed (scripts/in-debian.sh, as root). It fetches some hundred megabytes.
+# Runs the demonstration and the tests on another release of Debian, as a new user would: with the files of the last
+# commit, on a minimal system (scripts/in-debian.sh, as root). It downloads some hundred megabytes.
 #
-#   scripts/check-debian.sh [RELEASE]      (trixie, which is Debian 13, unless told)
+#   scripts/check-debian.sh [RELEASE]      (trixie, which is Debian 13, by default)
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"

@@ -1,7 +1,7 @@
 #!/bin/bash
-# Checks that every source is formatted as .clang-format says ("clang-format -i FILE" formats it), and that the layers of
-# the library keep apart: src/model and src/access include neither each other nor src/api, SQLite is called in src/access
-# only, and SQL text is made in src/model only.
+# Checks that every source is formatted as .clang-format says ("clang-format -i FILE" formats it), and that the layers
+# of the library are separate: src/model and src/access include neither each other nor src/api, SQLite is called in
+# src/access only, and SQL text is made in src/model only.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -16,7 +16,7 @@ format()
 
 step "Checking the format" format
 
-# Prints the lines that reach past their layer, and fails if there are any.
+# Prints the lines that break the rules of their layer, and fails if there are any.
 layers()
 {
     local found=0

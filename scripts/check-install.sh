@@ -1,6 +1,6 @@
 #!/bin/bash
-# Checks what the library installs: the files, the Debian packages, and that programs can be built against them, with
-# every compiler and way to find a library that there is, here and for the target, 32-bit ARM.
+# Checks what the library installs: the files, the Debian packages, and that programs can be built against them with
+# every available compiler and every way to find a library, for this machine and for the target, 32-bit ARM.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -20,7 +20,8 @@ target=arm-linux-gnueabihf
 
 scripts/packages.sh
 
-# Into a folder with blanks in its name that is moved afterwards, under another root, and from the packages.
+# Installs into a folder with blanks in its name and moves it afterwards, installs below another root, and installs from
+# the packages.
 install_moved()
 {
     cmake --install "build/$1" --prefix "$work/before" && mv "$work/before" "$2"
@@ -34,7 +35,7 @@ step "Looking at what was installed" "$tests/check-files.sh" "$moved" "lib/$nati
 "$tests/check-files.sh" "$moved_armhf" "lib/$target"
 "$tests/check-files.sh" "$work/root/usr" "lib/$native"
 
-# check_packages FOLDER: also leaves them there as they would be installed.
+# check_packages FOLDER: checks the packages and leaves them unpacked in FOLDER, as they would be installed.
 check_packages()
 {
     local kind
@@ -69,12 +70,12 @@ quietly with_pkg_config "$moved" g++ -std=c++23 -fno-rtti
 step "Building programs with clang++" quietly with_pkg_config "$moved" clang++ -std=c++20 -fno-rtti
 quietly with_pkg_config "$work/build/packages/all/usr" clang++ -std=c++2b
 
-# guide FOLDER: builds the project that the guide shows, in both of its ways, and compares what it prints. Does so in a
-# shell of its own, for it changes the folder.
+# guide FOLDER: builds the project that the guide shows, with CMake and with pkg-config, and compares the output. It
+# runs in a subshell because it changes the directory.
 build_guide()
 {
     local page=$project/docs/guide/getting-started.md libraries=$1/lib/$native
-    # block WORD: the code between the fences that begin with it
+    # block WORD: prints the code block that begins with the word
     block()
     {
         sed -n "/^\`\`\`$1\$/,/^\`\`\`\$/p" "$page" | sed '1d;$d'
@@ -98,7 +99,7 @@ guide()
 }
 step "Building the project of the guide" quietly guide "$work/build/packages/all/usr"
 
-# The package of such a program needs the library's, which its symbols file says.
+# The package of a program that uses the library must depend on the library's package, as the symbols file says.
 dependency()
 {
     mkdir -p "$work/program/debian" "$work/program/root/DEBIAN"
@@ -109,7 +110,7 @@ dependency()
 }
 step "Looking at what a program's package depends on" quietly dependency
 
-# On the target, with nothing but what the packages depend on there. The linker has to find that as well.
+# For the target, only the packages that these depend on are present, so the linker must find everything in them.
 sysroot=$project/build/armhf-sysroot
 for_target()
 {
@@ -124,7 +125,7 @@ step "Building programs for the target with CMake" quietly for_target cmake "$mo
 step "Building programs for the target with g++" quietly for_target pkg-config "$work/build/packages/armhf/all/usr" \
     "$target-g++" -std=c++20 -Wno-psabi "-Wl,-rpath-link,$sysroot/usr/lib/$target"
 
-# The second of the guide's pieces; scripts/test.sh does what the first one says.
+# The second code block of the guide; scripts/test.sh runs the first one.
 guide_for_device()
 {
     eval "$(awk '/^```/ { inside = /^```sh$/; n += inside; next } inside && n == 2' docs/guide/device.md)" &&
@@ -132,7 +133,7 @@ guide_for_device()
 }
 step "Building for a device as the guide says" quietly guide_for_device
 
-# The static library, for programs that embed it: installed, and used with both tools.
+# The static library, for programs that embed it: it is installed and used with CMake and with pkg-config.
 install_static()
 {
     cmake -S . -B "$work/static" -DBUILD_SHARED_LIBS=OFF -DTKOSQLLITE_BUILD_EXAMPLES=OFF -DCMAKE_INSTALL_LIBDIR=lib &&
@@ -148,8 +149,8 @@ step "Installing the static library" quietly install_static
 step "Building programs with the static library" quietly with_cmake "$work/static/files" -DSTATIC=ON
 quietly static_with_pkg_config
 
-# subproject NAME INSTALLED-LIBRARY ARGUMENT...: the program starts where it was built, and, unless the library stays out
-# of what is installed ("none"), also where it is installed. A static library ("static") is a part of the program.
+# subproject NAME INSTALLED-LIBRARY ARGUMENT...: the program starts from its build directory, and also from its install
+# directory unless the library is not installed ("none"). A static library ("static") is a part of the program.
 subproject()
 {
     local build=$work/$1 installed=$work/$1/installed files=./bin/first_steps component
@@ -167,7 +168,7 @@ step "Building as a part of another project" quietly subproject add_subdirectory
 quietly subproject fetched lib/libtkosqllite.so -DFETCH=ON -DTKOSQLLITE_INSTALL=ON
 quietly subproject embedded static -DBUILD_SHARED_LIBS=OFF
 
-# configured TEXT ARGUMENT...: configuring with the arguments succeeds and prints the text. rejected: it does not succeed.
+# configured TEXT ARGUMENT...: configuring with the arguments succeeds and prints the text. rejected: configuring fails.
 configure()
 {
     cmake -S . -B "$work/configured" --fresh -DTKOSQLLITE_BUILD_EXAMPLES=OFF "$@" >"$work/configured.txt" 2>&1
@@ -205,7 +206,7 @@ settings()
 }
 step "Configuring with and without settings" quietly settings
 
-# Other places than Debian's. Nothing needs to be built for that.
+# Installs to other directories than Debian's. This needs no build.
 other_places()
 {
     local build=$work/other-places

@@ -1,7 +1,7 @@
 #!/bin/bash
-# Installs the packages, for this machine and for the target, in a bare Debian 12 of their own, as a user would, and runs
-# programs against them there. Not a part of .ci/run: it fetches some hundred megabytes and takes about three minutes. It
-# needs root for the bare system, which it makes in build/check-packages and removes when all is well.
+# Installs the packages, for this machine and for the target, in a separate minimal Debian 12, as a user would, and runs
+# programs against them there. Not a part of .ci/run: it downloads some hundred megabytes and takes about three minutes.
+# It needs root for the minimal system, which it makes in build/check-packages and removes on success.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
 
@@ -43,7 +43,7 @@ cp examples/first_steps/main.cpp "$root/project/first_steps.cpp"
 cp build/packages/*.deb build/packages/armhf/*.deb "$root/packages/"
 cp "$(command -v qemu-arm-static)" "$root/usr/bin/"
 
-# What apt took in is all that a program finds there; the program comes from here.
+# The program is built on this machine; on the other system it finds only what apt installed.
 build_here()
 {
     mkdir -p "$work/$1" && dpkg-deb -x "build/packages/$2"libtkosqllite_*.deb "$work/$1/files" &&

@@ -8,7 +8,7 @@
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
 
-# Debian's own Python is the one that has Debian's Selenium.
+# Debian's Selenium is installed for Debian's Python only.
 check()
 {
     /usr/bin/python3 docs/reference/check.py build/reference/html "$@"

@@ -1,8 +1,8 @@
 #!/bin/bash
-# Shows that the same sources give the same library and the same packages, byte for byte, whatever folder they are built
-# in, when, and under which settings of the user.
+# Checks that the same sources give the same library and the same packages, byte for byte, for any build folder, build
+# time and user settings.
 #
-#   scripts/check-reproducible.sh [native|armhf]...      (native unless told)
+#   scripts/check-reproducible.sh [native|armhf]...      (native by default)
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -14,7 +14,7 @@ scripts/install-dependencies.sh install
 [ -n "${SOURCE_DATE_EPOCH:-}" ] || SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH
 
-# Compiled anew, not taken from a cache.
+# Compiles without a compiler cache.
 export CCACHE_DISABLE=1
 
 work=$(mktemp -d)
@@ -26,7 +26,7 @@ for copy in "$first" "$second"; do
     cp -a .ci .gitignore CHANGELOG.md CMakeLists.txt CMakePresets.json cmake include scripts src "$copy"
     [ ! -d build/armhf-sysroot ] || ln -s "$project/build/armhf-sysroot" "$copy/build/"
 done
-# The files' own times differ as well.
+# The modification times of the files differ too.
 find "$second" -type f -exec touch -d '2001-02-03 04:05:06' {} +
 
 build_second()
@@ -46,7 +46,7 @@ compare()
         sha256sum "$file"
         compared=$((compared + 1))
     done < <(find build/*/src/libtkosqllite.so build/packages -type f | LC_ALL=C sort)
-    # A library and two packages for each machine.
+    # One library and two packages for each machine.
     [ "$compared" -eq $((3 * ${#machines[@]})) ]
 }
 step "Comparing" compare

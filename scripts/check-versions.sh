@@ -1,10 +1,11 @@
 #!/bin/bash
-# Builds the library and its tests with other compilers, in the C++ standards that these know, on Debian 12 and 13, runs
-# the tests, and writes each result into the table of docs/supported-versions.md. Warnings are errors. Not a part of
-# .ci/run: a row takes about four minutes of two processors, the two Debian systems another four the first time.
+# Builds the library and its tests with other compilers, in the C++ standards that they support, on Debian 12 and 13,
+# runs the tests, and writes each result into the table of docs/supported-versions.md. Warnings are errors. Not a part
+# of .ci/run: a row takes about four minutes on two processors; the first run takes another four minutes to make the two
+# Debian systems.
 #
-#   scripts/check-versions.sh [RELEASE:COMPILER:STANDARD...]      all rows unless told; as root (scripts/in-debian.sh)
-#   scripts/check-versions.sh libc++                              that configuring stops, which "all" includes
+#   scripts/check-versions.sh [RELEASE:COMPILER:STANDARD...]      all rows by default; as root (scripts/in-debian.sh)
+#   scripts/check-versions.sh libc++                              checks that configuring stops; "all" includes it
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -20,10 +21,10 @@ declare -A packages=([bookworm]="${common[*]} g++-11 g++-12 clang-14 clang-19"
     [trixie]="${common[*]} g++-14 clang-19 libc++-19-dev libc++abi-19-dev")
 declare -A names=([bookworm]="Debian 12" [trixie]="Debian 13")
 
-# version_of RELEASE PACKAGE: as its authors count, without Debian's part.
+# version_of RELEASE PACKAGE: the upstream version, without Debian's revision.
 version_of()
 {
-    # The format is dpkg-query's to expand.
+    # dpkg-query expands the format.
     # shellcheck disable=SC2016
     chroot "build/debian/$1" dpkg-query -W -f '${source:Upstream-Version}' "$2" | sed 's/+.*//; s/-.*//'
 }
@@ -50,7 +51,7 @@ check_row()
     row="$row | $passed passed, $not failed, $out left out |"
     echo "$row"
     sed -n 's/.*<testcase name="\([^"]*\)".* status="disabled">.*/left out: \1/p' "$results"
-    # The rows keep their order: it is that of the systems, compilers and standards.
+    # The rows stay in the order of the systems, compilers and standards.
     { sed '/^| Debian/,$d' "$page" && { grep -vF "$key" "$page" | grep '^| Debian' || true; echo "$row"; } | sort &&
         sed '1,/^| ---/d; /^| Debian/d' "$page"; } >"$folder/page.md" && cat "$folder/page.md" >"$page"
     [ "$status" -eq 0 ] || failed=1

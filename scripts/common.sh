@@ -1,9 +1,9 @@
 # shellcheck shell=bash
-# Sourced by the scripts beside it: goes to the project's directory, prints the comment at the top of the script for --help,
-# and stops at the first failure and says which it was. Scripts source it by its real place, so that a symbolic link to
-# a script works, and with `.` and $0, so that "sh SCRIPT" works.
+# Sourced by the other scripts: changes to the project's directory, prints the comment at the top of the script for
+# --help, and at the first failure stops and says which step failed. Scripts source this file by its real path, so that
+# a symbolic link to a script works, and with `.` and $0, so that "sh SCRIPT" works.
 
-# shellcheck disable=SC2128,SC3028 # the only line that another shell runs
+# shellcheck disable=SC2128,SC3028 # the only line that a shell other than bash runs
 [ -n "${BASH_VERSION:-}" ] || exec bash "$0" "$@"
 
 set -euo pipefail
@@ -20,7 +20,7 @@ done
 project=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$project"
 
-# Ends the script with one line.
+# Prints one line and ends the script with a failure.
 fail()
 {
     echo "$(basename "$0"): $*" >&2
@@ -42,7 +42,8 @@ accept()
     done
 }
 
-# step TITLE COMMAND...: runs a command under a title. If it fails, the last line says which step it was and why.
+# step TITLE COMMAND...: prints the title and runs the command. If it fails, the last line says which step failed and
+# why.
 step()
 {
     local title=$1 status=0
@@ -53,7 +54,7 @@ step()
     [ "$status" -eq 0 ] || fail "failed: $title (\"${command# }\" ended with status $status)"
 }
 
-# Where `step` is too loud: keeps what a command writes to itself and shows it only if the command fails.
+# Used with `step` for commands with much output: shows the output only if the command fails.
 quietly()
 {
     local status=0 log

@@ -1,11 +1,11 @@
 #!/bin/bash
-# Shows that the tests reach every line and every function of src/ and include/, and at least 97 % of the branches.
+# Checks that the tests reach every line and every function of src/ and include/, and at least 97 % of the branches.
 #
-#   scripts/coverage.sh [PROGRAM...]       counts what these test programs reach too, each a target of the build
+#   scripts/coverage.sh [PROGRAM...]       also counts what these test programs reach; each is a target of the build
 #
-# Left out of the branches are those that the compiler adds for passing exceptions on (--exclude-throw-branches) and
-# those of lines without code of their own, such as closing braces (--exclude-unreachable-branches). Lines that no test
-# can reach stand with the reason in tests/coverage/unreached.txt. The report is build/unsigned-char/report/index.html.
+# These branches are not counted: those that the compiler adds to pass on exceptions (--exclude-throw-branches), and
+# those of lines without code, such as closing braces (--exclude-unreachable-branches). Lines that no test can reach are
+# listed with the reason in tests/coverage/unreached.txt. The report is build/unsigned-char/report/index.html.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -20,7 +20,7 @@ programs=(tkosqllite_tests tkosqllite_internals_tests "$@")
 run_programs()
 {
     local name program
-    # What an earlier run counted does not count.
+    # Removes the counts of an earlier run.
     find "$build" -name '*.gcda' -delete
     for name in "${programs[@]}"; do
         program=$(find "$build/tests" -name "$name" -type f)

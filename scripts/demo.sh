@@ -4,9 +4,9 @@
 #
 #   scripts/demo.sh [STATUS-FILE]
 #
-# STATUS-FILE is a dpkg status file to take the inventory from instead of this machine's. Missing packages are installed
-# first. The databases are in build/demo, and a second run tells what changed since the first. A run that is killed
-# leaves sound databases: each write is a transaction.
+# STATUS-FILE is a dpkg status file, whose packages the inventory lists instead of this machine's. Missing Debian
+# packages are installed first. The databases are in build/demo, and a second run prints what changed since the first.
+# If a run is killed, the databases are intact, because each write is a transaction.
 
 caller=$PWD
 status_file=$(realpath -m -- "${1-/var/lib/dpkg/status}") || exit
@@ -23,7 +23,7 @@ scripts/install-dependencies.sh build
 step "Configuring" quietly cmake --preset release
 step "Building the library and the examples" quietly cmake --build --preset release
 
-# The names below are for the directory from which the script was called.
+# The paths below are relative to the directory from which the script was called.
 cd "$caller"
 examples=$project/build/release/examples
 databases=$(realpath -m --relative-base="$caller" "$project/build/demo")

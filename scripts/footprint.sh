@@ -1,6 +1,6 @@
 #!/bin/bash
-# Prints what the library takes as it ships, for this machine and for the target: the stripped file, symbols,
-# relocations, pages written to at load, and the sections. The budgets stand in tests/budgets/footprint.txt.
+# Prints the size of the release library for this machine and for the target: the stripped file, symbols, relocations,
+# pages written to at load, and the sections. The budgets are in tests/budgets/footprint.txt.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"

@@ -4,9 +4,9 @@
 #   scripts/in-debian.sh RELEASE "PACKAGE..." COMMAND...
 #   scripts/in-debian.sh --bare RELEASE COMMAND...
 #
-# The first form makes the system in build/debian/RELEASE at the first call, uses it again afterwards, and installs the
-# packages that it lacks. The command finds this machine's /dev and the project, and nothing else of it. The second form
-# makes a bare system for this call alone, with the files of the last commit, and removes it when the command succeeds.
+# The first form makes the system in build/debian/RELEASE at the first call, reuses it afterwards, and installs the
+# packages that are missing. Of this machine, the command sees only /dev and the project. The second form makes a
+# minimal system for this call only, with the files of the last commit, and removes it when the command succeeds.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
 
@@ -54,7 +54,7 @@ elif ! "${inside[@]}" dpkg-query -W -f '.' "${packages[@]}" >/dev/null 2>&1; the
     step "Installing packages in it" quietly installed
 fi
 
-# The mounts are seen by the command alone and go with it.
+# Only the command sees the mounts, and they end with it.
 # shellcheck disable=SC2016 # expanded by the inner shell
 unshare --mount --propagation private sh -euc '
     root=$1 project=$2 bare=$3

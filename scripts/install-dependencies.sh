@@ -1,18 +1,18 @@
 #!/bin/bash
-# Installs what the project needs and this Debian machine lacks; nothing happens when nothing lacks.
+# Installs the packages that the project needs and this Debian machine does not have. Does nothing if all are installed.
 #
 #   scripts/install-dependencies.sh [SET]
 #
-# SET says what for:
+# SET names the purpose:
 #   build             to build the library and the examples
-#   test              also to build and run the tests on this machine (unless told)
+#   test              also to build and run the tests on this machine (default)
 #   test-all          also in all of their forms, those for the target among them
 #   package           also to make Debian packages for this machine; package-armhf: for the target
 #   install           also to check the packages and what is installed
 #   reference         to write the reference; check-reference: also to check it in a browser
 #   bench             to run the benchmarks
-#   debootstrap       to make a bare Debian in a folder
-#   all               all of these but bench, and the other checks
+#   debootstrap       to make a minimal Debian in a folder
+#   all               all of these except bench, and the other checks
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -62,7 +62,7 @@ updated=
 update()
 {
     [ -z "$updated" ] || return 0
-    # A package list that cannot be fetched does no harm as long as the packages can.
+    # A failed download of the package lists is harmless as long as the packages can be downloaded.
     quietly apt_get update || echo "apt-get update failed; going on with the package lists there are" >&2
     updated=1
 }

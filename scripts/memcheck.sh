@@ -1,11 +1,11 @@
 #!/bin/bash
-# Runs the tests under valgrind, which must find nothing: no read of what was not written, no access beyond what was
-# allocated, no leak.
+# Runs the tests under valgrind, which must find nothing: no read of uninitialised memory, no access outside an
+# allocation, no leak.
 #
 #   scripts/memcheck.sh [--all] [PROGRAM...]
 #
-# The two main test programs run, and each target of the build that is named. Without --all the slow tests are left out
-# (tests/memcheck/excluded.txt). Programs that tests start are not looked into.
+# Runs the two main test programs, and each target of the build that is named. Without --all the slow tests are left out
+# (tests/memcheck/excluded.txt). Programs that tests start are not checked.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -21,7 +21,7 @@ done
 programs=(tkosqllite_tests tkosqllite_internals_tests "$@")
 filter=-$(sed -nE "s/^($excluded) //p" tests/memcheck/excluded.txt | paste -sd :)
 
-# An exclusion that excludes nothing is a misspelt one.
+# An exclusion that matches no test is misspelt.
 check_exclusions()
 {
     local pattern name tests
@@ -34,8 +34,8 @@ check_exclusions()
     done < <(sed -nE 's/^(never|slow) //p' tests/memcheck/excluded.txt)
 }
 
-# The tests' own operator new takes its memory from malloc, which valgrind watches; intercepting it too would keep the
-# tests of failing allocations from failing any.
+# The tests' operator new calls malloc, which valgrind checks. If valgrind also replaced operator new, no allocation
+# would fail in the tests that make allocations fail.
 run_program()
 {
     local program

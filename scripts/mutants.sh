@@ -1,14 +1,14 @@
 #!/bin/bash
-# Changes the library one operator, constant, condition or call at a time and tells which changes no test notices. A
-# change that nothing can notice is answered in tests/mutants/answered.txt.
+# Changes the library one operator, constant, condition or call at a time and reports the changes that no test notices.
+# A change that no test can notice is listed with the reason in tests/mutants/answered.txt.
 #
 #   scripts/mutants.sh                      tries every change, in about an hour on two processors
 #   scripts/mutants.sh --sample N [--seed S]
-#                                           tries N of them, chosen at random or as by the seed of an earlier run
-#   scripts/mutants.sh --only PATH...       tries those of the files whose path holds one of these
-#   scripts/mutants.sh --continue           tries those that earlier runs have not come to
-#   scripts/mutants.sh --again              tries those that survived before
-#   scripts/mutants.sh --list               prints them
+#                                           tries N changes, chosen at random or as with the seed of an earlier run
+#   scripts/mutants.sh --only PATH...       tries the changes in files whose path contains one of these
+#   scripts/mutants.sh --continue           tries the changes that earlier runs did not reach
+#   scripts/mutants.sh --again              tries the changes that survived before
+#   scripts/mutants.sh --list               prints the changes
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -24,5 +24,5 @@ step "Configuring (native)" quietly cmake --preset native
 step "Building (native)" quietly cmake --build --preset native \
     --target tkosqllite_tests tkosqllite_internals_tests tkosqllite_memory_fault_tests
 
-# Debian's Python has Debian's clang package.
+# Debian's clang package for Python is installed for Debian's Python only.
 step "Trying mutants" /usr/bin/python3 -B tests/mutants/mutants.py build/native --workers "$(nproc)" "$@"

@@ -2,9 +2,10 @@
 # Makes the Debian packages libtkosqllite and libtkosqllite-dev: for this machine in build/packages, and for the target,
 # 32-bit ARM, in build/packages/armhf.
 #
-#   scripts/packages.sh [native|armhf]...      (both unless told)
+#   scripts/packages.sh [native|armhf]...      (both by default)
 #
-# The same sources give the same packages, byte for byte: the time in them is SOURCE_DATE_EPOCH or the last commit's.
+# The same sources give the same packages, byte for byte: their time stamps are SOURCE_DATE_EPOCH or the time of the
+# last commit.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -16,7 +17,7 @@ machines=("$@")
 export SOURCE_DATE_EPOCH
 umask 022
 
-# cpack takes files whose path is not ASCII only where the locale has such characters.
+# cpack accepts a path with non-ASCII characters only in a locale that has these characters.
 export LC_ALL=C.UTF-8
 
 # package PRESET FOLDER

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Builds the reference of the public headers into build/reference/html; index.html is where to begin. Fails if anything
-# public has no comment, or a comment names something that there is not.
+# Builds the reference of the public headers into build/reference/html; index.html is the first page. Fails if anything
+# public has no comment, or if a comment refers to a name that does not exist.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -10,7 +10,7 @@ accept -- "$@"
 pages=build/reference
 pictures=$pages/pictures
 
-# The pictures become a part of their pages, which colour them: light or dark as everything else.
+# The pictures are embedded in their pages, so that they follow the page's light or dark colours.
 draw()
 {
     local picture svg
@@ -28,7 +28,7 @@ write_pages()
 {
     doxygen docs/reference/Doxyfile &&
         cp docs/reference/search.css "$pages/html/search/search.css" &&
-        # Nothing leads to these indices; the search is in their place.
+        # No page links to these indices; the search replaces them.
         rm -f "$pages"/html/{classes,hierarchy,pages,dir_*,functions*,namespacemembers*}.html
 }
 

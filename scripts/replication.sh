@@ -1,11 +1,13 @@
 #!/bin/bash
-# Streams the WAL of a file that the library writes with Litestream, loses the device, restores the file, and compares:
-# into a directory, and over SFTP with an ssh server of this script on 127.0.0.1. The restored file must be sound and
-# hold exactly the first of the acknowledged rows. Then collects the files of 1,000 devices into one. All files are in
-# build/replication. The engine comes from npm as a program for x86-64, the ssh server from Debian; neither is installed.
+# Streams the WAL of a file that the library writes with Litestream, loses the device, restores the file, and compares.
+# The replica is a directory, or an SFTP server that this script starts on 127.0.0.1. The restored file must pass the
+# integrity check and hold exactly the first of the acknowledged rows. Then collects the files of 1,000 devices into
+# one. All files are in build/replication. The replication program comes from npm as an x86-64 binary, the SSH server
+# from Debian; neither is installed.
 #
-#   scripts/replication.sh              trials of a few seconds: about half a minute, and what CI calls
-#   scripts/replication.sh --figures    longer ones, about 4 minutes; writes the table of docs/guide/more-devices.md
+#   scripts/replication.sh              trials of a few seconds, in about half a minute; CI runs these
+#   scripts/replication.sh --figures    longer trials, in about 4 minutes; writes the table of
+#   docs/guide/more-devices.md
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -26,7 +28,7 @@ fetched_engine()
     [ -x "$engine" ] || npm install --prefix "$work" --no-save --no-audit --no-fund @flydotio/litestream-linux-x64@1.0.1
 }
 
-# Unpacked, not installed: the package would start a server for everybody.
+# Unpacked, not installed: the package would start a server for all users.
 fetched_server()
 {
     [ -x "$server/usr/sbin/sshd" ] && return
@@ -35,7 +37,8 @@ fetched_server()
         for package in *.deb; do dpkg-deb -x "$package" .; done
 }
 
-# As root, sshd wants an account and a directory for its unprivileged half; it finds both in mounts that nobody else sees.
+# As root, sshd needs an account and a directory for its unprivileged process. It finds both in mounts that only it
+# sees.
 started_server()
 {
     rm -rf "$work/keys" && mkdir "$work/keys"
@@ -104,8 +107,8 @@ megabytes()
     awk -v bytes="$1" 'BEGIN { printf bytes < 1e7 ? "%.1f MB" : "%.0f MB", bytes / 1e6 }'
 }
 
-# trial PLACE ROWS-PER-SECOND SECONDS INTERVAL END: END is "killed", for both at once, or "stopped", where the engine
-# gets SIGTERM after the writer was killed. Prints one line of the table.
+# trial PLACE ROWS-PER-SECOND SECONDS INTERVAL END: END is "killed", for the writer and the replication program at once,
+# or "stopped": the replication program gets SIGTERM after the writer was killed. Prints one line of the table.
 trial()
 {
     local place=$1 rate=$2 seconds=$3 interval=$4 end=$5 folder=$work/trial engine_id writer_id size wal=0 shadow
@@ -116,7 +119,7 @@ trial()
     "$programs/SampleWriter" "$PWD/app.db" "$rate" >acknowledged 2>writer.log &
     writer_id=$!
 
-    # The trial begins with the first file at the replica; before that, nothing can be restored.
+    # The trial begins when the first file is in the replica; before that, nothing can be restored.
     local until=$((SECONDS + 60))
     while [ -z "$(find replica -type f 2>/dev/null)" ]; do
         [ "$SECONDS" -lt "$until" ] || fail "the engine copies nothing: $(cat engine.log writer.log)"
@@ -143,7 +146,8 @@ trial()
     cd "$project"
 }
 
-# Compares restored.db with the acknowledged rows. A row may be in the file that was not yet acknowledged at the kill.
+# Compares restored.db with the acknowledged rows. The file may also contain a row that was not yet acknowledged at the
+# kill.
 compare()
 {
     local acknowledged restored sound prefix lost
@@ -176,7 +180,7 @@ collect()
     rm -rf "$work/devices"
 }
 
-# What stands between two comments of the page.
+# Replaces the text between two comments of the page.
 write_page()
 {
     awk -v table="$work/table" -v collected="$work/collected" '

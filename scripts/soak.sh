@@ -1,15 +1,15 @@
 #!/bin/bash
-# The long forms of the tests: more rounds of failing memory, disks and power, of killed and of contending processes, of
-# damaged files, the whole suite under valgrind, and then the fuzzers for as long as is left.
+# The long forms of the tests: more rounds of failing memory, disks and power, of killed and of contending processes,
+# and of damaged files; all tests under valgrind; then the fuzzers for the rest of the time.
 #
-#   scripts/soak.sh [MINUTES]      (60 unless told; the fuzzers run for ten minutes each at least)
+#   scripts/soak.sh [MINUTES]      (60 by default; each fuzzer runs for at least ten minutes)
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
 
 minutes=${1:-60}
 [[ $minutes =~ ^[1-9][0-9]*$ ]] || fail "\"$minutes\" is no number of minutes"
-least=600 # seconds for each fuzzer, however long the rest took
+least=600 # seconds for each fuzzer, however long the other tests took
 targets=(value-literals schema-text operations database-files)
 
 fuzz()

@@ -1,8 +1,8 @@
 #!/bin/bash
 # Builds Debian's SQLite, with Debian's options and without double-quoted texts (SQLITE_DQS=0), into build/no-dqs-sqlite
-# for the preset "no-dqs", which compiles with this machine's sqlite3.h. Nothing happens if it is there. apt gets a
-# separate state, because this machine's sources need not name source packages. It is not optimized: building it takes half
-# a minute so, and its speed does not matter.
+# for the preset "no-dqs", which compiles with this machine's sqlite3.h. Does nothing if that directory exists. apt gets
+# a separate state, because this machine's package sources may not list source packages. The build takes half a minute
+# because it is not optimized; its speed does not matter.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
 

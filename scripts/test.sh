@@ -1,16 +1,17 @@
 #!/bin/bash
-# Builds and runs the tests. The last line tells how many passed, how many failed, and how many cannot run under
+# Builds and runs the tests. The last line gives the number of tests that passed, that failed, and that cannot run under
 # emulation.
 #
-#   scripts/test.sh                  every test on this machine, with the address and undefined-behaviour sanitizers (dev)
+#   scripts/test.sh                  every test on this machine, with the address and undefined-behaviour sanitizers
+#   (dev)
 #   scripts/test.sh --all            all of the forms below
-#   scripts/test.sh PRESET...        some of them
+#   scripts/test.sh PRESET...        some of the forms
 #
-# dev: see above. native: the library as it ships. unsigned-char: with the target's unsigned char. m32: with its 32-bit
-# widths. no-dqs: on a SQLite without double-quoted texts. tsan: on several threads, with the thread sanitizer. budgets:
-# the instructions and the memory that the library may take. fuzz: fuzzed inputs, 20 seconds for each target. armhf: on
-# the target, 32-bit ARM, under emulation. The tests of failing memory, disks and power, of contention and of damaged
-# files run in dev and native, a few also in armhf.
+# dev: see above. native: the release library. unsigned-char: with unsigned char, as on the target. m32: with 32-bit
+# types, as on the target. no-dqs: with a SQLite without double-quoted texts. tsan: several threads, with the thread
+# sanitizer. budgets: limits for the library's instructions and memory. fuzz: fuzzed inputs, 20 seconds for each target.
+# armhf: the target, 32-bit ARM, under emulation. The tests of failing memory, disks and power, of contention and of
+# damaged files run in dev and native, a few also in armhf.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -48,7 +49,7 @@ run_ctest()
     fi
 }
 
-# A test that was skipped or not even built has not passed. Only what tests/armhf-excluded.txt names is left out.
+# A test that was skipped or not even built has not passed. Only the tests in tests/armhf-excluded.txt may be left out.
 run_tests()
 {
     local preset=$1 build=$project/build/$1 results=$project/build/$1/test-results.xml status=0 counts here not out

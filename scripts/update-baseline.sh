@@ -1,12 +1,12 @@
 #!/bin/bash
-# Writes what the tests compare the library with again, from the library as it is now. Look at the difference that it
-# prints before you commit it.
+# Writes the baselines of the tests from the current library. Look at the difference that it prints before you commit
+# it.
 #
 #   scripts/update-baseline.sh exports     the exported symbols, tests/binary/exports-*.txt, on both machines
 #   scripts/update-baseline.sh abi         the binary interface, tests/binary/abi-*.xml, on both machines
 #   scripts/update-baseline.sh budgets     the instructions and heap allocations of each job, tests/budgets, on both machines
 #
-# docs/binary-interface.md says when the first two may change. A budget that grows is a job that became slower.
+# docs/binary-interface.md says when the first two may change. If a budget grows, that job became slower.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
