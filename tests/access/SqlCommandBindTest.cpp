@@ -26,7 +26,7 @@ class SqlCommandBindTest : public WithOpenDatabase {
 protected:
     SqlCommandBindTest() { command.Execute("CREATE TABLE t(a)"); }
 
-    // What the table holds after the statement has run with its parameter bound.
+    // The value in the table after the statement has run with its parameter bound.
     std::string Stored()
     {
         EXPECT_TRUE(command.Step());
@@ -180,8 +180,8 @@ TEST_F(SqlCommandBindTest, DataBeyondSqlitesLimitIsRefused)
     EXPECT_TRUE(command.BindText(1, std::string(100, 'a')));
 }
 
-// SQLite looks at the size alone here, so the bytes need not exist. Cut to an int the size would be negative, and
-// SQLite would bind "abc".
+// SQLite checks only the size here, so the bytes need not exist. If the size were cut to an int, it would be negative,
+// and SQLite would bind "abc".
 TEST_F(SqlCommandBindTest, DataTooLongForSqlitesIntegerIsRefusedAndNotCut)
 {
     const std::size_t size = std::size_t{std::numeric_limits<int>::max()} + 6;

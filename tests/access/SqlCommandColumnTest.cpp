@@ -153,7 +153,8 @@ TEST_F(SqlCommandColumnTest, EmptyBlobAndNullAreAnEmptyViewWithoutData)
     EXPECT_THAT(sqlite.CallsOf("sqlite3_column_blob"), IsEmpty());
 }
 
-// Asked for in the other order, the blob would be two bytes a letter and the count that of the converted text.
+// If the pointer were read before the length, the blob would have two bytes a letter, and the length would be that of
+// the converted text.
 TEST_F(SqlCommandColumnTest, TextOfAUtf16DatabaseIsReadAsUtf8)
 {
     ASSERT_TRUE(command.Execute("PRAGMA encoding = 'UTF-16'; CREATE TABLE t(a); INSERT INTO t VALUES ('abc')"));

@@ -19,7 +19,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// The operations that work on the held statement and store their code beside the earlier message.
+// The operations that work on the held statement, store their code and keep the earlier message.
 struct Operation {
     const char* name;
     bool (*run)(SqlCommand& command, int index);
@@ -63,7 +63,7 @@ protected:
     }
 
     SqlCommand command{database};
-    std::string message; // of an earlier failure, to see whether it stays
+    std::string message; // of an earlier failure; the test checks whether it stays
 };
 
 TEST_P(SqlCommandOperationTest, MakesOneCallAndKeepsTheEarlierMessage)

@@ -23,7 +23,7 @@ using testing::IsEmpty;
 
 class SqlCommandPrepareTest : public WithOpenDatabase {
 protected:
-    // Leaves a failure's message in the record, to see whether it stays.
+    // Leaves a failure's message in the record, so that a test can check whether it stays.
     std::string LeaveMessage()
     {
         EXPECT_FALSE(command.Execute("nonsense"));

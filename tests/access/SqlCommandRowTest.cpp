@@ -16,7 +16,7 @@ namespace {
 
 using testing::IsEmpty;
 
-// When a row is available to the column reads, and when they give their defaults.
+// When a row is available to the column reads, and when they return their defaults.
 class SqlCommandRowTest : public WithOpenDatabase {
 protected:
     void StepTo(const std::string& sql)
@@ -26,7 +26,7 @@ protected:
         ASSERT_TRUE(command.HasRowData());
     }
 
-    // Every column read gives its default, and SQLite is not asked.
+    // Every column read returns its default without calling SQLite.
     void ExpectNoRow() const
     {
         const RecordedSqlite sqlite;
@@ -45,7 +45,7 @@ protected:
     SqlCommand command{database};
 };
 
-// The values 12 and NULL stand in the row: each would be read as something else than a default.
+// The row holds the values 12 and NULL: both differ from the defaults of the reads.
 TEST_F(SqlCommandRowTest, NoRowIsAvailableBeforeTheFirstStep)
 {
     ExpectNoRow();

@@ -24,7 +24,7 @@ class SqlCommandStepTest : public WithOpenDatabase {
 protected:
     SqlCommandStepTest() { command.Execute("CREATE TABLE t(a UNIQUE); INSERT INTO t VALUES (1)"); }
 
-    // Leaves a failure's message in the record, to see whether it stays.
+    // Leaves a failure's message in the record, so that a test can check whether it stays.
     std::string LeaveMessage()
     {
         EXPECT_FALSE(command.Execute("nonsense"));
@@ -32,7 +32,7 @@ protected:
         return command.GetLastErrorMsg();
     }
 
-    // Prepares a statement whose step fails, and says what plain SQLite answers for it.
+    // Prepares a statement whose step fails, and returns the result of the same statement in raw SQLite.
     PlainFailure PrepareFailingStep()
     {
         static constexpr char Sql[] = "INSERT INTO t VALUES (1)";

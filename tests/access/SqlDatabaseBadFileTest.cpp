@@ -35,8 +35,8 @@ std::string BytesOfFile(const std::string& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// Files that SQLite refuses, at once or when they are first used. Whatever it answers is passed on, and nothing that
-// was there is lost.
+// Files that SQLite rejects when they are opened or first used. Its error is passed on, and the files keep their
+// content.
 class SqlDatabaseBadFileTest : public testing::Test {
 protected:
     void MakeTableWithOneRow() { PlainSqlite(path).Execute("CREATE TABLE t(a); INSERT INTO t VALUES (7)"); }
@@ -56,7 +56,7 @@ TEST_F(SqlDatabaseBadFileTest, MissingFileIsNotCreatedForReading)
     EXPECT_FALSE(fs::exists(path));
 }
 
-// The other end is held here, so that nothing waits for it.
+// The test holds the other end open, so that nothing waits for it.
 TEST_F(SqlDatabaseBadFileTest, NamedPipeIsOpenedByTheCallersPathAndFails)
 {
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);

@@ -30,10 +30,11 @@ using namespace std::string_literals;
 using testing::IsEmpty;
 using testing::IsSupersetOf;
 
-// Parent directories that can be neither found nor created.
+// Parent directories that can neither be found nor created.
 class SqlDatabaseDirectoryTest : public testing::Test {
 protected:
-    // The failure of the directory step, which is told from SQLite's by its message and by SQLite not being asked.
+    // Matches a failure of the directory step: it has a different message than SQLite's failures, and SQLite was not
+    // called.
     static void ExpectNoDirectoryFor(const std::string& path)
     {
         for (const bool readOnly : {false, true}) {
@@ -49,7 +50,7 @@ protected:
         }
     }
 
-    // How many directories of "one/two/three/four" exist.
+    // Returns how many directories of "one/two/three/four" exist.
     int LevelsMade() const
     {
         int levels = 0;
@@ -103,7 +104,7 @@ TEST_F(SqlDatabaseDirectoryTest, DirectoryWithoutPermissionCannotBeCreated)
     EXPECT_TRUE(fs::is_empty(directory.Path()));
 }
 
-// Boost 1.74 ends the process when it has no memory while it makes an ancestor of what it is asked for.
+// Boost 1.74 ends the process if memory runs out while it creates an ancestor of the requested directory.
 TEST_F(SqlDatabaseDirectoryTest, MissingAncestorsWithoutMemoryAreReportedLikeAnyOther)
 {
     const std::string path = directory.File("one/two/three/four/new.db");
@@ -135,8 +136,8 @@ TEST_F(SqlDatabaseDirectoryTest, MissingAncestorsWithoutMemoryAreReportedLikeAny
     EXPECT_EQ(ContentOf(path), (DatabaseContent{{"t", {{"7"}}}}));
 }
 
-// Runs the action in a new directory, which an ordinary user may write to, as that user and under the umask. Returns
-// what the action returned, and the directories that are there afterwards.
+// Runs the action in a new directory that an ordinary user may write to, as that user and with the umask. Returns the
+// action's result and the directories that exist afterwards.
 template <typename Action>
 std::pair<bool, std::set<std::string>> DirectoriesAfter(mode_t mask, const Action& action)
 {

@@ -198,7 +198,7 @@ TEST_F(SqlDatabaseTest, DestructorAbandonsAConnectionWithAHeldStatement)
 
 using SqlDatabaseDeathTest = SqlDatabaseTest;
 
-// A null message cannot become a string: the exception stands for any that storing the message may raise.
+// A null message cannot become a string. That exception represents any exception thrown while the message is stored.
 TEST_F(SqlDatabaseDeathTest, ExceptionWhileTheDestructorStoresTheMessageEndsTheProcess)
 {
     EXPECT_EXIT(

@@ -25,7 +25,7 @@ using testing::IsEmpty;
 
 class SqlTableCloseTest : public WithOpenDatabase {
 protected:
-    // Makes the open query's step fail, and gives what finalizing it answers.
+    // Makes the step of the open query fail, and returns the result of finalizing a similar statement in raw SQLite.
     PlainFailure LeaveFailedStep()
     {
         static constexpr char Sql[] = "SELECT abs(-9223372036854775807 - 1)";
@@ -67,7 +67,7 @@ TEST_F(SqlTableCloseTest, ClosedCursorSucceedsAndLeavesTheRecord)
     EXPECT_THAT(*table, HasRecord(SQLITE_ERROR, message));
 }
 
-// A null message cannot become a string: the exception stands for any that storing the message may raise.
+// A null message cannot become a string. That exception represents any exception thrown while the message is stored.
 TEST_F(SqlTableCloseTest, ExceptionWhileTheMessageIsStoredIsDroppedAndLeavesTheCode)
 {
     const PlainFailure plain = LeaveFailedStep();

@@ -119,8 +119,8 @@ TEST_F(SqlTableStepTest, ResetOfAClosedCursorSucceedsAndLeavesTheRecord)
     EXPECT_THAT(table, HasRecord(SQLITE_ERROR, message));
 }
 
-// Statements whose step fails, run side by side with a plain legacy statement. The codes are SQLite's business; the
-// cursor passes on whatever the legacy interface answers.
+// Statements whose step fails, run in the cursor and in a raw legacy statement. SQLite chooses the codes; the cursor
+// must return the same code as the legacy interface.
 struct FailingStep {
     const char* name;
     const char* sql;

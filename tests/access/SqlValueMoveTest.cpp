@@ -24,7 +24,7 @@ constexpr char MissingInstanceMessage[] = "No value instance exists.";
 
 class SqlValueMoveTest : public WithOpenDatabase {
 protected:
-    // The columns of the row that `sql` yields are then read as values.
+    // Steps to the row of `sql`, so that its columns can be read as values.
     void ReadRow(const std::string& sql)
     {
         ASSERT_TRUE(table.Open(sql));

@@ -51,7 +51,7 @@ static_assert(!Readable<int, const SqlValue>, "a read may write the record");
 
 class SqlValueTest : public WithOpenDatabase {
 protected:
-    // The columns of the row that `sql` yields are then read as values.
+    // Steps to the row of `sql`, so that its columns can be read as values.
     void ReadRow(const std::string& sql)
     {
         ASSERT_TRUE(table.Open(sql));
@@ -162,7 +162,8 @@ TEST_F(SqlValueTest, BytesAreWholeAndTextEndsAtItsFirstZeroByte)
     EXPECT_THAT(table[4].GetValue<std::vector<char>>(), ElementsAre('\0', '\0', '\0'));
 }
 
-// Asked for in the other order, the bytes would be two a letter and their count that of the converted text.
+// If the pointer were read before the length, there would be two bytes a letter, and the length would be that of the
+// converted text.
 TEST_F(SqlValueTest, BytesOfAUtf16TextAreReadAsUtf8)
 {
     ASSERT_EQ(sqlite3_exec(database.GetNativeDatabaseInstance<sqlite3>(),
