@@ -10,7 +10,7 @@
 
 namespace Morvik::sql::tests {
 
-/// Tests that count the rows of a table t, which holds 1, 2 and 3 in its column a.
+/// Tests that count the rows of a table t with the values 1, 2 and 3 in its column a.
 class CountedTable : public OpenFacade {
 protected:
     static constexpr int NotWritten = -77;
@@ -23,7 +23,7 @@ protected:
         return database.ExistData(table, condition, result);
     }
 
-    /// Begins a walk over three rows and takes the first.
+    /// Begins a query of three rows and fetches the first row.
     void BeginWalk()
     {
         ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t ORDER BY a"));
@@ -36,7 +36,7 @@ protected:
         EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
     }
 
-    /// Takes away the row of the count, so that another one is the first.
+    /// Skips the row of the count, so that the next row becomes the first.
     const std::string noCount = "WHERE 0 GROUP BY a";
 
     int result = NotWritten;

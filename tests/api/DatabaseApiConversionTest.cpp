@@ -16,7 +16,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// What the columns of a row become in its cells, by whole reads and by single rows.
+// How the columns of a row become cells, both when all rows are read at once and row by row.
 
 class DatabaseApiConversionTest : public OpenFacade {
 protected:

@@ -13,7 +13,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// What ends a walk, and what leaves it where it is.
+// What ends a row-by-row query, and what leaves it on its row.
 
 class DatabaseApiCursorEndTest : public OpenFacade {
 protected:

@@ -15,7 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A walk that fails on its way, and one that goes on while an earlier failure stands in the record.
+// A row-by-row query that fails after some rows, and one that continues while an earlier failure is in the record.
 
 class DatabaseApiCursorFailureTest : public OpenFacade {
 protected:
@@ -108,7 +108,7 @@ TEST_F(DatabaseApiCursorFailureTest, SchemaChangedAfterTheQueryBeganFailsItsFirs
 
 class DatabaseApiStaleFailureTest : public OpenFacade {
 protected:
-    /// Begins a query of three rows, fetches the first and then leaves the record 112 "Missing command.".
+    /// Begins a query of three rows, fetches the first row and then leaves the record 112 "Missing command.".
     void BeginAndFail()
     {
         ASSERT_TRUE(database.SqlQueryBegin("SELECT 1 AS a UNION SELECT 2 UNION SELECT 3 ORDER BY a"));

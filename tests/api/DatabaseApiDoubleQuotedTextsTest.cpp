@@ -16,7 +16,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 // Text and blob cells are written between double quotation marks. A SQLite that was built with SQLITE_DQS=0, as its
-// makers recommend, rejects them. An application can switch them on for every connection that it opens.
+// developers recommend, rejects them. An application can enable them for every connection that it opens.
 
 class DatabaseApiDoubleQuotedTextsTest : public testing::Test {
 protected:

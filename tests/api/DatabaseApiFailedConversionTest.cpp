@@ -13,7 +13,8 @@ namespace {
 
 using testing::ElementsAre;
 
-/// A column that cannot be converted: the call that fails, what it answers, and what a row's fetch records.
+/// A column that cannot be converted: the SQLite function that fails, its result, and the record after the row is
+/// fetched.
 struct FailureCase {
     const char* name;
     const char* function;

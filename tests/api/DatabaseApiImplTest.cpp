@@ -16,7 +16,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// The implementation object is private to the facade; an explicit instantiation may name it all the same.
+// The implementation object is private to the facade, but an explicit instantiation may name private members.
 template <auto Member>
 struct Granted {
     friend auto ImplementationOf(DatabaseApi& facade) { return (facade.*Member).get(); }
@@ -35,7 +35,7 @@ protected:
         EXPECT_TRUE(implementation.table.ReadNext());
     }
 
-    // Converts the second column while `function` answers `result` once.
+    // Converts the second column; `function` returns `result` once.
     void ConvertWith(const std::string& function, int result)
     {
         RecordedSqlite sqlite;
@@ -70,7 +70,7 @@ TEST_F(DatabaseApiImplTest, CellOfAnUnknownTypeIsAnUntypedZero)
     EXPECT_EQ(std::get<int>(cell.value), 0);
 }
 
-// No definition is turned into nothing today.
+// At present, every definition renders to some text.
 TEST_F(DatabaseApiImplTest, EmptyTextOfADefinitionIsMissing)
 {
     const RecordedSqlite sqlite;

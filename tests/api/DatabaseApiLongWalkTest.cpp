@@ -19,14 +19,14 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// A walk holds one row at a time, however many there are. Every row has the same size, and SQLite's own page cache is
-// kept smaller than the first rows, so that whatever grows would be the walk.
+// A row-by-row query holds one row at a time, however many rows there are. Every row has the same size, and SQLite's
+// page cache is kept smaller than the first rows, so that only the query could make the heap grow.
 
 constexpr int Million = 1'000'000;
 
 class DatabaseApiLongWalkTest : public OpenFacade {
 protected:
-    /// Fills the table and begins the walk through it.
+    /// Fills the table and begins the query of all its rows.
     void BeginWalk(int rows)
     {
         ASSERT_TRUE(database.Execute("PRAGMA synchronous = OFF; PRAGMA cache_size = 4; CREATE TABLE t (a, b);"
@@ -78,7 +78,8 @@ TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryWhenTheCallerKeepsTheRow)
     EXPECT_EQ(LiveBytes(), atFirst);
 }
 
-// Every kind of value in place of a large text or blob, and a shorter text: none of them needs its memory.
+// Every kind of value in place of a large text or blob, and a shorter text: none of these values needs the large
+// buffer.
 TEST_F(DatabaseApiLongWalkTest, LargeBufferIsReleasedByTheNextRowThatDoesNotNeedIt)
 {
     constexpr std::size_t Large = std::size_t{1} << 20;
@@ -139,7 +140,7 @@ TEST_F(DatabaseApiLongWalkTest, WholeReadHoldsEveryRow)
 
 #if !TKOSQLLITE_ADDRESS_SANITIZER
 
-/// Lets this process grow by 32 MiB more.
+/// Limits the memory of this process to 32 MiB more than it has now.
 void LimitAddressSpace()
 {
     constexpr std::size_t Room = std::size_t{32} << 20;

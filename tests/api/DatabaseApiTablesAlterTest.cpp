@@ -100,7 +100,8 @@ TEST_F(AlterTableTest, LeavesARowByRowWalkUndisturbed)
     ASSERT_TRUE(database.ReadNextRow(row));
 
     EXPECT_FALSE(database.AlterTable("absent", "x"));
-    EXPECT_TRUE(database.CreateTable({"fresh", {{"a"}}, {}})); // resets the code, which the walk does not
+    EXPECT_TRUE(
+        database.CreateTable({"fresh", {{"a"}}, {}})); // resets the code, which the row-by-row query does not do
 
     ASSERT_TRUE(database.ReadNextRow(row));
     EXPECT_EQ(std::get<int>(row.cells.at(0).value), 2);

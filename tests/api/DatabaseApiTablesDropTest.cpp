@@ -109,7 +109,7 @@ TEST_F(DropTableTest, FailedDeleteKeepsTheTable)
     EXPECT_EQ(plain.Value("SELECT count(*) FROM t"), "3");
 }
 
-// What plain SQLite answers to dropping a table while a query of the connection is under way.
+// The result in raw SQLite of dropping a table while a query of the connection is active.
 PlainFailure FailureOfDropDuringAQuery()
 {
     PlainSqlite plain(":memory:");

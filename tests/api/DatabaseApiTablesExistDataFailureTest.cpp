@@ -30,7 +30,7 @@ TEST_F(ExistDataFailureTest, RejectedConditionLeavesSqlitesRecordAndNoQuery)
     EXPECT_EQ(Count("t", "WHERE absent = 1"), 0);
 
     EXPECT_EQ(result, failure.code);
-    EXPECT_THAT(database, HasRecord(failure.code, failure.message)); // a closing would have reset the code
+    EXPECT_THAT(database, HasRecord(failure.code, failure.message)); // closing would have reset the code
     ExpectNoWalk();
 }
 
@@ -88,7 +88,7 @@ TEST_P(ExistDataOfAnotherTypeTest, IsACaughtException)
     EXPECT_EQ(Count("t", condition), 0);
 
     EXPECT_EQ(result, 110);
-    EXPECT_THAT(database, HasRecord(0, "Missing command.")); // untouched by the exception, its code reset by closing
+    EXPECT_THAT(database, HasRecord(0, "Missing command.")); // unchanged by the exception, but closing reset its code
     ExpectNoWalk();
     EXPECT_TRUE(database.CloseDatabase());
 }
@@ -101,7 +101,7 @@ INSTANTIATE_TEST_SUITE_P(FirstCells, ExistDataOfAnotherTypeTest,
 TEST_F(ExistDataFailureTest, FailedClosingReplacesTheCodeOfACaughtException)
 {
     RecordedSqlite recorded;
-    recorded.ReplaceNextResult("sqlite3_finalize", SQLITE_IOERR, true, 1); // the first one ends the existence test
+    recorded.ReplaceNextResult("sqlite3_finalize", SQLITE_IOERR, true, 1); // the first call ends the existence test
 
     EXPECT_EQ(Count("t", noCount + " UNION ALL SELECT 'text'"), 0);
 

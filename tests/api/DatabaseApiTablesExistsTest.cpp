@@ -138,7 +138,7 @@ TEST_F(ExistsTableTest, NameCanContinueTheQueryBecauseItsApostrophesAreNotDouble
 
 TEST_F(ExistsTableTest, FailedStepCountsAsNoSuchTableAndIsNotRecorded)
 {
-    ASSERT_TRUE(Exists("sensor_log")); // so that SQLite knows the schema, and only the step needs the locked file
+    ASSERT_TRUE(Exists("sensor_log")); // so that SQLite knows the schema, and only the step must read the locked file
     PlainSqlite other(path);
     other.Execute("BEGIN EXCLUSIVE");
     const RecordedSqlite recorded;

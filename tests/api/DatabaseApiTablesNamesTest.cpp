@@ -18,7 +18,7 @@ namespace {
 
 constexpr int UnwrittenResult = -77;
 
-// A name that SQLite takes only in quotes, for a table that exists.
+// The name of an existing table that SQLite accepts only in quotes.
 struct AwkwardName {
     const char* test;
     std::string name;

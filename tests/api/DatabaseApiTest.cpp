@@ -159,7 +159,8 @@ TEST_F(OpenDatabaseApiTest, SecondOpenRepeatsTheFailureThatTheConnectionRecorded
 
 class DatabaseApiStrictSuccessTest : public testing::TestWithParam<int> {};
 
-// The only way by which a facade's code becomes 100 or 101 without a failure: a connection that recorded it, repeated.
+// A facade's code becomes 100 or 101 without a failure in only one way: OpenDatabase() repeats the code of its
+// connection.
 TEST_P(DatabaseApiStrictSuccessTest, RowAndDoneAreNoSuccesses)
 {
     const TemporaryDirectory directory;

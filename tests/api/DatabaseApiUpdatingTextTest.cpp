@@ -15,7 +15,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// The text of an update, and what becomes of a cell that has none.
+// The text of an update, also if a cell has no SQL text.
 
 struct TextCase {
     const char* name;
@@ -71,7 +71,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 class DatabaseApiInvalidUpdateTest : public OpenFacade {
 protected:
-    /// Updates while SQLite accepts whatever text it is given: only then the facade's own record is left to read.
+    /// Updates while SQLite accepts every text, because only then the facade's error about a cell stays in the record.
     void UpdateAccepted(const std::vector<DbTableRowValues>& rows)
     {
         RecordedSqlite sqlite;

@@ -25,7 +25,8 @@ protected:
     DbTableDataWrite data{{"name", "time"}, {}};
 };
 
-// A list of n items has n - 1 commas and room for n: one byte to spare for each row and for the columns.
+// A list of n items has n - 1 commas, but the expected size counts n: one byte too many for each row and for the column
+// list.
 TEST_F(DatabaseApiWritingMemoryTest, InsertIsAllocatedOnceWithAByteToSpareForEachList)
 {
     std::string text = "INSERT INTO event (name,time) VALUES (" + cells + ")";
@@ -46,7 +47,7 @@ TEST_F(DatabaseApiWritingMemoryTest, InsertIsAllocatedOnceWithAByteToSpareForEac
 
 TEST_F(DatabaseApiWritingMemoryTest, UpdateIsAllocatedOnceWithFewBytesToSpare)
 {
-    data.rows.back() = {{BlobCell(""), IntegerCell(0)}}; // of the rows, only the first counts
+    data.rows.back() = {{BlobCell(""), IntegerCell(0)}}; // only the first row counts
     const std::string condition = "WHERE name IS NOT NULL";
     const std::string text = "UPDATE event SET (name,time)=(" + cells + ") " + condition;
     std::size_t allocated = 0;

@@ -16,7 +16,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// The text of an insert, and what becomes of a cell that has none.
+// The text of an insert, also if a cell has no SQL text.
 
 struct WritingTextCase {
     const char* name;
@@ -101,7 +101,7 @@ TEST_P(DatabaseApiInsertTextTest, IsExecutedAsItStandsAndLeavesSqlitesRecord)
 INSTANTIATE_TEST_SUITE_P(Requests, DatabaseApiInsertTextTest, testing::ValuesIn(TextCases),
                          [](const auto& textCase) { return textCase.param.name; });
 
-/// The text of an insert of the row, `count` times, by a stream under the locale of the moment.
+/// The text of an insert of the row, `count` times, written by a stream with the current locale.
 std::string StreamedInsert(int integer, double real, const std::string& text, int count)
 {
     std::ostringstream stream;
@@ -137,7 +137,8 @@ TEST(DatabaseApiLongInsertTest, IsWrittenWholeHoweverLongItsNumbersAre)
 
 class DatabaseApiInvalidCellTest : public OpenFacade {
 protected:
-    /// Writes rows while SQLite accepts whatever text it is given: only then the facade's own record is left to read.
+    /// Writes rows while SQLite accepts every text, because only then the facade's error about a cell stays in the
+    /// record.
     void WriteAccepted(const std::vector<DbTableRowValues>& rows)
     {
         RecordedSqlite sqlite;

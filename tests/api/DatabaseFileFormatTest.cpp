@@ -14,9 +14,9 @@ namespace {
 
 using testing::ElementsAre;
 
-// The files are ordinary SQLite files, which SQLite's own command-line program reads and writes.
+// The files are ordinary SQLite files: SQLite's command-line program reads and writes them.
 
-/// What the program prints for a command on a database; neither may hold an apostrophe.
+/// The output of the program for a command on a database; neither argument may contain an apostrophe.
 std::string ProgramOutput(const std::string& path, const std::string& command)
 {
     const std::string line =

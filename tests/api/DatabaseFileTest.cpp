@@ -17,7 +17,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// What the facade answers for files that are not as they should be, and that nothing in them is lost over it.
+// The facade's errors for unusual and damaged files, and that the files keep their content.
 
 std::string BytesOfFile(const std::string& path)
 {
@@ -32,7 +32,7 @@ void WriteFile(const std::string& path, const std::string& content)
 
 class DatabaseFileTest : public testing::Test {
 protected:
-    /// Makes a database with two rows at `path`.
+    /// Creates a database with two rows at `path`.
     void MakeDatabase() const
     {
         PlainSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, 'one'), (2, NULL)");

@@ -22,7 +22,7 @@ static_assert(std::has_virtual_destructor_v<IDatabaseApi>);
 static_assert(std::is_base_of_v<IDatabaseApi, DatabaseApi> && std::is_convertible_v<DatabaseApi*, IDatabaseApi*>);
 static_assert(!std::is_copy_constructible_v<IDatabaseApi> && !std::is_copy_assignable_v<IDatabaseApi>);
 
-/// An application's own stand-in for a database.
+/// An application's test double for a database.
 class DatabaseDouble : public IDatabaseApi {
 public:
     explicit DatabaseDouble(bool& destroyed) : m_destroyed(destroyed) {}
