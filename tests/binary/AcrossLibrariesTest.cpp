@@ -1,5 +1,5 @@
-// Objects of the interface's type pass between libraries that were built apart: calls, casts, type comparisons and
-// destruction must meet the same classes on both sides.
+// Objects of the interface's type pass between libraries that were built separately: calls, casts, type comparisons and
+// destruction must find the same classes on both sides.
 #include <sql/DatabaseApi.h>
 #include <sql/IDatabaseApi.h>
 
@@ -22,7 +22,7 @@ const std::vector<std::string> Operations{"OpenDatabase",     "CloseDatabase",  
                                           "WriteTableValues", "UpdateTableValues", "ReadTableValues", "ReadValues",
                                           "ExistData"};
 
-// Overrides one operation of the facade and inherits the rest, in the test's own program.
+// Overrides one operation of the facade and inherits the others, in the test program.
 class ClosedFacade : public DatabaseApi {
 public:
     bool OpenDatabase(const std::string& /*path*/, bool /*readOnly*/) override

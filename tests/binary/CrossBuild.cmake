@@ -1,4 +1,4 @@
-# The checks of a cross build: what it was made from, and which tests it leaves out.
+# The checks of a cross build: the files that it was built from, and the tests that it leaves out.
 
 set(maps)
 foreach(target tkosqllite tkosqllite_tests tkosqllite_internals_tests)
@@ -11,7 +11,7 @@ add_binary_check(TakingFromElsewhereIsNoticed check-sysroot.sh ${CMAKE_BINARY_DI
 set_tests_properties(Binary.TakingFromElsewhereIsNoticed PROPERTIES
     PASS_REGULAR_EXPRESSION "this machine's [^\n]*/libsqlite3.so was linked")
 
-# What cannot run under emulation is disabled, by name and with a reason; see ../RegisterSuites.cmake.
+# Tests that cannot run under emulation are disabled, by name and with a reason; see ../RegisterSuites.cmake.
 set(excluded 1)
 set(list ${PROJECT_SOURCE_DIR}/tests/armhf-excluded.txt)
 add_binary_check(LeavesOutOnlyTheListedTests check-excluded.sh ${list} ${excluded} ${CMAKE_BINARY_DIR})

@@ -1,5 +1,6 @@
-// Part of the library that is described, not of the one that ships. A description holds the types that exported
-// functions take or return; these stand only inside containers, which are described by their names alone.
+// Part of a library that is built only for the description, not of the release. A description contains the types that
+// exported functions take or return. The types below occur only inside containers, which are described by their names
+// alone.
 #include <sql/DbTableColumnDefinition.h>
 #include <sql/DbTableColumnValue.h>
 

@@ -1,15 +1,15 @@
-// A library with every flaw that the checks of a built library look for, so that each check is seen to fail.
+// A library with every flaw that the checks of a built library look for. It proves that each check can fail.
 
-// Exported, and not of the library's namespace.
+// Exported, and not in the library's namespace.
 extern "C" [[gnu::noinline]] int StrayFunction()
 {
     return 1;
 }
 
-// Set when the library is loaded.
+// Initialised when the library is loaded.
 int strayStart = StrayFunction();
 
-// An address inside the code, which the loader must write there.
+// An address inside the code, which the loader must write into the code.
 #if defined(__LP64__)
 __asm__(".pushsection .text\n.balign 8\n.quad StrayFunction\n.popsection\n");
 #else

@@ -16,7 +16,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// The last column of the line that names this machine.
+// Returns the last column of the line that names this machine.
 std::size_t AllowedBytes()
 {
     std::ifstream budgets(TKOSQLLITE_FOOTPRINT_BUDGETS);
@@ -38,7 +38,7 @@ TEST(IdleHeapTest, OpenFacadeHoldsLittleBesideSqlitesOwn)
     const TemporaryDirectory directory;
     const std::string path = directory.File("idle.db");
     PlainSqlite(path).Execute("CREATE TABLE t (a)");
-    ASSERT_TRUE(DatabaseApi().OpenDatabase(path, false)); // makes what a process makes once
+    ASSERT_TRUE(DatabaseApi().OpenDatabase(path, false)); // makes the allocations that a process makes only once
     ASSERT_GT(AllowedBytes(), 0U);
 
     const std::size_t before = LiveBytesOfNew();

@@ -1,5 +1,5 @@
-// Programs are compiled against the layout of the public types and keep it in their own code: a size or an order that
-// changes here breaks every program that is not compiled anew.
+// Programs are compiled with the layout of the public types. If a size or an order changes, every program that is not
+// compiled again breaks.
 #include <sql/DatabaseApi.h>
 #include <sql/DbTableData.h>
 #include <sql/DbTableDataWrite.h>
@@ -27,7 +27,7 @@ namespace {
 constexpr std::size_t Word = sizeof(void*);
 
 #if defined(__x86_64__) || defined(__arm__)
-// Sizes on the target, and on a 64-bit machine.
+// Sizes on the target and on a 64-bit machine.
 constexpr bool HasSize(std::size_t size, std::size_t onTarget, std::size_t on64Bits)
 {
     return size == (Word == 4 ? onTarget : on64Bits);
@@ -45,7 +45,7 @@ static_assert(HasSize(sizeof(SqlValue), 32, 48));
 static_assert(HasSize(sizeof(DbTableRowIterator), 16, 32));
 #endif
 
-// The classes that keep their state to themselves are one pointer to it, the facade a pointer and the current row.
+// A class with private state is one pointer to that state. The facade also has the current row.
 static_assert(sizeof(SqlDatabase) == Word);
 static_assert(sizeof(SqlCommand) == Word);
 static_assert(sizeof(SqlTable) == Word);
@@ -60,8 +60,8 @@ static_assert(
 static_assert(std::is_same_v<decltype(DbTableColumnDefinition::reserved), std::int32_t>);
 static_assert(std::is_same_v<decltype(DbTableColumnDefinition::constraintFlags), std::uint32_t>);
 
-// Some of the types hold standard containers that are not of standard layout; their compilers lay them out all the
-// same.
+// Some of the types hold standard containers that do not have standard layout; offsetof works with these compilers
+// anyway.
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
 static_assert(offsetof(DbTableColumnValue, type) == 0);

@@ -6,7 +6,7 @@
 
 namespace Morvik::sql::tests {
 
-/// The value of type T that stands `offset` bytes into an object, whatever the object is declared to hold there.
+/// The value of type T at `offset` bytes into an object, whatever type the object declares there.
 template <typename T>
 T ReadAt(const void* object, std::size_t offset)
 {
@@ -15,7 +15,7 @@ T ReadAt(const void* object, std::size_t offset)
     return value;
 }
 
-/// How many bytes into the object that begins at `object` something of it stands.
+/// The offset in bytes of a part of the object that begins at `object`.
 template <typename Part>
 std::ptrdiff_t OffsetIn(const void* object, const Part& part)
 {

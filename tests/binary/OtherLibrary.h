@@ -8,7 +8,7 @@
 
 namespace Morvik::sql::tests {
 
-/// A class hierarchy of its own, next to the library's.
+/// A separate class hierarchy, besides the library's.
 class __attribute__((visibility("default"))) Named {
 public:
     Named(const Named&) = delete;
@@ -21,24 +21,24 @@ protected:
     Named() = default;
 };
 
-/// An implementation of the interface that lives in a shared library of its own, which exports nothing of the class but
-/// the functions below. It notes the name of each operation that is called, the destructor's included, in `calls`.
+/// An implementation of the interface in a separate shared library, which exports nothing of the class except the
+/// functions below. It appends the name of each called operation, also of the destructor, to `calls`.
 __attribute__((visibility("default"))) std::unique_ptr<IDatabaseApi>
 MakeNotingDatabase(std::vector<std::string>& calls);
 
-/// The same, seen as a Named: the interface is its second base.
+/// The same object as a Named: the interface is its second base.
 __attribute__((visibility("default"))) std::unique_ptr<Named> MakeNamedDatabase(std::vector<std::string>& calls);
 
-/// Whether the other library recognises the object as one of its own.
+/// Whether the other library recognises the object as an object of its class.
 __attribute__((visibility("default"))) bool IsNotingDatabase(const IDatabaseApi& database);
 
-/// Whether the other library recognises the object as the library's own facade.
+/// Whether the other library recognises the object as the library's facade.
 __attribute__((visibility("default"))) bool IsFacade(const IDatabaseApi& database);
 
-/// A facade made by the other library.
+/// A facade created by the other library.
 __attribute__((visibility("default"))) std::unique_ptr<IDatabaseApi> MakeFacade();
 
-/// Asks the object for everything that the interface offers, from inside the other library.
+/// Calls every operation of the interface on the object, from inside the other library.
 __attribute__((visibility("default"))) void CallEveryOperation(IDatabaseApi& database);
 
 } // namespace Morvik::sql::tests

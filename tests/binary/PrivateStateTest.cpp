@@ -1,5 +1,5 @@
-// The private state behind the one-pointer classes, read through that pointer. Programs never see it, but debuggers,
-// core dumps and tools that read them do.
+// The private state behind the one-pointer classes, read through that pointer. Programs never read it, but debuggers
+// and tools that read core dumps do.
 #include <sql/DatabaseApi.h>
 #include <sql/SqlCommand.h>
 #include <sql/SqlDatabase.h>
@@ -27,7 +27,7 @@ protected:
 
     sqlite3* Handle() { return m_database.GetNativeDatabaseInstance<sqlite3>(); }
 
-    // The connection's one statement.
+    // The only statement of the connection.
     const void* Statement() { return sqlite3_next_stmt(Handle(), nullptr); }
 
     SqlDatabase m_database;
@@ -90,11 +90,11 @@ TEST_F(PrivateStateTest, FacadeIsItsCodeThenItsMessageThenTheConnectionThenTheCu
     ASSERT_FALSE(facade.Execute(""));
     EXPECT_EQ(ReadAt<std::int32_t>(state, 0), facade.GetLastError());
 
-    // The cursor's state names the connection it was made on, which is the facade's own.
+    // The cursor's state refers to the connection that it was created on, which is the facade's.
     const auto* cursorState = ReadAt<const char*>(state, Cursor);
     EXPECT_EQ(ReadAt<const void*>(cursorState, sizeof(SqlError)), state + Connection);
 
-    // The connection's state holds no handle until it is opened.
+    // The connection's state has no handle until it is opened.
     const auto* connectionState = ReadAt<const char*>(state, Connection);
     EXPECT_EQ(ReadAt<const void*>(connectionState, sizeof(SqlError)), nullptr);
     ASSERT_TRUE(facade.OpenDatabase(":memory:", false));

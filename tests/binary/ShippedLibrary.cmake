@@ -1,4 +1,4 @@
-# The checks of the library as it ships, and what renews the lists they compare with.
+# The checks of the release library, and the commands that update their baselines.
 
 set(abi ${CMAKE_CURRENT_SOURCE_DIR}/abi-${machine}.xml)
 
@@ -9,7 +9,7 @@ add_binary_check(KeepsToItsFootprint
 add_binary_check(HasTheVirtualTablesOfItsClasses check-virtual-tables.sh ${library})
 
 # The types are compared through debug information, which changes no code but is readable only without link-time
-# optimisation: the same objects, linked once more.
+# optimisation. So the same objects are linked a second time.
 set(debug_information -g -fdebug-prefix-map=${PROJECT_SOURCE_DIR}=.)
 target_compile_options(tkosqllite_objects PRIVATE ${debug_information} -ffat-lto-objects)
 add_library(tkosqllite_described SHARED DescribedTypes.cpp)
@@ -24,7 +24,7 @@ target_link_options(tkosqllite_described PRIVATE
 set(described $<TARGET_FILE:tkosqllite_described>)
 add_binary_check(KeepsItsTypes check-abi.sh ${described} ${abi})
 
-# Another release of the compiler describes the same types in other words, so the comparison says nothing there.
+# Another release of the compiler describes the same types differently, so the comparison would be meaningless.
 string(REGEX MATCH "^[0-9]+" compiler_release ${CMAKE_CXX_COMPILER_VERSION})
 set(compiler "${CMAKE_CXX_COMPILER_ID} ${compiler_release}")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${abi})

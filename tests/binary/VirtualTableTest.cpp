@@ -1,5 +1,5 @@
-// Programs call the facade by the positions in its virtual table: an operation that moves there makes programs that are
-// not compiled anew call another one.
+// Programs call the facade by the positions in its virtual table. If an operation moves, programs that are not compiled
+// again call a different operation.
 #include <sql/DatabaseApi.h>
 #include <sql/IDatabaseApi.h>
 #include <sql/SqlCommand.h>
@@ -26,8 +26,8 @@ namespace {
 using testing::ContainsRegex;
 using testing::StartsWith;
 
-// The position that a call through the pointer takes from the virtual table. Compilers of the common C++ ABI store the
-// position in bytes; ARM marks a virtual function in the second field, others in the lowest bit of the first.
+// The position in the virtual table that a call through the member pointer uses. Compilers of the common C++ ABI store
+// the position in bytes; ARM marks a virtual function in the second field, others in the lowest bit of the first.
 template <typename Operation>
 std::size_t Slot(Operation operation)
 {
@@ -47,7 +47,7 @@ std::size_t Slot(Operation operation)
 #endif
 }
 
-// The functions in the virtual table of the object at `object`, first entry first.
+// The functions in the virtual table of the object at `object`, in order.
 const void* const* TableOf(const void* object)
 {
     return ReadAt<const void* const*>(object, 0);
@@ -58,7 +58,7 @@ struct Function {
     std::string library;
 };
 
-// What the dynamic linker knows of a function: its linkage name, empty for one that is not exported.
+// The name of a function in the dynamic symbol table, empty if the function is not exported.
 Function Find(const void* address)
 {
     Dl_info info{};

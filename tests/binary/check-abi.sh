@@ -1,8 +1,8 @@
 #!/bin/sh
 # check-abi.sh LIBRARY DESCRIPTION
 #
-# Programs that were built against the library of DESCRIPTION run with LIBRARY: no type, function or virtual table that
-# they can reach has changed. The library needs its debug information.
+# Checks that programs built against the library of DESCRIPTION run with LIBRARY: no type, function or virtual table
+# that they can reach has changed. The library needs its debug information.
 . "$(dirname "$0")/findings.sh"
 library=$1
 description=$2

@@ -1,7 +1,7 @@
 #!/bin/sh
 # check-excluded.sh LIST COUNT BUILD-FOLDER
 #
-# LIST leaves out COUNT tests, all of which exist, each with a reason.
+# Checks that LIST leaves out COUNT tests, all of which exist, each with a reason.
 . "$(dirname "$0")/findings.sh"
 list=$1
 count=$2
@@ -12,7 +12,7 @@ excluded=$(grep -v '^#' "$list" || true)
 found=$(echo "$excluded" | grep -c . || true)
 [ "$found" -eq "$count" ] || flaw "it leaves out $found tests, not $count"
 
-# In a shell of its own, so that its findings are counted here.
+# The loop runs in a subshell, so its findings are printed and counted here.
 findings=$(echo "$excluded" | grep . | while read -r name reason; do
     [ -n "$reason" ] || echo "$name is left out without a reason"
     echo "$tests" | grep -Fqx "$name" || echo "$name does not exist"

@@ -1,7 +1,7 @@
 #!/bin/sh
 # check-exports.sh LIBRARY LIST
 #
-# The library exports what LIST names, no more and no less, and all of it belongs to Morvik::sql.
+# Checks that the library exports exactly the names in LIST, and that all of them belong to Morvik::sql.
 . "$(dirname "$0")/findings.sh"
 library=$1
 list=$2

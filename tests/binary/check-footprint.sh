@@ -1,7 +1,7 @@
 #!/bin/sh
 # check-footprint.sh LIBRARY MACHINE BUDGETS
 #
-# The library takes no more than its budgets allow.
+# Checks that the library takes no more than its budgets.
 . "$(dirname "$0")/findings.sh"
 library=$1
 machine=$2

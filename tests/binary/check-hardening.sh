@@ -1,8 +1,8 @@
 #!/bin/sh
 # check-hardening.sh LIBRARY
 #
-# The library's code and constants are never written to: no relocation of code, no stack that can be executed, no
-# segment both writable and executable, and tables of addresses that are bound at load time and then made read-only.
+# Checks that nothing writes to the library's code and constants: no relocation of code, no executable stack, no segment
+# that is both writable and executable, and address tables that are bound at load time and then made read-only.
 . "$(dirname "$0")/findings.sh"
 library=$1
 

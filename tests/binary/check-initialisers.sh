@@ -1,14 +1,14 @@
 #!/bin/sh
 # check-initialisers.sh LIBRARY
 #
-# Nothing of the library's own runs when it is loaded or unloaded: the arrays of initialisers and finalisers hold the
-# one entry each that the compiler's start files put there. Needs an unstripped library.
+# Checks that no code of the library runs when it is loaded or unloaded: the arrays of initialisers and finalisers hold
+# only the one entry each that the compiler's start files put there. Needs an unstripped library.
 . "$(dirname "$0")/findings.sh"
 library=$1
 
 symbols=$($NM "$library" 2>/dev/null)
 [ -n "$symbols" ] || flaw "it has no symbols to look at"
-# A header's Type and Size, a symbol's address: the entry of the start files must be all there is.
+# Reads a header's Type and Size and a symbol's address: the entry of the start files must be the only one.
 check_array()
 {
     $READELF -SW "$library" | sed -n "s/^ *\[ *[0-9]*\] \\$1 *[A-Z_]* *\([0-9a-f]*\) [0-9a-f]* \([0-9a-f]*\) .*/\1 \2/p" |

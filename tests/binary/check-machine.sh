@@ -1,8 +1,8 @@
 #!/bin/sh
 # check-machine.sh LIBRARY MACHINE
 #
-# The library holds code for MACHINE: x86_64, or armhf with the calling convention that passes floating-point arguments
-# in floating-point registers.
+# Checks that the library has code for MACHINE: x86_64, or armhf with the calling convention that passes floating-point
+# arguments in floating-point registers.
 . "$(dirname "$0")/findings.sh"
 library=$1
 machine=$2

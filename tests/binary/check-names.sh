@@ -1,8 +1,8 @@
 #!/bin/sh
 # check-names.sh LIBRARY
 #
-# The library names itself libtkosqllite.so, without a version and without versioned links to it, and searches for the
-# libraries that it needs nowhere but where the system does.
+# Checks that the library's soname is libtkosqllite.so, without a version and without versioned links to it, and that
+# its libraries are searched for only in the system's directories.
 . "$(dirname "$0")/findings.sh"
 library=$1
 

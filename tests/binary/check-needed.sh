@@ -1,8 +1,8 @@
 #!/bin/sh
 # check-needed.sh LIBRARY
 #
-# The library needs SQLite, Boost.Filesystem and the run-time libraries of C++ and C, and nothing else. Boost's own
-# companions come along where the installed Boost has its code in them; so does the dynamic loader, which holds the
+# Checks that the library needs only SQLite, Boost.Filesystem and the run-time libraries of C++ and C. Other Boost
+# libraries are allowed if the installed Boost.Filesystem needs them, and so is the dynamic loader, which holds the
 # stack protector's guard on ARM.
 . "$(dirname "$0")/findings.sh"
 library=$1

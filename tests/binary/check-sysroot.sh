@@ -1,9 +1,9 @@
 #!/bin/sh
 # check-sysroot.sh BUILD-FOLDER SYSROOT LINK-MAP...
 #
-# A cross build takes nothing from this machine but its programs: every header that was read, and every file that was
-# linked, is the project's, the sysroot's or the cross compiler's own. Boost's headers, which the sysroot only points
-# to, are the exception.
+# Checks that a cross build uses nothing of this machine except its programs: every header that was read and every file
+# that was linked belongs to the project, to the sysroot or to the cross compiler. Boost's headers are the exception,
+# because the sysroot only links to them.
 . "$(dirname "$0")/findings.sh"
 build=$(cd "$1" && pwd)
 sysroot=$(cd "$2" && pwd)
@@ -11,7 +11,7 @@ shift 2
 project=$(cd "$(dirname "$0")/../.." && pwd)
 compiler='/usr/lib/gcc-cross|/usr/arm-linux-gnueabihf'
 
-# Makes the paths absolute and leaves out what may be there. Link-time optimisation links temporary objects.
+# Makes the paths absolute and leaves out the allowed ones. Link-time optimisation links temporary objects.
 strays()
 {
     (cd "$build" && sort -u | grep -Ev '\.(ltrans|debug\.temp)\.o$' | xargs realpath -ms) |

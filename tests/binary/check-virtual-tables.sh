@@ -1,8 +1,8 @@
 #!/bin/sh
 # check-virtual-tables.sh LIBRARY
 #
-# The number of entries of each virtual table: two words of description, two destructors and, in the facade, its 13
-# operations. A statement's private state has its destructors only. Needs an unstripped library.
+# Checks the number of entries of each virtual table: two words of description, two destructors and, in the facade, its
+# 13 operations. A statement's private state has its destructors only. Needs an unstripped library.
 . "$(dirname "$0")/findings.sh"
 library=$1
 

@@ -1,6 +1,6 @@
 # shellcheck shell=sh
-# Sourced by the checks of a built library: a check calls `flaw` for everything that it finds and ends with `conclude`.
-# READELF and NM name the tools of the library's machine.
+# Sourced by the checks of a built library: a check calls `flaw` for every flaw that it finds and ends with `conclude`.
+# READELF and NM name the tools for the library's machine.
 set -eu
 LC_ALL=C
 export LC_ALL
@@ -13,7 +13,7 @@ flaw()
     printf 'flaw: %s\n' "$*"
 }
 
-# Says how the check ended; the argument is what was looked at.
+# Prints the result of the check; the argument names what was checked.
 conclude()
 {
     if [ "$flaws" -ne 0 ]; then

@@ -1,7 +1,7 @@
 #!/bin/sh
 # footprint.sh LIBRARY
 #
-# Prints what the library takes, a figure a line. STRIP names the tool of the library's machine.
+# Prints the sizes of the library, one figure per line. STRIP names the tool for the library's machine.
 set -eu
 : "${READELF:=readelf}" "${NM:=nm}" "${STRIP:=strip}"
 library=$1
@@ -10,7 +10,8 @@ stripped=$(mktemp)
 trap 'rm -f "$stripped"' EXIT
 "$STRIP" -o "$stripped" "$library"
 
-# Every page of the writable segment is written to while the library is loaded, and private to its process from then on.
+# Every page of the writable segment is written to while the library is loaded, and is private to its process
+# afterwards.
 segment=$("$READELF" -lW "$stripped" | awk '$1 == "LOAD" && $7 == "RW" { print $3, $6 }')
 first=$((${segment% *} / 4096))
 last=$(((${segment% *} + ${segment#* } - 1) / 4096))

@@ -1,8 +1,8 @@
 #!/bin/sh
 # prove-checks.sh FLAWED-LIBRARY LIBRARY DESCRIBED-LIBRARY MACHINE
 #
-# Runs every check on something with the flaw that it looks for and fails unless the check names that flaw. The checks
-# of what the library exports and of its types are tried with lists and descriptions that differ by one entry.
+# Runs every check on a file with the flaw that it looks for and fails unless the check names that flaw. The checks of
+# the library's exports and of its types run with lists and descriptions that differ by one entry.
 set -u
 here=$(dirname "$0")
 flawed=$1
@@ -13,7 +13,7 @@ work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
 unproven=0
 
-# prove PATTERN CHECK ARGUMENT...: the check fails and says something that the pattern describes.
+# prove PATTERN CHECK ARGUMENT...: the check must fail with an output that matches the pattern.
 prove()
 {
     pattern=$1
@@ -54,8 +54,8 @@ prove 'new: Morvik::sql::SqlTable::Reset\(\) const' check-exports.sh "$library" 
 (cat "$list" && echo 'Morvik::sql::SqlTable::Zap() const') | LC_ALL=C sort >"$work/longer"
 prove 'missing: Morvik::sql::SqlTable::Zap\(\) const' check-exports.sh "$library" "$work/longer"
 
-# Each of these is another library than the described one: an earlier size of a class, an earlier place of a field, an
-# operation that stood elsewhere in the virtual table.
+# Each change makes the description that of a different library: another size of a class, another offset of a field,
+# another position of an operation in the virtual table.
 abi=$here/abi-$machine.xml
 prove 'it has no debug information' check-abi.sh "$flawed" "$abi"
 prove_abi()
