@@ -21,7 +21,7 @@ FENCE = re.compile(r"^```(.*)$")
 SEPARATOR = "\x1e"
 INCLUDE = re.compile(r"^#include .*\n", re.M)
 
-# The page that says which headers the code of the others needs.
+# The page that lists the headers for the code of the other pages.
 GUIDE = pathlib.Path(__file__).resolve().parents[2] / "docs" / "guide" / "README.md"
 
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::array<unsigned char, 6> Bytes{'l', 'o', 'n', 'g', 'e', 'r'};
 
-/// Binds by the operation of that name; texts and blobs are six bytes long.
+/// Binds with the operation of that name; texts and blobs have six bytes.
 bool Bind(SqlCommand& command, const std::string& operation, int index)
 {
     if (operation == "BindInteger") {
@@ -28,7 +28,7 @@ bool Bind(SqlCommand& command, const std::string& operation, int index)
     return operation == "BindText" ? command.BindText(index, "longer") : command.BindBlob(index, Bytes);
 }
 
-/// A statement with one parameter is bound, in whose record the message of an earlier failure stands.
+/// Binds a statement with one parameter whose record holds the message of an earlier failure.
 Outcome Bound(const std::string& operation, int index,
               const std::function<void(SituationConnection&, SqlCommand&)>& arrange)
 {

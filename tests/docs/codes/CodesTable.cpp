@@ -16,7 +16,7 @@ std::string Trimmed(const std::string& text)
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') + 1 - first);
 }
 
-/// The texts between backticks: the operations of a row.
+/// Returns the texts between backticks: the operations of a row.
 std::vector<std::string> Quoted(const std::string& cell)
 {
     std::vector<std::string> texts;

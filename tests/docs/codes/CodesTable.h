@@ -6,7 +6,7 @@
 
 namespace Morvik::sql::tests {
 
-/// One row of the tables in docs/codes.md, for one of the operations that it names. Cells as they are there, without
+/// One row of the tables in docs/codes.md, for one of the operations in that row. Cells as in the document, without
 /// backticks and with \| as |.
 struct CodesRow {
     std::string operation; ///< with its class: "SqlDatabase::Open"
@@ -24,11 +24,11 @@ struct CodesRow {
 /// The text as a reader of the document sees it.
 std::string WithoutBackticks(std::string text);
 
-/// The cells of one line of a table, without the blanks around them and with \| as |.
+/// The cells of one line of a table, without surrounding blanks and with \| as |.
 std::vector<std::string> CellsOfTableLine(const std::string& line);
 
-/// Every row of the document, in order; a row that names several operations comes once for each. None if there is no
-/// such file. Throws std::runtime_error for a row with another number of cells.
+/// Every row of the document, in order; a row with several operations is returned once for each. Empty if there is no
+/// such file. Throws std::runtime_error for a row with a wrong number of cells.
 std::vector<CodesRow> ReadCodesTable(const std::string& path);
 
 } // namespace Morvik::sql::tests

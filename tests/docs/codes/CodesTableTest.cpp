@@ -16,8 +16,8 @@ namespace {
 
 using testing::IsEmpty;
 
-// docs/codes.md and the library say the same: each row's situation is brought about here, and what comes of it compared
-// with the row. Neither can change alone.
+// Checks that docs/codes.md and the library agree: each row's situation is created here, and the result is compared
+// with the row.
 
 std::string Key(const std::string& operation, const std::string& situation)
 {
@@ -51,7 +51,7 @@ std::vector<CodesRow> Rows()
 
 const std::string Sqlites = "SQLite's";
 
-/// "SQLite's", "SQLite's, 5", "unchanged" or a number. Only SQLite's own may be given as both.
+/// "SQLite's", "SQLite's, 5", "unchanged" or a number. Only "SQLite's" and a number may be combined.
 int ExpectedCode(const std::string& cell, const Outcome& outcome)
 {
     if (cell == "unchanged") {

@@ -14,14 +14,14 @@ namespace {
 
 const std::string Violation = "INSERT INTO t VALUES (1)";
 
-/// A command on a connection of its own, in whose record an earlier failure stands.
+/// A command on a separate connection; its record holds an earlier failure.
 struct CommandWithAFailure : SituationConnection {
     explicit CommandWithAFailure(bool open = true) : SituationConnection(open)
     {
         if (open) {
             command.Execute("nonsense");
         } else {
-            command.Prepare("SELECT 1"); // leaves 21, and no message: nothing else can
+            command.Prepare("SELECT 1"); // leaves 21 and no message; a closed connection allows no other failure
         }
     }
 

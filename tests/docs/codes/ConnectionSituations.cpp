@@ -27,7 +27,7 @@ Outcome SecondOpen()
     SituationConnection connection;
     SqlCommand command(connection.database);
     command.Prepare("SELECT 1");
-    connection.database.Close(); // is refused, and leaves a record to look at
+    connection.database.Close(); // is rejected, and leaves an error in the record
     return Observe(connection.database, [&] { return connection.database.Open(connection.path, false); });
 }
 
@@ -41,7 +41,7 @@ Outcome DirectoryThatCannotBeMade()
 Outcome DirectoryThatCannotBeInspected()
 {
     const TemporaryDirectory directory;
-    return Opened(directory.File(std::string(300, 'x') + "/test.db"), false); // longer than any file's name
+    return Opened(directory.File(std::string(300, 'x') + "/test.db"), false); // longer than any file name may be
 }
 
 Outcome FileThatIsADirectory()
@@ -90,7 +90,7 @@ Outcome CloseWithACursor()
         connection.database, [&] { return connection.database.Close(); }, FailureOfCloseWithAStatement());
 }
 
-/// Runs the operation on a closed connection that has failed to open before.
+/// Runs the operation on a closed connection whose opening failed.
 template <typename Operation>
 Outcome OnAClosedConnection(Operation operation)
 {

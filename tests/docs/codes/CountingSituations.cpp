@@ -95,7 +95,7 @@ Outcome NoMemory()
     });
 }
 
-/// The first finalizing ends the test for the table, the second one the query.
+/// The first call of sqlite3_finalize ends the test for the table, the second call ends the query.
 Outcome FailedClosing()
 {
     SituationFacade facade;

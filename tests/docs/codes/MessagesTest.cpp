@@ -25,8 +25,8 @@ using testing::Each;
 using testing::IsEmpty;
 using testing::Not;
 
-// docs/guide/messages.md and the library say the same: what each row says that happened is done here, and the code and
-// message that it leaves are compared with the row.
+// Checks that docs/guide/messages.md and the library agree: the cause in each row is created here, and the code and
+// message are compared with the row.
 
 struct MessagesRow {
     int code = 0;
@@ -68,7 +68,7 @@ DbTableDefinition WithConstraint(DbTableColumnConstraint constraint)
     return {.name = "n", .columns = {{.name = "b", .constraintFlags = constraint}}};
 }
 
-/// A facade on a temporary file with the table t, whose column a is 1, and a record for each failure.
+/// A facade on a temporary file with the table t, whose column a is 1, and a list of the failures.
 struct Failures {
     Failures()
     {
@@ -76,10 +76,10 @@ struct Failures {
         database.Execute("CREATE TABLE t (a INTEGER UNIQUE, b TEXT); INSERT INTO t VALUES (1, 'one')");
     }
 
-    /// Keeps the record of an operation on the facade, or says that it succeeded.
+    /// Adds the error of the operation on the facade to the list, or a note that the operation succeeded.
     void Add(bool succeeded) { records.push_back(succeeded ? Record{-1, "succeeded"} : RecordOf(database)); }
 
-    /// The same for a prepared statement.
+    /// Does the same for a prepared statement.
     void Add(bool succeeded, const SqlCommand& command)
     {
         records.push_back(succeeded ? Record{-1, "succeeded"} : RecordOf(command));

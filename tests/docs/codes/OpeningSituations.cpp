@@ -37,7 +37,7 @@ Outcome DirectoryThatCannotBeMade()
 Outcome DirectoryThatCannotBeInspected()
 {
     const TemporaryDirectory directory;
-    return Opened(directory.File(std::string(300, 'x') + "/test.db"), false); // longer than any file's name
+    return Opened(directory.File(std::string(300, 'x') + "/test.db"), false); // longer than any file name may be
 }
 
 Outcome FileThatIsADirectory()

@@ -10,7 +10,7 @@ namespace {
 const std::string ReadTable = "IDatabaseApi::ReadTableValues";
 const std::string Read = "IDatabaseApi::ReadValues";
 
-/// Reads the table or the query `what`, as the operation does.
+/// Reads the table or the query `what` with the operation.
 Outcome Reads(SituationFacade& facade, const std::string& operation, const std::string& what,
               std::optional<PlainFailure> plain = std::nullopt)
 {

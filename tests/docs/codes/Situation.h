@@ -26,20 +26,20 @@ struct Record {
     }
 };
 
-/// What came of a situation.
+/// The result of a situation.
 struct Outcome {
     std::string returned;
     Record before;
     Record after;
 
-    /// What SQLite itself answers in the same situation, where the document says "SQLite's".
+    /// SQLite's result in the same situation, for rows with "SQLite's".
     std::optional<PlainFailure> plain{};
 
-    /// The values that the document's message names.
+    /// The values that the document's message contains.
     std::map<std::string, std::string> names{};
 };
 
-/// A situation of the document: how it is brought about and what came of it.
+/// A situation of the document: how to create it, and its result.
 struct Situation {
     std::string operation;
     std::string name;
@@ -82,7 +82,7 @@ inline std::string ReturnedText(std::string text)
     return text;
 }
 
-/// Runs one operation on an object, or on what hands its failures to that object's record.
+/// Runs one operation on an object, or on another object whose failures are copied to that object's record.
 template <typename Recorded, typename Act>
 Outcome Observe(const Recorded& recorded, Act act, std::optional<PlainFailure> plain = std::nullopt)
 {

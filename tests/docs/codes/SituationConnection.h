@@ -11,7 +11,7 @@
 
 namespace Morvik::sql::tests {
 
-/// A connection to a file of its own, and a plain one beside it that tells what SQLite answers. The file holds the
+/// A connection to a separate file, and a raw SQLite connection to it that gives SQLite's result. The file holds the
 /// table t, whose column a is 1, 2 and 3.
 struct SituationConnection {
     explicit SituationConnection(bool open = true)

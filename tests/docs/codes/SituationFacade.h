@@ -11,8 +11,8 @@
 
 namespace Morvik::sql::tests {
 
-/// A facade on a file of its own, and a plain connection beside it that tells what SQLite answers. The file holds the
-/// table t, whose column a is 1, 2 and 3, and the view failing, which fails at its second row.
+/// A facade on a separate file, and a raw SQLite connection to it that gives SQLite's result. The file holds the table
+/// t, whose column a is 1, 2 and 3, and the view failing, which fails at its second row.
 struct SituationFacade {
     explicit SituationFacade(bool open = true)
     {
@@ -26,7 +26,8 @@ struct SituationFacade {
     /// Leaves the record 112 "Missing command.".
     void FailBefore() { database.Execute(""); }
 
-    /// Another connection locks the file so that it cannot be read. The facade knows the schema, and compiles queries.
+    /// Another connection locks the file so that it cannot be read. The facade knows the schema and can compile
+    /// queries.
     void LockAfterTheSchemaWasRead()
     {
         int result = -1;

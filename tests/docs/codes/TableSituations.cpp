@@ -11,7 +11,7 @@ namespace {
 const std::string Apostrophe = "it's";
 const DbTableDefinition OneColumn{"n", {{"a", DbTableColumnType::Integer}}};
 
-/// What an operation on a table came to: first whether it succeeded.
+/// The result of an operation on a table; its first value says whether the operation succeeded.
 template <typename Operation>
 Outcome OnTables(SituationFacade& facade, Operation operation, std::optional<PlainFailure> plain = std::nullopt)
 {
@@ -119,7 +119,8 @@ std::function<Outcome()> Renaming(const std::string& table, const std::string& n
     };
 }
 
-/// The facade has read the schema by then, so that the test compiles; the lock of another connection stops its step.
+/// The facade has already read the schema, so that the test compiles; the lock of another connection makes its step
+/// fail.
 template <typename Operation>
 std::function<Outcome()> WhileTheStepFails(Operation operation)
 {

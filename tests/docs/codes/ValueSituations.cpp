@@ -11,7 +11,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-/// The zero of every type reads as the document says it.
+/// The zero of every type, in the words of the document.
 std::string TextOf(double number)
 {
     return number == 0.0 ? "0" : "not 0";
@@ -47,7 +47,7 @@ Outcome TypeOfNothing()
     return Observe(value, [&] { return value.GetValueType(); });
 }
 
-/// Reads a column of a row into whose value's record a failure was put.
+/// Reads a column of a row as a value whose record already holds a failure.
 template <typename T>
 Outcome OfAColumn(const std::string& sql, const std::string& replaced = "")
 {

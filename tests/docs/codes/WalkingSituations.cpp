@@ -11,7 +11,7 @@ const std::string Next = "DatabaseApi::ReadNextRow";
 const std::string Begin = "DatabaseApi::begin";
 const std::string Advance = "DbTableRowIterator::operator++";
 
-/// Fetches a row by one of the three operations; the last one has fetched another row before.
+/// Fetches a row with one of the three operations; the last operation first fetches another row.
 Outcome Fetched(DatabaseApi& database, const std::string& operation, std::optional<PlainFailure> plain = std::nullopt)
 {
     if (operation == Next) {
@@ -62,7 +62,7 @@ std::function<Outcome()> WithAFailingStep(const std::string& operation)
     };
 }
 
-/// Replaces what the column's call answers: no value at all, or a storage class that there is not.
+/// Replaces the result of reading the column: no value at all, or a storage class that does not exist.
 std::function<Outcome()> WithABadColumn(const std::string& operation, const std::string& function)
 {
     return [=] {
