@@ -29,7 +29,7 @@ static_assert(std::is_same_v<decltype(DbTableColumnValue::value), CellValue>);
 static_assert(std::is_same_v<decltype(DbTableRowValues::cells), std::vector<DbTableColumnValue>>);
 static_assert(std::is_same_v<decltype(DbTableData::rows), std::vector<DbTableRowValues>>);
 
-// A row is not a result and neither is a plain vector, so none of them can stand in for another.
+// A row is not a result, and a vector is neither, so that none of them converts to another.
 static_assert(!std::is_convertible_v<DbTableRowValues, DbTableData>);
 static_assert(!std::is_convertible_v<DbTableRowValues, std::vector<DbTableColumnValue>>);
 
@@ -38,7 +38,7 @@ static_assert(std::is_nothrow_move_constructible_v<DbTableColumnValue>);
 static_assert(std::is_nothrow_move_constructible_v<DbTableRowValues>);
 static_assert(std::is_nothrow_move_constructible_v<DbTableData>);
 
-const std::string LongText(100, 'x'); // too long for a std::string to hold without a buffer
+const std::string LongText(100, 'x'); // too long for the small buffer inside a std::string
 
 DbTableRowValues TextAndBytes()
 {

@@ -16,7 +16,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// What is expected decides how much memory a statement takes, so it is pinned to the byte.
+// The expected size decides how much memory a statement takes, so the tests compare it exactly.
 
 constexpr std::size_t LongestNumber = 13;
 

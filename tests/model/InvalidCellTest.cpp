@@ -44,7 +44,7 @@ DbTableColumnValue CellOf(const std::tuple<std::int32_t, std::size_t>& pair)
     return {static_cast<DbTableColumnType>(std::get<0>(pair)), 0, Values[std::get<1>(pair)]};
 }
 
-// The alternative that a tag with data goes with.
+// The alternative that belongs to a tag with data.
 std::size_t AlternativeOf(std::int32_t tag)
 {
     return tag == 0 ? 0 : static_cast<std::size_t>(tag - 1);
@@ -116,7 +116,7 @@ TEST(InvalidCellTest, TextWhoseQuotesCannotBeDoubledForLackOfMemoryHasNoLiteral)
     int failures = 0;
 
     for (bool fired = true; fired; ++failures) {
-        SqlBuffer sql(literal.size()); // so that no allocation but those of the doubling can fail
+        SqlBuffer sql(literal.size()); // so that only the allocations for the doubled quotes can fail
         bool written = false;
         {
             const FailingAllocation failing(failures);

@@ -10,8 +10,8 @@
 
 namespace Morvik::sql::tests {
 
-/// The text that the cell's literal adds to a statement, or nothing when the cell has none. Fails the test when the
-/// statement's earlier text does not stand, or when a cell without a literal leaves something behind.
+/// The text that the cell's literal adds to a statement, or nothing when the cell has none. Fails the test if the
+/// statement's earlier text changes, or if a cell without a literal appends something.
 inline std::optional<std::string> LiteralOf(const DbTableColumnValue& cell)
 {
     const std::string earlier = "VALUES ('\"";

@@ -18,7 +18,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// Compares each number's text with that of one default stream, made in the locale under test.
+// Compares each number's text with that of one default stream, created in the locale under test.
 template <typename Number>
 class StreamComparison {
 public:
@@ -50,19 +50,19 @@ private:
 
 class RandomReals {
 public:
-    // Any bits: all exponents alike, infinities and NaNs with every payload among them.
+    // Random bits: every exponent is equally likely, and infinities and NaNs with every payload occur.
     double OfAnyBits() { return std::bit_cast<double>(m_random()); }
 
     double Denormal() { return std::copysign(std::bit_cast<double>(m_random() >> 12), Sign()); }
 
     double InfiniteOrNan() { return std::bit_cast<double>(m_random() | 0x7FF0'0000'0000'0000); }
 
-    // With all significant digits, from far below to far above what is written without an exponent.
+    // Numbers with all significant digits, from far below to far above the range that is written without an exponent.
     double OfEverydaySize() { return Sign() * std::pow(10.0, Between(-8'000'000, 9'000'000) / 1e6); }
 
     double OfFewDigits() { return Sign() * Between(0, 9'999'999) * m_powers[Index(-12, 12)]; }
 
-    // In the middle between two texts of six digits as exactly as a double can say it, or right beside it.
+    // The middle between two texts of six digits, as exactly as a double can represent it, or the double next to it.
     double NearAHalf()
     {
         const double half = Sign() * (Between(100'000, 999'999) + 0.5) * m_powers[Index(-300, 300)];
@@ -122,7 +122,7 @@ TEST_P(NumberTextDifferentialTest, RandomRealsReadAsAStreamWritesThem)
                                &RandomReals::OfEverydaySize,  &RandomReals::OfFewDigits,
                                &RandomReals::NearAHalf,       &RandomReals::InfiniteOrNan,
                                &RandomReals::NearAPowerOfTen, &RandomReals::NearAPowerOfTwo};
-    const int numbers = GetParam().name == "Classic" ? 1'000'000 : 50'000; // only the classic one has code of its own
+    const int numbers = GetParam().name == "Classic" ? 1'000'000 : 50'000; // only the classic locale has special code
     RandomReals reals;
     StreamComparison<double> comparison;
 

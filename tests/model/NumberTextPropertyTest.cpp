@@ -20,7 +20,7 @@ namespace {
 
 constexpr int NumbersPerSeed = 50000;
 
-// What a default stream writes of a double, as its standard says, without the cost of a stream.
+// The text that a default stream writes for a double according to the C++ standard, without the cost of a stream.
 std::string Printed(double number)
 {
     std::array<char, 32> text{};
@@ -49,7 +49,7 @@ std::int32_t RandomInteger(Choices& choices)
     return static_cast<std::int32_t>(choices.Bits()) >> choices.Below(32);
 }
 
-// Six or seven digits and a half of the last place, or a hair beside it, where rounding decides.
+// Six or seven digits and half a unit of the last place, or slightly more or less, where rounding decides.
 double NextToAHalf(Choices& choices)
 {
     const double digits = static_cast<double>(100000 + choices.Below(9900000)) + 0.5;
@@ -66,13 +66,13 @@ double AnyBits(Choices& choices)
     return std::bit_cast<double>(upper << 32 | choices.Bits());
 }
 
-// A number of few digits, as applications write them.
+// A number with few digits, as applications write.
 double FewDigits(Choices& choices)
 {
     return static_cast<double>(RandomInteger(choices)) / std::pow(10.0, static_cast<double>(choices.Below(10)));
 }
 
-// Just below, on and just above a power of ten.
+// A number just below, equal to or just above a power of ten.
 double NextToAPowerOfTen(Choices& choices)
 {
     double number = std::pow(10.0, static_cast<double>(choices.Below(18)) - 8.0);

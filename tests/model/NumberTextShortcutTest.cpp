@@ -45,7 +45,7 @@ TEST(NumberTextShortcutTest, LeavesWhatIsCloseToAHalfOfTheLastDigitToTheStandard
     }
 }
 
-// 9.999999 becomes 10.0000, whose first digit stands one place higher.
+// 9.999999 becomes 10.0000, whose first digit has the next higher exponent.
 TEST(NumberTextShortcutTest, LeavesWhatRoundsToThePowerOfTenAboveToTheStandardLibrary)
 {
     for (const double number : {9.999999, 99999.99}) {

@@ -25,7 +25,7 @@ constexpr int CellsPerSeed = 5000;
 
 std::string RandomBytes(Choices& choices)
 {
-    // Mostly quotes, because only they are treated, between bytes of every kind.
+    // Mostly quotes, because only they are changed, between bytes of every kind.
     return choices.TextOf("'\"''\"\"ab \0\n\\%;\x7F\x80\xC3\xA4\xFF"sv, choices.OneIn(10) ? 300 : 12);
 }
 
