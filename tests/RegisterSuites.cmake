@@ -1,9 +1,10 @@
 # register_suites(PROGRAM [TIMEOUT SECONDS] [LABEL NAME [FOR CLASS...]])
 #
 # Registers each suite of a GoogleTest program as a test of CTest, when the program is built. One process for a suite
-# starts a tenth as many processes as one for each case, which counts with sanitizers and under emulation. The label is
-# for the suites of these classes, or for all. In ${CMAKE_BINARY_DIR}/cases the program's cases are listed, and each run
-# of a suite leaves its results in ${CMAKE_BINARY_DIR}/results: scripts/test.sh counts both.
+# needs a tenth of the processes that one for each case would need, which saves time with sanitizers and under
+# emulation. The label is for the suites of these classes, or for all suites. ${CMAKE_BINARY_DIR}/cases has a list of
+# the program's cases, and each run of a suite writes its results to ${CMAKE_BINARY_DIR}/results: scripts/test.sh counts
+# both.
 #
 # The build runs this file also as a script, which lists the suites.
 function(register_suites program)
@@ -34,11 +35,11 @@ cmake_policy(VERSION 3.25)
 
 execute_process(COMMAND ${EMULATOR} ${PROGRAM} --gtest_list_tests
     OUTPUT_VARIABLE listed COMMAND_ERROR_IS_FATAL ANY)
-string(REGEX REPLACE " *#[^\n]*" "" listed "${listed}") # values of parameters
+string(REGEX REPLACE " *#[^\n]*" "" listed "${listed}") # the values of test parameters
 string(REPLACE "\n" ";" listed "${listed}")
 cmake_path(GET PROGRAM FILENAME program)
 
-# What cannot run under emulation is a separate, disabled test.
+# A suite that cannot run under emulation is a separate, disabled test.
 set(excluded)
 if(EMULATOR)
     file(STRINGS ${CMAKE_CURRENT_LIST_DIR}/armhf-excluded.txt excluded REGEX "^[^#]")
@@ -59,7 +60,7 @@ function(register test filter)
         list(APPEND properties TIMEOUT ${TIMEOUT})
     endif()
     if(LABEL AND test MATCHES "(^|/)(${CLASSES})$")
-        list(APPEND properties LABELS ${LABEL} COST 100) # the longest begin first
+        list(APPEND properties LABELS ${LABEL} COST 100) # the longest tests start first
     endif()
     string(APPEND script "add_test([==[${test}]==]${command})\n")
     if(properties)

@@ -24,7 +24,7 @@ def passed_cases(result, status):
         failures = failures or failed
         if case.get("result") == "completed" and not failed:
             passed.add(f"{case.get('classname')}.{case.get('name')}")
-    # A program that found every case right and failed, for a leak perhaps, does not tell which case it was.
+    # If all cases of a program passed and the program failed, for example because of a leak, no case can be named.
     return passed if status == "run" or failures else set()
 
 

@@ -49,7 +49,7 @@ def main(findings: pathlib.Path, answer_list: pathlib.Path) -> int:
     for finding in findings.read_text().splitlines():
         found = re.fullmatch(r"([^:]+):(?:(\d+):\d+:)? (?:warning|error): (.*) \[([-\w]+)\]", finding)
         if found is None:
-            # The path to a finding: where it is called from, and what was assumed on the way.
+            # The path to a finding: the calls and the assumptions that lead to it.
             if re.search(r"\b(warning|error):", finding):
                 complaints.append(f"not understood: {finding}")
             continue

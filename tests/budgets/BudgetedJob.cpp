@@ -1,5 +1,5 @@
-// Does one job on 1,000 rows or files, whose instructions are counted from outside, and prints the heap allocations
-// that it made.
+// Does one job on 1,000 rows or files, whose instructions another program counts, and prints the number of its heap
+// allocations.
 
 #include <charconv>
 #include <cstdio>
@@ -23,7 +23,7 @@ namespace {
 
 constexpr int Count = 1000;
 
-// Counts only what `job` does: what it needs is made before, and its result is checked afterwards.
+// Counts only `job`: its input is made before, and its result is checked afterwards.
 void Measure(const std::function<void()>& job)
 {
     std::printf("allocations %zu\n", RunBudgetedJob(job));
@@ -141,7 +141,7 @@ struct Jobs {
     }
 };
 
-// Runs the job; false if there is none of this name. "write-by-N" writes N rows with each call.
+// Runs the job; returns false if there is no job of this name. "write-by-N" writes N rows with each call.
 template <typename Contender>
 bool Run(std::string_view name)
 {

@@ -12,7 +12,8 @@ from collections import Counter
 from dataclasses import dataclass
 
 FUNCTION = "RunBudgetedJob"
-# The C library chooses its string functions by the processor. Without these features the choice is always the same.
+# The C library chooses its string functions according to the processor. Without these features it always makes the same
+# choice.
 X86_STRING_FUNCTIONS = "glibc.cpu.hwcaps=-AVX512F,-AVX512VL,-AVX2,-ERMS,-FSRM"
 ARM_PROCESSOR = "cortex-a7"
 STUBS = "calls through the linkage table"
@@ -38,7 +39,7 @@ def same_file(a, b):
 
 
 def run(command, environment):
-    # Nothing of the caller's environment: a longer path of the temporary directory takes more instructions.
+    # The environment is empty: a longer path of the temporary directory, for example, takes more instructions.
     done = subprocess.run(command, env={"TMPDIR": "/tmp", **environment}, capture_output=True, text=True)
     if done.returncode != 0:
         sys.exit(done.stdout + done.stderr)

@@ -12,7 +12,7 @@ import pathlib
 import sys
 
 REQUIRED_BRANCHES = 0.97
-Line = tuple[str, str]  # file and text: numbers change with every edit
+Line = tuple[str, str]  # file and text: line numbers change with every edit
 
 
 def read_list(path: pathlib.Path) -> dict[Line, str]:

@@ -18,8 +18,8 @@ inline std::vector<std::string> ExampleCommand(const std::string& program, const
     return CommandLine(std::string(TKOSQLLITE_EXAMPLES) + "/" + program, arguments);
 }
 
-/// `command` in a process that cannot write files larger than `blocks` of 512 bytes. A write beyond that fails like a
-/// write to a full disk.
+/// `command` in a process that cannot write files larger than `blocks` of 512 bytes. A write beyond that fails as on a
+/// full disk.
 inline std::vector<std::string> WithFileSizeLimit(int blocks, const std::vector<std::string>& command)
 {
     std::vector<std::string> limited = {

@@ -46,7 +46,7 @@ protected:
 
     std::string Answer(const std::string& sql) const { return AnswerOfSqlite3(m_database, sql); }
 
-    // Whether the file is sound, its tables and a summary of its rows.
+    // Whether the file passes the integrity check, its tables and a summary of its rows.
     std::string Content() const
     {
         return Answer("PRAGMA integrity_check; SELECT name FROM sqlite_master;"

@@ -25,7 +25,7 @@ class SqlHelpersTest : public testing::Test {
 protected:
     SqlHelpersTest() { Open(m_database, m_directory.File("helpers.db")); }
 
-    // The only value that `sql` selects, nothing for NULL.
+    // The only value that `sql` selects, or nothing for NULL.
     template <typename T>
     std::optional<T> ValueOf(const std::string& sql)
     {

@@ -1,9 +1,9 @@
 #!/bin/bash
 # check-files.sh PREFIX LIBRARY-FOLDER [LIBRARY]
 #
-# An installed tree holds the headers of include/sql in a folder of their own, the library under its one name and what
-# CMake and pkg-config need; nothing else, and no trace of where it was built. LIBRARY-FOLDER is relative to PREFIX.
-# LIBRARY is libtkosqllite.so unless told.
+# Checks that an installed tree contains the headers of include/sql in a separate folder, the library under its one name
+# and the files for CMake and pkg-config; no other files, and no path of the build directory. LIBRARY-FOLDER is relative
+# to PREFIX. LIBRARY is libtkosqllite.so by default.
 set -euo pipefail
 prefix=$1
 library=$2

@@ -1,7 +1,7 @@
 #!/bin/bash
 # check-package.sh PACKAGE FOLDER
 #
-# Unpacks a Debian package of the library into FOLDER and checks what it says of itself.
+# Unpacks a Debian package of the library into FOLDER and checks its control files.
 set -euo pipefail
 package=$1
 folder=$2
@@ -26,7 +26,7 @@ dpkg-deb -R "$package" "$folder"
 [ "$(field Multi-Arch)" = same ] || flaw "it cannot be installed for two machines at once"
 [ "$(basename "$package")" = "$(field Package)_$(field Version)_$(field Architecture).deb" ] || flaw "it has another name"
 
-# The checksums are of every file, and right.
+# Every file has a checksum, and it is right.
 (cd "$folder" && md5sum --quiet -c DEBIAN/md5sums) || flaw "its checksums are wrong"
 summed=$(wc -l <"$folder/DEBIAN/md5sums")
 files=$(cd "$folder" && find . -path ./DEBIAN -prune -o -type f -print | wc -l)
@@ -47,6 +47,6 @@ fi
 grep -qx 'activate-noawait ldconfig' "$folder/DEBIAN/triggers" || flaw "it does not trigger ldconfig"
 grep -qx 'libtkosqllite.so libtkosqllite #MINVER#' "$folder/DEBIAN/symbols" || flaw "it does not list its symbols"
 
-# One dependency for each library that the binary asks for, and none beside them.
+# There is one dependency for each library that the binary needs, and no other.
 depends=$(field Depends | tr , '\n' | sed 's/^ *//; s/ .*//' | LC_ALL=C sort | tr '\n' ' ')
 [ "$depends" = 'libboost-filesystem1.74.0 libc6 libgcc-s1 libsqlite3-0 libstdc++6 ' ] || flaw "it depends on $depends"

@@ -4,9 +4,9 @@
 #   consume.sh cmake      FOLDER FIRST-STEPS [ARGUMENT...]              arguments of cmake
 #   consume.sh pkg-config FOLDER FIRST-STEPS COMPILER [OPTION...]       options of the compiler
 #
-# FOLDER is made, and holds what is built; FIRST-STEPS is the source of the example of that name. The environment says
-# where the library is (CMAKE_PREFIX_PATH, PKG_CONFIG_PATH), in RUN what runs a program, where that takes something, and in
-# PKG_CONFIG how to call pkg-config, if not by its name alone.
+# Creates FOLDER and builds in it; FIRST-STEPS is the source of the example of that name. Environment variables:
+# CMAKE_PREFIX_PATH and PKG_CONFIG_PATH tell where the library is, RUN is the emulator that runs a program, if one is
+# needed, and PKG_CONFIG is the command for pkg-config (default: pkg-config).
 set -euo pipefail
 
 how=$1
@@ -35,12 +35,12 @@ cmake)
     ;;
 pkg-config)
     declare -a flags libraries
-    eval "flags=($("${pkg_config[@]}" --cflags tkosqllite))" # it escapes blanks
+    eval "flags=($("${pkg_config[@]}" --cflags tkosqllite))" # pkg-config escapes blanks
     eval "libraries=($("${pkg_config[@]}" --libs tkosqllite))"
     eval "includes=$("${pkg_config[@]}" --variable=includedir tkosqllite)"
     options=("$@" -Wall -Wextra -Wpedantic -Werror "${flags[@]}")
 
-    # All headers at once, in a program that uses none of them.
+    # Includes all headers in a program that uses none of them.
     (cd "${includes:?}/tkosqllite" && printf '#include <%s>\n' sql/*.h) >"$work/headers.cpp"
     "${options[@]}" -fsyntax-only "$work/headers.cpp"
     "${options[@]}" -o "$work/first_steps" "$first_steps" "${libraries[@]}"

@@ -1,4 +1,4 @@
-// What a program that is built against the installed library may do with prepared statements and cursors.
+// Uses prepared statements and cursors in a program that is built against the installed library.
 #include <sql/SqlCommand.h>
 #include <sql/SqlDatabase.h>
 #include <sql/SqlTable.h>

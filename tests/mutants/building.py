@@ -18,8 +18,8 @@ from collections.abc import Callable, Iterable, Mapping
 
 from mutations import Mutant
 
-# Where the build has the test programs, in the order in which they run, and which of their tests are to run. What fails
-# all allocations in turn takes too long for every mutant.
+# The test programs of the build, in the order in which they run, and the tests of them to run. Tests that make every
+# allocation fail in turn take too long for every mutant.
 PROGRAMS = {
     "tests/tkosqllite_tests": "*",
     "tests/tkosqllite_internals_tests": "*",
@@ -27,7 +27,7 @@ PROGRAMS = {
 }
 LIBRARY = "src/libtkosqllite.so"
 
-# The library is compiled for a quick answer; what it is tested against here stays the same.
+# The library is compiled with settings for a fast build; the test programs stay the same.
 DROPPED_FLAGS = re.compile(r"-O[0-3sg]|-g.*|-f(no-)?(fat-)?lto.*|-Werror|-MD|-M[TF]|-W.*")
 DROPPED_WITH_VALUE = {"-MT", "-MF", "-o", "-c"}
 
@@ -44,7 +44,7 @@ class TestDoesNotCompile(Exception):
 class Unit:
     """One source that is compiled, and how."""
     source: pathlib.Path
-    output: str  # the object, as the build's link commands name it
+    output: str  # the object, as in the build's link commands
     command: list[str]  # without source and output
 
 
@@ -117,7 +117,7 @@ class Workshop:
     def build_base(self, workers: int) -> Programs:
         """Compiles the library as it is, for the mutants to be linked with."""
         directory = self.room / "base"
-        self.compile(self.library_units()[0], self.whole_library, directory, [])  # it must be possible
+        self.compile(self.library_units()[0], self.whole_library, directory, [])  # the unchanged library must compile
         with concurrent.futures.ThreadPoolExecutor(workers) as pool:
             compiled = {unit.output: pool.submit(self.compile, unit, unit.source, directory, [])
                         for unit in self.library_units()}
@@ -193,7 +193,7 @@ def link_flags(words: list[str], target: str) -> list[str]:
     at = kept.index("-o")
     if kept[at + 1] != target:
         raise ValueError(f"{target} is not linked by {' '.join(words)}")
-    return kept[:at] + kept[at + 2:] + ["-fuse-ld=gold"]  # the fastest that every compiler brings
+    return kept[:at] + kept[at + 2:] + ["-fuse-ld=gold"]  # the fastest linker that every compiler has
 
 
 def substituted(command: list[str], replaced: Mapping[str, pathlib.Path | None],

@@ -78,7 +78,7 @@ def read_results() -> dict[Mutant, str]:
 
 
 def write_results(results: dict[Mutant, str]) -> None:
-    written_anew = RESULTS.with_suffix(".new")  # a run that is ended meanwhile leaves the old ones whole
+    written_anew = RESULTS.with_suffix(".new")  # if the run is interrupted, the old results stay complete
     written_anew.write_text(json.dumps([{"mutant": dataclasses.asdict(mutant), "found": found}
                                         for mutant, found in results.items()], indent=1))
     written_anew.replace(RESULTS)
@@ -92,7 +92,7 @@ def choose(options: argparse.Namespace, mutants: list[Mutant], earlier: dict[Mut
         chosen = [mutant for mutant in chosen if earlier.get(mutant) == "survived"]
     if options.sample is None:
         return chosen
-    # An answered one would survive once more and take the longest; a full run tells whether it still does.
+    # A mutant in answered.txt would survive again and take the longest; a full run tells whether it still survives.
     answers = read_answers(ANSWERED)
     chosen = [mutant for mutant in chosen if key_of(mutant) not in answers]
     seed = random.randrange(1_000_000) if options.seed is None else options.seed
@@ -168,7 +168,7 @@ def main() -> int:
     try:
         Suite(unchanged, room)
     except SuiteFails:
-        RESULTS.unlink(missing_ok=True)  # a test that began to fail on the way noticed nothing
+        RESULTS.unlink(missing_ok=True)  # a test that began to fail during the run noticed no mutant
         raise
     good = judge(results, len(results) == len(existing), room)
     print(f"{time.monotonic() - started:.0f} s")

@@ -20,7 +20,7 @@ FUNCTIONS = {
     "min": "max", "max": "min", "begin": "end", "end": "begin", "front": "back", "starts_with": "ends_with",
     "ends_with": "starts_with",
 }
-# A sum would be no pointer.
+# A sum would not be a pointer.
 MACROS = {"SQLITE_TRANSIENT": "SQLITE_STATIC"}
 
 INTEGERS = {TypeKind.INT, TypeKind.UINT, TypeKind.LONG, TypeKind.ULONG, TypeKind.LONGLONG, TypeKind.ULONGLONG}
@@ -41,7 +41,7 @@ class Mutant:
     function: str
     before: str
     after: str
-    ordinal: int  # among those of the file that the other fields do not tell apart, counted from 1
+    ordinal: int  # among the mutations of the file with equal other fields, counted from 1
     line: int = dataclasses.field(compare=False)
     begin: int = dataclasses.field(compare=False)
     end: int = dataclasses.field(compare=False)
@@ -152,11 +152,11 @@ class Finder:
             self.change(start, start + 2, *OPERATORS[text[:2]])
         elif text[-2:] in ("++", "--"):
             self.change(end - 2, end, *OPERATORS[text[-2:]])
-        elif text.startswith(("!", "-")):  # not one that the compiler made of "!="
+        elif text.startswith(("!", "-")):  # not an operator that the compiler made of "!="
             self.change(start, start + 1, "")
 
     def change_loop(self, kind: CursorKind, children: list[Cursor]) -> None:
-        # A loop that never ends says nothing that one that never runs does not say.
+        # A loop that never ends tells nothing more than a loop that never runs.
         condition = children[0] if kind == CursorKind.WHILE_STMT else children[1]
         self.replace(condition, "false")
 
@@ -168,7 +168,7 @@ class Finder:
         name, end = cursor.spelling, cursor.extent.end.offset
         begin = end - len(name)
         if self.source[begin:end] != name:
-            return  # stands behind a macro or before template arguments
+            return  # is after a macro or before template arguments
         if name in FUNCTIONS:
             self.change(begin, end, FUNCTIONS[name])
         named = cursor.referenced

@@ -16,7 +16,7 @@ import time
 
 from building import PROGRAMS, Programs
 
-SLOW = 0.25  # seconds; slower tests run only when no other test noticed
+SLOW = 0.25  # seconds; slower tests run only if no other test noticed the mutant
 ADDRESS_SPACE = 4 << 30
 FILE_SIZE = 4 << 30
 
@@ -33,7 +33,7 @@ class TimedOut(Exception):
 class Test:
     program: str
     name: str
-    file: str  # without folder and ending
+    file: str  # without folder and suffix
     seconds: float
 
 
@@ -62,7 +62,7 @@ class Suite:
     @contextlib.contextmanager
     def scratch(self):
         directory = pathlib.Path(tempfile.mkdtemp(dir=self.room))
-        directory.chmod(0o755)  # some tests go on as another user
+        directory.chmod(0o755)  # some tests change to another user
         try:
             yield directory
         finally:

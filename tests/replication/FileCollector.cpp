@@ -1,4 +1,4 @@
-// Makes the files of many devices, collects their rows into one file with ATTACH, counts them, and writes to standard
+// Creates the files of many devices, collects their rows into one file with ATTACH, counts them, and writes to standard
 // output how long the collecting took.
 //
 //   FileCollector FOLDER FILES

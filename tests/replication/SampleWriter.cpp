@@ -1,4 +1,4 @@
-// Writes rows into a database in WAL mode until it is killed, with the settings that a replicating engine needs. Each
+// Writes rows into a database in WAL mode until it is killed, with the settings that a replication program needs. Each
 // row is a transaction. After each acknowledged row it writes a line to standard output: the row's number, and the time
 // in microseconds.
 //
