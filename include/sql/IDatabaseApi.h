@@ -24,12 +24,13 @@ namespace Morvik::sql {
 /// No operation throws for an SQL or file failure: it returns false and leaves a code and, as a rule, a message. The
 /// exceptions: DropTable() returns true, ExistsTable() and ExistData() give result 0, if the test for the table fails
 /// while it runs; OpenDatabase() on an open database returns true. Only running out of memory is thrown, as
-/// std::bad_alloc; where SQLite's own memory runs out, the code is 7, or 1 while rows are stepped through. Either way a
-/// write or a change of the schema has changed nothing then, except the statements of Execute() and DropTable() that
-/// were done before; inside a transaction, SQLite may undo the complete transaction on code 7, 10 or 13. Every
-/// operation that starts a piece of work sets the code to 0 first and leaves the message, so a success may leave the
-/// message of an earlier failure. These are the codes; each failure of each operation, in all classes, has a row in
-/// @ref codes "codes and messages".
+/// std::bad_alloc. Three failures are reported in other ways: SQLite's own memory runs out (code 7, or 1 while rows are
+/// stepped through), a directory cannot be created without memory (111), the quotation marks of a text cannot be
+/// doubled (1, "near ")": syntax error"). Either way a write or a change of the schema has changed nothing then, except
+/// the statements of Execute() and DropTable() that were done before; inside a transaction, SQLite may undo the
+/// complete transaction on code 7, 10 or 13. Every operation that starts a piece of work sets the code to 0 first and
+/// leaves the message, so a success may leave the message of an earlier failure. These are the codes; each failure of
+/// each operation, in all classes, has a row in @ref codes "codes and messages".
 ///
 /// | Code | Message                                   | Meaning                                                  |
 /// |------|-------------------------------------------|----------------------------------------------------------|

@@ -58,7 +58,8 @@ public:
     /// - std::vector<char>: all bytes. If the value is not a blob and SQLite had no memory to convert it, the vector is
     ///   empty, and closing the cursor then fails with code 7.
     ///
-    /// Texts and bytes are copies; std::bad_alloc is thrown when there is no memory for one.
+    /// Texts and bytes are copies; std::bad_alloc is thrown when there is no memory for one. If SQLite had none, it may
+    /// have set the value to NULL.
     template <typename T>
     T GetValue() = delete;
 

@@ -45,8 +45,13 @@ bool DatabaseApi::Impl::CloseCursor()
 
 bool DatabaseApi::SqlQueryBegin(const std::string& sql)
 {
+    // The row is cleared first, even if this throws. Its cells are kept until the end, because `sql` may be one of
+    // them.
+    DbTableRowValues earlier;
+    earlier.cells.swap(m_row.cells);
     const bool begun = m_impl->OpenCursor(sql);
-    m_row.cells.clear(); // assigned last, because `sql` may be a text of this row
+    earlier.cells.clear();
+    m_row.cells.swap(earlier.cells); // its memory is used again
     return begun;
 }
 
