@@ -10,7 +10,7 @@
 
 namespace Morvik::sql::tests {
 
-/// What a contender wrote to standard output.
+/// The output of a contender.
 struct ContenderReport {
     /// The numbers of the entries that were acknowledged, in their order.
     std::vector<int> entries;
@@ -19,19 +19,20 @@ struct ContenderReport {
     int refusals = 0;
 };
 
-/// A database with one balance and no entries yet, and programs that use it from outside (Contender.cpp).
+/// A database with a balance and no entries, and the programs that use it from other processes (Contender.cpp).
 class ContendedFile : public testing::Test {
 protected:
     ContendedFile();
 
-    /// The command line of one contender; its arguments are those that Contender.cpp lists.
+    /// The command line of one contender; Contender.cpp lists its arguments.
     std::vector<std::string> Contender(const std::string& role, const std::string& which, double seconds,
                                        const std::string& timeout) const;
 
-    /// What a contender wrote. A contender that did not end well is a failure.
+    /// Parses the output of a contender. Fails the test if the contender did not end with 0.
     static ContenderReport Report(const ChildResult& result);
 
-    /// Expects exactly the acknowledged entries of the writers 1, 2, ... in the file, and the balance that they make.
+    /// Expects exactly the acknowledged entries of the writers 1, 2, ... in the file, and a balance that agrees with
+    /// them.
     void ExpectExactly(const std::vector<ContenderReport>& writers) const;
 
     const TemporaryDirectory directory;

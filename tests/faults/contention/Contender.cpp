@@ -17,10 +17,10 @@
 //   reader FILE NUMBER SECONDS TIMEOUT     reads the balance and the entries until then
 //   holder FILE MARK SECONDS TIMEOUT       locks the file, makes the directory MARK, later adds an entry
 //
-// A writer or reader that was not served even once goes on until it is: SQLite promises no fair turns. TIMEOUT is
-// SQLite's busy timeout in milliseconds. What was acknowledged is written to standard output, "entry N" for every entry
-// and "read" for every read, and "refused" for every refusal. A refusal is SQLite's busy code with SQLite's text for
-// it; anything else ends the program with status 1.
+// A writer or reader that has not succeeded even once continues until it does: SQLite does not promise fair turns.
+// TIMEOUT is SQLite's busy timeout in milliseconds. The program prints "entry N" for every acknowledged entry, "read"
+// for every read, and "refused" for every rejected operation. An operation is rejected with SQLite's busy code and the
+// text for that code; any other failure ends the program with status 1.
 
 namespace {
 
@@ -35,8 +35,8 @@ public:
         : m_number(number), m_waits(timeout != "0")
     {
         Require(m_database.OpenDatabase(path, false) && m_database.Execute("PRAGMA busy_timeout = 60000"));
-        // No power fails here, and a contender that does not wait for the disk comes in more often. This reads the
-        // file.
+        // The power does not fail in this test, and contenders that do not wait for the disk compete more often. This
+        // statement also reads the file.
         Require(m_database.Execute("PRAGMA synchronous = OFF"));
         Require(m_database.Execute("PRAGMA busy_timeout = " + timeout));
     }
@@ -65,7 +65,7 @@ public:
                 entriesBefore = entries;
                 std::cout << "read\n";
             } else {
-                m_database.CloseReadTable(); // repeats the refusal of the step
+                m_database.CloseReadTable(); // repeats the failure of the step
             }
         }
     }
@@ -92,7 +92,7 @@ private:
         Check(succeeded, std::to_string(m_database.GetLastError()) + " " + m_database.GetLastErrorMsg());
     }
 
-    // Whether an operation succeeded; if not, it must have been refused.
+    // Returns whether an operation succeeded; if it failed, the code must be SQLite's busy code.
     bool Granted(bool succeeded)
     {
         if (!succeeded) {
@@ -113,10 +113,11 @@ private:
              {{{{DbTableColumnType::Integer, 0, m_number}, number, {DbTableColumnType::Integer, 0, amount}}}}});
     }
 
-    // Reads the balance, adds to it and writes it back: another writer's change in between would be lost.
+    // Reads the balance, adds to it and writes it back: another writer's change between the two would be lost.
     bool AddToBalance(int entry)
     {
-        // SQLite refuses at once where waiting could never end: one that reads already and now wants to write.
+        // SQLite returns at once where waiting would be a deadlock: when a connection that holds a read lock wants to
+        // write.
         const bool reserved = m_waits || entry % 4 == 1;
         if (!Granted(m_database.Execute(reserved ? "BEGIN IMMEDIATE" : "BEGIN"))) {
             return false;
@@ -135,7 +136,7 @@ private:
         return false;
     }
 
-    // A refused commit leaves the transaction open, so that it may be tried again.
+    // A rejected commit leaves the transaction open, so the commit can be repeated.
     bool Commit()
     {
         constexpr int Attempts = 3;

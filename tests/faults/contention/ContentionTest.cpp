@@ -15,10 +15,11 @@ namespace {
 constexpr std::size_t Writers = 3;
 constexpr std::size_t Readers = 2;
 
-// Several processes on one file: whoever cannot be served is told so, and what was acknowledged is there exactly once.
+// Several processes on one file: an operation that cannot be done returns an error, and every acknowledged entry is in
+// the file exactly once.
 class ContentionTest : public ContendedFile {
 protected:
-    /// Lets writers and readers contend and gathers what they report.
+    /// Runs writers and readers at the same time and collects their output.
     void Contend(const std::string& timeout)
     {
         const double seconds = Rounds(2, 60);

@@ -18,12 +18,12 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// Facades on threads of their own, each with a file of its own, share nothing that would have to be guarded. The thread
-// sanitizer (preset tsan) watches; without it these tests still compare every answer.
+// Facades on separate threads, each with a separate file, share no data that needs a lock. The thread sanitizer (preset
+// tsan) checks it; without the sanitizer these tests still compare every result.
 
 constexpr std::size_t Threads = 2;
 
-/// Runs `work(number)` on every thread at once and returns what each says went wrong, empty for nothing.
+/// Runs `work(number)` on every thread at once. Returns what went wrong on each thread, empty for nothing.
 template <typename Work>
 std::array<std::string, Threads> OnThreads(Work work)
 {
@@ -44,7 +44,7 @@ std::array<std::string, Threads> OnThreads(Work work)
     return failures;
 }
 
-/// Makes, fills, changes, reads, walks and drops a table, errors included. Returns what went wrong.
+/// Creates, fills, changes, reads, walks and drops a table, and makes some operations fail. Returns what went wrong.
 std::string UseEveryOperation(DatabaseApi& database, int round)
 {
     int result = -1;

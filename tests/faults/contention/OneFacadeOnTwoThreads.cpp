@@ -2,9 +2,9 @@
 
 #include <thread>
 
-// What no application may do: two threads use one facade. The thread sanitizer must report it, and name the library;
-// otherwise its silence about the tests says nothing. The facade is closed, so that the race is about the code of its
-// record alone and does no harm.
+// Two threads use one facade, which no application may do. The thread sanitizer must report it and name the library;
+// otherwise the absence of reports in the other tests would prove nothing. The facade is closed, so the only race is
+// about its error code and does no harm.
 
 int main()
 {

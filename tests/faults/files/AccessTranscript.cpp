@@ -20,7 +20,7 @@ std::string_view Bytes(const void* data, int size)
     return {static_cast<const char*>(data), data != nullptr ? static_cast<std::size_t>(size) : 0};
 }
 
-/// The library.
+/// Runs the operations with the library.
 class Library {
 public:
     bool Open(const std::string& path) { return Noted(m_database, m_database.Open(path, true)); }
@@ -77,7 +77,7 @@ private:
     SqlTable m_table{m_database};
 };
 
-/// The SQLite calls that the library stands for.
+/// Runs the same operations with direct SQLite calls.
 class Plain {
 public:
     Plain() = default;
@@ -95,7 +95,7 @@ public:
         return Noted(sqlite3_exec(m_handle, sql.c_str(), nullptr, nullptr, nullptr));
     }
 
-    // The statement's calls leave the earlier message, but for its steps.
+    // The statement's operations keep the earlier message; only its steps replace it.
     bool Prepare(const std::string& sql)
     {
         code = sqlite3_prepare_v2(m_handle, sql.c_str(), -1, &m_statement, nullptr);
@@ -177,7 +177,7 @@ private:
     sqlite3_stmt* m_statement = nullptr;
 };
 
-/// The sequence of operations, on either side.
+/// The sequence of operations, with the library or with direct SQLite calls.
 template <typename Side>
 class Script {
 public:

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t Page = 1024;
 
-// Files that end too early, as a copy or a power failure leaves them, and files that go on too long.
+// Files that end too early, as a copy or a power failure leaves them, and files that are too long.
 class CutFileTest : public testing::Test {
 protected:
     void CutTo(std::size_t size)

@@ -39,10 +39,11 @@ struct Outcome {
     std::string content;
 };
 
-/// Runs the operations on a file of this content. An exception is an answer that nobody else gives.
+/// Runs the operations on a file with this content. An exception is recorded as a distinct result.
 Outcome Run(Operations operations, const std::string& path, const std::string& content, bool readOnly)
 {
-    // The file too is made anew: one that is emptied and filled again is written to the disk at once by some systems.
+    // The file is created again each time: some systems write a file to the disk at once if it is emptied and filled
+    // again.
     for (const char* companion : {"", "-journal", "-wal", "-shm"}) {
         std::filesystem::remove(path + companion);
     }
@@ -87,7 +88,7 @@ void DamageTrials::Tally(const Transcript& answers, const Transcript& undamaged)
         ++unnoticed;
         return;
     }
-    // A read-only database refuses its changes also without damage.
+    // A read-only database rejects the changes even without damage.
     std::set<int> failures;
     for (const Answer& answer : answers) {
         if (!answer.succeeded && answer.code != 0) {

@@ -8,7 +8,7 @@
 
 namespace Morvik::sql::tests {
 
-/// Hands damaged copies of one database to the library and to plain SQLite, and expects the same answers from both and
+/// Gives damaged copies of one database to the library and to raw SQLite, and expects the same results from both and
 /// the same bytes in the file afterwards.
 class DamageTrials {
 public:
@@ -17,17 +17,18 @@ public:
 
     const std::string& Content() const { return m_content; }
 
-    /// Tries one damaged content. `damage` says for a failure's message what was done. Returns whether both agreed.
+    /// Tries one damaged content. `damage` describes the damage for a failure's message. Returns whether both results
+    /// are equal.
     bool Try(const std::string& damaged, const std::string& damage, bool readOnly = false);
 
-    /// How many damaged databases were tried, and how many of them were answered like the undamaged one.
+    /// How many damaged databases were tried, and how many of them gave the same results as the undamaged one.
     int trials = 0;
     int unnoticed = 0;
 
-    /// How many were read without any failure but held something else.
+    /// How many were read without a failure but with other content.
     int otherContent = 0;
 
-    /// How many had an operation fail with each of SQLite's codes.
+    /// For each of SQLite's codes, the number of databases on which an operation failed with that code.
     std::map<int, int> codes;
 
 private:

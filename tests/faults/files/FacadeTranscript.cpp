@@ -11,7 +11,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-/// More rows than any damage can make of the sample.
+/// More rows than the sample has with any damage.
 constexpr std::size_t MostRows = 100'000;
 
 std::string Joined(const DescribedRow& cells)
@@ -23,7 +23,7 @@ std::string Joined(const DescribedRow& cells)
     return row;
 }
 
-/// The library.
+/// Runs the operations with the library.
 class Library {
 public:
     DatabaseApi facade;
@@ -68,7 +68,7 @@ private:
     DbTableRowValues m_row;
 };
 
-/// Plain SQLite in the library's place.
+/// Runs the same operations with raw SQLite.
 class Plain {
 public:
     FacadeModel facade;
@@ -105,14 +105,14 @@ private:
     DescribedRow m_row;
 };
 
-/// The sequence of operations, on either side.
+/// The sequence of operations, with the library or with raw SQLite.
 template <typename Side>
 class Script {
 public:
     Transcript Run(const std::string& path, bool readOnly)
     {
         Note("OpenDatabase", m_side.Open(path, readOnly));
-        // None of these files need outlive a power failure, and a device has no place for a journal beside it.
+        // None of these files must survive a power failure, and a device has no directory for a journal.
         Note("Execute pragmas", m_side.facade.Execute("PRAGMA synchronous = OFF; PRAGMA journal_mode = MEMORY"));
         ReadEverything();
         ChangeEverything();

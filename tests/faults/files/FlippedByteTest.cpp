@@ -13,19 +13,19 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// Bytes of a real database turned into others, one at a time. Whatever plain SQLite makes of it, the library answers.
+// Changes the bytes of a real database, one at a time. The library must return the same results as raw SQLite.
 
 constexpr std::size_t SmallPage = 1024;
 constexpr std::size_t DefaultPage = 4096;
 
-// Flips every bit of a byte at once, and each of them alone.
+// Patterns that flip all bits of a byte, and each bit alone.
 const std::vector<unsigned> AllBits{0xFF};
 const std::vector<unsigned> EachPattern{0xFF, 1, 2, 4, 8, 16, 32, 64, 128};
 
 class FlippedByteTest : public testing::Test {
 protected:
-    /// Tries the sample with the bytes from `begin` to `end` flipped, one at a time, each by every pattern. Ends the
-    /// test after a few failures.
+    /// Tries the sample with the bytes from `begin` to `end` flipped, one at a time, with every pattern. Ends the test
+    /// after a few failures.
     void FlipEach(std::size_t begin, std::size_t end, const std::vector<unsigned>& patterns, std::size_t stride = 1)
     {
         for (std::size_t offset = begin; offset < end; offset += stride) {
@@ -54,7 +54,8 @@ TEST_F(FlippedByteTest, EveryByteOfTheHeaderPageIsAnsweredAsPlainSqliteAnswersIt
 
 TEST_F(FlippedByteTest, BytesOfTheFurtherPagesAreAnsweredAsPlainSqliteAnswersThem)
 {
-    constexpr std::size_t Stride = 97; // shares no factor with the page, so that every place in it has its turn
+    constexpr std::size_t Stride =
+        97; // has no common factor with the page size, so that every position in a page is tried
     ASSERT_GT(trials.Content().size(), 30 * SmallPage);
 
     FlipEach(SmallPage, trials.Content().size(), AllBits, Stride);

@@ -13,7 +13,8 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-/// A number in the header of the file, most significant byte first, and the values to try beside the usual ones.
+/// A number in the header of the file, most significant byte first, and the values to try in addition to the usual
+/// ones.
 struct HeaderField {
     const char* name;
     std::size_t offset;

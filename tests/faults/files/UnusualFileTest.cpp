@@ -23,10 +23,11 @@ namespace fs = std::filesystem;
 constexpr int ForReading = SQLITE_OPEN_READONLY;
 constexpr int ForWriting = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
 
-// What is no regular file: the library answers at once, and as plain SQLite does where that answers.
+// Paths that are not regular files: the library must return at once. If raw SQLite returns at all, the results must be
+// equal.
 class UnusualFileTest : public testing::Test {
 protected:
-    /// Everything on the device gives the same answers as with plain SQLite.
+    /// Every operation on the device must give the same result as raw SQLite.
     static void ExpectPlainAnswers(const std::string& device)
     {
         for (const bool readOnly : {true, false}) {
@@ -37,7 +38,7 @@ protected:
         EXPECT_FALSE(fs::exists(device + "-journal"));
     }
 
-    /// Opens a device that lies where nothing else is to be made, and that cannot be synchronised.
+    /// Opens a device in a directory where no other file may be created; the device does not support sync.
     void OpenWithoutJournal(const std::string& device)
     {
         EXPECT_TRUE(database.OpenDatabase(device, false)) << database.GetLastErrorMsg();

@@ -8,18 +8,18 @@
 
 namespace Morvik::sql::tests {
 
-/// Whose memory fails.
+/// Which allocator fails.
 enum class Memory { OfSqlite, OfNew };
 
 /// What happens after the first allocation that fails.
 enum class Course {
-    /// The next ones succeed; then the scenario is done again.
+    /// The next allocations succeed; then the scenario is repeated.
     Once,
 
-    /// They fail too, until the scenario is over; then it is done again.
+    /// The next allocations also fail until the scenario ends; then it is repeated.
     ForEver,
 
-    /// They fail too, until every object is destroyed.
+    /// The next allocations also fail until every object is destroyed.
     UntilDestroyed
 };
 
@@ -28,18 +28,18 @@ constexpr std::pair<Course, const char*> Courses[] = {
 
 enum class Outcome { Done, Refused, BadAlloc, OtherException };
 
-/// How a scenario ended in failing memory.
+/// The result of a scenario while memory fails.
 struct Attempt {
     Outcome outcome = Outcome::OtherException;
     Report report;
 
-    /// Whether an allocation was asked for that had to fail.
+    /// Whether an allocation was requested that had to fail.
     bool fired = false;
 };
 
 std::ostream& operator<<(std::ostream& stream, const Attempt& attempt);
 
-/// Acts the scenario while memory fails after so many allocations that succeed.
+/// Runs the scenario while memory fails after `succeeding` allocations.
 Attempt ActWithout(Memory memory, Course course, int succeeding, const Scenario& scenario, Subject& subject);
 
 } // namespace Morvik::sql::tests

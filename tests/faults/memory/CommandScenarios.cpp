@@ -41,7 +41,7 @@ Report Execute(Subject& subject)
     return ReportOf(subject.command->Execute(Sql), *subject.command);
 }
 
-// A transaction that was not ended keeps the next one from beginning.
+// A transaction that is still open makes the next BEGIN fail.
 Report ExecuteTransaction(Subject& subject)
 {
     if (sqlite3_get_autocommit(subject.connection->GetNativeDatabaseInstance<sqlite3>()) == 0) {
@@ -87,7 +87,7 @@ Report ReadColumns(Subject& subject)
     return ReportOf(read && command.Reset(), command);
 }
 
-// A conversion that failed shows in the code of the statement's next step or end, at the latest.
+// A failed conversion shows at the latest in the code of the statement's next Step(), Reset() or Finalize().
 Report ReadConverted(Subject& subject)
 {
     SqlCommand& command = *subject.command;

@@ -13,7 +13,8 @@ const std::string Malformed = "SELECT nothing_of_that_name FROM t";
 const std::string Overflow = "SELECT abs(-9223372036854775807 - 1)";
 const std::string Conversions = "SELECT substr(name, 2), 4294967296 + id, 2.5 * id, upper(name) FROM t WHERE id < 3";
 
-// The end of the rows and a failed step differ by the code alone. The step's is the generic one, closing tells which.
+// Only the code distinguishes the end of the rows from a failed step. A failed step has the generic code; closing
+// returns the specific one.
 Report CloseAfterTheLastRow(const SqlTable& cursor)
 {
     const bool ended = cursor.GetLastError() == SQLITE_OK;

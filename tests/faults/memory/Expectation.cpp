@@ -28,7 +28,7 @@ std::string StopsAfter(const std::string& content)
     return "stops after the first steps, with\n" + content;
 }
 
-// A fixed text that ends so has a name behind it.
+// A message ending in ": " is followed by a name.
 bool Matches(std::string_view message, std::string_view expected)
 {
     return message == expected || (expected.ends_with(": ") && message.starts_with(expected));
@@ -171,7 +171,7 @@ void Expectation::ExpectContentAgain(const Attempt& attempt, const std::string& 
     EXPECT_TRUE(content == expected || (wasBegun && content == m_twice)) << content;
 }
 
-// Allocates nothing that stays, for the caller counts that.
+// Allocates nothing that stays allocated, because the caller counts such memory.
 void Expectation::Use(const std::string& licence)
 {
     if (const auto found = m_used.find(licence); found != m_used.end()) {

@@ -10,24 +10,24 @@
 
 namespace Morvik::sql::tests {
 
-/// What a scenario does where memory never fails, and what it may do where memory fails. Every licence that a scenario
-/// claims must be used at least once: UnusedLicences() names the others.
+/// What a scenario does when memory never fails, and the allowances for what it may do when memory fails. Every
+/// allowance of a scenario must be used at least once: UnusedLicences() returns the others.
 class Expectation {
 public:
-    /// Does the scenario twice on fresh files, in which course the process also makes what it makes once. Throws
-    /// std::runtime_error if the scenario does not succeed.
+    /// Runs the scenario twice on new files, so that the process also makes the allocations that it makes only once.
+    /// Throws std::runtime_error if the scenario does not succeed.
     Expectation(const Scenario& scenario, Memory memory, const std::string& path, const std::string& fresh,
                 KnownContents& contents);
 
-    /// Judge an attempt by what it reported, by what it read, and by what the file holds then.
+    /// Check an attempt: what it reported, what it read, and what the file contains afterwards.
     void ExpectReport(const Attempt& attempt);
     void ExpectRead(const Attempt& attempt, const Subject& subject) const;
     void ExpectContent(const Attempt& attempt, const std::string& content);
 
-    /// Does the scenario again with the same objects after the attempt, memory being there.
+    /// Repeats the scenario with the same objects after the attempt, while memory is available.
     void ExpectAgain(const Attempt& attempt, Subject& subject) const;
 
-    /// Judges what the file holds after that, from what it held before.
+    /// Checks what the file contains after that repetition, given its content before.
     void ExpectContentAgain(const Attempt& attempt, const std::string& before, const std::string& content) const;
 
     std::vector<std::string> UnusedLicences() const;
@@ -51,7 +51,7 @@ private:
     std::map<std::string, bool> m_used;
 };
 
-/// Writes the database file anew, as it was before the first attempt.
+/// Writes the database file again with its content before the first attempt.
 void StartAfresh(const std::string& path, const std::string& fresh);
 
 } // namespace Morvik::sql::tests

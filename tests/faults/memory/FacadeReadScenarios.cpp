@@ -10,7 +10,7 @@ const std::string Conversions =
     "SELECT substr(name, 2), zeroblob(30), CAST(name AS BLOB), CAST(picture AS TEXT), upper(name) FROM t";
 const std::string Failing = "SELECT name FROM t UNION ALL SELECT abs(-9223372036854775807 - 1)";
 
-// Takes the row apart, for copying its cells is not safe where memory fails (see DbTableColumnValue).
+// Reads the row in place, because copying its cells is not safe when memory fails (see DbTableColumnValue).
 void Note(Subject& subject, const DbTableRowValues& row)
 {
     for (const DbTableColumnValue& cell : row.cells) {
@@ -38,7 +38,7 @@ Report Read(Subject& subject)
     return ReportOf(subject.facade->ReadValues(Sql, subject.data), *subject.facade);
 }
 
-// A failed step is told by the generic code; closing tells which failure it was.
+// A failed step has the generic code; closing returns the code of the failure.
 Report ReadFailing(Subject& subject)
 {
     DatabaseApi& facade = *subject.facade;
@@ -75,7 +75,7 @@ Report Iterate(Subject& subject)
     return ReportOf(facade.Succeeded() && facade.CloseReadTable(), facade);
 }
 
-// The query stays open, for the next one or for the end of the facade.
+// The query stays open until the next query begins or the facade is destroyed.
 Report LeaveQueryOpen(Subject& subject)
 {
     DatabaseApi& facade = *subject.facade;

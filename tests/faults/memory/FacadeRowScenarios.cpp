@@ -20,7 +20,7 @@ void ArrangeRows(Subject& subject)
     }
 }
 
-// The quotes are doubled in memory of their own.
+// Doubling the quotes needs a separate allocation.
 void ArrangeQuotes(Subject& subject)
 {
     OpenWarmFacade(subject);

@@ -87,7 +87,7 @@ Report PrepareStatement(Subject& subject)
     return ReportOf(read && statement.Finalize(), statement);
 }
 
-// The checks that an application meets without a database; each leaves its own message.
+// The failed checks of operations without a database; each leaves a different message.
 Report UseClosed(Subject& subject)
 {
     DatabaseApi& facade = *subject.facade;

@@ -37,7 +37,7 @@ Report Drop(Subject& subject)
     return ReportOf(subject.facade->DropTable(Room), *subject.facade);
 }
 
-// There, and the next time back.
+// Renames the table, and at the next call renames it back.
 Report Alter(Subject& subject)
 {
     const bool there = subject.timesDone % 2 == 0;

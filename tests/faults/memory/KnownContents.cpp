@@ -45,7 +45,7 @@ std::string KnownContents::Of(const std::string& path)
         return "";
     }
     if (std::filesystem::exists(path + "-journal")) {
-        return Read(path); // the bytes of the file are not all there is
+        return Read(path); // with a journal, the bytes of the file do not determine the content
     }
     const std::string bytes = FileContent(path);
     if (const auto known = m_contents.find(bytes); known != m_contents.end()) {

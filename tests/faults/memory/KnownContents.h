@@ -6,15 +6,15 @@
 
 namespace Morvik::sql::tests {
 
-/// Tells what a database file holds, as a text to compare. A file is opened anew with plain SQLite for that, and must
-/// pass its integrity check; what was found is remembered for every file with the same bytes.
+/// Returns the content of a database file as a text to compare. The file is opened with raw SQLite and must pass its
+/// integrity check. The result is kept for every file with the same bytes.
 class KnownContents {
 public:
-    /// The content of the file at `path`; that of an empty database if there is no file. Throws std::runtime_error for
-    /// a file that SQLite cannot read or finds broken.
+    /// The content of the file at `path`; the content of an empty database if there is no file. Throws
+    /// std::runtime_error for a file that SQLite cannot read or finds damaged.
     std::string Of(const std::string& path);
 
-    /// The bytes from operator new that are held to remember.
+    /// The bytes from operator new that the kept results take.
     std::size_t BytesHeld() const { return m_bytesHeld; }
 
 private:

@@ -18,7 +18,7 @@ namespace {
 
 using testing::IsEmpty;
 
-// A number that is asked for as a text, for which SQLite needs memory. Where it has none, the value becomes NULL.
+// A number is read as a text, and SQLite needs memory for the text. When it has none, the value becomes NULL.
 class LostConversionTest : public testing::Test {
 protected:
     static void SetUpTestSuite() { FailingSqliteMemory::Install(); }
@@ -30,7 +30,7 @@ protected:
         EXPECT_TRUE(command.Prepare(query) && command.Step());
     }
 
-    // Asks without memory, and proves that memory was asked for.
+    // Reads without memory, and checks that memory was requested.
     template <typename Asking>
     static auto WithoutMemory(const Asking& asking)
     {

@@ -58,7 +58,7 @@ protected:
     void SetUp() override
     {
         fresh = FileContent(path);
-        SCOPED_TRACE("with memory"); // which makes the place for later ones, too
+        SCOPED_TRACE("with memory"); // the trace's first allocation also serves later traces
         expected.emplace(scenario, memory, path, fresh, contents);
     }
 
@@ -96,7 +96,7 @@ protected:
             const std::size_t before = LiveBytesOfNew() - contents.BytesHeld();
             const sqlite3_int64 sqliteBefore = sqlite3_memory_used();
             fired = FailAfter(failures);
-            if (!HasFailure()) { // which would be told in memory of its own
+            if (!HasFailure()) { // the message of a failure would need memory, too
                 EXPECT_EQ(LiveBytesOfNew() - contents.BytesHeld(), before) << "leaked after " << failures;
                 EXPECT_EQ(sqlite3_memory_used(), sqliteBefore) << "leaked after " << failures;
             }

@@ -32,7 +32,7 @@ void ArrangeSteppedCommand(Subject& subject)
     StepFirst(*subject.command);
 }
 
-// Moving onto a cursor closes the query that it holds; a failure of that is nobody's to hear of.
+// Assigning to a cursor closes the query that it holds; the error of that closing is discarded.
 Report ReplaceCursor(Subject& subject)
 {
     SqlTable source(*subject.connection);
@@ -89,7 +89,7 @@ Report WalkMovedCursor(Subject& subject)
         return ReportOf(false, *subject.cursor);
     }
     if (!subject.cursor->ReadNext()) {
-        subject.cursor->Close(); // which tells the reason
+        subject.cursor->Close(); // leaves the code of the failure
         return ReportOf(false, *subject.cursor);
     }
     MovedAway<SqlTable> cursor(*subject.cursor);
@@ -117,7 +117,7 @@ Report StepMovedCommand(Subject& subject)
     return ReportOf(stepped && command->Finalize(), *command);
 }
 
-// A statement belongs to the connection wherever that is, and can be used again when it is back.
+// A statement uses its connection wherever the connection was moved, and can be used again after it was moved back.
 Report UseMovedConnection(Subject& subject)
 {
     {

@@ -6,8 +6,8 @@
 
 namespace Morvik::sql::tests {
 
-/// What was moved out of `source` into a new object, and goes back when this one ends, whatever ended it: a connection
-/// or a cursor that was moved from may not be destroyed.
+/// Moves `source` into a new object, and moves it back when this object is destroyed, also by an exception: a
+/// moved-from connection or cursor may not be destroyed.
 template <typename T>
 class MovedAway {
 public:

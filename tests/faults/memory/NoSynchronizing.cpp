@@ -1,4 +1,5 @@
-// What reaches the disk when is not looked at here, and waiting for it would take nearly all of the time.
+// Makes sync calls do nothing: these tests do not check what reaches the disk, and waiting for it would take most of
+// the time.
 #include <unistd.h>
 
 extern "C" int fsync(int)

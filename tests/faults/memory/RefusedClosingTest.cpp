@@ -13,9 +13,9 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// The one place where running out of memory ends the process: SQLite refuses to close the connection of an object that
-// is being destroyed, and its reason cannot be stored. Whoever destroys statements before their database never gets
-// there.
+// The only situation in which running out of memory ends the process: a connection object is destroyed, SQLite refuses
+// to close its connection, and the message cannot be stored. It cannot happen if statements are destroyed before their
+// database.
 TEST(RefusedClosingDeathTest, ConnectionDestroyedBeforeItsStatementEndsTheProcessWithoutMemory)
 {
     std::optional<SqlDatabase> connection(std::in_place);

@@ -14,45 +14,47 @@ struct Refusal {
     std::string_view message;
 };
 
-/// What a cursor records of a step for which there is no memory: the generic code of the legacy interface.
+/// The error of a cursor's step without memory: the generic code of the legacy interface.
 inline const std::vector<Refusal> FailedStep{{1, "out of memory"}, {1, "SQL logic error"}};
 
-/// How many allocations of each kind a scenario makes at least. 0 says that it makes none, and cannot fail therefore.
+/// The minimum number of allocations of each kind that a scenario makes. 0 means that it makes none, and so cannot
+/// fail.
 struct LeastAllocations {
     int ofSqlite;
     int ofNew;
 };
 
-/// Something that an application does with the library, to be done while memory fails. It can be done again with the
-/// same objects, whatever became of it the time before.
+/// A use of the library that is run while memory fails. It can be repeated with the same objects, whatever its previous
+/// result.
 struct Scenario {
     std::string name;
 
-    /// Makes ready what the scenario needs, while there is memory.
+    /// Prepares what the scenario needs, while memory is available.
     void (*arrange)(Subject& subject);
 
-    /// Does it. Allocates nothing itself but what it reads, and reports success only if everything succeeded.
+    /// Runs the operation. It allocates only for what it reads, and reports success only if everything succeeded.
     Report (*act)(Subject& subject);
 
     LeastAllocations least;
 
-    /// What is recorded when SQLite's memory fails, beside code 7 with "out of memory" or, where SQLite had no memory
-    /// for that text or the operation stores none, an empty message.
+    /// The errors allowed when SQLite's memory fails, in addition to code 7. With code 7, the message is "out of
+    /// memory", or empty if SQLite had no memory for the text or the operation stores none.
     std::vector<Refusal> refusalsForSqlite{};
 
-    /// What is recorded when operator new fails, instead of std::bad_alloc.
+    /// The errors allowed when operator new fails, instead of std::bad_alloc.
     std::vector<Refusal> refusalsForNew{};
 
-    /// Statements that may have been done already when the scenario is refused.
+    /// Statements that may have been executed already when the scenario fails.
     std::vector<std::string> firstSteps{};
 
-    /// It may report success though it did nothing, when SQLite's memory failed where the library must not tell.
+    /// The scenario may report success without an effect, if SQLite's memory failed where the library must not report
+    /// it.
     bool mayPassUndone = false;
 
-    /// It reads texts or bytes for which SQLite needs memory: where there is none, that is std::bad_alloc.
+    /// The scenario reads texts or bytes for which SQLite needs memory; without memory, it throws std::bad_alloc.
     bool convertsText = false;
 
-    /// A refused act may leave a transaction open, so that other connections may find the file locked.
+    /// A failed act may leave a transaction open, so that other connections may find the file locked.
     bool mayStayLocked = false;
 };
 
@@ -67,20 +69,20 @@ std::vector<Scenario> FacadeRowScenarios();
 std::vector<Scenario> FacadeReadScenarios();
 std::vector<Scenario> RenderingScenarios();
 
-// Common ways to arrange.
+// Functions for `arrange` that several scenarios use.
 void Nothing(Subject& subject);
 void OpenConnection(Subject& subject);
 void MakeCommand(Subject& subject);
 void MakeCursor(Subject& subject);
 void OpenFacade(Subject& subject);
 
-// The same, with the schema read beforehand: otherwise SQLite reads it with the first statement, in many allocations.
-// Only in a soak every scenario goes through these.
+// The same functions, which also read the schema. Otherwise SQLite reads it with the first statement, in many
+// allocations, and only a soak makes each of them fail in every scenario.
 void MakeWarmCommand(Subject& subject);
 void MakeWarmCursor(Subject& subject);
 void OpenWarmFacade(Subject& subject);
 
-/// A text and bytes that no object keeps within itself.
+/// A text and bytes that are too long for the small buffer inside an object.
 inline const std::string LongText = "a text that no object keeps within itself";
 
 } // namespace Morvik::sql::tests

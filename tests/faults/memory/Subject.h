@@ -14,7 +14,7 @@
 
 namespace Morvik::sql::tests {
 
-/// What an operation left behind, in memory that is always there.
+/// The result of an operation, stored without allocating.
 class Report {
 public:
     Report() = default;
@@ -23,7 +23,7 @@ public:
     bool Done() const { return m_done; }
     int Code() const { return m_code; }
 
-    /// The first bytes of the message, enough to know it by.
+    /// The first bytes of the message, enough to identify it.
     std::string_view Message() const { return m_message.data(); }
 
 private:
@@ -32,25 +32,25 @@ private:
     std::array<char, 80> m_message{};
 };
 
-/// Whether the operation succeeded, beside the record of the object that it was called on.
+/// Whether the operation succeeded, and the record of the object that it was called on.
 template <typename Recorded>
 Report ReportOf(bool done, const Recorded& recorded)
 {
     return {done, recorded.GetLastError(), recorded.GetLastErrorMsg()};
 }
 
-/// What a scenario works on, and what it read. Everything stands here, so that it can be looked at when memory is there
-/// again, and so that its memory is counted.
+/// The objects that a scenario uses, and the data that it read. They are members, so that they can be checked when
+/// memory is available again, and so that their memory is counted.
 struct Subject {
-    /// A subject whose database file is `file`, beside which it may make other files.
+    /// A subject whose database file is `file`; it may create other files in the same directory.
     explicit Subject(const std::filesystem::path& file) : path(file.string()), directory(file.parent_path()) {}
 
-    /// Destroys the objects of the library in the order that it asks for.
+    /// Destroys the objects of the library in the required order.
     void DestroyObjects();
 
     void ForgetWhatWasRead();
 
-    /// What was read, as a text to compare.
+    /// The data that was read, as a text to compare.
     std::string WhatWasRead() const;
 
     std::string path;

@@ -16,7 +16,7 @@ T Read(const Subject& subject, int column)
     return (*subject.cursor)[column].GetValue<T>();
 }
 
-// Whoever reads texts learns of a failed conversion at once.
+// Reading a text reports a failed conversion at once.
 Report ReadTexts(Subject& subject)
 {
     const SqlTable& cursor = *subject.cursor;
@@ -35,7 +35,8 @@ Report ReadTexts(Subject& subject)
     return ReportOf(ended && closed, cursor);
 }
 
-// Whoever reads bytes of what is no blob learns of it when the cursor goes on, at the latest when it is closed.
+// Reading the bytes of a value that is not a blob reports a failed conversion when the cursor continues, at the latest
+// when it is closed.
 Report ReadBytes(Subject& subject)
 {
     const SqlTable& cursor = *subject.cursor;

@@ -7,7 +7,7 @@
 
 namespace Morvik::sql::tests {
 
-/// What a file with these tables holds.
+/// The content of a file with these tables.
 inline DatabaseContent ContentWith(const BatchTables& tables)
 {
     DatabaseContent content;

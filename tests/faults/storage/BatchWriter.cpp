@@ -1,5 +1,5 @@
-// Writes batches into a database file and says of each, on standard output, when the call begins and when it has been
-// acknowledged: "begin" and "done", each on a line of its own.
+// Writes batches into a database file and prints for each batch when the call begins and when it is acknowledged:
+// "begin" and "done", each on a separate line.
 //
 //   tkosqllite_batch_writer DATABASE PRAGMAS SEED BATCHES
 #include <sql/DatabaseApi.h>
@@ -14,7 +14,7 @@
 
 namespace {
 
-// Nothing is held back that a kill could take along.
+// Output is unbuffered, so that a kill loses nothing.
 void Say(std::string_view line)
 {
     if (write(STDOUT_FILENO, line.data(), line.size()) != static_cast<ssize_t>(line.size())) {

@@ -15,8 +15,8 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// Every way in which a call can fail. SQLite's own file system reports most of them with these codes; one that an
-// application brings along may find the disk full in other calls than writes, too.
+// Every way in which a call can fail. SQLite's file system reports most failures with these codes. A file system that
+// an application provides may report a full disk in other calls than writes, too.
 const std::vector<FileFault>& Faults()
 {
     static const std::vector<FileFault> faults = [] {
@@ -63,8 +63,7 @@ struct Case {
     const StorageScenario* scenario;
 };
 
-// Only a writer chooses how its journal ends, and it does so on a sound file; only a file that is there has a
-// write-ahead log.
+// Only a writer on an intact file decides how its journal is ended. Only an existing file has a write-ahead log.
 bool DependsOn(JournalMode mode, const StorageScenario& scenario)
 {
     switch (mode) {
@@ -93,7 +92,7 @@ std::string NameOf(const testing::TestParamInfo<Case>& info)
     return info.param.scenario->name;
 }
 
-// What a run of the scenario answered and left.
+// The results of a run of the scenario, and the content that it left.
 struct RunResult {
     std::string outcomes;
     bool acknowledged = false;
@@ -120,7 +119,7 @@ protected:
             const StepOutcome outcome = scenario.act(side, m_path);
             run.acknowledged = outcome.succeeded;
             run.outcomes = outcome.text;
-            // Afterwards the connection is still good for something, or fails in the same way.
+            // Checks that the connection still works afterwards, or fails with the same error.
             run.outcomes += side.Read("SELECT count(*) FROM reading").text;
             run.outcomes += side.Close().text;
             run.fired = disk.Fired();
@@ -129,7 +128,7 @@ protected:
         return run;
     }
 
-    // The content of the files as another process finds it. What the same bytes hold need not be read again.
+    // The content of the files as another process reads it. Files with the same bytes are read only once.
     const DatabaseContent& ContentLeft() const
     {
         const FailingFileSystem withoutAFault; // does not wait for the disk
@@ -138,7 +137,7 @@ protected:
         return known != m_known.end() ? known->second : m_known.emplace_back(left, ContentOf(m_path)).second;
     }
 
-    // The content that the scenario finds, and what it may leave in order.
+    // The content before the scenario, and the contents that it may leave.
     std::vector<DatabaseContent> States() const
     {
         const FailingFileSystem withoutAFault;

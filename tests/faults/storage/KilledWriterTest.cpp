@@ -35,7 +35,7 @@ protected:
                            {m_path, GetParam().pragmas, std::to_string(seed), std::to_string(Batches)});
     }
 
-    // What the writer may have left after so many acknowledged batches.
+    // The contents that the writer may have left after this number of acknowledged batches.
     static std::vector<DatabaseContent> Expected(std::uint64_t seed, std::ptrdiff_t acknowledged)
     {
         WriteBatches batches(seed);
@@ -55,7 +55,7 @@ protected:
         return LeftAJournal(m_path) || (std::filesystem::file_size(m_path + "-wal", absent) > 0 && !absent);
     }
 
-    // The next process writes on.
+    // The next process continues to write.
     void ExpectToGoOnFrom(DatabaseContent content) const
     {
         DatabaseApi facade;

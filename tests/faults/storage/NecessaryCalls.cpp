@@ -4,7 +4,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// A rollback journal is rolled back; a log without a commit is only removed.
+// A rollback journal is rolled back; a log without a commit is only deleted.
 std::set<FileCall> CallsOfClosingInATransaction(JournalMode mode)
 {
     if (mode == JournalMode::WriteAheadLog) {
@@ -13,7 +13,7 @@ std::set<FileCall> CallsOfClosingInATransaction(JournalMode mode)
     return {FileCall::Unlock, FileCall::FileSize, FileCall::Read, FileCall::Write, FileCall::Sync, FileCall::Delete};
 }
 
-// A commit by rollback journal is complete; one in a log is brought into the database, and the log is removed.
+// A commit with a rollback journal is complete. A commit in a log is copied into the database, and the log is deleted.
 std::set<FileCall> CallsOfClosingAfterAWrite(JournalMode mode)
 {
     if (mode != JournalMode::WriteAheadLog) {
@@ -23,7 +23,7 @@ std::set<FileCall> CallsOfClosingAfterAWrite(JournalMode mode)
             FileCall::Write, FileCall::Truncate, FileCall::Sync,     FileCall::Delete};
 }
 
-// Every other scenario reads the database; those that only open it are asked for the number of its rows afterwards.
+// Every scenario reads the database; if it only opens the database, the number of rows is read afterwards.
 std::set<FileCall> CallsOfReading(const StorageScenario& scenario, JournalMode mode)
 {
     std::set<FileCall> calls{FileCall::FileSize, FileCall::Read, FileCall::Lock, FileCall::Unlock};
@@ -35,16 +35,16 @@ std::set<FileCall> CallsOfReading(const StorageScenario& scenario, JournalMode m
         return calls;
     }
     calls.insert(FileCall::LockShared);
-    if (scenario.name != "ExecuteMoreThanTheCacheHolds") { // whose preparation opens the log
+    if (scenario.name != "ExecuteMoreThanTheCacheHolds") { // the preparation of this scenario already opens the log
         calls.insert({FileCall::Open, FileCall::Access, FileCall::MapShared});
     }
     if (!scenario.readOnly) {
-        calls.insert(FileCall::Delete); // of the log, by closing
+        calls.insert(FileCall::Delete); // closing deletes the log
     }
     return calls;
 }
 
-// What keeps a change apart until it is committed, and the commit.
+// The calls that keep a change apart until it is committed, and those of the commit.
 std::set<FileCall> CallsOfWriting(JournalMode mode)
 {
     switch (mode) {

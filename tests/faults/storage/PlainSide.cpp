@@ -101,7 +101,7 @@ StepOutcome PlainSide::RunPrepared(const std::string& sql, const std::string& pa
     };
     record("prepare", code == SQLITE_OK);
     if (statement == nullptr) {
-        // Without a statement every further operation fails and leaves the record of the failed one.
+        // Without a statement, every further operation fails and leaves the error of the failed operation.
         for (const char* operation : {"bind", "step", "finalize"}) {
             record(operation, false);
         }

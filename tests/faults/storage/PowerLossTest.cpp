@@ -19,17 +19,17 @@ namespace {
 
 using Removals = PowerlessFileSystem::Removals;
 
-// How a database is kept, and on what kind of file system.
+// The settings of a database, and the kind of its file system.
 struct Keeping {
     std::string name;
     std::string pragmas;
     Removals removals = Removals::Lasting;
 };
 
-// What the machine finds when it has come back.
+// What is found after the restart.
 enum class Found {
-    EverythingAcknowledged, // and what was being written, whole or not at all
-    TheLastWriteTakenBack,  // and everything before it
+    EverythingAcknowledged, // and all or nothing of the last write
+    TheLastWriteTakenBack,  // and everything before the last write
     AnythingElse,
 };
 
@@ -43,7 +43,7 @@ struct Outcome {
 
 class PowerLossTest : public testing::Test {
 protected:
-    // Writes until the power goes, and looks at what is left.
+    // Writes until the power fails, and checks what is left.
     Outcome RunRound(const Keeping& keeping, std::uint64_t seed) const
     {
         const std::string path = m_directory.File("round.db");
@@ -51,7 +51,8 @@ protected:
         Choices choices(seed);
         WriteBatches batches(seed);
         std::vector<BatchTables> earlier{{}};
-        std::vector<BatchTables> expected{{}}; // the acknowledged state, and what the last call may have left
+        std::vector<BatchTables> expected{
+            {}}; // the acknowledged state, and the states that the last call may have left
         int lostSectors = 0;
         {
             PowerlessFileSystem machine(choices, 1 + static_cast<int>(choices.Below(400)), keeping.removals);
@@ -62,12 +63,12 @@ protected:
                 while (!machine.IsOut()) {
                     const WriteBatch batch = batches.Next();
                     const bool succeeded = batch.run(facade);
-                    if (!succeeded || machine.IsOut()) { // an answer after that reaches nobody
+                    if (!succeeded || machine.IsOut()) { // a result after the power failure reaches no caller
                         EXPECT_TRUE(machine.IsOut()) << facade.GetLastErrorMsg();
                         expected.insert(expected.end(), batch.states.begin(), batch.states.end());
                         break;
                     }
-                    if (batch.states.back() != expected.back()) { // what changes no row begins no write
+                    if (batch.states.back() != expected.back()) { // a call that changes no row writes nothing
                         earlier = {expected.back()};
                         earlier.insert(earlier.end(), batch.states.begin(), batch.states.end());
                     }
@@ -137,8 +138,9 @@ INSTANTIATE_TEST_SUITE_P(
                 Removals::AwaitingASync}),
     [](const auto& tested) { return tested.param.name; });
 
-// A commit removes the journal, and as a database is opened nothing syncs the directory after that. Where the file
-// system does not keep the removal by itself, the journal comes back and takes the last write with it.
+// A commit removes the journal, and with the settings of a newly opened database nothing syncs the directory
+// afterwards. If the file system does not make the removal durable by itself, the journal comes back and the last write
+// is rolled back.
 TEST_F(PowerLossTest, AsOpenedARemovalThatAwaitsASyncTakesTheLastWriteBackWhole)
 {
     const Keeping keeping{"", "PRAGMA cache_size = 4", Removals::AwaitingASync};
@@ -158,7 +160,7 @@ TEST_F(PowerLossTest, AsOpenedARemovalThatAwaitsASyncTakesTheLastWriteBackWhole)
     RecordProperty("rounds_taken_back", takenBack);
 }
 
-// The rounds are able to find a loss: without syncs they do.
+// Proves that the rounds can find a loss: without syncs, they do.
 TEST_F(PowerLossTest, WithoutSyncsTheSameRoundsFindLossAndDamage)
 {
     const Keeping keeping{"", "PRAGMA cache_size = 4; PRAGMA synchronous = OFF", Removals::Lasting};

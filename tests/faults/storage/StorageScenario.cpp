@@ -106,7 +106,8 @@ std::vector<StorageScenario> MakeScenarios()
                          .prepare = OpenForWriting,
                          .act = [](Side& side, Path&) { return side.Alter("reading", "old_reading"); },
                          .changes = {"ALTER TABLE reading RENAME TO old_reading"}});
-    // What its test for the table cannot read, it takes for an absent table, and then it succeeds (TestForTableTest).
+    // If its test for the table cannot read the file, the table counts as absent, and the operation succeeds
+    // (TestForTableTest).
     scenarios.push_back({.name = "DropTable",
                          .prepare = OpenForWriting,
                          .act = [](Side& side, Path&) { return side.Drop("reading"); },
@@ -156,7 +157,7 @@ std::vector<StorageScenario> MakeScenarios()
          .act = [](Side& side,
                    Path&) { return side.RunPrepared("INSERT INTO reading (id, room) VALUES (201, ?)", LongText('p')); },
          .changes = {"INSERT INTO reading (id, room) VALUES (201, '" + LongText('p') + "')"}});
-    // SQLite closes a connection whatever happens; the next one finds what is left to do.
+    // SQLite always closes a connection; the next connection does the remaining work.
     scenarios.push_back({.name = "CloseAfterAWrite",
                          .prepare =
                              [](Side& side, Path& path) {

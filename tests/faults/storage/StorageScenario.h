@@ -14,33 +14,35 @@ namespace Morvik::sql::tests {
 /// How a database keeps its changes apart until they are committed.
 enum class JournalMode { Delete, Truncate, WriteAheadLog };
 
-/// What is done on a database while a call on its files fails.
+/// The operations on a database while a call on its files fails.
 struct StorageScenario {
     std::string name;
 
-    /// Done before the fault.
+    /// The steps before the fault.
     std::function<void(StorageSide& side, const std::string& path)> prepare;
 
-    /// Done with the fault: the operation that the scenario is named for.
+    /// The steps with the fault: the operation that the scenario is named for.
     std::function<StepOutcome(StorageSide& side, const std::string& path)> act;
 
-    /// The plain statements that bring the content from one state that the operation may leave to the next, the last of
-    /// them to the one that it must leave once it has succeeded. Without any, it leaves the content as it is.
+    /// Raw SQL statements that change the content from one state that the operation may leave to the next. The last
+    /// statement leads to the state that the operation must leave when it succeeds. Without statements, the operation
+    /// leaves the content unchanged.
     std::vector<std::string> changes{};
 
-    /// Which files it finds: none, a database, or one whose last writer ended between its first write and its commit.
+    /// The files before the scenario: none, a database, or a database whose last writer ended between its first write
+    /// and its commit.
     enum class Found { Nothing, Database, Unfinished } found = Found::Database;
 
     bool readOnly = false;
 
-    /// Whether a failing call makes it fail.
+    /// Whether the scenario fails when a call fails.
     bool canFail = true;
 
-    /// Whether the success of a step is the caller's proof that its change is there.
+    /// Whether the success of a step proves to the caller that the change is stored.
     bool acknowledges = true;
 };
 
-/// A text of which a few fill a page.
+/// A text so long that a few of them fill a page.
 inline std::string LongText(char letter)
 {
     return std::string(700, letter);
@@ -49,10 +51,10 @@ inline std::string LongText(char letter)
 /// Every scenario.
 const std::vector<StorageScenario>& StorageScenarios();
 
-/// The files that a scenario finds.
+/// The files before the scenario.
 DatabaseFiles FoundFiles(StorageScenario::Found found, JournalMode mode);
 
-/// The kinds of calls that the scenario cannot do without.
+/// The kinds of calls that the scenario always makes.
 std::set<FileCall> NecessaryCalls(const StorageScenario& scenario, JournalMode mode);
 
 } // namespace Morvik::sql::tests

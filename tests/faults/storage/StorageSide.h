@@ -8,7 +8,7 @@
 
 namespace Morvik::sql::tests {
 
-/// What one step of a scenario answered.
+/// The result of one step of a scenario.
 struct StepOutcome {
     bool succeeded = false;
 
@@ -16,7 +16,7 @@ struct StepOutcome {
     std::string text;
 };
 
-/// One of the two that go through the same steps with the same fault: the library, and a caller of plain SQLite.
+/// One of the two implementations that do the same steps with the same fault: the library, and raw SQLite.
 class StorageSide {
 public:
     virtual ~StorageSide() = default;
@@ -33,13 +33,13 @@ public:
     virtual StepOutcome Count(const std::string& table) = 0;
     virtual StepOutcome Read(const std::string& sql) = 0;
 
-    /// A query walked by ReadNextRow() to its end.
+    /// A query read with ReadNextRow() to its end.
     virtual StepOutcome Walk(const std::string& sql) = 0;
 
-    /// A query walked by the iterator.
+    /// A query read with the iterator.
     virtual StepOutcome Iterate(const std::string& sql) = 0;
 
-    /// A statement of one parameter, a text, prepared, bound, stepped to its end and finalized.
+    /// A statement with one parameter, a text: it is prepared, bound, stepped to its end and finalized.
     virtual StepOutcome RunPrepared(const std::string& sql, const std::string& parameter) = 0;
 
     /// Releases the cursor and closes the database.

@@ -14,8 +14,8 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// The operations that first test whether their table exists do not tell a failed test from an absent table. Callers
-// rely on what follows from that, however odd it is.
+// The operations that first test whether their table exists treat a failed test as an absent table. Callers rely on the
+// results, although they are odd.
 class TestForTableTest : public testing::TestWithParam<FileFault> {
 protected:
     TestForTableTest()
@@ -23,7 +23,7 @@ protected:
         PlainSqlite(m_path).Execute("CREATE TABLE reading (id INTEGER); INSERT INTO reading VALUES (1)");
     }
 
-    // Opens the file and reads its schema, so that the fault meets the test itself.
+    // Opens the file and reads its schema, so that the fault happens in the test for the table.
     void OpenWithFault(FailingFileSystem& disk, DatabaseApi& facade) const
     {
         int result = -1;
