@@ -16,7 +16,7 @@ constexpr int StepsPerOperation = 500;
 constexpr int LongestValue = 1'000'000;
 constexpr int RandomSeed = 1;
 
-// One number per connection opened; a deque leaves them where they are.
+// One counter for each opened connection; a deque never moves its elements.
 std::deque<int> stepsLeft;
 
 int TakeStep(void* left)

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int MostSteps = 2000;
 
-// Joins what an operation hands back, so that one comparison serves all of them.
+// Joins the results of an operation, so that one comparison covers all of them.
 std::string Text(int number)
 {
     return std::to_string(number);
@@ -41,7 +41,7 @@ void WriteFile(const std::string& path, std::span<const std::uint8_t> content)
 
 } // namespace
 
-// Made once for all inputs: making a directory takes longer than most inputs.
+// Created once for all inputs, because creating a directory takes longer than most inputs.
 const DamagedFile::Files& DamagedFile::OwnFiles()
 {
     static const Files files;
@@ -61,7 +61,7 @@ void DamagedFile::Compare(const std::string& operation, const OnFacade& onFacade
     RequireSame("The code of " + operation, Text(m_facade.GetLastError()), Text(m_model.code));
     RequireSame("The message of " + operation, m_facade.GetLastErrorMsg(), m_model.message);
     RequireSame("What IsOpen() says after " + operation, Text(m_facade.IsOpen()), Text(m_model.IsOpen()));
-    // The names and texts of the input are left out: they would make every input look new.
+    // The names and texts of the input are left out, because they would make every input look new.
     CountFeature(operation.substr(0, operation.find(' ')) + Text(m_model.code) +
                  m_model.message.substr(0, m_model.message.find(':')));
 }

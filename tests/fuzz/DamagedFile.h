@@ -13,9 +13,8 @@
 
 namespace Morvik::sql::tests {
 
-/// Two copies of one database file, whatever its bytes: a facade works on the one and a model of it, made of plain
-/// SQLite calls, on the other. Every operation runs on both and reports what differs in the result, the record or
-/// the rows.
+/// Two copies of one database file with any content: a facade uses one, and a model of the facade, made of raw SQLite
+/// calls, uses the other. Every operation runs on both; differences in the result, the record or the rows are reported.
 class DamagedFile {
 public:
     explicit DamagedFile(std::span<const std::uint8_t> content);
@@ -31,11 +30,11 @@ public:
     void Rename(const std::string& table, const std::string& newName);
     void Drop(const std::string& table);
 
-    /// The rows of the query, as far as they can be read.
+    /// The rows of the query, up to the first failure.
     DbTableData Read(const std::string& sql);
     void ReadTable(const std::string& table);
 
-    /// Walks through the query with ReadNextRow() and closes it.
+    /// Reads the query with ReadNextRow() and closes it.
     void Walk(const std::string& sql);
 
 private:
@@ -45,11 +44,11 @@ private:
         std::string modelPath = directory.File("model.db");
     };
 
-    /// Does the same on both sides and compares the results and what they leave.
+    /// Does the same on both sides and compares the results, the records and the rows.
     template <typename OnFacade, typename OnModel>
     void Compare(const std::string& operation, const OnFacade& onFacade, const OnModel& onModel);
 
-    /// The same for an operation that begins, with all its steps before it.
+    /// The same for the first step of an operation, which resets the limits on its steps.
     template <typename OnFacade, typename OnModel>
     void Both(const std::string& operation, const OnFacade& onFacade, const OnModel& onModel);
 

@@ -1,5 +1,5 @@
-// Damages a database file where SQLite looks: in the headers of its pages, the pointers between them and the records.
-// Bytes changed blindly mostly end at the first page, as no database.
+// Damages a database file at the places that SQLite reads first: the headers of its pages, the pointers between them
+// and the records. Bytes changed at random mostly make the first page invalid, so that SQLite reads nothing else.
 
 #include <algorithm>
 #include <cstddef>
@@ -19,7 +19,7 @@ using namespace std::string_view_literals;
 constexpr std::size_t PageSize = 512;
 constexpr std::size_t FileHeaderSize = 100;
 
-// What stands at the beginning of a file with pages of 512 bytes, read and written without a log.
+// The beginning of a file with pages of 512 bytes and without a write-ahead log.
 constexpr std::string_view FileHeader = "SQLite format 3\0\x02\0\x01\x01\0\x40\x20\x20"sv;
 
 class Damage {
@@ -66,16 +66,16 @@ private:
         case 0:
             std::ranges::copy(SomePage(), page.begin());
             break;
-        case 1: // a part of the page that may be the kind, the number of cells, or where they begin
+        case 1: // a byte of the page header: perhaps the kind, the number of cells, or where they begin
             Put(page, header + Below(8), Below(2) == 0 ? Below(256) : 0xFFFF, 1 + Below(2));
             break;
         case 2: // where a cell begins
             Put(page, header + 8 + 2 * Below(20), Below(PageSize + 20), 2);
             break;
-        case 3: // the last child, or the page that a free page or the rest of a long record leads to
+        case 3: // the last child, the next free page, or the page with the rest of a long record
             Put(page, Below(2) == 0 ? header + 8 : header, Below(Pages() + 2), 4);
             break;
-        case 4: // a number of a page anywhere
+        case 4: // a page number anywhere
             Put(page, Below(PageSize), Below(Pages() + 2), 4);
             break;
         case 5:
@@ -106,7 +106,7 @@ private:
             return;
         }
         std::ranges::copy(FileHeader, m_data);
-        if (Below(4) != 0) { // the number of pages, which counts if the two numbers of the last change agree
+        if (Below(4) != 0) { // the number of pages, which is valid only if the two change counters are equal
             Put({m_data, FileHeaderSize}, 28, Pages(), 4);
             std::copy_n(m_data + 24, 4, m_data + 92);
         }

@@ -1,5 +1,5 @@
-// A file with any content at all is opened, read, walked, counted and written without harm, and every answer is the one
-// that plain SQLite gives on a copy of the file.
+// Opens, reads, walks, counts and writes a file with any content. This must do no harm, and every result must be that
+// of raw SQLite on a copy of the file.
 
 #include <algorithm>
 #include <span>
@@ -27,7 +27,7 @@ std::string Identifier(const std::string& name)
     return identifier + '"';
 }
 
-// The texts in a column of what was read; a damaged file may hold something else in their places.
+// The texts in a column of the rows; a damaged file may have other types in that column.
 std::vector<std::string> Texts(const DbTableData& data, std::size_t column)
 {
     std::vector<std::string> texts;
@@ -57,7 +57,7 @@ void ReadAll(DamagedFile& file)
         file.ReadTable(table);
         file.Read("SELECT * FROM " + table + " ORDER BY 2 DESC");
         file.Walk("SELECT rowid, * FROM " + table + " WHERE rowid > 1");
-        // A count without a condition has no step at which it could be stopped if the pages go round in a circle.
+        // A count without a condition has no step at which it could be stopped if the pages form a circle.
         file.Count(name, "WHERE 1");
         file.Count(name, "WHERE key = 'b' OR key > 3");
     }

@@ -4,8 +4,8 @@
 
 namespace Morvik::sql::tests {
 
-/// Tells libFuzzer that the input made `feature` happen, so that it keeps inputs that lead somewhere new in SQLite,
-/// whose code it cannot see. Nothing else happens.
+/// Tells libFuzzer that the input made `feature` happen, so that it keeps inputs that reach new code in SQLite, which
+/// it cannot observe. Has no other effect.
 void CountFeature(const std::string& feature);
 
 } // namespace Morvik::sql::tests

@@ -4,10 +4,10 @@
 
 namespace Morvik::sql::tests {
 
-/// Writes what was found and ends the program, upon which libFuzzer keeps the input.
+/// Prints the finding and ends the program, so that libFuzzer keeps the input.
 [[noreturn]] void ReportFinding(const std::string& finding);
 
-/// The text with every byte that a terminal would not show written as \xNN.
+/// The text, with every non-printable byte written as \xNN.
 std::string Printable(const std::string& text);
 
 /// Reports `what` with both texts unless they are equal.

@@ -1,4 +1,4 @@
-// Makes the files that the corpus of damaged database files begins with: make_database_files DIRECTORY
+// Creates the first files of the corpus of damaged database files: make_database_files DIRECTORY
 
 #include <sql/DatabaseApi.h>
 

@@ -1,4 +1,4 @@
-// Any sequence of facade operations answers as the model of the facade does, and leaves the same files.
+// Any sequence of facade operations must give the results of the facade's model, and leave the same files.
 
 #include <span>
 #include <string>

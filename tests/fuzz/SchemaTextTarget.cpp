@@ -1,5 +1,5 @@
-// Any description of a table reads as a second rendering of it does, and creating the table leaves what plain SQLite
-// leaves when it runs that text.
+// For any table definition, the library's text must equal that of the reference rendering, and creating the table must
+// have the same result as running that text in raw SQLite.
 
 #include <sql/DatabaseApi.h>
 

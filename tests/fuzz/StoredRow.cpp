@@ -21,7 +21,7 @@ const std::vector<std::string> Columns{"c0", "c1", "c2", "c3", "c4", "c5"};
 
 const std::string CreateStored = "CREATE TABLE stored (c0, c1, c2, c3, c4, c5)";
 
-/// The table, which stays open from one input to the next, emptied.
+/// The table, which is kept open from one input to the next and emptied.
 PlainSqlite& PlainTable()
 {
     static const auto plain = [] {
@@ -33,7 +33,7 @@ PlainSqlite& PlainTable()
     return *plain;
 }
 
-/// The same table in a database of the facade's.
+/// The same table in a database of the facade.
 DatabaseApi& FacadeTable()
 {
     static DatabaseApi facade;
@@ -60,7 +60,7 @@ DbTableRowValues OnlyRow(const DatabaseApi& facade)
     return std::move(rows.front());
 }
 
-/// The place in OnlyRow() of the column that a double-quoted text names; -1 when it names none.
+/// The index in OnlyRow() of the column that a double-quoted text names; -1 if it names no column.
 int NamedColumn(std::string text)
 {
     std::ranges::transform(text, text.begin(),

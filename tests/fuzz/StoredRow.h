@@ -8,18 +8,19 @@
 
 namespace Morvik::sql::tests {
 
-/// A row of values goes into a table of so many columns, without declared types, which is emptied first.
+/// Stores a row of values in a table without declared types. The table has as many columns as the row and is emptied
+/// first.
 constexpr std::size_t MostStoredCells = 6;
 
-/// Reports unless SQLite takes each literal as one value and stores what its cell stands for.
+/// Reports a finding unless SQLite takes each literal as one value and stores the value of its cell.
 void RequireStored(const std::vector<DbTableColumnValue>& cells, const std::vector<std::string>& literals);
 
-/// Reports unless the facade inserts the cells, updates the row with them and reads every text back with its
-/// apostrophes doubled, except that an update reads a text that equals a column's name as that column.
+/// Reports a finding unless the facade inserts the cells, updates the row with them and reads every text back with its
+/// apostrophes doubled. Exception: an update reads a text that equals a column's name as that column.
 void RequireWritten(const std::vector<DbTableColumnValue>& cells);
 
-/// Reports unless SQLite rejects the row and nothing is written: a zero byte ends the statement within its text,
-/// whatever stands before it.
+/// Reports a finding unless SQLite rejects the row and nothing is written: the zero byte ends the statement inside its
+/// text.
 void RequireRejected(const std::vector<DbTableColumnValue>& cells);
 
 } // namespace Morvik::sql::tests

@@ -16,7 +16,7 @@ void RequireSameNumber(const std::string& stored, const std::string& literal)
 {
     const double actual = std::strtod(stored.c_str(), nullptr);
     const double expected = std::strtod(literal.c_str(), nullptr);
-    // SQLite shows 15 digits, and reads the smallest numbers with fewer.
+    // SQLite prints 15 digits, and parses the smallest numbers with fewer.
     const bool same = std::abs(actual - expected) <= std::max(std::abs(expected) * 1e-14, 1e-290);
     if (!same || stored.front() == '\'') {
         ReportFinding("The number " + literal + " is stored as " + stored);

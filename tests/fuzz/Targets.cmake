@@ -1,4 +1,4 @@
-# The fuzz targets, for libFuzzer and for the ordinary tests that replay their corpus alike.
+# The fuzz targets. libFuzzer runs them, and ordinary tests replay their corpus.
 set(fuzz_directory ${CMAKE_CURRENT_LIST_DIR})
 set(fuzz_targets value-literals schema-text operations database-files)
 set(fuzz_source_value-literals ${fuzz_directory}/ValueLiteralsTarget.cpp)

@@ -1,5 +1,5 @@
-// Any value in a statement is one value to SQLite, and the one that it stands for: a text with its apostrophes doubled,
-// a number as a default stream writes it. A text with a zero byte leaves nothing written.
+// SQLite must read the literal of any value as one value with the cell's content: a text with its apostrophes doubled,
+// a number as a default stream writes it. With a zero byte in a text, nothing is written.
 
 #include <sql/DbTableColumnValue.h>
 
@@ -75,7 +75,7 @@ std::vector<DbTableColumnValue> ChosenCells(Choices& choices)
     return cells;
 }
 
-/// The cell's text as the library writes it, between other texts; nothing when it has none.
+/// The cell's text as the library appends it to a statement with other text; nothing if the cell has no text.
 std::optional<std::string> Literal(const DbTableColumnValue& cell)
 {
     SqlBuffer statement(ColumnValueSize(cell));
@@ -90,7 +90,7 @@ std::optional<std::string> Literal(const DbTableColumnValue& cell)
     return sql.substr(begin);
 }
 
-// Bytes are written as they are: one of these ends the value or the statement.
+// Bytes are written unchanged, so any of these bytes ends the value or the statement.
 bool EndsItsLiteral(const DbTableColumnValue& cell)
 {
     const auto* const bytes = std::get_if<std::vector<char>>(&cell.value);

@@ -1,11 +1,12 @@
 #!/bin/bash
-# Looks for inputs of a fuzz target that lead to a finding, in what "cmake --build --preset fuzz" made.
+# Searches for inputs of a fuzz target that lead to a finding. Build the targets first: "cmake --build --preset fuzz".
 #
 #   tests/fuzz/run-fuzzer.sh TARGET [SECONDS [DIRECTORY]]
 #
 # TARGET is one of value-literals, schema-text, operations, database-files. SECONDS is 20 unless the environment sets
-# TKOSQLLITE_FUZZ_SECONDS. It begins with the target's corpus and with DIRECTORY, where new inputs are kept for the next
-# run; without one they are forgotten. An input with a finding is kept in build/fuzz/findings.
+# TKOSQLLITE_FUZZ_SECONDS. The search begins with the target's corpus and with the files in DIRECTORY, where new inputs
+# are kept for the next run; without DIRECTORY new inputs are discarded. An input with a finding is kept in
+# build/fuzz/findings.
 
 set -euo pipefail
 
@@ -20,8 +21,8 @@ fail()
     exit 1
 }
 
-# How many inputs it must have tried in a second, and how much of the code it must have reached, to count as a run. Both
-# are less than what it does on a machine that is busy with a dozen other things.
+# A run counts only if it tries at least this number of inputs per second and reaches this much of the code. Both
+# numbers are lower than the results on a machine that is busy with a dozen other programs.
 case $target in
 value-literals) rate=20 coverage=800 length=4096 ;;
 schema-text) rate=10 coverage=1000 length=2048 ;;
@@ -30,7 +31,7 @@ database-files) rate=2 coverage=1300 length=16384 ;;
 *) fail "no such target" ;;
 esac
 
-# The files that a target works on are in memory where there is such a place.
+# The files that a target uses are in memory if the system has such a directory.
 scratch=$(mktemp -d -p "$([ -w /dev/shm ] && echo /dev/shm || echo "${TMPDIR:-/tmp}")" tkosqllite-fuzz-XXXXXX)
 trap 'rm -rf "$scratch"' EXIT
 mkdir "$scratch/files" "$scratch/corpus"

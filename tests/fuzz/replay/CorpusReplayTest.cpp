@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-// The targets: CMakeLists.txt gives each of them its name.
+// The targets; CMakeLists.txt gives each of them its name.
 extern "C" {
 int value_literals(const std::uint8_t* data, std::size_t size);
 int schema_text(const std::uint8_t* data, std::size_t size);
@@ -47,7 +47,8 @@ TEST_P(CorpusReplayTest, EveryInputOfTheCorpusEndsWithoutAFinding)
         std::ifstream file(input, std::ios::binary);
         const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
         ASSERT_TRUE(file) << input;
-        std::cout << input.filename() << std::endl; // a finding ends the program: the last name is its input's
+        std::cout << input.filename()
+                  << std::endl; // a finding ends the program: the last name printed is that of its input
         GetParam().target(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
     }
 
