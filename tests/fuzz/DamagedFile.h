@@ -48,7 +48,7 @@ private:
     template <typename OnFacade, typename OnModel>
     void Compare(const std::string& operation, const OnFacade& onFacade, const OnModel& onModel);
 
-    /// The same for the first step of an operation, which resets the limits on its steps.
+    /// The same, after resetting the limits on the steps: for the first call of an operation.
     template <typename OnFacade, typename OnModel>
     void Both(const std::string& operation, const OnFacade& onFacade, const OnModel& onModel);
 
