@@ -10,8 +10,9 @@
 
 namespace Morvik::sql::tests {
 
-/// Makes a connection look closed while its statements live on: a closed one is assigned over it, which drops the raw
-/// handle without closing it. The object takes that handle, and finalizes and closes what is left on it at the end.
+/// Makes a connection look closed while its statements still exist: a closed connection is assigned to it, which drops
+/// the raw handle without closing it. This object takes that handle, and its destructor finalizes the remaining
+/// statements and closes the handle.
 class AbandonedConnection {
 public:
     explicit AbandonedConnection(SqlDatabase& database) : m_handle(database.GetNativeDatabaseInstance<sqlite3>())
@@ -20,7 +21,7 @@ public:
         database = std::move(*closed);
     }
 
-    /// Takes a handle that a destroyed SqlDatabase has left behind.
+    /// Takes the handle that a destroyed SqlDatabase did not close.
     explicit AbandonedConnection(sqlite3* handle) : m_handle(handle) {}
 
     ~AbandonedConnection()
@@ -36,7 +37,7 @@ public:
 
     sqlite3* Handle() const { return m_handle; }
 
-    /// A statement that nobody has finalized, null when there is none.
+    /// A statement that is not finalized; null when there is none.
     sqlite3_stmt* Statement() const { return sqlite3_next_stmt(m_handle, nullptr); }
 
 private:

@@ -1,7 +1,7 @@
 #pragma once
 
-/// TKOSQLLITE_ADDRESS_SANITIZER: 1 in a build with the address sanitizer, which brings an allocator of its own and
-/// reserves most of the address space, 0 otherwise.
+/// TKOSQLLITE_ADDRESS_SANITIZER: 1 in a build with the address sanitizer, which has a separate allocator and reserves
+/// most of the address space; 0 otherwise.
 #if defined(__SANITIZE_ADDRESS__)
 #define TKOSQLLITE_ADDRESS_SANITIZER 1
 #elif defined(__has_feature)

@@ -1,5 +1,5 @@
-// Linked into the tests if SQLite is built without double-quoted texts. Their connections allow them, as those of an
-// application with such an SQLite must.
+// Linked into the tests if SQLite is built without double-quoted texts: all their connections allow these texts. An
+// application that writes texts on such a SQLite does the same.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 

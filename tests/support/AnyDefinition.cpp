@@ -23,7 +23,7 @@ std::string AnyName(Choices& choices)
     }
     case 2:
     case 3:
-        return {"abcd"[choices.Below(4)]}; // what a statement may hold and still be accepted
+        return {"abcd"[choices.Below(4)]}; // a short name, with which SQLite may accept the definition
     default:
         return choices.TextOf(NameCharacters, 12);
     }

@@ -6,8 +6,8 @@
 
 namespace Morvik::sql::tests {
 
-/// A table's description of any shape, mostly one that SQLite rejects. No text in it holds a zero byte: a statement
-/// ends there in SQLite's eyes.
+/// A random table definition, which SQLite mostly rejects. No text in it contains a zero byte, because SQLite would end
+/// the statement there.
 DbTableDefinition AnyDefinition(Choices& choices);
 
 } // namespace Morvik::sql::tests

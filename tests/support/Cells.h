@@ -39,7 +39,7 @@ inline DbTableColumnValue InvalidCell(std::uint32_t column = 0)
     return {DbTableColumnType::Null, column, 0};
 }
 
-/// A cell whose tag alone says what is written, such as the current time.
+/// A cell of which only the tag is written, such as the current time.
 inline DbTableColumnValue TagCell(DbTableColumnType type)
 {
     return {type, 0, 0};

@@ -52,11 +52,11 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Sett
 {
     std::vector<char*> pointers;
     for (const std::string& argument : arguments) {
-        pointers.push_back(const_cast<char*>(argument.c_str())); // posix_spawn changes none of them
+        pointers.push_back(const_cast<char*>(argument.c_str())); // posix_spawn does not change the texts
     }
     pointers.push_back(nullptr);
 
-    // A child that is killed before it opened its files has written nothing.
+    // If the child is killed before it opens its files, the output is empty.
     std::ofstream(m_files.File("out")).close();
     std::ofstream(m_files.File("err")).close();
 

@@ -9,9 +9,9 @@
 
 namespace Morvik::sql::tests {
 
-/// How a child process ended and what it wrote.
+/// The end of a child process and its output.
 struct ChildResult {
-    /// The exit status, or -1 when a signal ended it.
+    /// The exit status, or -1 if a signal ended the process.
     int status = -1;
 
     /// The signal that ended it, or 0.
@@ -21,15 +21,15 @@ struct ChildResult {
     std::string err;
 };
 
-/// A program that runs beside the test, with nothing to read on its standard input. Failures to start it and to look
-/// after it throw std::runtime_error. A child that still runs at the end of the object's life is killed.
+/// A program that runs in parallel with the test; its standard input is empty. Errors in starting it or waiting for it
+/// throw std::runtime_error. If the child still runs when the object is destroyed, it is killed.
 class ChildProcess {
 public:
     struct Settings {
-        /// The child's working directory; empty for the test's own.
+        /// The child's working directory; empty for that of the test.
         std::string directory{};
 
-        /// Where its standard output goes; empty to keep it for the result.
+        /// The file for its standard output; empty to keep the output for the result.
         std::string output{};
     };
 
@@ -41,10 +41,10 @@ public:
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    /// Sends a signal; a child that has ended already does not mind.
+    /// Sends a signal; does nothing if the child has ended.
     void Signal(int signal);
 
-    /// Waits for the end, which is to be asked for once.
+    /// Waits for the end; may be called only once.
     ChildResult Wait();
 
 private:

@@ -10,19 +10,19 @@
 
 namespace Morvik::sql::tests {
 
-/// Where a generated test takes its decisions from: a seeded generator, or the bytes of a given input.
+/// The source of a generated test's decisions: a seeded generator, or the bytes of a given input.
 class Choices {
 public:
     explicit Choices(std::uint64_t seed) : m_generator(seed) {}
     explicit Choices(std::span<const std::uint8_t> bytes) : m_bytes(bytes), m_fromBytes(true) {}
 
-    /// A number from 0 up to and without `count`.
+    /// A number from 0 to `count` - 1.
     std::size_t Below(std::size_t count)
     {
         if (!m_fromBytes) {
             return static_cast<std::size_t>(m_generator() % count);
         }
-        // As many bytes as it takes to reach every number; 0 once they are used up.
+        // Uses as many bytes as the range needs; 0 when no bytes are left.
         std::uint64_t number = 0;
         for (std::uint64_t reached = 1; reached < count && !m_bytes.empty(); reached *= 256) {
             number = number * 256 + m_bytes.front();
@@ -39,7 +39,7 @@ public:
         return items[Below(items.size())];
     }
 
-    /// 32 bits, each of them 0 or 1.
+    /// 32 random bits.
     std::uint32_t Bits()
     {
         const auto upper = static_cast<std::uint32_t>(Below(0x10000));
@@ -57,7 +57,7 @@ public:
         return text;
     }
 
-    /// `count` bytes of any value, or those that are left.
+    /// `count` bytes of any value, or the bytes that are left.
     std::string Bytes(std::size_t count)
     {
         std::string bytes;
@@ -67,7 +67,7 @@ public:
         return bytes;
     }
 
-    /// False once the given bytes are used up; a generator never ends.
+    /// False when the given bytes are used up; a generator never ends.
     bool Left() const { return !m_fromBytes || !m_bytes.empty(); }
 
 private:

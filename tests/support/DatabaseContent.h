@@ -10,11 +10,11 @@ namespace Morvik::sql::tests {
 /// it.
 using DatabaseContent = std::map<std::string, std::vector<std::vector<std::string>>>;
 
-/// Opens a database file as any program would after a fault, and reads it whole past the library. Throws
-/// std::runtime_error when the file cannot be read or SQLite's integrity check finds anything.
+/// Opens a database file with raw SQLite, as any program would after a fault, and reads all tables. Throws
+/// std::runtime_error when the file cannot be read or SQLite's integrity check finds an error.
 DatabaseContent ContentOf(const std::string& path);
 
-/// The content in one text.
+/// The content as one text.
 std::string Described(const DatabaseContent& content);
 
 } // namespace Morvik::sql::tests

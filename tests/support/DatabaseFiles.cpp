@@ -9,7 +9,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// The last of them is an index that SQLite makes anew.
+// The files of a database that a copy keeps. The index is not kept, because SQLite creates it again.
 constexpr const char* Endings[] = {"", "-journal", "-wal"};
 constexpr const char* IndexEnding = "-shm";
 

@@ -5,8 +5,8 @@
 
 namespace Morvik::sql::tests {
 
-/// A database file and what SQLite keeps beside it (the journal, the write-ahead log), byte for byte, as they stood
-/// when the object was made. No connection may have them open in this process when they are put back.
+/// A byte-for-byte copy of a database file and of the files that SQLite adds to it (the journal, the write-ahead log),
+/// made by the constructor. No connection of this process may have the files open when they are restored.
 class DatabaseFiles {
 public:
     /// No files.
@@ -14,12 +14,12 @@ public:
 
     explicit DatabaseFiles(const std::string& path);
 
-    /// Makes the files at `path` these again, and no others.
+    /// Restores the files at `path`, and deletes those that the copy does not have.
     void PutBack(const std::string& path) const;
 
     bool operator==(const DatabaseFiles&) const = default;
 
-    /// The content by the ending of the name: "", "-journal", "-wal".
+    /// The content of each file, by the suffix of its name: "", "-journal", "-wal".
     std::map<std::string, std::string> contents{};
 };
 

@@ -5,7 +5,7 @@
 namespace Morvik::sql::tests {
 
 /// While the object lives, every connection that is opened accepts texts between double quotation marks, or rejects
-/// them as a SQLite does that was built with SQLITE_DQS=0. Of several objects the youngest decides.
+/// them as a SQLite built with SQLITE_DQS=0 does. If several objects exist, the newest applies.
 class DoubleQuotedTexts {
 public:
     explicit DoubleQuotedTexts(bool accepted) : m_extension(accepted ? Accept : Reject)

@@ -4,8 +4,8 @@
 
 namespace Morvik::sql::tests {
 
-/// How much of a repeated trial a test makes: few rounds with every run of the tests, many where the environment sets
-/// TKOSQLLITE_SOAK, as scripts/soak.sh does.
+/// The number of rounds of a repeated trial: few in an ordinary test run, many if the environment sets TKOSQLLITE_SOAK,
+/// as scripts/soak.sh does.
 inline bool SoakIsOn()
 {
     return std::getenv("TKOSQLLITE_SOAK") != nullptr;

@@ -107,11 +107,11 @@ DbTableColumnValue ChosenCell(Choices& choices)
     static const std::vector<std::string> Bytes{"", "AB", "\x01\xff", "x"};
     const std::size_t tag = choices.Below(12);
     DbTableColumnValue cell;
-    // The time functions are left out: the two databases would compute them at different moments.
+    // The time functions are left out, because the two databases would compute them at different times.
     cell.type = static_cast<DbTableColumnType>(tag < 6 || tag > 9 ? static_cast<int>(tag) : static_cast<int>(tag) - 5);
     cell.column = static_cast<std::uint32_t>(choices.Below(3));
     const std::string& bytes = choices.Of(Bytes);
-    // Now and then the value is not of the tag's alternative.
+    // Sometimes the value is not the tag's alternative.
     switch (choices.OneIn(12) ? choices.Below(5) : static_cast<std::size_t>(cell.type)) {
     case 2:
         cell.value = choices.Of(Reals);

@@ -9,7 +9,7 @@
 
 namespace Morvik::sql::tests {
 
-// Arguments for facade operations, the awkward ones included.
+// Arguments for facade operations, including unusual ones.
 std::string ChosenTable(Choices& choices);
 std::string ChosenCommand(Choices& choices);
 std::string ChosenQuery(Choices& choices);

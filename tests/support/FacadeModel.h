@@ -12,14 +12,14 @@ struct sqlite3_stmt;
 
 namespace Morvik::sql::tests {
 
-/// The cells of a row, each as its type, column and value in one text.
+/// Describes each cell of a row as one text of its type, column and value.
 using DescribedRow = std::vector<std::string>;
 
 DescribedRow Described(const DbTableRowValues& row);
 
-/// Predicts what a DatabaseApi answers: the same operations on a database of its own, done with plain SQLite calls, so
-/// that SQLite's codes and messages need no table. Every operation returns the predicted result; code and message are
-/// the predicted record.
+/// Predicts the results of a DatabaseApi. It runs the same operations with raw SQLite calls on a separate database, so
+/// that no table of SQLite's codes and messages is needed. Every operation returns the predicted result; GetLastError()
+/// and GetLastErrorMsg() return the predicted record.
 class FacadeModel {
 public:
     FacadeModel() = default;
@@ -28,8 +28,8 @@ public:
     FacadeModel(const FacadeModel&) = delete;
     FacadeModel& operator=(const FacadeModel&) = delete;
 
-    /// `path` is what the facade is given, `ownPath` the model's own file in the same situation. `directoryFails` tells
-    /// that the parent directory can neither exist nor be made.
+    /// `path` is the path given to the facade, `ownPath` the model's file in the same situation. `directoryFails` says
+    /// that the parent directory does not exist and cannot be created.
     bool OpenDatabase(const std::string& path, const std::string& ownPath, bool readOnly, bool directoryFails);
     bool CloseDatabase();
     bool IsOpen() const { return m_handle != nullptr; }
@@ -50,7 +50,7 @@ public:
     bool ReadNextRow(DescribedRow& row);
     bool CloseReadTable();
 
-    /// The code of the statement that PrepareStatement() hands out.
+    /// The code of the statement that PrepareStatement() returns.
     int PrepareStatement(const std::string& sql) const;
 
     int code = 0;

@@ -52,7 +52,7 @@ FacadeOperations::FacadeOperations(const std::filesystem::path& directory, Globa
     const auto place = [&](const char* name, bool directoryFails) {
         return Place{(directory / "facade" / name).string(), (directory / "model" / name).string(), directoryFails};
     };
-    // The library makes missing directories, and the model's stand ready.
+    // The library creates missing directories; those of the model already exist.
     std::filesystem::create_directories(directory / "model" / "new" / "directory");
     for (const char* side : {"facade", "model"}) {
         std::filesystem::create_directories(directory / side / "a-directory");
@@ -132,7 +132,7 @@ std::string FacadeOperations::Open(Choices& choices)
     if (!difference.empty() || !m_facade->IsOpen()) {
         return difference;
     }
-    // These files need not outlive a power failure, and waiting for the disk is most of the time otherwise.
+    // These files need not survive a power failure, and waiting for the disk would take most of the time.
     const std::string unsynced = "PRAGMA synchronous = OFF";
     return Compared<int>("Execute " + unsynced, m_facade->Execute(unsynced), m_model->Execute(unsynced));
 }

@@ -11,20 +11,20 @@
 
 namespace Morvik::sql::tests {
 
-/// Runs chosen operations on a facade and on its model side by side, each with files of its own.
+/// Runs random operations on a facade and on its model, each with separate files.
 class FacadeOperations {
 public:
     /// The global locale belongs to all threads: a test with several of them must leave it unchanged.
     enum class GlobalLocale { Chosen, Unchanged };
 
-    /// Puts the files below `directory`. Some writes are under a chosen locale, unless it must stay unchanged.
+    /// Creates the files in `directory`. Some writes run with a random locale, unless it must stay unchanged.
     explicit FacadeOperations(const std::filesystem::path& directory, GlobalLocale locale = GlobalLocale::Chosen);
 
-    /// Runs one operation on both. Returns an empty text when results, code, message, rows and state agree, and
-    /// otherwise what differs.
+    /// Runs one operation on both. Returns an empty text if results, code, message, rows and state are equal, and
+    /// otherwise the difference.
     std::string RunOne(Choices& choices);
 
-    /// Ends both and compares what their files hold.
+    /// Destroys both and compares the content of their files.
     std::string CompareFiles();
 
 private:

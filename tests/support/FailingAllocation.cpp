@@ -84,7 +84,8 @@ std::size_t LiveBytesOfNew()
 
 } // namespace Morvik::sql::tests
 
-// The whole family for types of usual alignment, so that each piece of memory is freed by the partner of what gave it.
+// Replaces all operators for types of usual alignment, so that memory is always freed by the operator that belongs to
+// its allocation.
 void* operator new(std::size_t size)
 {
     return Morvik::sql::tests::AllocateOrThrow(size);

@@ -7,10 +7,10 @@ namespace Morvik::sql::tests {
 /// Which allocations fail: one, or that one and all that follow it.
 enum class FailureExtent { Once, ForEver };
 
-/// Lets allocations of the running thread fail with std::bad_alloc while the object lives: the one that follows after
-/// `succeeding` others, and, for ever, those behind it too. The program that links it defines operator new; SQLite's
-/// own memory comes from malloc and is not concerned (FailingSqliteMemory is for that). Proves itself: Fired() tells
-/// whether that allocation was asked for.
+/// While the object lives, allocations of the running thread fail with std::bad_alloc: the first `succeeding`
+/// allocations succeed, the next one fails, and with FailureExtent::ForEver so do all that follow. The program that
+/// links this file defines operator new. SQLite's memory comes from malloc and does not fail (use FailingSqliteMemory).
+/// Fired() tells whether the failing allocation was requested.
 ///
 ///     for (int succeeding = 0;; ++succeeding) {
 ///         const FailingAllocation failing(succeeding);
@@ -18,7 +18,7 @@ enum class FailureExtent { Once, ForEver };
 ///         if (!failing.Fired()) { break; }   // Act() needs no more allocations than these
 ///     }
 ///
-/// Test macros allocate too, so look at the outcome after the object is gone, or after its one failure fired.
+/// Test macros allocate too, so check the result after the object is destroyed, or after its one failure fired.
 class FailingAllocation {
 public:
     explicit FailingAllocation(int succeeding, FailureExtent extent = FailureExtent::Once);
@@ -30,7 +30,7 @@ public:
     bool Fired() const;
 };
 
-/// Watches what the running thread asks operator new for while the object lives.
+/// Observes what the running thread requests from operator new while the object lives.
 class LargestAllocation {
 public:
     LargestAllocation();
@@ -39,11 +39,11 @@ public:
     LargestAllocation(const LargestAllocation&) = delete;
     LargestAllocation& operator=(const LargestAllocation&) = delete;
 
-    /// The bytes of the largest piece.
+    /// The size in bytes of the largest allocation.
     std::size_t Size() const;
 };
 
-/// The bytes that the process holds from operator new at the moment: everything of C++, and nothing of SQLite's.
+/// The bytes that the process currently holds from operator new: all of C++, nothing of SQLite.
 std::size_t LiveBytesOfNew();
 
 } // namespace Morvik::sql::tests

@@ -83,7 +83,7 @@ public:
 
     int LockShared(int offset, int count, int flags) override
     {
-        // Giving a lock back never fails.
+        // Releasing a lock never fails.
         if ((flags & SQLITE_SHM_LOCK) == 0) {
             return InterposedFile::LockShared(offset, count, flags);
         }

@@ -23,25 +23,25 @@ enum class FileCall {
     LockShared,
 };
 
-/// A call that fails: the one at `position`, counted from 1 among the calls of its kind, and with `lasting` every later
-/// one of its kind too.
+/// A call that fails: the call at `position`, counted from 1 among the calls of its kind. With `lasting`, every later
+/// call of the same kind fails too.
 struct FileFault {
     FileCall call = FileCall::Open;
 
-    /// What SQLite is told, with SQLite's extended code where there is one.
+    /// The code that SQLite receives; SQLite's extended code if there is one.
     int code = 0;
 
     int position = 1;
     bool lasting = false;
 
-    /// How much happens all the same: a write puts down half of its bytes, every other call does all that it should.
+    /// Whether the failing call has an effect: a write writes half of its bytes, every other call does all of its work.
     bool carriedOut = false;
 };
 
-/// The fault in words, for a message.
+/// Describes the fault, for a message.
 std::string Described(const FileFault& fault);
 
-/// A file system with a fault while the object lives. Proves itself: Fired() tells how many calls failed.
+/// A file system in which a call fails while the object lives. Fired() tells how many calls failed.
 ///
 ///     for (int position = 1;; ++position) {
 ///         FailingFileSystem disk;
@@ -51,14 +51,14 @@ std::string Described(const FileFault& fault);
 ///         if (disk.Fired() == 0) { break; }   // Act() makes no more calls of this kind
 ///     }
 ///
-/// Nothing reaches the disk by a sync (what a test looks at outlives its process, but not the machine), and SQLite's
-/// pauses before it asks for a lock again take no time.
+/// Syncs have no effect, because the files must survive the process and not the machine. SQLite's pauses before it
+/// requests a lock again take no time.
 class FailingFileSystem : public InterposedFileSystem {
 public:
-    /// Counts and fails from now on.
+    /// Starts counting calls and failing them.
     void Arm(const FileFault& fault);
 
-    /// Fails no more.
+    /// Stops failing calls.
     void Disarm() { m_armed = false; }
 
     int Fired() const { return m_fired; }
@@ -75,7 +75,7 @@ private:
 
     bool Fails(FileCall call);
 
-    // Makes a call or lets it fail.
+    // Forwards a call or makes it fail.
     template <typename Call>
     int Run(FileCall kind, Call call);
 

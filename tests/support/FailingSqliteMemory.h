@@ -4,9 +4,9 @@
 
 namespace Morvik::sql::tests {
 
-/// Lets SQLite's own allocations of the running thread fail while the object lives: the one that follows after
-/// `succeeding` others, and, for ever, those behind it too. Install() must have been called. Proves itself: Fired()
-/// tells whether that allocation was asked for.
+/// While the object lives, SQLite's allocations in the running thread fail: the first `succeeding` allocations succeed,
+/// the next one fails, and with FailureExtent::ForEver so do all that follow. Install() must have been called. Fired()
+/// tells whether the failing allocation was requested.
 ///
 ///     FailingSqliteMemory::Install();
 ///     const FailingSqliteMemory failing(3, FailureExtent::ForEver);
@@ -14,9 +14,9 @@ namespace Morvik::sql::tests {
 ///     EXPECT_TRUE(failing.Fired());
 class FailingSqliteMemory {
 public:
-    /// Stands between SQLite and its allocator, and switches off the stocks that SQLite keeps of small pieces and of
-    /// pages, so that each of its allocations can fail. No connection may be open; once per process is enough. Throws
-    /// std::runtime_error if SQLite refuses.
+    /// Wraps SQLite's allocator, and switches off SQLite's caches of small pieces and of pages, so that each of its
+    /// allocations can fail. No connection may be open; once per process is enough. Throws std::runtime_error if SQLite
+    /// rejects the change.
     static void Install();
 
     explicit FailingSqliteMemory(int succeeding, FailureExtent extent = FailureExtent::Once);

@@ -4,7 +4,7 @@
 
 namespace Morvik::sql::tests {
 
-/// Counts the allocations of a thread down to the one that is to fail.
+/// Counts the allocations of a thread down to the failing one.
 class FailurePoint {
 public:
     void Set(int succeeding, FailureExtent extent)
@@ -16,7 +16,7 @@ public:
 
     void Clear() { m_left = NoneFails; }
 
-    /// Whether the allocation that is asked for now fails.
+    /// Whether the allocation that is being requested fails.
     bool Reached()
     {
         if (m_left == NoneFails) {

@@ -6,7 +6,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// What lies in the memory that SQLite reserves for an open file.
+// The data in the memory that SQLite reserves for an open file.
 struct OpenedFile {
     sqlite3_file base;
     InterposedFile* file;
@@ -28,7 +28,8 @@ int Close(sqlite3_file* file)
     return SQLITE_OK;
 }
 
-// Without the calls of the third version, which map files into memory past every read and write.
+// Leaves out the calls of version 3, which map files into memory: SQLite would then read and write without calling this
+// file system.
 constexpr sqlite3_io_methods Methods = {
     .iVersion = 2,
     .xClose = Close,
@@ -117,7 +118,7 @@ int InterposedFile::LockShared(int offset, int count, int flags)
     return Real()->pMethods->xShmLock(Real(), offset, count, flags);
 }
 
-// SQLite's calls on the file system, brought to the object that stands behind it.
+// SQLite's calls on the file system, forwarded to the object.
 struct InterposedFileSystem::Calls {
     static InterposedFileSystem& Of(sqlite3_vfs* own) { return *static_cast<InterposedFileSystem*>(own->pAppData); }
 

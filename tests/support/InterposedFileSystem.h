@@ -8,10 +8,11 @@
 
 namespace Morvik::sql::tests {
 
-/// One file as SQLite opened it: hands every call on to the real file. Override what shall happen otherwise.
+/// One file that SQLite opened: forwards every call to the real file. Override the calls that behave differently.
 class InterposedFile {
 public:
-    /// Takes over an opened file of the real file system, in memory of the size that this asks for.
+    /// Takes over an opened file of the real file system. The file is in memory of the size that the real file system
+    /// needs.
     explicit InterposedFile(std::unique_ptr<std::byte[]> real) : m_real(std::move(real)) {}
     virtual ~InterposedFile();
 
@@ -35,8 +36,9 @@ private:
     std::unique_ptr<std::byte[]> m_real;
 };
 
-/// Stands between SQLite and the real file system while the object lives: everything that is opened without naming a
-/// file system goes through it, so close what was opened before its end. Override what shall happen otherwise.
+/// Replaces SQLite's default file system while the object lives and forwards to it. Every database that is opened
+/// without naming a file system uses this object, so close it before the object is destroyed. Override the calls that
+/// behave differently.
 class InterposedFileSystem {
 public:
     InterposedFileSystem();
@@ -46,13 +48,13 @@ public:
     InterposedFileSystem& operator=(const InterposedFileSystem&) = delete;
 
 protected:
-    /// Opens the file in `real`, which is zeroed memory of the size that the real file system asks for.
+    /// Opens the file in `real`, zeroed memory of the size that the real file system needs.
     virtual int Open(const char* path, sqlite3_file* real, int flags, int* outFlags);
     virtual int Delete(const char* path, int syncDirectory);
     virtual int Access(const char* path, int flags, int& answer);
     virtual int Sleep(int microseconds);
 
-    /// The file that SQLite gets for one that was opened. `path` is null for a nameless temporary file.
+    /// Returns the object that SQLite uses for an opened file. `path` is null for a temporary file without a name.
     virtual std::unique_ptr<InterposedFile> Interpose(const char* path, int flags, std::unique_ptr<std::byte[]> real);
 
 private:

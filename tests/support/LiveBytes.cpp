@@ -3,7 +3,7 @@
 #include "support/AddressSanitizer.h"
 
 #if TKOSQLLITE_ADDRESS_SANITIZER
-// Declared here, because gcc brings the function without its header.
+// Declared here, because GCC has the function but no header for it.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #else
 #include <malloc.h>
@@ -14,7 +14,7 @@ namespace Morvik::sql::tests {
 std::size_t LiveBytes()
 {
 #if TKOSQLLITE_ADDRESS_SANITIZER
-    return __sanitizer_get_current_allocated_bytes(); // mallinfo2 knows nothing of this allocator
+    return __sanitizer_get_current_allocated_bytes(); // mallinfo2 does not count this allocator
 #else
     const struct mallinfo2 info = mallinfo2();
     return info.uordblks + info.hblkhd;

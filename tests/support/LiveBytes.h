@@ -4,7 +4,7 @@
 
 namespace Morvik::sql::tests {
 
-/// The bytes that the whole process, SQLite included, holds from malloc at the moment.
+/// The bytes that the complete process, SQLite included, currently holds from malloc.
 std::size_t LiveBytes();
 
 } // namespace Morvik::sql::tests

@@ -12,7 +12,7 @@
 
 namespace Morvik::sql::tests {
 
-/// Writes numbers with the given point, separator and grouping, the booleans' names left as they are. By default
+/// Writes numbers with the given decimal point, separator and grouping; the names of booleans do not change. By default
 /// 1234567.5 is written as 1.234.567,5.
 class Punctuation : public std::numpunct<char> {
 public:
@@ -41,7 +41,7 @@ protected:
     }
 };
 
-/// Writes the given text of every number and then throws, if it is told to, what is no standard exception.
+/// Writes the given text for every number and, if requested, then throws an object that is not a standard exception.
 class FixedNumbers : public std::num_put<char> {
 public:
     FixedNumbers(std::string text, bool throws) : m_text(std::move(text)), m_throws(throws) {}
@@ -64,7 +64,7 @@ private:
     bool m_throws;
 };
 
-/// A locale for parameterized tests, under a name that is an identifier.
+/// A locale for parameterized tests; its name is an identifier.
 struct NumberLocale {
     std::string name;
     std::locale locale;
@@ -72,7 +72,7 @@ struct NumberLocale {
     friend std::ostream& operator<<(std::ostream& stream, const NumberLocale& chosen) { return stream << chosen.name; }
 };
 
-/// The classic locale, and others that need no installed one: each writes most numbers in another way.
+/// The classic locale, and locales that need not be installed: each of those writes most numbers differently.
 inline std::vector<NumberLocale> NumberLocales()
 {
     const auto with = [](auto* facet) { return std::locale(std::locale::classic(), facet); };
@@ -88,7 +88,8 @@ inline std::vector<NumberLocale> NumberLocales()
             {"ThrowingAfterSomeText", with(new FixedNumbers("12", true))}};
 }
 
-/// Installs a process-wide C++ locale for the life of the object, by default one with a decimal comma and digit groups.
+/// Sets the process-wide C++ locale during the lifetime of the object; the default has a decimal comma and digit
+/// groups.
 class ScopedGlobalLocale {
 public:
     ScopedGlobalLocale() : ScopedGlobalLocale(std::locale(std::locale::classic(), new Punctuation)) {}
@@ -102,7 +103,7 @@ private:
     std::locale m_previous;
 };
 
-/// Sets the rounding mode of this thread for the life of the object.
+/// Sets the rounding mode of this thread during the lifetime of the object.
 class ScopedRounding {
 public:
     explicit ScopedRounding(int mode) : m_previous(std::fegetround())

@@ -12,18 +12,18 @@
 
 namespace Morvik::sql::tests {
 
-/// Tests with a facade open on a fresh database file of their own.
+/// Tests with a facade that is open on a new, separate database file.
 class OpenFacade : public testing::Test {
 protected:
     OpenFacade() { EXPECT_TRUE(database.OpenDatabase(path, false)) << database.GetLastErrorMsg(); }
 
-    /// The rows of a query, read past the library.
+    /// The rows of a query, read with raw SQLite.
     std::vector<std::vector<std::string>> PlainRows(const std::string& sql) const
     {
         return PlainSqlite(path).Rows(sql);
     }
 
-    /// What plain SQLite answers for a text that it must reject.
+    /// The error of raw SQLite for a text that it must reject.
     PlainFailure PlainRejection(const std::string& sql) const
     {
         const PlainFailure failure = FailureOfExec(PlainSqlite(path).Handle(), sql);

@@ -8,8 +8,8 @@ struct sqlite3_stmt;
 
 namespace Morvik::sql::tests {
 
-/// A statement compiled by SQLite's legacy sqlite3_prepare, whose codes differ from those of sqlite3_prepare_v2: says
-/// what the cursor, which is built on it, has to answer in the same situation. A failed compilation throws
+/// A statement compiled by SQLite's legacy sqlite3_prepare, whose codes differ from those of sqlite3_prepare_v2. The
+/// cursor uses sqlite3_prepare, so it must return the same codes in the same situation. A failed compilation throws
 /// std::runtime_error.
 class PlainLegacyStatement {
 public:
@@ -19,7 +19,7 @@ public:
     PlainLegacyStatement(const PlainLegacyStatement&) = delete;
     PlainLegacyStatement& operator=(const PlainLegacyStatement&) = delete;
 
-    /// The code of the call, and the connection's message when it is neither 0, 100 nor 101.
+    /// The code of the call. The message is the connection's, and empty if the code is 0, 100 or 101.
     PlainFailure Step();
     PlainFailure Reset();
     PlainFailure Finalize();

@@ -5,7 +5,7 @@
 
 #include <string>
 
-// What the library's texts must be, rendered once more through a stream in the plainest form.
+// The texts that the library must produce, written by a simple second implementation with a stream.
 
 namespace Morvik::sql::tests {
 

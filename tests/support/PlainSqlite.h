@@ -7,11 +7,11 @@ struct sqlite3;
 
 namespace Morvik::sql::tests {
 
-/// A plain SQLite connection beside the library: prepares what a test needs, and looks at what the library left.
+/// A raw SQLite connection in addition to the library's: prepares what a test needs, and checks what the library left.
 /// Every failure throws std::runtime_error with SQLite's code and message.
 class PlainSqlite {
 public:
-    /// Opens `path` read-write with creation.
+    /// Opens `path` read-write and creates it if it is missing.
     explicit PlainSqlite(const std::string& path);
     ~PlainSqlite();
 
@@ -33,25 +33,25 @@ private:
     sqlite3* m_handle = nullptr;
 };
 
-/// Code and message that a plain call leaves.
+/// Code and message after a call of raw SQLite.
 struct PlainFailure {
     int code = 0;
     std::string message;
 };
 
-/// What sqlite3_open_v2 answers for `path` with `flags`; nothing stays open.
+/// The result of sqlite3_open_v2 for `path` with `flags`; nothing stays open.
 PlainFailure FailureOfOpen(const std::string& path, int flags);
 
-/// What sqlite3_exec answers for `sql` on a connection.
+/// The result of sqlite3_exec for `sql` on a connection.
 PlainFailure FailureOfExec(sqlite3* handle, const std::string& sql);
 
-/// What the legacy sqlite3_prepare answers for `sql` on a connection.
+/// The result of the legacy sqlite3_prepare for `sql` on a connection.
 PlainFailure FailureOfPrepare(sqlite3* handle, const std::string& sql);
 
-/// What sqlite3_close answers while a statement of the connection is not finalized.
+/// The result of sqlite3_close while a statement of the connection is not finalized.
 PlainFailure FailureOfCloseWithAStatement();
 
-/// A walk through a query by the legacy interface, to its end or its first failure.
+/// Reads a query with the legacy interface, to its end or its first failure.
 struct PlainWalk {
     int rows = 0;
     PlainFailure step;

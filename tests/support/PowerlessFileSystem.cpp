@@ -10,7 +10,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// SQLite's own file system syncs the directory with these.
+// SQLite's own file system syncs the directory with these flags.
 bool IsNewJournal(int flags)
 {
     constexpr int Journals = SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_SUPER_JOURNAL | SQLITE_OPEN_WAL;
@@ -112,7 +112,7 @@ int PowerlessFileSystem::Open(const char* path, sqlite3_file* real, int flags, i
     if (IsOut()) {
         return SQLITE_CANTOPEN;
     }
-    // A nameless file is gone with its process.
+    // A file without a name does not survive its process.
     if (path != nullptr && Current(path) == nullptr && (flags & SQLITE_OPEN_CREATE) != 0) {
         m_directory[path].push_back(std::make_shared<UnsyncedFile>());
         if (GoesOut()) {

@@ -10,28 +10,28 @@
 
 namespace Morvik::sql::tests {
 
-/// A file system under which the power goes while the object lives. It keeps apart what a sync has brought to the disk
-/// and what has only been written, of every file and of the directory. The first sync of a new journal syncs the
-/// directory too, as SQLite's own file system does it.
+/// A file system whose power fails while the object lives. For every file and for the directory, it separates what a
+/// sync has brought to the disk from what has only been written. The first sync of a new journal syncs the directory
+/// too, as in SQLite's own file system.
 ///
 ///     PowerlessFileSystem machine(choices, 100, Removals::Lasting);
 ///     Act();                                       // from the 100th change on, every call fails
 ///     const int lostSectors = machine.ComeBack();  // with everything closed
 ///
-/// What SQLite assumes of a disk holds: a write changes no byte outside of it. Nothing more does (see UnsyncedFile).
+/// It guarantees only what SQLite assumes of a disk: a write changes no byte outside its range (see UnsyncedFile).
 class PowerlessFileSystem : public InterposedFileSystem {
 public:
-    /// Whether a removed file stays removed at once, or only once its directory has been synced.
+    /// Whether a removed file stays removed at once, or only after its directory has been synced.
     enum class Removals { Lasting, AwaitingASync };
 
-    /// The power goes in the change with this number, counted from 1: a write, truncation, sync, creation or removal.
+    /// The power fails in the change with this number, counted from 1: a write, truncation, sync, creation or removal.
     PowerlessFileSystem(Choices& choices, int changesUntilTheLoss, Removals removals);
     ~PowerlessFileSystem() override;
 
     bool IsOut() const { return m_out; }
 
-    /// Leaves in the real files what the disk holds, and returns how many written sectors did not get there whole.
-    /// Everything must be closed.
+    /// Changes the real files to the content of the disk, and returns how many written sectors did not reach it
+    /// completely. All files must be closed.
     int ComeBack();
 
 protected:
@@ -42,12 +42,12 @@ protected:
 
 private:
     class File;
-    using Entry = std::shared_ptr<UnsyncedFile>; // null where there is no file
+    using Entry = std::shared_ptr<UnsyncedFile>; // null if there is no file
 
-    // Whether the power goes now.
+    // Whether the power fails now.
     bool GoesOut();
 
-    // What the path stands for at the moment.
+    // The file that the path currently names.
     Entry& Current(const std::string& path);
     void SyncDirectory();
 
@@ -56,7 +56,7 @@ private:
     const Removals m_removals;
     bool m_out = false;
 
-    // What the directory may hold for a path since it was synced: the oldest first, the present one last.
+    // The files that the directory may have for a path after the last sync: the oldest first, the current one last.
     std::map<std::string, std::vector<Entry>> m_directory;
 };
 

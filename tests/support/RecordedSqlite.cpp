@@ -71,7 +71,7 @@ Result FromInt(int result)
     }
 }
 
-// The details are asked for only while recording: nobody else may read what the arguments point to.
+// The arguments are formatted only while recording: otherwise nothing may read the memory that they point to.
 template <typename Result, typename... Parameters, typename Details>
 Result Intercept(Result (*self)(Parameters...), const char* name, const Details& details,
                  std::type_identity_t<Parameters>... arguments)
@@ -190,14 +190,15 @@ bool RecordedSqlite::Pending() const
 
 } // namespace Morvik::sql::tests
 
-// The program's own definitions come before those of libsqlite3 when the library's calls are bound.
+// When the library's calls are bound, the definitions in the program come before those of libsqlite3.
 namespace tests = Morvik::sql::tests;
 
 extern "C" {
 
 int sqlite3_open_v2(const char* path, sqlite3** handle, int flags, const char* vfs)
 {
-    *handle = nullptr; // what SQLite leaves when it cannot allocate one, so that a replaced call leaves it too
+    *handle = nullptr; // the value that SQLite leaves when it cannot allocate a statement, so that a replaced call
+                       // leaves it too
     return tests::Intercept(
         sqlite3_open_v2, "sqlite3_open_v2",
         [&] { return "(" + tests::Text(path) + ", " + std::to_string(flags) + ", " + tests::Text(vfs) + ")"; }, path,

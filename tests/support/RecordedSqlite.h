@@ -5,11 +5,11 @@
 
 namespace Morvik::sql::tests {
 
-/// Records every call that reaches SQLite while the object lives, in order. The program that links it defines the
-/// SQLite functions that the library uses and forwards them; calls that SQLite makes to itself are not recorded, calls
-/// that the test makes are, so look at the calls before asking SQLite anything.
+/// Records, in order, every call to SQLite while the object lives. The program that links this file defines the SQLite
+/// functions that the library uses and forwards them. SQLite's internal calls are not recorded; calls of the test are,
+/// so check the recorded calls before the test calls SQLite.
 ///
-/// A call is written as its name and what matters of its arguments:
+/// A call is written as its name and the arguments that matter:
 ///
 ///     sqlite3_open_v2(/tmp/x.db, 6, null)          path, flags, name of the file system
 ///     sqlite3_exec(handle, SELECT 1, null, null)   connection, text, callback, its argument
@@ -33,13 +33,13 @@ public:
     /// The calls of one function.
     std::vector<std::string> CallsOf(const std::string& function) const;
 
-    /// The texts that sqlite3_exec was given.
+    /// The texts passed to sqlite3_exec.
     std::vector<std::string> Executed() const;
 
-    /// Makes the next call of `function` return `result` (0 for a null pointer). With `forward` the real call is made
-    /// first and only its result is replaced; without, an open or a prepare hands back null. The first `skipped` calls
-    /// of the function pass unchanged. Several functions may wait for theirs at once. Proves itself: Pending() stays
-    /// true until every one of them happened.
+    /// Makes the next call of `function` return `result` (0 for a null pointer). With `forward`, the real call is made
+    /// first and only its result is replaced; without it, an open or a prepare returns null. The first `skipped` calls
+    /// of the function are not changed. Several functions may wait for their call at the same time. Pending() stays
+    /// true until every one of these calls has happened.
     void ReplaceNextResult(const std::string& function, int result, bool forward, int skipped = 0);
     bool Pending() const;
 };

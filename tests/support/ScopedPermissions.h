@@ -4,8 +4,9 @@
 
 namespace Morvik::sql::tests {
 
-/// Gives a file or directory other permissions for the life of the object. They bind root too: a process that runs as
-/// root is an ordinary user meanwhile, so everything above `path` must be open to everybody (OpenToEverybody).
+/// Gives a file or directory other permissions during the lifetime of the object. They also apply to root: a process
+/// that runs as root becomes an ordinary user for that time, so every directory above `path` must be open to all users
+/// (OpenToEverybody).
 class ScopedPermissions {
 public:
     ScopedPermissions(std::filesystem::path path, std::filesystem::perms permissions);
@@ -20,11 +21,11 @@ private:
     const bool m_root;
 };
 
-/// Everybody may read a file; everybody may enter and list a directory. Nobody may write.
+/// All users may read a file, and enter and list a directory. No user may write.
 inline constexpr std::filesystem::perms ReadableFile{0444};
 inline constexpr std::filesystem::perms ReadableDirectory{0555};
 
-/// Lets everybody enter and list `directory`, and its owner change it.
+/// All users may enter and list `directory`, and its owner may change it.
 void OpenToEverybody(const std::filesystem::path& directory);
 
 } // namespace Morvik::sql::tests

@@ -4,7 +4,8 @@
 
 namespace Morvik::sql::tests {
 
-/// Makes a directory the working directory for the life of the object, for tests that cannot do without a bare name.
+/// Makes a directory the working directory during the lifetime of the object, for tests that need a file name without a
+/// directory.
 class ScopedWorkingDirectory {
 public:
     explicit ScopedWorkingDirectory(const std::filesystem::path& directory)

@@ -5,7 +5,7 @@
 
 namespace Morvik::sql::tests {
 
-/// A fresh directory of its own for one test, removed with everything in it at the end.
+/// A new, separate directory for one test; it is removed with all its files when the object is destroyed.
 class TemporaryDirectory {
 public:
     TemporaryDirectory();

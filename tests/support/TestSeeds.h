@@ -7,8 +7,8 @@
 
 namespace Morvik::sql::tests {
 
-/// The seeds of generated tests: a fixed one, so that a run can be repeated, and the number in the environment variable
-/// TKOSQLLITE_TEST_SEED where it is set, so that many runs try many inputs.
+/// The seeds of generated tests: a fixed seed, so that a run can be repeated, and the number in the environment
+/// variable TKOSQLLITE_TEST_SEED if it is set, so that many runs try many inputs.
 inline std::vector<std::uint64_t> TestSeeds()
 {
     std::vector<std::uint64_t> seeds{20240229};
@@ -18,7 +18,7 @@ inline std::vector<std::uint64_t> TestSeeds()
     return seeds;
 }
 
-/// What a failure message needs so that its input can be generated again.
+/// The text in a failure message with which the input can be generated again.
 inline std::string Describe(std::uint64_t seed)
 {
     return "TKOSQLLITE_TEST_SEED=" + std::to_string(seed);

@@ -4,8 +4,8 @@
 
 namespace Morvik::sql::tests {
 
-/// An object whose destructor never runs. Connections and cursors that were moved from may not be destroyed, so this is
-/// what a test moves from; whatever it holds otherwise is leaked.
+/// An object whose destructor never runs. Moved-from connections and cursors may not be destroyed, so tests move from
+/// this object; anything else that it holds is leaked.
 ///
 ///     Undestroyed<SqlTable> source(database);
 ///     SqlTable table(std::move(*source));

@@ -14,7 +14,7 @@ void Put(std::string& content, std::size_t position, std::string_view bytes)
     content.replace(position, bytes.size(), bytes);
 }
 
-// Brings one sector to the disk, or what is left of it.
+// Writes one sector to the disk, or a part of it.
 void PutOrLose(std::string& content, std::size_t position, std::string sector, Choices& choices, std::size_t lostOneIn,
                int& lostSectors)
 {
@@ -24,7 +24,7 @@ void PutOrLose(std::string& content, std::size_t position, std::string sector, C
     }
     ++lostSectors;
     switch (choices.Below(4)) {
-    case 0: // its beginning alone
+    case 0: // only its beginning
         sector.resize(choices.Below(sector.size()));
         Put(content, position, sector);
         break;

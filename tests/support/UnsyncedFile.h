@@ -8,23 +8,23 @@
 
 namespace Morvik::sql::tests {
 
-/// A file of which a part has only been written and the rest has also been synced.
+/// A file of which one part has been synced and another part has only been written.
 class UnsyncedFile {
 public:
-    /// A file whose content has been synced.
+    /// A file with synced content.
     explicit UnsyncedFile(std::string synced = {}) : m_synced(std::move(synced)) {}
 
     void Write(std::size_t position, std::string bytes);
     void Truncate(std::size_t size);
     void Sync();
 
-    /// What the disk may hold when the power goes: of what was written since the last sync each sector or not, in part,
-    /// or as garbage. Counts the sectors that did not get there whole.
+    /// The content of the disk when the power fails: each sector written since the last sync may be there, be missing,
+    /// be incomplete, or hold garbage. Counts the sectors that are not complete.
     std::string AfterALoss(Choices& choices, int& lostSectors) const;
 
 private:
     struct Change {
-        // Where the bytes go or, without any, the size that the file is cut to.
+        // A write: the position of the bytes or, without bytes, the size that the file is truncated to.
         std::size_t position;
         std::string bytes;
     };

@@ -11,7 +11,7 @@
 
 namespace Morvik::sql::tests {
 
-/// A fixture with a connection that is open on a fresh database file of its own.
+/// A fixture with a connection that is open on a new, separate database file.
 class WithOpenDatabase : public testing::Test {
 protected:
     WithOpenDatabase()

@@ -106,7 +106,7 @@ WriteBatch WriteBatches::Alter()
     return {[=](DatabaseApi& facade) { return facade.AlterTable(table, newName); }, {m_tables}};
 }
 
-// The rows go in a statement of their own.
+// The rows are inserted with a separate statement.
 WriteBatch WriteBatches::Drop()
 {
     const std::string table = AnyTable();

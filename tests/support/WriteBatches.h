@@ -14,7 +14,7 @@ class DatabaseApi;
 
 namespace Morvik::sql::tests {
 
-/// The texts of every table by number.
+/// The texts of every table, by their number.
 using BatchTables = std::map<std::string, std::map<int, std::string>>;
 
 /// One call on a facade that writes.
@@ -22,17 +22,17 @@ struct WriteBatch {
     /// Makes the call; returns whether the facade acknowledged it.
     std::function<bool(DatabaseApi&)> run;
 
-    /// What the database holds after each statement of the call, the last of them after its success.
+    /// The content of the database after each statement of the call; the last is the content after a success.
     std::vector<BatchTables> states;
 };
 
-/// Calls in an order that a seed decides: new tables, rows, changes, renames, removals and whole transactions. Two
-/// objects with the same seed give the same calls, so that one process can tell what another has written.
+/// Calls in an order that a seed decides: new tables, rows, changes, renames, removals and complete transactions. Two
+/// objects with the same seed give the same calls, so that one process knows what another process wrote.
 class WriteBatches {
 public:
     explicit WriteBatches(std::uint64_t seed) : m_choices(seed) {}
 
-    /// The next call, for a database on which all earlier ones succeeded. The first one makes a table.
+    /// The next call, for a database on which all earlier calls succeeded. The first call creates a table.
     WriteBatch Next();
 
 private:
