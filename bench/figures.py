@@ -1,4 +1,4 @@
-"""What was measured and counted: times and their ratios with quartiles, instructions, memory."""
+"""The measured figures: times and their ratios with quartiles, instructions, memory."""
 
 import json
 import pathlib
@@ -45,7 +45,7 @@ class Figures:
         self.memory = {machine: load(f"memory-{machine}.json") for machine in MACHINES}
 
     def contenders(self):
-        """All contenders, in the order of the jobs' first mention."""
+        """All contenders, in the order in which the jobs first list them."""
         names = []
         for contenders in self.times.values():
             names += [name for name in contenders if name not in names]

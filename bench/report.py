@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Turns what was measured and counted into docs/performance.md and its pictures, and prints the table of ratios.
+"""Writes the measured times and the counts to docs/performance.md and its pictures, and prints the table of ratios.
 
 usage: report.py RESULTS-DIRECTORY DOCS-DIRECTORY
 
@@ -32,7 +32,7 @@ class Comparison:
     bound: float | None = None
 
     def verdict(self):
-        """A bound between the quartiles is tighter than the spread: the rounds do not tell."""
+        """A bound between the quartiles is tighter than the spread, so the rounds prove nothing."""
         if self.bound is None:
             return ""
         if self.spread.low <= self.bound < self.spread.high:
@@ -88,7 +88,7 @@ def times_rows(figures, jobs, contenders):
 
 
 def writing_rows(figures):
-    """Nanoseconds per row; the library's prepared statements in every line."""
+    """Nanoseconds per row; every line includes the library's prepared statements."""
     contenders = [c for c in figures.contenders()
                   if c not in (COLUMNS, "iterator", "C, static") and not c.isdigit() and ", access" not in c
                   and ", stat" not in c]
@@ -129,7 +129,7 @@ def reference_rows(figures):
 
 
 def function_tables(figures):
-    """What the library executes per row by function, on both machines."""
+    """The instructions that the library executes per row, by function, on both machines."""
     texts = []
     for job in figures.counts["x86_64"]["jobs"]:
         functions = [figures.own_functions(machine, job) for machine in MACHINES]

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Counts the test cases of one build folder after a run of CTest: those that passed, that failed, that are left out.
+"""Counts the test cases of one build folder after a run of CTest: those that passed, failed or are left out.
 
 usage: count_results.py BUILD-FOLDER JUNIT-FILE
 
@@ -13,7 +13,7 @@ import xml.etree.ElementTree
 
 
 def passed_cases(result, status):
-    """The cases of a suite that passed, as its own results say."""
+    """The cases of a suite that passed, according to its results."""
     try:
         cases = xml.etree.ElementTree.parse(result).iter("testcase")
     except (FileNotFoundError, xml.etree.ElementTree.ParseError):  # the program ended before it was written

@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""Checks that every finding of the analyzers has an answer, and every answer a finding.
+"""Checks that every finding of the analyzers is suppressed, and that every suppression matches a finding.
 
 usage: check.py FINDINGS ANSWERS
 
-An answer names the file ("*" for any), the check and the source line or words of the message, with the reason indented
+A suppression names the file ("*" for any), the check and the source line or words of the message. The reason is indented
 below it:
 
     src/model/NumberText.cpp | unreadVariable | const double magnitude = std::abs(number);
-        why this is no fault
+        why this is not a fault
 """
 
 import dataclasses

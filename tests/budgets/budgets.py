@@ -5,8 +5,8 @@ usage: budgets.py check JOB PROGRAM LIBRARY [--plugin PLUGIN EMULATOR...]
        budgets.py renew PROGRAM LIBRARY [--plugin PLUGIN EMULATOR...]
        budgets.py count OUTPUT.json PROGRAM LIBRARY [--plugin PLUGIN EMULATOR...]
 
-Counted are the instructions of the complete job, SQLite's among them, and those in the library. They may exceed their
-budget by 3 %, allocations not at all. With a plugin, PROGRAM is the target's and runs under EMULATOR.
+The instructions of the complete job, including SQLite's, and those of the library are counted. They may exceed their
+budget by 3 %; allocations may not exceed it. With a plugin, PROGRAM is the target's and runs under EMULATOR.
 """
 
 import json
@@ -82,7 +82,7 @@ def renew(measured):
 
 
 def count_all(output, measured):
-    """Every job of every contender, and the write in batches; of the library also its functions."""
+    """Counts every job of every contender, and the write in batches; for the library also by function."""
     jobs, batches = {}, {}
     for contender in CONTENDERS:
         for job in JOBS:

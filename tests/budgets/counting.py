@@ -1,5 +1,5 @@
 """Counts the instructions of a budgeted job by object and function: with callgrind on this machine, with a plugin of
-QEMU on the target. Neither the load nor the speed of the machine matters, and every run counts the same."""
+QEMU on the target. Neither the load nor the speed of the machine matters, and every run gives the same counts."""
 
 import bisect
 import os
@@ -21,7 +21,7 @@ STUBS = "calls through the linkage table"
 
 @dataclass
 class Count:
-    """What one job took: the compiler and SQLite, allocations of C++, and instructions by (object, function)."""
+    """The counts of one job: compiler and SQLite, allocations of C++, and instructions by (object, function)."""
 
     machine: str
     allocations: int

@@ -4,7 +4,7 @@
 usage: check.py COVERAGE-JSON UNREACHED-LIST
 
 The list names the lines that no test can reach, each as "file: the line's text", with the reason indented below it. A
-line of the list that has gone, or that a test reaches, is a failure too.
+listed line that no longer exists, or that a test reaches, is also a failure.
 """
 
 import json

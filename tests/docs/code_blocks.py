@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""Makes programs of the C++ code blocks of a document, and compares what they print with the document.
+"""Makes programs from the C++ code blocks of a document, and compares their output with the document.
 
 usage: code_blocks.py generate DOCUMENT DIRECTORY      writes the programs, prints their file names
        code_blocks.py check DOCUMENT PROGRAM...        runs them, in the order in which they were printed
 
-A block marked "cpp" is statements; all of a document stand in one main(), in order, so that later ones go on with what
-earlier ones made. "cpp declarations" stand before that main(), "cpp program" is a program of its own, and what is
-marked "cpp excerpt" is left out: it repeats a part of another file, which the document names. A "text" block that
-follows a block of code directly, or with nothing but one line of prose between, is what that block prints.
+The blocks marked "cpp" of a document are statements in one main(), in order, so that later blocks can use the objects
+of earlier ones. "cpp declarations" are written before that main(), and "cpp program" is a separate program. Blocks
+marked "cpp excerpt" are left out: they repeat a part of another file, which the document names. A "text" block directly
+after a block of code, or after one line of prose in between, is the output of that block.
 """
 
 import pathlib
@@ -27,7 +27,7 @@ GUIDE = pathlib.Path(__file__).resolve().parents[2] / "docs" / "guide" / "README
 
 @dataclass
 class Block:
-    """One fenced block: where its code begins, counted from 1, and what the document says it prints."""
+    """One fenced block: the line, from 1, where its code begins, and its output according to the document."""
 
     kind: str
     line: int

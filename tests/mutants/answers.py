@@ -1,13 +1,13 @@
 """The list of mutants that no test can notice, each with the reason.
 
-An entry names the file and the function, the mutated lines before and after, and why nothing can notice:
+An entry names the file and the function, the lines before and after the mutation, and why no test can notice it:
 
     src/model/JoinedList.h, AppendItem
     - if (!text.empty()) {
     + if (true) {
     = why
 
-A number before "=" tells apart what is otherwise alike within a function: "2 = why" answers the second.
+A number before "=" selects one of several equal mutations within a function: "2 = why" is for the second.
 """
 
 import pathlib

@@ -1,8 +1,8 @@
-"""Compiles and links mutants beside an existing build, without touching it or the sources.
+"""Compiles and links mutants outside an existing build, without changing it or the sources.
 
 A mutant of a source is one compilation. A mutant of a header takes all sources of the library, compiled as one, and
-those tests that include it and mirror it; its functions are then the mutant's everywhere in a program, for not being
-inlined they are linked from the first object that has them.
+those tests that include it and mirror it. A program then uses the mutant's functions everywhere, because they are not
+inlined and the linker takes them from the first object that has them.
 """
 
 import concurrent.futures
@@ -33,7 +33,7 @@ DROPPED_WITH_VALUE = {"-MT", "-MF", "-o", "-c"}
 
 
 class DoesNotCompile(Exception):
-    """Of the library; nothing can be told of such a mutant."""
+    """The library does not compile, so such a mutant has no result."""
 
 
 class TestDoesNotCompile(Exception):
@@ -49,7 +49,7 @@ class Unit:
 
 
 class Programs:
-    """What to run for one mutant. A program that holds objects of the library is linked when it is first asked for."""
+    """The programs to run for one mutant. A program with objects of the library is linked when it is first needed."""
 
     def __init__(self, library_directory: pathlib.Path, linking: dict[str, Callable[[], pathlib.Path]]) -> None:
         self.library_directory = library_directory
@@ -110,12 +110,12 @@ class Workshop:
         return [unit for unit in self.units if self.is_library(unit)]
 
     def arguments_for(self, path: pathlib.Path) -> list[str]:
-        """What clang needs to know to read a file of the library."""
+        """The arguments with which clang can parse a file of the library."""
         unit = next((unit for unit in self.units if unit.source == path), self.library_units()[0])
         return [flag for flag in unit.command[1:] if flag.startswith(("-I", "-D", "-std"))] + ["-xc++"]
 
     def build_base(self, workers: int) -> Programs:
-        """Compiles the library as it is, for the mutants to be linked with."""
+        """Compiles the unchanged library, whose objects the mutants are linked with."""
         directory = self.room / "base"
         self.compile(self.library_units()[0], self.whole_library, directory, [])  # the unchanged library must compile
         with concurrent.futures.ThreadPoolExecutor(workers) as pool:
@@ -125,7 +125,7 @@ class Workshop:
         return self.link(directory, {})
 
     def build_mutant(self, mutant: Mutant, directory: pathlib.Path, whole: bool) -> Programs:
-        """Builds what tells whether anybody notices. `whole` recompiles every test that sees the mutated header."""
+        """Builds the programs that test the mutant. `whole` recompiles every test that includes the mutated header."""
         original = self.project / mutant.file
         mutated = directory / mutant.file
         mutated.parent.mkdir(parents=True, exist_ok=True)
@@ -154,7 +154,7 @@ class Workshop:
         return compiled
 
     def link(self, directory: pathlib.Path, objects: Mapping[str, pathlib.Path | None]) -> Programs:
-        """Links the library, and later on those programs that the build's own do not stand for."""
+        """Links the library, and later the programs for which those of the build cannot be used."""
         replaced = {**self.base, **objects}
         run(substituted(self.links[LIBRARY], replaced, objects, directory / "libtkosqllite.so"), self.build)
 
@@ -186,7 +186,7 @@ def compile_flags(words: list[str]) -> list[str]:
 
 
 def link_flags(words: list[str], target: str) -> list[str]:
-    """The compiler's call out of a line like ": && c++ ... -o target && :"."""
+    """The compiler's call in a line like ": && c++ ... -o target && :"."""
     command = words[words.index("&&") + 1:]
     command = command[:command.index("&&")] if "&&" in command else command
     kept = [word for word in command if not re.fullmatch(r"-O[0-3sg]|-f(no-)?(fat-)?lto.*", word)]

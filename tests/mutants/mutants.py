@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Changes the library one operator, constant, condition or call at a time and tells which changes no test notices.
+"""Changes the library one operator, constant, condition or call at a time and reports the changes that no test notices.
 
-A survivor must be answered in tests/mutants/answered.txt. A full run also fails when an answer is out of date, and when
+A survivor must be listed in tests/mutants/answered.txt. A full run also fails when an entry is out of date, and when
 fewer than 97 % of the mutants were noticed.
 """
 
@@ -71,7 +71,7 @@ def parse_arguments() -> argparse.Namespace:
 
 
 def read_results() -> dict[Mutant, str]:
-    """Of earlier runs. Positions may have moved since; two mutants are the same when their lines are."""
+    """Results of earlier runs. Positions may have changed since; two mutants are equal when their lines are."""
     if not RESULTS.exists():
         return {}
     return {Mutant(**result["mutant"]): result["found"] for result in json.loads(RESULTS.read_text())}

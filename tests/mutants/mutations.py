@@ -1,6 +1,6 @@
 """Finds what can be changed in a source, one operator, constant, condition or call at a time.
 
-Positions come from clang's syntax tree, so that a "<" of a template is not taken for a comparison.
+Positions come from clang's syntax tree, so that a "<" of a template is not mistaken for a comparison.
 """
 
 import collections
@@ -36,7 +36,8 @@ LEFT_OUT = {CursorKind.STATIC_ASSERT, CursorKind.USING_DECLARATION, CursorKind.T
 
 @dataclasses.dataclass(frozen=True)
 class Mutant:
-    """One change of one file. What names it survives that lines move: its function and the text of its lines."""
+    """One change of one file. It is identified by its function and the text of its lines, which do not change when
+    lines move."""
     file: str
     function: str
     before: str
@@ -231,7 +232,7 @@ def qualified_name(function: Cursor) -> str:
 
 
 def mutants_of(path: pathlib.Path, name: str, arguments: list[str]) -> Iterator[Mutant]:
-    """The mutants of one file, which the project calls `name`, in the order in which they stand there."""
+    """The mutants of one file, which the project calls `name`, in the order of the file."""
     finder = Finder(path, arguments)
     alike: collections.Counter[tuple[str, str, str]] = collections.Counter()
     for change in finder.find():

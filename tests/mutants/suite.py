@@ -44,7 +44,7 @@ class Suite:
         self.tests = [test for name in programs.names() for test in self.measure(programs, name)]
 
     def measure(self, programs: Programs, program: str) -> list[Test]:
-        """Runs every test on the unchanged library: it must pass, and how long it takes is when it is late."""
+        """Runs every test on the unchanged library: each must pass, and its duration is the base of its time limit."""
         with self.scratch() as scratch:
             chosen = f"--gtest_filter={PROGRAMS[program]}"
             listed = self.report(programs, program, scratch, [chosen, "--gtest_list_tests"])
@@ -69,7 +69,7 @@ class Suite:
             shutil.rmtree(directory, ignore_errors=True)
 
     def notices(self, mutated_file: str, programs: Programs) -> str:
-        """Returns how the mutant was found out: "killed", "timed out", or "survived"."""
+        """Returns how the mutant was noticed: "killed", "timed out", or "survived"."""
         left = list(self.tests)
         mirror = pathlib.Path(mutated_file).stem
         for likely in (lambda test: test.file.startswith(mirror) or test in self.killers[mutated_file],
@@ -115,7 +115,7 @@ def limit_resources() -> None:
 
 def run(command: list[str], library_directory: pathlib.Path, scratch: pathlib.Path, log: pathlib.Path,
         patience: float) -> bool:
-    """Runs tests in a folder of their own, and ends them when one of them takes longer than `patience`, in seconds."""
+    """Runs tests in a separate folder, and ends them when a test takes longer than `patience`, in seconds."""
     environment = {**os.environ, "LD_LIBRARY_PATH": str(library_directory), "TMPDIR": str(scratch)}
     with log.open("wb") as output:
         process = subprocess.Popen(command, cwd=scratch, env=environment, stdin=subprocess.DEVNULL, stdout=output,
