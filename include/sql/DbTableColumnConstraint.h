@@ -15,7 +15,7 @@ enum DbTableColumnConstraint : std::uint32_t {
     Unique = 2,
     /// NOT NULL
     NotNull = 4,
-    /// CHECK; its argument carries its own parentheses: "(age >= 0)".
+    /// CHECK; the argument includes the parentheses: "(age >= 0)".
     Check = 8,
     /// DEFAULT; its argument is written as given: "0", "'none'", "(datetime('now'))".
     Default = 16,

@@ -41,8 +41,8 @@ struct DbTableColumnDefinition {
     /// The constraint clause alone, in the order PRIMARY KEY, NOT NULL, UNIQUE, CHECK, DEFAULT; empty without flags.
     TKOSQLLITE_EXPORT std::string ColumnConstraintsAsString() const;
 
-    /// The whole column definition: name, blank, type, blank, constraint clause. Both blanks are always written, so a
-    /// column without constraints ends in a blank.
+    /// The complete column definition: name, blank, type, blank, constraint clause. Both blanks are always written, so
+    /// a column without constraints ends in a blank.
     TKOSQLLITE_EXPORT std::string ColumnDefinitionAsString() const;
 };
 

@@ -10,7 +10,7 @@
 namespace Morvik::sql {
 
 /// Uses one SQLite database file: opens and closes it, runs SQL text, manages tables, inserts and updates rows and
-/// reads whole results. DatabaseApi implements it and adds the row-by-row query, prepared statements and the error
+/// reads complete results. DatabaseApi implements it and adds the row-by-row query, prepared statements and the error
 /// record.
 ///
 ///     DatabaseApi database;
@@ -21,22 +21,22 @@ namespace Morvik::sql {
 ///
 /// An object and everything that it returns belong to one thread at a time.
 ///
-/// No operation throws for an SQL or file failure: it returns false and leaves a code and, as a rule, a message. The
-/// exceptions: DropTable() returns true, ExistsTable() and ExistData() give result 0, if the test for the table fails
-/// while it runs; OpenDatabase() on an open database returns true. Only running out of memory is thrown, as
-/// std::bad_alloc. Three failures are reported in other ways: SQLite's own memory runs out (code 7, or 1 while rows are
-/// stepped through), a directory cannot be created without memory (111), the quotation marks of a text cannot be
-/// doubled (1, "near ")": syntax error"). Either way a write or a change of the schema has changed nothing then, except
-/// the statements of Execute() and DropTable() that were done before; inside a transaction, SQLite may undo the
-/// complete transaction on code 7, 10 or 13. Every operation that starts a piece of work sets the code to 0 first and
-/// leaves the message, so a success may leave the message of an earlier failure. These are the codes; each failure of
-/// each operation, in all classes, has a row in @ref codes "codes and messages".
+/// No operation throws for an SQL or file failure: it returns false and leaves a code and, in most cases, a message.
+/// There are these exceptions: if the test for the table fails while it runs, DropTable() returns true, and
+/// ExistsTable() and ExistData() set `result` to 0; OpenDatabase() on an open database returns true. Only
+/// std::bad_alloc is thrown, when memory runs out. Three cases are reported in other ways: SQLite's allocator is out of
+/// memory (code 7, or 1 while rows are stepped through), a directory cannot be created without memory (111), the
+/// quotation marks of a text cannot be doubled (1, "near ")": syntax error"). In all cases a write or a change of the
+/// schema has changed nothing, except that earlier statements of Execute() and DropTable() stay done; inside a
+/// transaction, SQLite may undo the complete transaction on code 7, 10 or 13. Every operation that starts a unit of work
+/// sets the code to 0 first and leaves the message, so a success may leave the message of an earlier failure. The table
+/// lists the codes; each failure of each operation, in all classes, has a row in @ref codes "codes and messages".
 ///
 /// | Code | Message                                   | Meaning                                                  |
 /// |------|-------------------------------------------|----------------------------------------------------------|
 /// | 0    | (left from before)                        | success                                                  |
 /// | 1-99 | SQLite's own                              | SQLite's primary result code                             |
-/// | 100  | (empty)                                   | a row of a whole read could not be converted             |
+/// | 100  | (empty)                                   | a row of a complete read could not be converted          |
 /// | 110  | (none, only in ExistData's `result`)      | ExistData caught an exception                            |
 /// | 111  | "Database isn't open."                    | the operation needs an open database                     |
 /// | 111  | "Table isn't open."                       | a row was asked for without a query                      |
@@ -50,12 +50,12 @@ namespace Morvik::sql {
 /// | 112  | "No value exists.", "Unknown value type." | a column of a row could not be converted                 |
 /// | 113  | "No table exists: " + name                | the table to rename was not found                        |
 ///
-/// Table and column names, conditions and SQL text are used as they are, unquoted and unchecked; never build them from
-/// an untrusted source. A name that holds a blank or a quote or is a keyword works in quotation marks ("\"my table\"")
+/// Table and column names, conditions and SQL text are used unchanged, unquoted and unchecked; never build them from an
+/// untrusted source. A name that contains a blank or a quote or is a keyword works in quotation marks ("\"my table\"")
 /// for CreateTable(), WriteTableValues(), UpdateTableValues(), ReadTableValues(), for columns, and as the new name of
-/// AlterTable(). ExistsTable() takes it without them. For ExistData(), DropTable() and the old name of AlterTable()
-/// neither works: with quotation marks they find no table, without them SQLite rejects the statement. Use Execute() and
-/// ReadValues() there.
+/// AlterTable(). ExistsTable() takes such a name without quotation marks. ExistData(), DropTable() and AlterTable()
+/// (old name) do not work with such a name: with quotation marks they find no table, without them SQLite rejects the
+/// statement. Use Execute() and ReadValues() instead.
 class TKOSQLLITE_EXPORT IDatabaseApi {
 public:
     virtual ~IDatabaseApi(); ///< Virtual, so that an object can be destroyed through the interface.
@@ -89,15 +89,15 @@ public:
     /// Returns whether a table of that name exists, letter case ignored (ASCII). TEMP tables, tables of attached files
     /// and views are not found. `result` receives the facade's code: 0 when the test ran, 112 ("Missing table name.")
     /// for an empty name, SQLite's code when the test could not run (1 for a name whose apostrophes break the query, 5
-    /// when the file is locked before its schema was read, 21 and "out of memory" on a closed database). A test that
-    /// fails while it runs, because memory runs out or the file is locked, counts as "no such table", with 0. A query
-    /// in progress is left undisturbed.
+    /// when the file is locked before its schema was read, 21 and "out of memory" on a closed database). If the test
+    /// fails while it runs, because memory runs out or the file is locked, the table counts as absent, with 0. A query
+    /// in progress is not affected.
     virtual bool ExistsTable(const std::string& table, int& result) const = 0;
 
-    /// Deletes all rows of the table, then drops it; an absent table is a success. These are two statements: when the
-    /// second fails, an empty table is left. Run it in a transaction where that matters. A table that the test of
+    /// Deletes all rows of the table, then drops it; an absent table is a success. These are two statements: if the
+    /// second fails, an empty table remains. Run DropTable() in a transaction if that matters. A table that the test of
     /// ExistsTable() does not find counts as absent, also if the test fails while it runs: begin a transaction (BEGIN
-    /// IMMEDIATE) first where another program may lock the file.
+    /// IMMEDIATE) first if another program may lock the file.
     ///
     /// Returns true with code 0. Returns false with 111 "Database isn't open.", 112 "Missing table name.", or SQLite's
     /// code and message (5 when the file is locked and the test could not run, or the rows cannot be deleted).

@@ -4,7 +4,7 @@
 
 namespace Morvik::sql {
 
-/// The library's own result codes. They share one number space with SQLite's primary codes and lie just above them.
+/// The library's result codes. They are just above SQLite's primary codes, so that no number has two meanings.
 enum ResultCode : int {
     CaughtException = 110,
     NotOpen = 111,

@@ -15,7 +15,7 @@ namespace Morvik::sql {
 
 namespace {
 
-// SQLite takes lengths as int. A longer value also exceeds SQLite's own limits, and SQLite rejects it as too big.
+// SQLite takes lengths as int. A longer value also exceeds SQLite's limits, and SQLite rejects it as too big.
 int ByteCount(std::size_t size)
 {
     return static_cast<int>(std::min<std::size_t>(size, std::numeric_limits<int>::max()));

@@ -36,7 +36,7 @@ protected:
         EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
     }
 
-    /// Skips the row of the count, so that the next row becomes the first.
+    /// A condition with which the count itself returns no row, so that a row appended with UNION becomes the first.
     const std::string noCount = "WHERE 0 GROUP BY a";
 
     int result = NotWritten;

@@ -15,7 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A row-by-row query that fails after some rows, and one that continues while an earlier failure is in the record.
+// A row-by-row query that fails after some rows, and a query that continues while an earlier failure is in the record.
 
 class DatabaseApiCursorFailureTest : public OpenFacade {
 protected:

@@ -13,8 +13,8 @@ namespace {
 
 using testing::ElementsAre;
 
-/// A column that cannot be converted: the SQLite function that fails, its result, and the record after the row is
-/// fetched.
+/// A column that cannot be converted: the SQLite function that fails, the value that it returns, and the code that
+/// fetching the row leaves.
 struct FailureCase {
     const char* name;
     const char* function;
