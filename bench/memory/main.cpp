@@ -64,7 +64,7 @@ Statement StatementOf(const Shape& shape, int rows)
     return statement;
 }
 
-// The statement that writes the rows of the other measurements.
+// The statement that WriteTableValues makes of the rows that every job writes.
 Statement SampleStatement(int count)
 {
     const std::vector<SampleRow> rows = SampleRows(count);

@@ -24,8 +24,8 @@ struct SixDigits {
 /// below 1, and for numbers whose rounding is uncertain. Used by AppendNumber() and by its tests.
 bool FindSixDigits(double magnitude, SixDigits& found);
 
-/// The number of bytes that AppendNumber() appends in the classic locale: never too small, and at most a few bytes too
-/// large.
+/// The expected number of bytes that AppendNumber() appends: in the classic locale never too small, and at most a few
+/// bytes too large.
 std::size_t NumberSize(std::int32_t number);
 std::size_t NumberSize(double number);
 

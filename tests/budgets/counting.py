@@ -39,7 +39,7 @@ def same_file(a, b):
 
 
 def run(command, environment):
-    # The environment is empty: a longer path of the temporary directory, for example, takes more instructions.
+    # The environment is empty: a longer path of the temporary directory, for example, would make the program execute more instructions.
     done = subprocess.run(command, env={"TMPDIR": "/tmp", **environment}, capture_output=True, text=True)
     if done.returncode != 0:
         sys.exit(done.stdout + done.stderr)

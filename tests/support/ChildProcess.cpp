@@ -52,7 +52,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Sett
 {
     std::vector<char*> pointers;
     for (const std::string& argument : arguments) {
-        pointers.push_back(const_cast<char*>(argument.c_str())); // posix_spawn does not change the texts
+        pointers.push_back(const_cast<char*>(argument.c_str())); // posix_spawn does not change the arguments
     }
     pointers.push_back(nullptr);
 

@@ -55,10 +55,10 @@ std::string Described(const FileFault& fault);
 /// requests a lock again take no time.
 class FailingFileSystem : public InterposedFileSystem {
 public:
-    /// Starts counting calls and failing them.
+    /// From now on, counts the calls and makes them fail as `fault` says.
     void Arm(const FileFault& fault);
 
-    /// Stops failing calls.
+    /// From now on, no call fails.
     void Disarm() { m_armed = false; }
 
     int Fired() const { return m_fired; }

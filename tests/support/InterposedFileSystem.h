@@ -8,7 +8,8 @@
 
 namespace Morvik::sql::tests {
 
-/// One file that SQLite opened: forwards every call to the real file. Override the calls that behave differently.
+/// One file that SQLite opened: forwards every call to the real file. A derived class overrides the calls that it
+/// changes.
 class InterposedFile {
 public:
     /// Takes over an opened file of the real file system. The file is in memory of the size that the real file system

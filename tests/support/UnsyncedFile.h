@@ -8,7 +8,7 @@
 
 namespace Morvik::sql::tests {
 
-/// A file of which one part has been synced and another part has only been written.
+/// A file that was synced, and the changes that were written after that.
 class UnsyncedFile {
 public:
     /// A file with synced content.

@@ -30,7 +30,7 @@ protected:
         EXPECT_TRUE(command.Prepare(query) && command.Step());
     }
 
-    // Reads without memory, and checks that memory was requested.
+    // Reads the text while memory fails, and checks that memory was requested.
     template <typename Asking>
     static auto WithoutMemory(const Asking& asking)
     {

@@ -96,7 +96,7 @@ protected:
             const std::size_t before = LiveBytesOfNew() - contents.BytesHeld();
             const sqlite3_int64 sqliteBefore = sqlite3_memory_used();
             fired = FailAfter(failures);
-            if (!HasFailure()) { // the message of a failure would need memory, too
+            if (!HasFailure()) { // the message of a failure would count as leaked memory
                 EXPECT_EQ(LiveBytesOfNew() - contents.BytesHeld(), before) << "leaked after " << failures;
                 EXPECT_EQ(sqlite3_memory_used(), sqliteBefore) << "leaked after " << failures;
             }

@@ -106,7 +106,7 @@ std::vector<StorageScenario> MakeScenarios()
                          .prepare = OpenForWriting,
                          .act = [](Side& side, Path&) { return side.Alter("reading", "old_reading"); },
                          .changes = {"ALTER TABLE reading RENAME TO old_reading"}});
-    // If its test for the table cannot read the file, the table counts as absent, and the operation succeeds
+    // If the test for the table cannot read the file, the table counts as absent, and the operation succeeds
     // (TestForTableTest).
     scenarios.push_back({.name = "DropTable",
                          .prepare = OpenForWriting,
