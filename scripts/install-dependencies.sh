@@ -17,8 +17,8 @@
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
 
-# Versions are Debian's to choose. "g++-VERSION-multilib" stands for that of its g++: the package without a version, which
-# depends on gcc-multilib, cannot be installed beside a cross compiler.
+# Debian chooses the versions. "g++-VERSION-multilib" means the package with the version of Debian's g++. The package
+# without a version cannot be installed together with a cross compiler, because it depends on gcc-multilib.
 build=(g++ cmake ninja-build make libsqlite3-dev libboost-filesystem-dev)
 package=("${build[@]}" dpkg-dev file)
 package_armhf=("${package[@]}" g++-arm-linux-gnueabihf)
@@ -67,7 +67,8 @@ update()
     updated=1
 }
 
-# The version of g++: its package depends on the one that has the version in its name. A bare system has no lists yet.
+# The version of g++ is in the name of the package that the package g++ depends on. A minimal system has no package
+# lists yet.
 compiler_version()
 {
     { apt-cache depends g++ 2>/dev/null || true; } | sed -n 's/^ *Depends: g++-\([0-9]*\)$/\1/p'

@@ -21,7 +21,7 @@ class DatabaseApi;
 /// the row that all of them return. The facade must outlive them. An iterator belongs to the same thread as the facade.
 class TKOSQLLITE_EXPORT DbTableRowIterator {
 public:
-    using iterator_concept = std::input_iterator_tag; ///< Each row is seen once.
+    using iterator_concept = std::input_iterator_tag; ///< Each row can be read only once.
     using iterator_category = iterator_concept;       ///< The same for the algorithms of namespace std.
     using value_type = DbTableRowValues;              ///< The type of a row.
     using difference_type = std::ptrdiff_t;           ///< Required of an iterator type; rows are not counted.

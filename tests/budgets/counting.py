@@ -39,7 +39,8 @@ def same_file(a, b):
 
 
 def run(command, environment):
-    # The environment is empty: a longer path of the temporary directory, for example, would make the program execute more instructions.
+    # The environment is empty, because its texts change the count: a longer path of the temporary directory, for
+    # example, takes more instructions.
     done = subprocess.run(command, env={"TMPDIR": "/tmp", **environment}, capture_output=True, text=True)
     if done.returncode != 0:
         sys.exit(done.stdout + done.stderr)

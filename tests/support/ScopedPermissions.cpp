@@ -27,7 +27,7 @@ ScopedPermissions::ScopedPermissions(std::filesystem::path path, std::filesystem
 ScopedPermissions::~ScopedPermissions()
 {
     if (m_root && seteuid(Root) == 0) {
-        prctl(PR_SET_DUMPABLE, 1); // changing the user removed it, and the leak checker must attach to the process
+        prctl(PR_SET_DUMPABLE, 1); // changing the user cleared this flag, which the leak checker needs
     }
     std::error_code ignored;
     std::filesystem::permissions(m_path, m_previous, ignored);

@@ -14,7 +14,7 @@ class DatabaseApi;
 
 namespace Morvik::sql::tests {
 
-/// The texts of every table, by their number.
+/// For every table, the text of each row by the number of the row.
 using BatchTables = std::map<std::string, std::map<int, std::string>>;
 
 /// One call on a facade that writes.

@@ -65,7 +65,7 @@ public:
                 entriesBefore = entries;
                 std::cout << "read\n";
             } else {
-                m_database.CloseReadTable(); // repeats the failure of the step
+                m_database.CloseReadTable(); // returns the code of the failed step again
             }
         }
     }
