@@ -75,7 +75,7 @@ quietly with_pkg_config "$work/build/packages/all/usr" clang++ -std=c++2b
 build_guide()
 {
     local page=$project/docs/guide/getting-started.md libraries=$1/lib/$native
-    # block WORD: prints the code block that begins with the word
+    # block WORD: prints the code block whose opening fence begins with the word
     block()
     {
         sed -n "/^\`\`\`$1\$/,/^\`\`\`\$/p" "$page" | sed '1d;$d'

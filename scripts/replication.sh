@@ -6,8 +6,7 @@
 # from Debian; neither is installed.
 #
 #   scripts/replication.sh              trials of a few seconds, in about half a minute; CI runs these
-#   scripts/replication.sh --figures    longer trials, in about 4 minutes; writes the table of
-#   docs/guide/more-devices.md
+#   scripts/replication.sh --figures    longer trials (4 minutes); writes the table of docs/guide/more-devices.md
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"

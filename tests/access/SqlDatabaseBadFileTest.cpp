@@ -56,7 +56,7 @@ TEST_F(SqlDatabaseBadFileTest, MissingFileIsNotCreatedForReading)
     EXPECT_FALSE(fs::exists(path));
 }
 
-// The test holds the other end open, so that nothing waits for it.
+// The test holds the other end of the pipe open, so that nothing waits for it.
 TEST_F(SqlDatabaseBadFileTest, NamedPipeIsOpenedByTheCallersPathAndFails)
 {
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);

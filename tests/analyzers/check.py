@@ -3,8 +3,8 @@
 
 usage: check.py FINDINGS ANSWERS
 
-A suppression names the file ("*" for any), the check and the source line or words of the message. The reason is indented
-below it:
+A suppression names the file ("*" for any), the check and the source line or words of the message. The reason is
+indented below it:
 
     src/model/NumberText.cpp | unreadVariable | const double magnitude = std::abs(number);
         why this is not a fault

@@ -38,8 +38,8 @@ private:
 };
 
 /// Replaces SQLite's default file system while the object lives and forwards to it. Every database that is opened
-/// without naming a file system uses this object, so close it before the object is destroyed. Override the calls that
-/// behave differently.
+/// without naming a file system uses this object, so close it before the object is destroyed. A derived class overrides
+/// the calls that it changes.
 class InterposedFileSystem {
 public:
     InterposedFileSystem();

@@ -58,7 +58,7 @@ protected:
     void SetUp() override
     {
         fresh = FileContent(path);
-        SCOPED_TRACE("with memory"); // the trace's first allocation also serves later traces
+        SCOPED_TRACE("with memory"); // reserves memory that later traces use again
         expected.emplace(scenario, memory, path, fresh, contents);
     }
 
