@@ -2,8 +2,7 @@
 # Builds and runs the tests. The last line gives the number of tests that passed, that failed, and that cannot run under
 # emulation.
 #
-#   scripts/test.sh                  every test on this machine, with the address and undefined-behaviour sanitizers
-#   (dev)
+#   scripts/test.sh                  every test on this machine, with the address and undefined-behaviour sanitizers (dev)
 #   scripts/test.sh --all            all of the forms below
 #   scripts/test.sh PRESET...        some of the forms
 #

@@ -119,8 +119,8 @@ std::function<Outcome()> Renaming(const std::string& table, const std::string& n
     };
 }
 
-/// The facade has already read the schema, so that the test compiles; the lock of another connection makes its step
-/// fail.
+/// The facade has already read the schema, so the query for the table compiles; the lock of another connection makes
+/// its step fail.
 template <typename Operation>
 std::function<Outcome()> WhileTheStepFails(Operation operation)
 {
@@ -131,7 +131,7 @@ std::function<Outcome()> WhileTheStepFails(Operation operation)
     };
 }
 
-/// Reading the schema fails, so the test does not compile.
+/// Reading the schema fails, so the query for the table does not compile.
 template <typename Operation>
 std::function<Outcome()> WhileTheFileIsLocked(Operation operation)
 {
