@@ -157,7 +157,7 @@ std::vector<StorageScenario> MakeScenarios()
          .act = [](Side& side,
                    Path&) { return side.RunPrepared("INSERT INTO reading (id, room) VALUES (201, ?)", LongText('p')); },
          .changes = {"INSERT INTO reading (id, room) VALUES (201, '" + LongText('p') + "')"}});
-    // SQLite always closes a connection; the next connection does the remaining work.
+    // Closing succeeds even if a call fails; the next connection finishes what is left to do.
     scenarios.push_back({.name = "CloseAfterAWrite",
                          .prepare =
                              [](Side& side, Path& path) {
