@@ -45,14 +45,13 @@ bool DatabaseApi::Impl::CloseCursor()
 
 bool DatabaseApi::SqlQueryBegin(const std::string& sql)
 {
-    // The row is cleared first, even if this throws. Its cells are kept until the end, because `sql` may be one of
-    // them.
-    DbTableRowValues earlier;
-    earlier.cells.swap(m_row.cells);
-    const bool begun = m_impl->OpenCursor(sql);
-    earlier.cells.clear();
-    m_row.cells.swap(earlier.cells); // its memory is used again
-    return begun;
+    // The row is cleared at the end, because `sql` may be a text of it, and also if this throws.
+    struct ClearAtEnd {
+        std::vector<DbTableColumnValue>& cells;
+        ~ClearAtEnd() { cells.clear(); }
+    };
+    const ClearAtEnd row{m_row.cells};
+    return m_impl->OpenCursor(sql);
 }
 
 DbTableRowIterator DatabaseApi::begin()

@@ -169,7 +169,7 @@ bool DatabaseApi::Impl::ReadValues(const std::string& sql, DbTableData& data)
         return false;
     }
     // If the text has no statement, the cursor stays closed, and there are no rows to read.
-    while (table.IsOpen() && table.ReadNext()) {
+    while (table.ReadNext()) {
         // The row is appended first and read into its final place. If it is not complete, it is removed.
         DbTableRowValues& row = data.rows.emplace_back();
         try {
