@@ -12,7 +12,8 @@
 #   reference         to write the reference; check-reference: also to check it in a browser
 #   bench             to run the benchmarks
 #   debootstrap       to make a minimal Debian in a folder
-#   all               all of these except bench, and the other checks
+#   device            to cut the power of an emulated machine
+#   all               all of these except bench and device, and the other checks
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -29,10 +30,11 @@ reference=(doxygen graphviz)
 check_reference=("${reference[@]}" python3 python3-selenium chromium chromium-driver)
 bench=("${build[@]}" libsqlitecpp-dev libsoci-dev libpoco-dev python3 valgrind g++-arm-linux-gnueabihf qemu-user
     qemu-user-static)
+device=("${package_armhf[@]}" qemu-system-arm qemu-user-static e2fsprogs f2fs-tools python3)
 install=("${package_armhf[@]}" clang libc++-dev libc++abi-dev pkg-config lintian qemu-user-static debootstrap)
 all=("${test_all[@]}" "${install[@]}" "${check_reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang)
 
-accept build package package-armhf install test test-all reference check-reference bench debootstrap all -- "$@"
+accept build package package-armhf install test test-all reference check-reference bench debootstrap device all -- "$@"
 [ $# -le 1 ] || fail "it takes one of its words at a time (--help explains)"
 case ${1:-test} in
 build) wanted=("${build[@]}") ;;
@@ -44,6 +46,7 @@ test-all) wanted=("${test_all[@]}") ;;
 reference) wanted=("${reference[@]}") ;;
 check-reference) wanted=("${check_reference[@]}") ;;
 debootstrap) wanted=(debootstrap) ;;
+device) wanted=("${device[@]}") ;;
 bench) wanted=("${bench[@]}") ;;
 all) wanted=("${all[@]}") ;;
 esac

@@ -1,6 +1,7 @@
 #!/bin/bash
 # The long forms of the tests: more rounds of failing memory, disks and power, of killed and of contending processes,
-# and of damaged files; all tests under valgrind; then the fuzzers for the rest of the time.
+# and of damaged files; an emulated device whose power is cut; all tests under valgrind; then the fuzzers for the rest
+# of the time.
 #
 #   scripts/soak.sh [MINUTES]      (60 by default; each fuzzer runs for at least ten minutes)
 
@@ -26,6 +27,7 @@ for preset in dev fuzz; do
     step "Building ($preset)" quietly cmake --build --preset "$preset"
 done
 step "Repeating the fault tests" env TKOSQLLITE_SOAK=1 ctest --preset dev -L soak -j "$(nproc)" --timeout 7200
+step "Cutting an emulated device's power" scripts/device.sh 50 3000
 scripts/memcheck.sh --all
 step "Fuzzing" fuzz
 echo "soaked for $((SECONDS / 60)) minutes without a finding"

@@ -8,8 +8,8 @@
 # on this machine, and root is not needed.
 #
 # Fetches this project's dependencies for another Debian architecture and unpacks them into FOLDER. The packages cannot
-# be installed, because their development files conflict with this machine's own. So apt gets a state of its own: its
-# own lists, its own cache and one signed source. It verifies the release's signature and through it every package.
+# be installed, because their development files conflict with this machine's own, so they are fetched with the separate
+# apt state that debian-apt.sh makes.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
 
@@ -86,34 +86,10 @@ trap 'rm -rf "$work"' EXIT
 trap 'exit 1' HUP INT TERM
 log=$work/log
 
-mkdir -p "$work/state/lists/partial" "$work/cache/archives/partial" "$work/packages" "$work/sysroot"
-: >"$work/state/status"
-echo "deb [arch=$architecture signed-by=$keyring] $mirror $release main" >"$work/sources.list"
-cat >"$work/apt.conf" <<END
-APT::Architecture "$architecture";
-#clear APT::Architectures;
-APT::Architectures { "$architecture"; };
-#clear APT::Update::Post-Invoke;
-#clear APT::Update::Post-Invoke-Success;
-APT::Update::Error-Mode "any";
-APT::Get::AllowUnauthenticated "false";
-APT::Sandbox::User "";
-Acquire::AllowInsecureRepositories "false";
-Acquire::AllowDowngradeToInsecureRepositories "false";
-Acquire::Languages "none";
-Acquire::Retries "3";
-Dir::State "$work/state";
-Dir::State::status "$work/state/status";
-Dir::Cache "$work/cache";
-Dir::Etc::sourcelist "$work/sources.list";
-Dir::Etc::sourceparts "/dev/null";
-Dir::Etc::preferences "/dev/null";
-Dir::Etc::preferencesparts "/dev/null";
-END
-export APT_CONFIG="$work/apt.conf"
-
+mkdir -p "$work/packages" "$work/sysroot"
 echo "$architecture-sysroot: fetching $(echo "$packages" | wc -w) packages from $mirror"
-apt-get update >"$log" 2>&1 || fail_with_log "cannot read $mirror"
+"$project/scripts/debian-apt.sh" "$architecture" "$work" >"$log" 2>&1 || fail_with_log "cannot read $mirror"
+export APT_CONFIG="$work/apt.conf"
 # shellcheck disable=SC2086 # a list of names
 (cd "$work/packages" && apt-get download $packages $runtime) >"$log" 2>&1 || fail_with_log "cannot fetch the packages"
 

@@ -1,0 +1,101 @@
+"""Rounds of writing until the power is cut, each checked after the machine has resumed."""
+
+import collections
+import random
+import re
+
+from settings import ANYTHING, LAST_ROW, NOTHING
+
+DATABASE = "/data/dir/test.db"
+# Where the cut comes: inside a call, after a number of requests to the disk; at a time; or when nothing is written
+# any more, up to 4 s after the last acknowledgement, while ext4 waits 5 s with what no one has synced.
+INSIDE, TIMED, IDLE = "inside a call", "at a time", "idle"
+KINDS = (INSIDE, IDLE, TIMED)
+
+
+def _last(word, text, otherwise):
+    found = re.findall(rf"^{word} (\d+)$", text, re.M)
+    return int(found[-1]) if found else otherwise
+
+
+class Rounds:
+    """The rounds of one setting. `tally` counts what happened, `findings` says what must not."""
+
+    def __init__(self, device, setting, seed):
+        self.tally = collections.Counter()
+        self.findings = []
+        self._device = device
+        self._setting = setting
+        self._rng = random.Random(f"{setting.name} {seed}")
+        self._start_over()
+
+    def _start_over(self):
+        self._image = self._device.image(self._setting.file_system)
+        self._acknowledged = self._begun = 0
+
+    def run(self, cuts):
+        while self.tally["cuts"] < cuts:
+            self._round(KINDS[self.tally["cuts"] % len(KINDS)])
+        self._round(None)
+        if self._setting.may_lose == NOTHING:
+            if self.tally["lost the last row"] + self.tally["lost more"]:
+                self.findings.append("an acknowledged row was lost")
+        elif not self.tally["lost the last row"] + self.tally["lost more"]:
+            self.findings.append("nothing was lost, so the cuts prove nothing")
+        if self._setting.may_lose != ANYTHING and self.tally["lost more"]:
+            self.findings.append("more than the last row was lost")
+
+    def _round(self, kind):
+        """Checks what the cut before has left; then, unless that was the last, writes and cuts."""
+        rows = self._rng.randint(1, 12) if kind == IDLE else 100000
+        command = (
+            f'ls /data/dir; rows check {DATABASE} && echo "guest: writing" && '
+            f'rows write {DATABASE} "{self._setting.pragmas}" {rows if kind else 0}; echo "guest: idle"; sleep 600'
+        )
+        with self._device.job(self._image, self._setting.file_system, self._setting.options, command) as job:
+            machine, disk = job
+            ready = machine.until("^guest: (writing|idle)")
+            if not self._check(machine.text) or not ready:
+                self._start_over()
+                return
+            if kind is None:
+                return
+            self._cut(kind, machine, disk)
+        written = machine.text.split("guest: writing")[1]
+        self._acknowledged = _last("ack", written, self._found)
+        self._begun = _last("begin", written, self._found)
+        unflushed, lost = disk.lose(self._rng)
+        self.tally.update({"cuts": 1, "unflushed sectors": unflushed, "lost sectors": lost})
+        self.tally["cuts that lost sectors"] += lost > 0
+        self.tally["acknowledged"] += self._acknowledged - self._found
+
+    def _cut(self, kind, machine, disk):
+        if kind == INSIDE:
+            disk.cut_after(self._rng.randint(1, 300))
+            machine.until("^guest: idle", timeout=8, stop=disk.is_off.is_set)  # some settings send few requests
+        elif kind == IDLE:
+            machine.until("^guest: idle")
+            machine.run_for(self._rng.uniform(0, 4))
+        else:
+            machine.run_for(self._rng.uniform(0.1, 3))
+        disk.cut()
+
+    def _check(self, text):
+        """Whether the file is sound and can be written on."""
+        checked = re.search(r"^check (.*) rows (\d+) last (\d+) good (\d+)$", text, re.M)
+        self._found = int(checked[3]) if checked else 0
+        if re.search(r"test\.db-(journal|wal)", text.split("guest: writing")[0]):
+            self.tally["left a journal"] += 1
+        if not checked or checked[1] != "ok" or not checked[2] == checked[3] == checked[4]:
+            self.tally["lost more"] += 1
+        elif self._found > max(self._acknowledged, self._begun):
+            self.tally["lost more"] += 1
+        elif self._found < self._acknowledged - 1:
+            self.tally["lost more"] += 1
+            return True
+        else:
+            self.tally["lost the last row"] += self._found < self._acknowledged
+            return True
+        if self._setting.may_lose != ANYTHING:
+            self.findings.append(f"after {self._acknowledged} rows: {text[-300:]}")
+        return False

@@ -1,0 +1,52 @@
+"""The device: its images, its saved state, and the jobs that run on it."""
+
+import contextlib
+import os
+
+from disk import Disk
+from machine import BOOT_SECONDS, Machine
+
+
+class Device:
+    """Boots one machine and saves its state; every job resumes that state with a disk image of its own."""
+
+    def __init__(self, work):
+        self._work = work
+        self._state = "state"
+        open(os.path.join(work, "console.log"), "wb").close()
+        with self._machine(self.image("ext4")) as (machine, _):
+            if not machine.until("^guest: waiting", BOOT_SECONDS):
+                raise RuntimeError(f"the machine does not boot: {machine.text[-500:]}")
+            machine.save(self._state)
+
+    def image(self, file_system):
+        with open(os.path.join(self._work, f"{file_system}.img"), "rb") as file:
+            return bytearray(file.read())
+
+    @contextlib.contextmanager
+    def job(self, image, file_system, options, command):
+        """A machine that runs a command with the image mounted on /data, and its disk."""
+        with self._machine(image, self._state) as (machine, disk):
+            machine.resume()
+            machine.say(f"{file_system} {options} {command}")
+            yield machine, disk
+
+    def output(self, command, image=None, file_system="ext4"):
+        """What a command prints that runs to its end."""
+        with self.job(image or self.image(file_system), file_system, "rw", command) as (machine, _):
+            if not machine.until("^guest: done", 600):
+                raise RuntimeError(f"{command} does not end: {machine.text[-500:]}")
+            return machine.text.split("guest: mounted\n")[1].split("guest: done")[0]
+
+    @contextlib.contextmanager
+    def _machine(self, image, state=None):
+        disk = Disk(os.path.join(self._work, "disk.sock"), image)
+        disk.start()
+        machine = None
+        try:
+            machine = Machine(self._work, state)
+            yield machine, disk
+        finally:
+            disk.close()
+            if machine:
+                machine.kill()

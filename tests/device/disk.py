@@ -1,0 +1,150 @@
+"""A disk with a volatile cache, served to the emulated machine over NBD."""
+
+import os
+import socket
+import struct
+import threading
+
+SECTOR = 512
+
+READ, WRITE, DISCONNECT, FLUSH = 0, 1, 2, 3
+OPTION_EXPORT_NAME, OPTION_ABORT, OPTION_INFO, OPTION_GO = 1, 2, 6, 7
+# Neither trim, nor zeroing, nor forced unit access, so that every write passes through the cache.
+HAS_FLAGS_AND_FLUSH = 1 | 4
+
+
+class Disk(threading.Thread):
+    """Keeps what was not flushed apart from the image. Stop it with `cut`, then see what is left with `lose`.
+
+    `log` holds every write, as (offset, data), and None for every flush, in the order in which they were answered; the
+    owner may append marks to it.
+    """
+
+    def __init__(self, path, image):
+        super().__init__(daemon=True)
+        self.image = image  # a bytearray: what has been flushed
+        self.unflushed = {}  # sector -> contents, oldest first
+        self.log = []
+        self.requests_left = None  # writes and flushes until the power goes
+        self.is_off = threading.Event()
+        self._lock = threading.Lock()
+        if os.path.exists(path):
+            os.unlink(path)
+        self._listener = socket.socket(socket.AF_UNIX)
+        self._listener.bind(path)
+        self._listener.listen(1)
+
+    def cut(self):
+        """Stops answering. No request that is under way gets through afterwards."""
+        with self._lock:
+            self.is_off.set()
+
+    def cut_after(self, requests):
+        with self._lock:
+            self.requests_left = requests
+
+    def close(self):
+        self.cut()
+        self._listener.close()
+
+    def lose(self, rng):
+        """Leaves of each unflushed sector the old or any written content; returns how many there were and were lost."""
+        unflushed, lost = len(self.unflushed), 0
+        share = rng.choice((0.0, 0.1, 0.5, 0.9, 1.0))  # how much reached the disk without a flush
+        for sector, contents in self.unflushed.items():
+            kept = rng.choice(contents) if rng.random() < share else None
+            if kept is not None:
+                self._store(sector, kept)
+            lost += kept is not contents[-1]
+        self.unflushed.clear()
+        return unflushed, lost
+
+    def run(self):
+        try:
+            connection, _ = self._listener.accept()
+            with connection:
+                if self._negotiate(connection):
+                    while self._serve(connection):
+                        pass
+        except OSError:
+            pass  # the machine was killed
+
+    @staticmethod
+    def _receive(connection, size):
+        data = connection.recv(size, socket.MSG_WAITALL) if size else b""
+        if len(data) < size:
+            raise ConnectionError
+        return data
+
+    def _negotiate(self, connection):
+        connection.sendall(b"NBDMAGIC" + b"IHAVEOPT" + struct.pack(">H", 3))
+        self._receive(connection, 4)
+        while True:
+            _, option, length = struct.unpack(">8sII", self._receive(connection, 16))
+            self._receive(connection, length)
+
+            def reply(kind, data=b"", option=option):
+                connection.sendall(struct.pack(">QIII", 0x3E889045565A9, option, kind, len(data)) + data)
+
+            if option in (OPTION_INFO, OPTION_GO):
+                reply(3, struct.pack(">HQH", 0, len(self.image), HAS_FLAGS_AND_FLUSH))
+                reply(3, struct.pack(">HIII", 3, SECTOR, 4096, 1 << 25))  # block sizes
+                reply(1)
+                if option == OPTION_GO:
+                    return True
+            elif option == OPTION_EXPORT_NAME:
+                connection.sendall(struct.pack(">QH", len(self.image), HAS_FLAGS_AND_FLUSH))
+                return True
+            elif option == OPTION_ABORT:
+                reply(1)
+                return False
+            else:
+                reply(0x80000001)  # not supported
+
+    def _serve(self, connection):
+        _, _, kind, handle, offset, length = struct.unpack(">IHHQQI", self._receive(connection, 28))
+        data = self._receive(connection, length) if kind == WRITE else b""
+        answer = b""
+        with self._lock:
+            if self.is_off.is_set() or kind == DISCONNECT:
+                return False
+            if self._is_last(kind):
+                if kind == WRITE:
+                    self._write(offset, data)  # any part of it may have reached the disk
+                self.is_off.set()
+                return False
+            if kind == READ:
+                answer = self._read(offset, length)
+            elif kind == WRITE:
+                self._write(offset, data)
+                self.log.append((offset, data))
+            elif kind == FLUSH:
+                self._flush()
+                self.log.append(None)
+        connection.sendall(struct.pack(">IIQ", 0x67446698, 0, handle) + answer)
+        return True
+
+    def _is_last(self, kind):
+        if self.requests_left is None or kind not in (WRITE, FLUSH):
+            return False
+        self.requests_left -= 1
+        return self.requests_left <= 0
+
+    def _store(self, sector, content):
+        self.image[sector * SECTOR : (sector + 1) * SECTOR] = content
+
+    def _read(self, offset, length):
+        data = bytearray(self.image[offset : offset + length])
+        for sector in range(offset // SECTOR, (offset + length) // SECTOR):
+            if sector in self.unflushed:
+                data[sector * SECTOR - offset : (sector + 1) * SECTOR - offset] = self.unflushed[sector][-1]
+        return bytes(data)
+
+    def _write(self, offset, data):
+        for begin in range(0, len(data), SECTOR):
+            self.unflushed.setdefault((offset + begin) // SECTOR, []).append(data[begin : begin + SECTOR])
+
+    def _flush(self):
+        for sector, contents in self.unflushed.items():
+            self._store(sector, contents[-1])
+        self.unflushed.clear()

@@ -1,0 +1,101 @@
+#!/usr/bin/env python3
+"""run.py FOLDER CUTS STATES SEED: what scripts/device.sh runs once the images in FOLDER are made."""
+
+import signal
+import sys
+import time
+
+import states
+from cuts import Rounds
+from device import Device
+from figures import FIGURES
+from record import Requests, record
+from settings import ANYTHING, NOTHING, SETTINGS
+
+CUTS_ROW = "{:24}{:>6}{:>8}{:>10}{:>7}{:>12}{:>10}{:>9}{:>8}"
+STATES_ROW = "{:24}{:>8}{:>9}{:>8}{:>11}{:>10}{:>9}{:>11}{:>7}"
+
+
+class Results:
+    def __init__(self):
+        self.passed = self.failed = 0
+
+    def count(self, name, findings):
+        if not findings:
+            self.passed += 1
+            return
+        self.failed += 1
+        for finding in findings:
+            print(f"    FAILED: {name}: {finding}", flush=True)
+
+
+def cut_power(device, cuts, seed, results):
+    print("\n== Power cuts, the acknowledged rows that they took, and the proof that they took something")
+    print(CUTS_ROW.format("setting", "cuts", "rows", "took one", "worse", "unflushed", "sectors", "cuts", "with a"))
+    print(CUTS_ROW.format("", "", "", "", "", "sectors", "lost", "losing", "journal"))
+    losing = journals = 0
+    for setting in SETTINGS:
+        rounds = Rounds(device, setting, seed)
+        rounds.run(cuts)
+        tally = rounds.tally
+        losing += tally["cuts that lost sectors"]
+        journals += tally["left a journal"]
+        columns = ("cuts", "acknowledged", "lost the last row", "lost more", "unflushed sectors", "lost sectors")
+        columns += ("cuts that lost sectors", "left a journal")
+        print(CUTS_ROW.format(setting.name, *(tally[column] for column in columns)), flush=True)
+        results.count(setting.name, rounds.findings)
+    results.count("proof", [] if losing else ["no cut lost a sector"])
+    results.count("proof", [] if journals else ["no cut left a journal"])
+
+
+def check_states(device, limit, seed, results):
+    print("\n== Requests of one write of 100 to 1,100 bytes at the disk, and the crash states of a recorded run")
+    print(STATES_ROW.format("setting", "writes", "flushes", "KiB", "states", "bounded", "checked", "took one", "worse"))
+    for setting in SETTINGS:
+        log = record(device, setting)
+        cost = Requests.per_row(log)
+        row = [setting.name, *(f"{figure:.1f}" for figure in (cost.writes, cost.flushes, cost.kibibytes))]
+        if setting.file_system != "ext4":
+            print(STATES_ROW.format(*row, *("-" * 5)))
+            continue
+        found = states.check(device.image("ext4"), log, limit, seed)
+        row += [f"10^{found.logarithm:.0f}", found.bounded, found.checked, found.lost_last, found.worse]
+        print(STATES_ROW.format(*row), flush=True)
+        results.count(f"states, {setting.name}", state_findings(setting, found))
+
+
+def state_findings(setting, found):
+    findings = []
+    if setting.may_lose != ANYTHING and found.worse:
+        findings.append(f"{found.worse} states are damaged or lost more than the last row")
+    if setting.may_lose == NOTHING and found.lost_last:
+        findings.append(f"{found.lost_last} states lost the last row")
+    if setting.may_lose != NOTHING and not found.lost_last + found.worse:
+        findings.append("no state lost a row, so the states prove nothing")
+    return findings
+
+
+def show_figures(device, results):
+    print("\n== The device")
+    for figure in FIGURES:
+        for name, holds, said in figure(device):
+            print(f"{name:48}{said}", flush=True)
+            results.count(name, [] if holds else [f"is not so: {said}"])
+
+
+def main():
+    folder, cuts, limit, seed = sys.argv[1], int(sys.argv[2]), int(sys.argv[3]), sys.argv[4]
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # so that the machine is killed
+    begin = time.monotonic()
+    results = Results()
+    device = Device(folder)
+    print(f"== The machine booted in {time.monotonic() - begin:.0f} s")
+    show_figures(device, results)
+    check_states(device, limit, seed, results)
+    cut_power(device, cuts, seed, results)
+    print(f"{results.passed} passed, {results.failed} failed")
+    return results.failed != 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
