@@ -10,8 +10,8 @@
 # One run of each setting is also logged, request by request, and crash states of it are checked without a machine. The
 # figures of the device come from the same machine. The last line counts the checks.
 #
-# A lost acknowledged row, damage, or a control that loses nothing fails. What a failed round left is in build/device/log.
-# TKOSQLLITE_DEVICE_SEED (1 unless set) draws the cuts and what they lose.
+# A lost acknowledged row, damage, or a control that loses nothing fails. What the machines said is in
+# build/device/console.log. TKOSQLLITE_DEVICE_SEED (1 unless set) draws the cuts and what they lose.
 
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -29,4 +29,4 @@ states=${2:-200}
 scripts/install-dependencies.sh device
 scripts/packages.sh armhf
 step "Making the machine's images" quietly tests/device/make-images.sh build/device
-tests/device/run.py build/device "$cuts" "$states" "${TKOSQLLITE_DEVICE_SEED:-1}"
+/usr/bin/python3 -B tests/device/run.py build/device "$cuts" "$states" "${TKOSQLLITE_DEVICE_SEED:-1}"

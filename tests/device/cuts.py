@@ -35,7 +35,8 @@ class Rounds:
 
     def run(self, cuts):
         while self.tally["cuts"] < cuts:
-            self._round(KINDS[self.tally["cuts"] % len(KINDS)])
+            kinds = KINDS[1:] if self._setting.is_flash else KINDS
+            self._round(kinds[self.tally["cuts"] % len(kinds)])
         self._round(None)
         if self._setting.may_lose == NOTHING:
             if self.tally["lost the last row"] + self.tally["lost more"]:
@@ -49,8 +50,10 @@ class Rounds:
         """Checks what the cut before has left; then, unless that was the last, writes and cuts."""
         rows = self._rng.randint(1, 12) if kind == IDLE else 100000
         command = (
-            f'ls /data/dir; rows check {DATABASE} && echo "guest: writing" && '
-            f'rows write {DATABASE} "{self._setting.pragmas}" {rows if kind else 0}; echo "guest: idle"; sleep 600'
+            f'(ls /data/dir; rows check {DATABASE} && echo "guest: writing" && '
+            f'rows write {DATABASE} "{self._setting.pragmas}" {rows if kind else 0}; echo "guest: idle") & '
+            "read -r cut; killall -STOP rows; "
+            'dd if=/dev/mtd0 of=/dev/disk-data bs=1M conv=fsync; echo "guest: flash read"; sleep 600'
         )
         with self._device.job(self._image, self._setting.file_system, self._setting.options, command) as job:
             machine, disk = job
@@ -78,6 +81,9 @@ class Rounds:
             machine.run_for(self._rng.uniform(0, 4))
         else:
             machine.run_for(self._rng.uniform(0.1, 3))
+        if self._setting.is_flash:  # what the chip holds now is all that the next round gets
+            machine.say("cut")
+            machine.until("^guest: flash read")
         disk.cut()
 
     def _check(self, text):

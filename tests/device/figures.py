@@ -24,7 +24,8 @@ def memory(device):
             continue
         for name in ("all", LIBRARY) if of_library else ("all",):
             sums[name][figure[1]] = sums[name].get(figure[1], 0) + int(figure[2])
-    program, library = (tuple(sums[name][key] for key in ("Rss", "Shared_Clean", "Private_Dirty")) for name in sums)
+    keys = ("Rss", "Shared_Clean", "Private_Dirty")
+    program, library = (tuple(found[key] for key in keys) for found in sums.values())
     said = "{} KiB resident, {} shared, {} dirty"
     yield "memory of a program", program[2] < program[0], said.format(*program)
     yield "memory of the library in it", 0 < library[2] <= DIRTY_LIMIT, said.format(*library)

@@ -65,12 +65,12 @@ class Machine:
         """Reads the console until a line matches; None if the machine ends, `stop` says so, or the time is up."""
         end = time.monotonic() + timeout
         while True:
-            found = re.search(pattern + r".*\n", self.text, re.M)
+            found = pattern and re.search(pattern + r".*\n", self.text, re.M)
             if found or stop() or time.monotonic() > end or not self._receive(0.05):
                 return found
 
     def run_for(self, seconds):
-        self.until(r"^\Z\A", seconds)
+        self.until(None, seconds)
 
     def resume(self):
         while self._ask("query-status")["status"] == "inmigrate":

@@ -17,15 +17,17 @@ target=arm-linux-gnueabihf
 fetch_kernel()
 {
     local kernel apt=$work/apt package
+    rm -rf "$work/debian" "$apt"
     "$project/scripts/debian-apt.sh" armhf "$apt"
-    rm -rf "$work/debian"
     mkdir -p "$work/debian"
     # The signed sources change the kernel's version, so its name comes from the metapackage.
-    kernel=$(APT_CONFIG=$apt/apt.conf apt-cache depends linux-image-armmp | awk '/Depends: linux-image/ {print $2; exit}')
-    (cd "$apt" && APT_CONFIG=$apt/apt.conf apt-get download "$kernel" busybox-static)
+    export APT_CONFIG=$apt/apt.conf
+    kernel=$(apt-cache depends linux-image-armmp | awk '/Depends: linux-image/ {print $2; exit}')
+    (cd "$apt" && apt-get download "$kernel" busybox-static mtd-utils)
     for package in "$apt"/*.deb; do
         dpkg-deb -x "$package" "$work/debian"
     done
+    unset APT_CONFIG
     rm -rf "$apt"
     cp "$work"/debian/boot/vmlinuz-* "$work/vmlinuz"
 }
@@ -40,7 +42,7 @@ modules()
 {
     local version=("$work"/debian/lib/modules/*)
     local from=${version[0]}/kernel to=$1/lib/modules/${version[0]##*/}
-    for folder in crypto lib fs/ext4 fs/jbd2 fs/f2fs drivers/block drivers/virtio arch/arm/crypto; do
+    for folder in crypto lib fs/{ext4,jbd2,f2fs,ubifs} drivers/{block,mtd,virtio} arch/arm/crypto; do
         mkdir -p "$to/kernel/$folder"
         cp -r "$from/$folder/." "$to/kernel/$folder"
     done
@@ -75,12 +77,13 @@ make_root()
     local root=$work/root
     rm -rf "$root" "$work/development"
     cp -a "$sysroot/runtime/." "$root"
-    rm -rf "$root/DEBIAN" "$root/usr/share"
+    rm -rf "${root:?}"/DEBIAN "${root:?}"/usr/share
     mkdir -p "$root"/{bin,sbin,dev,proc,sys,data,tmp,usr/bin} "$work/development"
     dpkg-deb -x "$packages"/libtkosqllite_*.deb "$root"
     dpkg-deb -x "$packages"/libtkosqllite-dev_*.deb "$work/development"
     dpkg-deb -x "$packages"/libtkosqllite_*.deb "$work/development"
     cp "$work/debian/bin/busybox" "$root/bin"
+    cp "$work"/debian/usr/sbin/{ubiformat,ubiattach,ubimkvol,nandwrite} "$root/usr/bin"
     for applet in $(busybox --list); do
         [ -e "$root/bin/$applet" ] || ln -s busybox "$root/bin/$applet"
     done
@@ -89,7 +92,8 @@ make_root()
     program rows "$guest"/rows.cpp
     program dates "$guest"/dates.cpp -D_TIME_BITS=64
     # The one test that user emulation leaves out
-    program long_walk "$tests"/api/DatabaseApiLongWalkTest.cpp "$tests"/support/{LiveBytes,PlainSqlite,TemporaryDirectory}.cpp \
+    program long_walk "$tests"/api/DatabaseApiLongWalkTest.cpp \
+        "$tests"/support/{LiveBytes,PlainSqlite,TemporaryDirectory}.cpp \
         "-I$tests" "-I$sysroot/usr/include" "-L$sysroot/usr/lib/$target" -lgmock_main -lgmock -lgtest -lsqlite3
     rm -f "$work/root.img"
     mke2fs -q -t ext4 -E root_owner=0:0 -d "$root" "$work/root.img" 64M
@@ -101,6 +105,7 @@ make_data()
     mke2fs -q -t ext4 -E root_owner=0:0,lazy_itable_init=0,lazy_journal_init=0 "$work/ext4.img" 64M
     truncate -s 64M "$work/f2fs.img"
     mkfs.f2fs -q "$work/f2fs.img"
+    head -c 16M /dev/zero | tr '\0' '\377' >"$work/ubifs.img" # an erased chip
 }
 
 [ -e "$work/vmlinuz" ] || fetch_kernel

@@ -13,16 +13,27 @@ class Acknowledged:
     row: int
 
 
-def record(device, setting):
-    """The log of a disk (see Disk.log) while the device writes ROWS rows, one after the other is acknowledged."""
+@dataclasses.dataclass(frozen=True)
+class Idle:
+    seconds: float  # since the last acknowledgement
+
+
+def record(device, setting, idle_seconds=0):
+    """The log of a disk (see Disk.log) while the device writes ROWS rows, each after the one before is acknowledged.
+
+    The writer then waits with its file open.
+    """
     image = device.image(setting.file_system)
-    command = f'rows write {DATABASE} "{setting.pragmas}" {ROWS} wait'
+    command = f'rows write {DATABASE} "{setting.pragmas}" {ROWS + 1} wait'
     with device.job(image, setting.file_system, setting.options, command) as (machine, disk):
         for row in range(1, ROWS + 1):
             machine.say("")
             if not machine.until(f"^ack {row}$"):
                 raise RuntimeError(f"{setting.name}: row {row} is not acknowledged: {machine.text[-500:]}")
             disk.log.append(Acknowledged(row))
+        for quarter in range(1, 4 * idle_seconds + 1):
+            machine.run_for(0.25)
+            disk.log.append(Idle(quarter / 4))
         disk.cut()
     return disk.log
 

@@ -15,6 +15,11 @@ class Setting:
     file_system: str = "ext4"
     options: str = "rw"
 
+    @property
+    def is_flash(self):
+        """Whether the file system is on simulated flash, which has no cache and takes no disk requests."""
+        return self.file_system == "ubifs"
+
 
 SETTINGS = (
     Setting("as opened", "", LAST_ROW),
@@ -26,4 +31,7 @@ SETTINGS = (
     Setting("as opened, f2fs", "", LAST_ROW, "f2fs"),
     Setting("EXTRA, f2fs", "PRAGMA synchronous = EXTRA", NOTHING, "f2fs"),
     Setting("WAL, f2fs", "PRAGMA journal_mode = WAL", NOTHING, "f2fs"),
+    Setting("as opened, UBIFS", "", LAST_ROW, "ubifs"),
+    Setting("EXTRA, UBIFS", "PRAGMA synchronous = EXTRA", NOTHING, "ubifs"),
+    Setting("WAL, UBIFS", "PRAGMA journal_mode = WAL", NOTHING, "ubifs"),
 )

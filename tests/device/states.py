@@ -11,9 +11,9 @@ import subprocess
 import tempfile
 
 from disk import SECTOR
-from record import Acknowledged
+from record import Acknowledged, Idle
 
-DRAWN = 8  # random states of each epoch, beside the systematic ones
+LAST = 40  # states of the end of a run, which are always checked
 
 
 def payload(number):
@@ -27,6 +27,7 @@ class Epoch:
     def __init__(self, acknowledged):
         self.writes = []
         self.acknowledged = acknowledged  # rows, just before the flush that ends it
+        self.idle = 0  # seconds since the last row, then
 
     def sectors(self):
         """Sector -> contents, oldest first."""
@@ -40,7 +41,7 @@ class Epoch:
         """The logarithm of the number of states."""
         return sum(math.log10(len(contents) + 1) for contents in self.sectors().values())
 
-    def states(self, rng):
+    def states(self, rng, drawn):
         """Bounded subsets: every beginning, every write alone, all but each write, and some drawn by the sector."""
         indices = range(len(self.writes))
         subsets = {tuple(range(end)) for end in range(len(self.writes) + 1)}
@@ -49,7 +50,7 @@ class Epoch:
         for subset in sorted(subsets):
             yield [self.writes[index] for index in subset]
         if self.writes:
-            for _ in range(DRAWN):
+            for _ in range(drawn):
                 share = rng.random()
                 yield [
                     (sector * SECTOR, rng.choice(contents))
@@ -63,6 +64,8 @@ def epochs(log):
     for entry in log:
         if isinstance(entry, Acknowledged):
             found[-1].acknowledged = entry.row
+        elif isinstance(entry, Idle):
+            found[-1].idle = entry.seconds
         elif entry is None:
             found.append(Epoch(found[-1].acknowledged))
         else:
@@ -77,7 +80,7 @@ class Outcome:
     checked: int = 0
     lost_last: int = 0
     worse: int = 0
-    with_journal: int = 0
+    at_stake: float = 0  # seconds for which the last row could still be lost
 
 
 class Recovery:
@@ -88,7 +91,7 @@ class Recovery:
         self._files = os.path.join(folder, "files")
 
     def rows(self, image, writes):
-        """The number of rows in a sound database, or None; and whether a journal was beside it."""
+        """The number of rows if the database is sound, otherwise None."""
         with open(self._image, "wb") as file:
             file.truncate(len(image.data))
             for begin, end in image.extents():
@@ -98,14 +101,13 @@ class Recovery:
                 file.seek(offset)
                 file.write(data)
         if subprocess.run(["e2fsck", "-fy", self._image], capture_output=True, check=False).returncode >= 4:
-            return None, False
+            return None
         shutil.rmtree(self._files, ignore_errors=True)
         os.mkdir(self._files)
         database = os.path.join(self._files, "test.db")
         dumps = "".join(f"dump /dir/test.db{end} {database}{end}\n" for end in ("", "-journal", "-wal"))
         subprocess.run(["debugfs", "-f", "-", self._image], input=dumps.encode(), capture_output=True, check=False)
-        journal = any(os.path.exists(database + end) for end in ("-journal", "-wal"))
-        return self._recovered(database), journal
+        return self._recovered(database)
 
     @staticmethod
     def _recovered(database):
@@ -146,10 +148,11 @@ def check(image, log, limit, seed):
     rng = random.Random(seed)
     outcome = Outcome()
     found = epochs(log)
-    states = [(index, writes) for index, epoch in enumerate(found) for writes in epoch.states(rng)]
+    states = [(index, writes) for index, epoch in enumerate(found) for writes in epoch.states(rng, limit // len(found))]
     outcome.bounded = len(states)
-    if len(states) > limit:
-        states = [states[index] for index in sorted(rng.sample(range(len(states)), limit))]
+    if len(states) > limit: # keep the last ones, where nothing is written any more
+        kept = rng.sample(range(len(states) - LAST), limit - LAST)
+        states = [states[index] for index in sorted(kept)] + states[-LAST:]
     most = max(epoch.count() for epoch in found)
     outcome.logarithm = most + math.log10(sum(10 ** (epoch.count() - most) for epoch in found))
 
@@ -162,12 +165,12 @@ def check(image, log, limit, seed):
                 for offset, data in epoch.writes:
                     image.write(offset, data)
             reached = index
-            rows, journal = recovery.rows(image, writes)
+            rows = recovery.rows(image, writes)
             acknowledged = found[index].acknowledged
             outcome.checked += 1
-            outcome.with_journal += journal
             if rows is None or rows < acknowledged - 1 or rows > acknowledged + 1:
                 outcome.worse += 1
             elif rows < acknowledged:
                 outcome.lost_last += 1
+                outcome.at_stake = max(outcome.at_stake, found[index].idle)
     return outcome
