@@ -1,18 +1,24 @@
-#!/bin/sh
-# debian-apt.sh ARCHITECTURE FOLDER
+#!/bin/bash
+# Makes a state of apt for another Debian architecture in FOLDER; scripts/sysroot.sh and scripts/device.sh fetch with it.
 #
-# Makes an apt state for another Debian architecture in FOLDER: separate package lists, a separate cache and one signed
-# source. apt verifies the release's signature and through it every package. Nothing is installed with it; with
+#   scripts/debian-apt.sh ARCHITECTURE FOLDER
+#
+# The state has separate package lists, a separate cache and one signed source. apt verifies the release's signature and through it every package. Nothing is installed with it; with
 # APT_CONFIG=FOLDER/apt.conf, "apt-get download" and "apt-cache" work on that architecture.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
-set -eu
 
+state=${2:+$(realpath -m -- "$2")} || exit 2
+
+# shellcheck source=scripts/common.sh
+. "$(dirname "$(readlink -f "$0")")/common.sh"
+
+[ $# -eq 2 ] || fail "it takes an architecture and a folder (--help explains)"
 architecture=$1
-state=$2
 mirror=${TKOSQLLITE_DEBIAN_MIRROR:-http://deb.debian.org/debian}
 release=bookworm
 keyring=/usr/share/keyrings/debian-archive-keyring.gpg
+[ -r "$keyring" ] || fail "$keyring is needed and not there (package debian-archive-keyring)"
 
 mkdir -p "$state/state/lists/partial" "$state/cache/archives/partial"
 : >"$state/state/status"

@@ -4,29 +4,24 @@
 #   scripts/device.sh [CUTS [STATES]]      (5 cuts and 200 crash states for each setting unless told)
 #
 # It builds a kernel, an initramfs, a root image with the project's armhf packages and data images from Debian's
-# packages, all in build/device, boots them under qemu-system-arm and saves the machine's state. Each round resumes that
+# packages, all in build/emulated-device, boots them under qemu-system-arm and saves the machine's state. Each round resumes that
 # state, mounts the data disk, checks the rows there, writes rows through the facade and cuts the power. The disk is a
 # small server (tests/device/disk.py) that keeps what was not flushed apart; at the cut it drops, keeps or reorders it.
 # One run of each setting is also logged, request by request, and crash states of it are checked without a machine. The
 # figures of the device come from the same machine. The last line counts the checks.
 #
 # A lost acknowledged row, damage, or a control that loses nothing fails. What the machines said is in
-# build/device/console.log. TKOSQLLITE_DEVICE_SEED (1 unless set) draws the cuts and what they lose.
+# build/emulated-device/console.log. TKOSQLLITE_DEVICE_SEED (1 unless set) draws the cuts and what they lose.
 
 # shellcheck source=scripts/common.sh
-source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. "$(dirname "$(readlink -f "$0")")/common.sh"
 
-case ${1:-} in
---help)
-    sed -n '2,/^$/s/^# \{0,1\}//p' "scripts/$(basename "$0")"
-    exit 0
-    ;;
-esac
 cuts=${1:-5}
 states=${2:-200}
-[[ $cuts =~ ^[1-9][0-9]*$ && $states =~ ^[1-9][0-9]*$ ]] || fail "it takes a number of cuts and a number of states"
+[[ $# -le 2 && $cuts =~ ^[1-9][0-9]*$ && $states =~ ^[1-9][0-9]*$ ]] ||
+    fail "it takes a number of cuts and a number of states (--help explains)"
 
 scripts/install-dependencies.sh device
 scripts/packages.sh armhf
-step "Making the machine's images" quietly tests/device/make-images.sh build/device
-/usr/bin/python3 -B tests/device/run.py build/device "$cuts" "$states" "${TKOSQLLITE_DEVICE_SEED:-1}"
+step "Making the machine's images" quietly tests/device/make-images.sh build/emulated-device
+/usr/bin/python3 -B tests/device/run.py build/emulated-device "$cuts" "$states" "${TKOSQLLITE_DEVICE_SEED:-1}"

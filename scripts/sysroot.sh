@@ -28,7 +28,6 @@ architecture=$1
 sysroot=${folder:-$project/build/$architecture-sysroot}
 mirror=${TKOSQLLITE_DEBIAN_MIRROR:-http://deb.debian.org/debian}
 release=bookworm
-keyring=/usr/share/keyrings/debian-archive-keyring.gpg
 boost=1.74
 packages="libsqlite3-0 libsqlite3-dev
     libboost-filesystem${boost}.0 libboost-filesystem${boost}-dev libboost-system${boost}.0 libboost-system${boost}-dev
@@ -72,7 +71,6 @@ fi
 for tool in apt-get dpkg-deb; do
     command -v "$tool" >/dev/null || fail "$tool is needed and not installed"
 done
-[ -r "$keyring" ] || fail "$keyring is needed and not there (package debian-archive-keyring)"
 
 # Boost's headers are the same for every architecture, and large.
 headers=/usr/include/boost

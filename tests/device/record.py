@@ -1,6 +1,7 @@
 """A run whose disk requests are recorded, with the acknowledgements between them."""
 
 import dataclasses
+import re
 
 from cuts import DATABASE
 
@@ -15,27 +16,38 @@ class Acknowledged:
 
 @dataclasses.dataclass(frozen=True)
 class Idle:
-    seconds: float  # since the last acknowledgement
+    seconds: float  # of the device's clock since the last acknowledgement
 
 
 def record(device, setting, idle_seconds=0):
     """The log of a disk (see Disk.log) while the device writes ROWS rows, each after the one before is acknowledged.
 
-    The writer then waits with its file open.
+    The writer then waits with its file open. The device says its time four times a second, because a busy host delays the
+    device, and with it the file system's own writes.
     """
     image = device.image(setting.file_system)
-    command = f'rows write {DATABASE} "{setting.pragmas}" {ROWS + 1} wait'
+    clock = 'while read -r time _ </proc/uptime; do echo "clock $time"; sleep 0.25; done'
+    command = f'({clock}) & rows write {DATABASE} "{setting.pragmas}" {ROWS + 1} wait'
     with device.job(image, setting.file_system, setting.options, command) as (machine, disk):
         for row in range(1, ROWS + 1):
             machine.say("")
             if not machine.until(f"^ack {row}$"):
                 raise RuntimeError(f"{setting.name}: row {row} is not acknowledged: {machine.text[-500:]}")
             disk.log.append(Acknowledged(row))
-        for quarter in range(1, 4 * idle_seconds + 1):
-            machine.run_for(0.25)
-            disk.log.append(Idle(quarter / 4))
+        begin = last = _clock(machine)
+        while last - begin < idle_seconds:
+            machine.until(None, stop=lambda: _clock(machine) > last)
+            if _clock(machine) == last:
+                raise RuntimeError(f"{setting.name}: the device has stopped: {machine.text[-500:]}")
+            last = _clock(machine)
+            disk.log.append(Idle(last - begin))
         disk.cut()
     return disk.log
+
+
+def _clock(machine):
+    """The last time that the device has said."""
+    return float(re.findall(r"^clock (\d+\.\d+)$", machine.text, re.M)[-1])
 
 
 @dataclasses.dataclass(frozen=True)

@@ -62,7 +62,7 @@ def check_states(device, limit, seed, results):
             continue
         found = states.check(device.image("ext4"), log, limit, seed)
         row += [f"10^{found.logarithm:.0f}", found.bounded, found.checked, found.lost_last, found.worse]
-        row += [f"{found.at_stake} s"]
+        row += [f"{found.at_stake:.2f} s"]
         print(STATES_ROW.format(*row), flush=True)
         results.count(f"states, {setting.name}", state_findings(setting, found))
 
@@ -76,7 +76,7 @@ def state_findings(setting, found):
     if setting.may_lose != NOTHING and not found.lost_last + found.worse:
         findings.append("no state lost a row, so the states prove nothing")
     if setting.may_lose == LAST_ROW and not 4 <= found.at_stake <= 7:
-        findings.append(f"the last row could be lost for {found.at_stake} s, not for about 5 s")
+        findings.append(f"the last row could be lost for {found.at_stake:.2f} s, not for about 5 s")
     return findings
 
 
