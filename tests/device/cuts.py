@@ -53,7 +53,7 @@ class Rounds:
             f'(ls /data/dir; rows check {DATABASE} && echo "guest: writing" && '
             f'rows write {DATABASE} "{self._setting.pragmas}" {rows if kind else 0}; echo "guest: idle") & '
             "read -r cut; killall -STOP rows; "
-            'dd if=/dev/mtd0 of=/dev/disk-data bs=1M conv=fsync; echo "guest: flash read"; sleep 600'
+            'dd if=/dev/mtd0 of=/dev/disk-data bs=1M conv=fsync; echo "guest: flash read"; sleep 100000'
         )
         with self._device.job(self._image, self._setting.file_system, self._setting.options, command) as job:
             machine, disk = job

@@ -10,7 +10,7 @@ LATE = 4102444800  # 2100-01-01
 
 def memory(device):
     """Resident, shared and dirty KiB of a writing program, and of the library in it, while a second one runs."""
-    write = '(yes "" | head -20; sleep 60) | rows write /data/{0}.db "" 21 wait >/tmp/{0} &'
+    write = '(yes "" | head -20; sleep 100000) | rows write /data/{0}.db "" 21 wait >/tmp/{0} &'
     wait = "until grep -q 'ack 20' /tmp/a && grep -q 'ack 20' /tmp/b; do sleep 1; done"
     smaps = "cat /proc/$(pidof rows | cut -d ' ' -f 1)/smaps"
     select = r"grep -E '^([0-9a-f]+-|Rss:|Shared_Clean:|Private_Dirty:)'"
