@@ -62,7 +62,7 @@ def check_states(device, limit, seed, results):
             continue
         found = states.check(device.image("ext4"), log, limit, seed)
         row += [f"10^{found.logarithm:.0f}", found.bounded, found.checked, found.lost_last, found.worse]
-        row += [f"{found.at_stake:.2f} s"]
+        row += [f"{found.at_stake:.2f} s" if found.lost_last else "-"]
         print(STATES_ROW.format(*row), flush=True)
         results.count(f"states, {setting.name}", state_findings(setting, found))
 
