@@ -1,6 +1,6 @@
 #!/bin/bash
 # Checks the library with cppcheck and with GCC's -fanalyzer, which is experimental for C++. Every finding must be
-# fixed, or suppressed with the reason in tests/analyzers/answered.txt.
+# fixed, or suppressed with the reason in tests/analyzers/suppressions.txt.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -31,4 +31,4 @@ mkdir -p build
 step "Checking with cppcheck" run_cppcheck
 step "Checking with GCC's analyzer" run_gcc
 step "Looking for findings without an answer" \
-    python3 tests/analyzers/check.py "$findings" tests/analyzers/answered.txt
+    python3 tests/analyzers/check.py "$findings" tests/analyzers/suppressions.txt

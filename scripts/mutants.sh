@@ -1,6 +1,6 @@
 #!/bin/bash
 # Changes the library one operator, constant, condition or call at a time and reports the changes that no test notices.
-# A change that no test can notice is listed with the reason in tests/mutants/answered.txt.
+# A change that no test can notice is listed with the reason in tests/mutants/suppressions.txt.
 #
 #   scripts/mutants.sh                      tries every change, in about an hour on two processors
 #   scripts/mutants.sh --sample N [--seed S]

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -31,10 +31,10 @@ protected:
     {
         EXPECT_TRUE(command.Step());
         EXPECT_TRUE(command.Finalize());
-        return PlainSqlite(path).Value("SELECT a FROM t ORDER BY rowid DESC");
+        return RawSqlite(path).Value("SELECT a FROM t ORDER BY rowid DESC");
     }
 
-    std::string StoredType() { return PlainSqlite(path).Value("SELECT typeof(a) FROM t ORDER BY rowid DESC"); }
+    std::string StoredType() { return RawSqlite(path).Value("SELECT typeof(a) FROM t ORDER BY rowid DESC"); }
 
     SqlCommand command{database};
 };

@@ -10,8 +10,8 @@
 #include <string>
 #include <string_view>
 
-#include "support/HasRecord.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -37,7 +37,7 @@ protected:
 TEST_F(SqlCommandColumnTest, ReadsPassTheIndexAndLeaveTheRecord)
 {
     StepTo("SELECT 10, 11, 12, 13");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_EQ(command.ColumnCount(), 4);
     EXPECT_FALSE(command.ColumnIsNull(0));
@@ -47,20 +47,20 @@ TEST_F(SqlCommandColumnTest, ReadsPassTheIndexAndLeaveTheRecord)
 
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_count()", "sqlite3_column_type(0)", "sqlite3_column_int(1)",
                                             "sqlite3_column_int64(2)", "sqlite3_column_double(3)"));
-    EXPECT_THAT(command, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(command, HasError(SQLITE_ROW, ""));
 }
 
 TEST_F(SqlCommandColumnTest, BytesAreCountedBeforeTextAndBlob)
 {
     StepTo("SELECT 'ab', x'0102'");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_EQ(command.ColumnText(0), "ab");
     EXPECT_THAT(command.ColumnBlob(1), ElementsAre(1, 2));
 
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_bytes(0)", "sqlite3_column_text(0)",
                                             "sqlite3_column_bytes(1)", "sqlite3_column_blob(1)"));
-    EXPECT_THAT(command, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(command, HasError(SQLITE_ROW, ""));
 }
 
 TEST_F(SqlCommandColumnTest, OnlyNullIsNull)
@@ -72,7 +72,7 @@ TEST_F(SqlCommandColumnTest, OnlyNullIsNull)
         EXPECT_FALSE(command.ColumnIsNull(column)) << column;
     }
     EXPECT_TRUE(command.ColumnIsNull(5)) << "SQLite answers NULL for a column that is not there";
-    EXPECT_THAT(command, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(command, HasError(SQLITE_ROW, ""));
 }
 
 TEST_F(SqlCommandColumnTest, IntegersKeepTheirWidth)
@@ -121,7 +121,7 @@ TEST_F(SqlCommandColumnTest, TextHoldsExactlyItsBytes)
 TEST_F(SqlCommandColumnTest, EmptyTextAndNullAreEmpty)
 {
     StepTo("SELECT '', NULL, x''");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_EQ(command.ColumnText(0), "");
     EXPECT_EQ(command.ColumnText(1), "");
@@ -144,7 +144,7 @@ TEST_F(SqlCommandColumnTest, BlobIsAViewOfSqlitesBytes)
 TEST_F(SqlCommandColumnTest, EmptyBlobAndNullAreAnEmptyViewWithoutData)
 {
     StepTo("SELECT x'', NULL, '', zeroblob(0)");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     for (int column = 0; column < 4; ++column) {
         EXPECT_EQ(command.ColumnBlob(column).data(), nullptr) << column;
@@ -167,7 +167,7 @@ TEST_F(SqlCommandColumnTest, TextOfAUtf16DatabaseIsReadAsUtf8)
 TEST_F(SqlCommandColumnTest, BytesThatCannotBeHandedOutAreOutOfMemory)
 {
     StepTo("SELECT 'ab', x'0102'");
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
 
     sqlite.ReplaceNextResult("sqlite3_column_text", 0, false);
     EXPECT_THROW(command.ColumnText(0), std::bad_alloc);
@@ -175,7 +175,7 @@ TEST_F(SqlCommandColumnTest, BytesThatCannotBeHandedOutAreOutOfMemory)
     EXPECT_THROW(command.ColumnBlob(1), std::bad_alloc);
 
     EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(command, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(command, HasError(SQLITE_ROW, ""));
     EXPECT_EQ(command.ColumnText(0), "ab");
 }
 

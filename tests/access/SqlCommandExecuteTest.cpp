@@ -7,9 +7,9 @@
 
 #include <string>
 
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -26,13 +26,13 @@ protected:
 
 TEST_F(SqlCommandExecuteTest, RunsTheTextWithoutACallback)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool executed = command.Execute("CREATE TABLE t(a)");
 
     EXPECT_TRUE(executed);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_exec(handle, CREATE TABLE t(a), null, null)"));
-    EXPECT_THAT(command, HasRecord(0, ""));
+    EXPECT_THAT(command, HasError(0, ""));
 }
 
 TEST_F(SqlCommandExecuteTest, RunsEveryStatementInTurn)
@@ -40,7 +40,7 @@ TEST_F(SqlCommandExecuteTest, RunsEveryStatementInTurn)
     const bool executed = command.Execute("CREATE TABLE t(a); INSERT INTO t VALUES (7)");
 
     EXPECT_TRUE(executed);
-    EXPECT_EQ(PlainSqlite(path).Value("SELECT a FROM t"), "7");
+    EXPECT_EQ(RawSqlite(path).Value("SELECT a FROM t"), "7");
 }
 
 TEST_F(SqlCommandExecuteTest, DiscardsResultRowsAndLeavesCodeZero)
@@ -48,7 +48,7 @@ TEST_F(SqlCommandExecuteTest, DiscardsResultRowsAndLeavesCodeZero)
     const bool executed = command.Execute("SELECT 1 UNION SELECT 2");
 
     EXPECT_TRUE(executed);
-    EXPECT_THAT(command, HasRecord(0, ""));
+    EXPECT_THAT(command, HasError(0, ""));
     EXPECT_FALSE(command.HasRowData());
 }
 
@@ -56,7 +56,7 @@ TEST_F(SqlCommandExecuteTest, TextWithoutAStatementSucceeds)
 {
     for (const char* sql : {"", " \n", ";", "-- comment"}) {
         EXPECT_TRUE(command.Execute(sql)) << sql;
-        EXPECT_THAT(command, HasRecord(0, "")) << sql;
+        EXPECT_THAT(command, HasError(0, "")) << sql;
     }
 }
 
@@ -65,19 +65,19 @@ TEST_F(SqlCommandExecuteTest, TextEndsAtItsFirstZeroByte)
     const bool executed = command.Execute("CREATE TABLE t(a)\0nonsense"s);
 
     EXPECT_TRUE(executed);
-    EXPECT_EQ(PlainSqlite(path).Value("SELECT name FROM sqlite_master"), "'t'");
+    EXPECT_EQ(RawSqlite(path).Value("SELECT name FROM sqlite_master"), "'t'");
 }
 
 TEST_F(SqlCommandExecuteTest, SyntaxErrorLeavesTheErrorTextAndFreesSqlitesCopy)
 {
-    const PlainFailure plain = FailureOfExec(database.GetNativeDatabaseInstance<sqlite3>(), "nonsense");
-    const RecordedSqlite sqlite;
+    const RawFailure plain = FailureOfExec(database.GetNativeDatabaseInstance<sqlite3>(), "nonsense");
+    const SqliteCallRecorder sqlite;
 
     const bool executed = command.Execute("nonsense");
 
     EXPECT_FALSE(executed);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_exec(handle, nonsense, null, null)", "sqlite3_free(memory)"));
-    EXPECT_THAT(command, HasRecord(SQLITE_ERROR, plain.message));
+    EXPECT_THAT(command, HasError(SQLITE_ERROR, plain.message));
     EXPECT_NE(plain.message, "");
 }
 
@@ -89,33 +89,33 @@ TEST_F(SqlCommandExecuteTest, SuccessAfterAFailureEmptiesTheMessage)
     const bool executed = command.Execute("SELECT 1");
 
     EXPECT_TRUE(executed);
-    EXPECT_THAT(command, HasRecord(0, ""));
+    EXPECT_THAT(command, HasError(0, ""));
 }
 
 TEST_F(SqlCommandExecuteTest, FailureWithoutATextEmptiesTheEarlierMessage)
 {
     command.Execute("nonsense");
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_exec", SQLITE_NOMEM, false);
 
     const bool executed = command.Execute("SELECT 1");
 
     EXPECT_FALSE(executed);
     EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(command, HasRecord(SQLITE_NOMEM, ""));
+    EXPECT_THAT(command, HasError(SQLITE_NOMEM, ""));
 }
 
 TEST_F(SqlCommandExecuteTest, ClosedConnectionIsHandedToSqliteAndRefusedByIt)
 {
     SqlDatabase closed;
     SqlCommand onClosed(closed);
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool executed = onClosed.Execute("SELECT 1");
 
     EXPECT_FALSE(executed);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_exec(null, SELECT 1, null, null)"));
-    EXPECT_THAT(onClosed, HasRecord(SQLITE_MISUSE, ""));
+    EXPECT_THAT(onClosed, HasError(SQLITE_MISUSE, ""));
 }
 
 TEST_F(SqlCommandExecuteTest, StatementsBeforeAFailingOneStayDone)
@@ -126,23 +126,23 @@ TEST_F(SqlCommandExecuteTest, StatementsBeforeAFailingOneStayDone)
     EXPECT_FALSE(executed);
     EXPECT_THAT(
         command,
-        HasRecord(SQLITE_CONSTRAINT,
-                  FailureOfExec(database.GetNativeDatabaseInstance<sqlite3>(), "INSERT INTO t VALUES (7)").message));
-    EXPECT_THAT(PlainSqlite(path).Rows("SELECT a FROM t"), ElementsAre(ElementsAre("7")));
+        HasError(SQLITE_CONSTRAINT,
+                 FailureOfExec(database.GetNativeDatabaseInstance<sqlite3>(), "INSERT INTO t VALUES (7)").message));
+    EXPECT_THAT(RawSqlite(path).Rows("SELECT a FROM t"), ElementsAre(ElementsAre("7")));
 }
 
 TEST_F(SqlCommandExecuteTest, FailureDoesNotTouchTheConnectionsRecord)
 {
     command.Execute("nonsense");
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(SqlCommandExecuteTest, PreparedStatementIsNotTouched)
 {
     command.Prepare("SELECT 1 UNION ALL SELECT 2 UNION ALL SELECT 3");
     ASSERT_TRUE(command.Step());
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool executed = command.Execute("SELECT 1");
 

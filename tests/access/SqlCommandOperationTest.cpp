@@ -8,8 +8,8 @@
 #include <limits>
 #include <string>
 
-#include "support/HasRecord.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -69,24 +69,24 @@ protected:
 TEST_P(SqlCommandOperationTest, MakesOneCallAndKeepsTheEarlierMessage)
 {
     command.Prepare("INSERT INTO t VALUES (?)");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool succeeded = GetParam().run(command, 1);
 
     EXPECT_TRUE(succeeded);
     EXPECT_THAT(sqlite.Calls(), ElementsAre(GetParam().call));
-    EXPECT_THAT(command, HasRecord(0, message));
+    EXPECT_THAT(command, HasError(0, message));
 }
 
 TEST_P(SqlCommandOperationTest, WithoutAStatementReturnsFalseAndLeavesTheRecord)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool succeeded = GetParam().run(command, 1);
 
     EXPECT_FALSE(succeeded);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(command, HasRecord(SQLITE_ERROR, message));
+    EXPECT_THAT(command, HasError(SQLITE_ERROR, message));
 }
 
 TEST_P(SqlCommandOperationTest, OnlyResultZeroCountsAsSuccess)
@@ -94,14 +94,14 @@ TEST_P(SqlCommandOperationTest, OnlyResultZeroCountsAsSuccess)
     for (const int result : {SQLITE_NOMEM, SQLITE_ROW, SQLITE_DONE}) {
         command.Finalize();
         command.Prepare("INSERT INTO t VALUES (?)");
-        RecordedSqlite sqlite;
+        SqliteCallRecorder sqlite;
         sqlite.ReplaceNextResult(FunctionOf(GetParam().call), result, true);
 
         const bool succeeded = GetParam().run(command, 1);
 
         EXPECT_FALSE(succeeded);
         EXPECT_FALSE(sqlite.Pending());
-        EXPECT_THAT(command, HasRecord(result, message));
+        EXPECT_THAT(command, HasError(result, message));
     }
 }
 
@@ -122,7 +122,7 @@ TEST_P(SqlCommandBindFailureTest, IndexOutOfRangeKeepsTheEarlierMessage)
         const bool bound = GetParam().run(command, index);
 
         EXPECT_FALSE(bound) << index;
-        EXPECT_THAT(command, HasRecord(SQLITE_RANGE, message)) << index;
+        EXPECT_THAT(command, HasError(SQLITE_RANGE, message)) << index;
     }
 }
 
@@ -130,12 +130,12 @@ TEST_P(SqlCommandBindFailureTest, SteppedStatementMustBeResetFirst)
 {
     command.Prepare("SELECT ?");
     command.Step();
-    EXPECT_THAT(command, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(command, HasError(SQLITE_ROW, ""));
 
     const bool bound = GetParam().run(command, 1);
 
     EXPECT_FALSE(bound);
-    EXPECT_THAT(command, HasRecord(SQLITE_MISUSE, ""));
+    EXPECT_THAT(command, HasError(SQLITE_MISUSE, ""));
     EXPECT_FALSE(command.HasRowData());
     EXPECT_TRUE(command.Reset());
     EXPECT_TRUE(GetParam().run(command, 1));

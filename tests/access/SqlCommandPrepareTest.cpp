@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -44,13 +44,13 @@ class SqlCommandByteCountTest : public SqlCommandPrepareTest, public testing::Wi
 
 TEST_P(SqlCommandByteCountTest, IsTheSizeOfTheViewUnlessItEndsInAZeroByte)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool prepared = command.Prepare(GetParam().sql);
 
     EXPECT_TRUE(prepared);
     EXPECT_THAT(sqlite.Calls(), ElementsAre(GetParam().call));
-    EXPECT_THAT(command, HasRecord(0, ""));
+    EXPECT_THAT(command, HasError(0, ""));
     EXPECT_TRUE(command.Step());
     EXPECT_EQ(command.ColumnInt(0), 12);
 }
@@ -71,7 +71,7 @@ TEST_F(SqlCommandPrepareTest, OnlyTheFirstStatementIsCompiled)
 
     EXPECT_TRUE(prepared);
     EXPECT_TRUE(command.Step());
-    EXPECT_THAT(PlainSqlite(path).Rows("SELECT name FROM sqlite_master"), ElementsAre(ElementsAre("'t'")));
+    EXPECT_THAT(RawSqlite(path).Rows("SELECT name FROM sqlite_master"), ElementsAre(ElementsAre("'t'")));
 }
 
 struct EmptyCase {
@@ -88,9 +88,9 @@ TEST_P(SqlCommandEmptyTextTest, SucceedsAndHoldsNoStatement)
     const bool prepared = command.Prepare(GetParam().sql);
 
     EXPECT_TRUE(prepared);
-    EXPECT_THAT(command, HasRecord(0, message));
+    EXPECT_THAT(command, HasError(0, message));
     EXPECT_FALSE(command.Step());
-    EXPECT_THAT(command, HasRecord(0, message));
+    EXPECT_THAT(command, HasError(0, message));
     EXPECT_TRUE(command.Prepare("SELECT 1"));
 }
 
@@ -101,7 +101,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, SqlCommandEmptyTextTest,
 
 TEST_F(SqlCommandPrepareTest, EmptyTextIsPassedWithItsSize)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     command.Prepare("");
 
@@ -111,37 +111,37 @@ TEST_F(SqlCommandPrepareTest, EmptyTextIsPassedWithItsSize)
 TEST_F(SqlCommandPrepareTest, ViewWithoutDataIsAMisuse)
 {
     const std::string message = LeaveMessage();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool prepared = command.Prepare(std::string_view());
 
     EXPECT_FALSE(prepared);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_prepare_v2(handle, null, 0)"));
-    EXPECT_THAT(command, HasRecord(SQLITE_MISUSE, message));
+    EXPECT_THAT(command, HasError(SQLITE_MISUSE, message));
 }
 
 TEST_F(SqlCommandPrepareTest, ClosedConnectionIsHandedToSqliteAndRefusedByIt)
 {
     SqlDatabase closed;
     SqlCommand onClosed(closed);
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool prepared = onClosed.Prepare("SELECT 1");
 
     EXPECT_FALSE(prepared);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_prepare_v2(null, SELECT 1, 8)"));
-    EXPECT_THAT(onClosed, HasRecord(SQLITE_MISUSE, ""));
+    EXPECT_THAT(onClosed, HasError(SQLITE_MISUSE, ""));
 }
 
 TEST_F(SqlCommandPrepareTest, FailedPrepareOfAFreshCommandHasACodeAndNoMessage)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool prepared = command.Prepare("nonsense");
 
     EXPECT_FALSE(prepared);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_prepare_v2(handle, nonsense, 8)"));
-    EXPECT_THAT(command, HasRecord(SQLITE_ERROR, ""));
+    EXPECT_THAT(command, HasError(SQLITE_ERROR, ""));
 }
 
 TEST_F(SqlCommandPrepareTest, FailedPrepareKeepsTheEarlierMessage)
@@ -151,7 +151,7 @@ TEST_F(SqlCommandPrepareTest, FailedPrepareKeepsTheEarlierMessage)
     const bool prepared = command.Prepare("SELECT * FROM missing");
 
     EXPECT_FALSE(prepared);
-    EXPECT_THAT(command, HasRecord(SQLITE_ERROR, message));
+    EXPECT_THAT(command, HasError(SQLITE_ERROR, message));
 }
 
 TEST_F(SqlCommandPrepareTest, SuccessfulPrepareKeepsTheEarlierMessage)
@@ -161,7 +161,7 @@ TEST_F(SqlCommandPrepareTest, SuccessfulPrepareKeepsTheEarlierMessage)
     const bool prepared = command.Prepare("SELECT 1");
 
     EXPECT_TRUE(prepared);
-    EXPECT_THAT(command, HasRecord(0, message));
+    EXPECT_THAT(command, HasError(0, message));
 }
 
 TEST_F(SqlCommandPrepareTest, SecondPrepareLeavesTheFirstStatementAndTheRecordAlone)
@@ -169,13 +169,13 @@ TEST_F(SqlCommandPrepareTest, SecondPrepareLeavesTheFirstStatementAndTheRecordAl
     const std::string message = LeaveMessage();
     command.Prepare("SELECT 12");
     command.BindInteger(5, 5);
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool prepared = command.Prepare("SELECT 34");
 
     EXPECT_FALSE(prepared);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(command, HasRecord(SQLITE_RANGE, message));
+    EXPECT_THAT(command, HasError(SQLITE_RANGE, message));
     EXPECT_TRUE(command.Step());
     EXPECT_EQ(command.ColumnInt(0), 12);
 }
@@ -196,7 +196,7 @@ TEST_F(SqlCommandPrepareTest, StatementHandedBackByAFailingPrepareIsFinalized)
 {
     const std::string message = LeaveMessage();
     {
-        RecordedSqlite sqlite;
+        SqliteCallRecorder sqlite;
         sqlite.ReplaceNextResult("sqlite3_prepare_v2", SQLITE_NOMEM, true);
 
         EXPECT_FALSE(command.Prepare("SELECT 1"));
@@ -205,7 +205,7 @@ TEST_F(SqlCommandPrepareTest, StatementHandedBackByAFailingPrepareIsFinalized)
         EXPECT_THAT(sqlite.Calls(),
                     ElementsAre("sqlite3_prepare_v2(handle, SELECT 1, 8)", "sqlite3_finalize(statement)"));
     }
-    EXPECT_THAT(command, HasRecord(SQLITE_NOMEM, message));
+    EXPECT_THAT(command, HasError(SQLITE_NOMEM, message));
     EXPECT_FALSE(command.Step());
     EXPECT_TRUE(database.Close());
 }

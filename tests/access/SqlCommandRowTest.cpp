@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -29,7 +29,7 @@ protected:
     // Every column read returns its default without calling SQLite.
     void ExpectNoRow() const
     {
-        const RecordedSqlite sqlite;
+        const SqliteCallRecorder sqlite;
 
         EXPECT_EQ(command.ColumnCount(), 0);
         EXPECT_FALSE(command.ColumnIsNull(0));
@@ -115,7 +115,7 @@ TEST_F(SqlCommandRowTest, NoRowIsAvailableWhenFinalizeAnswersARow)
 {
     StepTo("SELECT 12");
     {
-        RecordedSqlite sqlite;
+        SqliteCallRecorder sqlite;
         sqlite.ReplaceNextResult("sqlite3_finalize", SQLITE_ROW, true);
         command.Finalize();
         EXPECT_FALSE(sqlite.Pending());

@@ -8,9 +8,9 @@
 #include <string>
 
 #include "support/AbandonedConnection.h"
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -33,11 +33,11 @@ protected:
     }
 
     // Prepares a statement whose step fails, and returns the result of the same statement in raw SQLite.
-    PlainFailure PrepareFailingStep()
+    RawFailure PrepareFailingStep()
     {
         static constexpr char Sql[] = "INSERT INTO t VALUES (1)";
         EXPECT_TRUE(command.Prepare(Sql));
-        return FailureOfExec(PlainSqlite(path).Handle(), Sql);
+        return FailureOfExec(RawSqlite(path).Handle(), Sql);
     }
 
     SqlCommand command{database};
@@ -47,13 +47,13 @@ TEST_F(SqlCommandStepTest, RowLeavesItsCodeAndNoMessage)
 {
     LeaveMessage();
     command.Prepare("SELECT 7");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool stepped = command.Step();
 
     EXPECT_TRUE(stepped);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_step()"));
-    EXPECT_THAT(command, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(command, HasError(SQLITE_ROW, ""));
     EXPECT_TRUE(command.HasRowData());
 }
 
@@ -61,13 +61,13 @@ TEST_F(SqlCommandStepTest, EndIsASuccessWithoutARowAndWithoutAMessage)
 {
     LeaveMessage();
     command.Prepare("SELECT 7 WHERE 0");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool stepped = command.Step();
 
     EXPECT_TRUE(stepped);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_step()"));
-    EXPECT_THAT(command, HasRecord(SQLITE_DONE, ""));
+    EXPECT_THAT(command, HasError(SQLITE_DONE, ""));
     EXPECT_FALSE(command.HasRowData());
     EXPECT_EQ(command.ColumnCount(), 0);
 }
@@ -87,26 +87,26 @@ TEST_F(SqlCommandStepTest, StepAfterTheEndStartsOver)
 TEST_F(SqlCommandStepTest, WithoutAStatementReturnsFalseAndLeavesTheRecord)
 {
     const std::string message = LeaveMessage();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool stepped = command.Step();
 
     EXPECT_FALSE(stepped);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(command, HasRecord(SQLITE_ERROR, message));
+    EXPECT_THAT(command, HasError(SQLITE_ERROR, message));
 }
 
 TEST_F(SqlCommandStepTest, FailureLeavesSqlitesCodeAndMessage)
 {
     LeaveMessage();
-    const PlainFailure plain = PrepareFailingStep();
-    const RecordedSqlite sqlite;
+    const RawFailure plain = PrepareFailingStep();
+    const SqliteCallRecorder sqlite;
 
     const bool stepped = command.Step();
 
     EXPECT_FALSE(stepped);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_step()", "sqlite3_errmsg(handle)"));
-    EXPECT_THAT(command, HasRecord(SQLITE_CONSTRAINT, plain.message));
+    EXPECT_THAT(command, HasError(SQLITE_CONSTRAINT, plain.message));
     EXPECT_EQ(plain.code, SQLITE_CONSTRAINT);
     EXPECT_FALSE(command.HasRowData());
 }
@@ -114,35 +114,35 @@ TEST_F(SqlCommandStepTest, FailureLeavesSqlitesCodeAndMessage)
 TEST_F(SqlCommandStepTest, AnyOtherResultCountsAsAFailureWithAMessage)
 {
     command.Prepare("SELECT 7");
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_step", SQLITE_OK, false);
 
     const bool stepped = command.Step();
 
     EXPECT_FALSE(stepped);
     EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(command, HasRecord(SQLITE_OK, sqlite3_errmsg(database.GetNativeDatabaseInstance<sqlite3>())));
+    EXPECT_THAT(command, HasError(SQLITE_OK, sqlite3_errmsg(database.GetNativeDatabaseInstance<sqlite3>())));
 }
 
 TEST_F(SqlCommandStepTest, LockedDatabaseIsReportedAndTheStatementMayBeTriedAgain)
 {
-    PlainSqlite other(path);
+    RawSqlite other(path);
     other.Execute("BEGIN EXCLUSIVE");
     command.Prepare("INSERT INTO t VALUES (2)");
 
     EXPECT_FALSE(command.Step());
-    EXPECT_THAT(command, HasRecord(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
+    EXPECT_THAT(command, HasError(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
 
     other.Execute("COMMIT");
     EXPECT_FALSE(command.Reset());
     EXPECT_TRUE(command.Step());
-    EXPECT_THAT(command, HasRecord(SQLITE_DONE, ""));
+    EXPECT_THAT(command, HasError(SQLITE_DONE, ""));
 }
 
 TEST_F(SqlCommandStepTest, StatementIsCompiledAgainAfterASchemaChange)
 {
     command.Prepare("SELECT * FROM t");
-    PlainSqlite(path).Execute("ALTER TABLE t ADD COLUMN b");
+    RawSqlite(path).Execute("ALTER TABLE t ADD COLUMN b");
 
     const bool stepped = command.Step();
 
@@ -158,7 +158,7 @@ TEST_F(SqlCommandStepTest, MessageOfAFailedStepIsThatOfTheCurrentConnection)
     const bool stepped = command.Step();
 
     EXPECT_FALSE(stepped);
-    EXPECT_THAT(command, HasRecord(SQLITE_CONSTRAINT, sqlite3_errmsg(nullptr)));
+    EXPECT_THAT(command, HasError(SQLITE_CONSTRAINT, sqlite3_errmsg(nullptr)));
     EXPECT_FALSE(command.Finalize());
 }
 
@@ -172,35 +172,35 @@ TEST_F(SqlCommandStepTest, ResetRewindsAndKeepsTheBindings)
     const bool reset = command.Reset();
 
     EXPECT_TRUE(reset);
-    EXPECT_THAT(command, HasRecord(0, ""));
+    EXPECT_THAT(command, HasError(0, ""));
     EXPECT_TRUE(command.Step());
     EXPECT_EQ(command.ColumnInt(0), 7);
 }
 
 TEST_F(SqlCommandStepTest, ResetAfterAFailedStepReportsItAgainBesideItsMessage)
 {
-    const PlainFailure plain = PrepareFailingStep();
+    const RawFailure plain = PrepareFailingStep();
     command.Step();
 
     const bool reset = command.Reset();
 
     EXPECT_FALSE(reset);
-    EXPECT_THAT(command, HasRecord(SQLITE_CONSTRAINT, plain.message));
+    EXPECT_THAT(command, HasError(SQLITE_CONSTRAINT, plain.message));
     EXPECT_TRUE(command.Reset());
-    EXPECT_THAT(command, HasRecord(0, plain.message));
+    EXPECT_THAT(command, HasError(0, plain.message));
 }
 
 TEST_F(SqlCommandStepTest, FinalizeAfterAFailedStepReportsItAgainAndReleasesTheStatement)
 {
-    const PlainFailure plain = PrepareFailingStep();
+    const RawFailure plain = PrepareFailingStep();
     command.Step();
 
     const bool finalized = command.Finalize();
 
     EXPECT_FALSE(finalized);
-    EXPECT_THAT(command, HasRecord(SQLITE_CONSTRAINT, plain.message));
+    EXPECT_THAT(command, HasError(SQLITE_CONSTRAINT, plain.message));
     EXPECT_TRUE(command.Prepare("SELECT 1"));
-    EXPECT_THAT(command, HasRecord(0, plain.message));
+    EXPECT_THAT(command, HasError(0, plain.message));
 }
 
 TEST_F(SqlCommandStepTest, FinalizeReleasesTheStatement)
@@ -209,7 +209,7 @@ TEST_F(SqlCommandStepTest, FinalizeReleasesTheStatement)
     command.Step();
 
     EXPECT_TRUE(command.Finalize());
-    EXPECT_THAT(command, HasRecord(0, ""));
+    EXPECT_THAT(command, HasError(0, ""));
     EXPECT_FALSE(command.HasRowData());
     EXPECT_FALSE(command.Finalize());
     EXPECT_TRUE(database.Close());

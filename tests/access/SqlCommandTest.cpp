@@ -10,9 +10,9 @@
 #include <utility>
 
 #include "support/AbandonedConnection.h"
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -32,10 +32,10 @@ class SqlCommandTest : public WithOpenDatabase {};
 
 TEST_F(SqlCommandTest, FreshCommandHasAnEmptyRecordAndNoStatement)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
     const SqlCommand command(database);
 
-    EXPECT_THAT(command, HasRecord(0, ""));
+    EXPECT_THAT(command, HasError(0, ""));
     EXPECT_FALSE(command.HasRowData());
     EXPECT_EQ(command.ColumnCount(), 0);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
@@ -60,7 +60,7 @@ TEST_F(SqlCommandTest, DestructorFinalizesTheStatement)
     command->Prepare("SELECT 1");
 
     {
-        const RecordedSqlite sqlite;
+        const SqliteCallRecorder sqlite;
         command.reset();
         EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)"));
     }
@@ -71,7 +71,7 @@ TEST_F(SqlCommandTest, DestructorFinalizesTheStatement)
 TEST_F(SqlCommandTest, DestructorWithoutAStatementCallsNothing)
 {
     auto command = std::make_unique<SqlCommand>(database);
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     command.reset();
 
@@ -84,12 +84,12 @@ TEST_F(SqlCommandTest, MoveTakesTheStatementAndTheRecordOver)
     source.Execute("nonsense");
     const std::string message = source.GetLastErrorMsg();
     source.Prepare("SELECT 7");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     SqlCommand target(std::move(source));
 
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(target, HasRecord(0, message));
+    EXPECT_THAT(target, HasError(0, message));
     EXPECT_TRUE(target.Step());
     EXPECT_EQ(target.ColumnInt(0), 7);
 }
@@ -99,7 +99,7 @@ TEST_F(SqlCommandTest, MovedFromCommandMayBeDestroyed)
     auto source = std::make_unique<SqlCommand>(database);
     source->Prepare("SELECT 7");
     SqlCommand target(std::move(*source));
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     source.reset();
 
@@ -129,13 +129,13 @@ TEST_F(SqlCommandTest, MoveAssignmentFinalizesThePreviousStatement)
     target.Prepare("SELECT 8");
 
     {
-        const RecordedSqlite sqlite;
+        const SqliteCallRecorder sqlite;
         SqlCommand& result = target = std::move(source);
         EXPECT_EQ(&result, &target);
         EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)"));
     }
 
-    EXPECT_THAT(target, HasRecord(0, ""));
+    EXPECT_THAT(target, HasError(0, ""));
     EXPECT_TRUE(target.Step());
     EXPECT_EQ(target.ColumnInt(0), 7);
 }
@@ -150,7 +150,7 @@ TEST_F(SqlCommandTest, MoveAssignmentTakesTheConnectionOver)
     target = std::move(source);
 
     EXPECT_TRUE(target.Execute("CREATE TABLE t(a)"));
-    EXPECT_EQ(PlainSqlite(path).Value("SELECT count(*) FROM sqlite_master"), "0");
+    EXPECT_EQ(RawSqlite(path).Value("SELECT count(*) FROM sqlite_master"), "0");
 }
 
 TEST_F(SqlCommandTest, StatementIsFinalizedOnAConnectionThatWasClosedMeanwhile)

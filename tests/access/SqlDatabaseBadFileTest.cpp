@@ -14,10 +14,10 @@
 #include <iterator>
 #include <string>
 
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/RawSqlite.h"
 #include "support/ScopedPermissions.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -39,8 +39,8 @@ std::string BytesOfFile(const std::string& path)
 // content.
 class SqlDatabaseBadFileTest : public testing::Test {
 protected:
-    void MakeTableWithOneRow() { PlainSqlite(path).Execute("CREATE TABLE t(a); INSERT INTO t VALUES (7)"); }
-    std::string CountedRows() const { return PlainSqlite(path).Value("SELECT count(*) || ':' || max(a) FROM t"); }
+    void MakeTableWithOneRow() { RawSqlite(path).Execute("CREATE TABLE t(a); INSERT INTO t VALUES (7)"); }
+    std::string CountedRows() const { return RawSqlite(path).Value("SELECT count(*) || ':' || max(a) FROM t"); }
 
     const TemporaryDirectory directory;
     const std::string path = directory.File("test.db");
@@ -52,7 +52,7 @@ TEST_F(SqlDatabaseBadFileTest, MissingFileIsNotCreatedForReading)
     const bool opened = database.Open(path, true);
 
     EXPECT_FALSE(opened);
-    EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(path, SQLITE_OPEN_READONLY).message));
+    EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, FailureOfOpen(path, SQLITE_OPEN_READONLY).message));
     EXPECT_FALSE(fs::exists(path));
 }
 
@@ -62,12 +62,12 @@ TEST_F(SqlDatabaseBadFileTest, NamedPipeIsOpenedByTheCallersPathAndFails)
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
     const int otherEnd = open(path.c_str(), O_RDWR | O_CLOEXEC);
     ASSERT_GE(otherEnd, 0);
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.Open(path, false));
 
     EXPECT_THAT(sqlite.CallsOf("sqlite3_open_v2"), ElementsAre("sqlite3_open_v2(" + path + ", 6, null)"));
-    EXPECT_THAT(database, HasRecord(SQLITE_IOERR, "disk I/O error"));
+    EXPECT_THAT(database, HasError(SQLITE_IOERR, "disk I/O error"));
     close(otherEnd);
 }
 
@@ -78,8 +78,7 @@ TEST_F(SqlDatabaseBadFileTest, FileInPlaceOfTheDirectoryIsLeftToSqliteToRefuse)
     const bool opened = database.Open(directory.File("file/test.db"), false);
 
     EXPECT_FALSE(opened);
-    EXPECT_THAT(database,
-                HasRecord(SQLITE_CANTOPEN, FailureOfOpen(directory.File("file/test.db"), ForWriting).message));
+    EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, FailureOfOpen(directory.File("file/test.db"), ForWriting).message));
     EXPECT_NE(database.GetLastErrorMsg(), "");
     EXPECT_FALSE(database.IsOpen());
     EXPECT_EQ(BytesOfFile(directory.File("file")), "content");
@@ -88,12 +87,12 @@ TEST_F(SqlDatabaseBadFileTest, FileInPlaceOfTheDirectoryIsLeftToSqliteToRefuse)
 TEST_F(SqlDatabaseBadFileTest, DirectoryIsNoDatabase)
 {
     fs::create_directory(path);
-    const PlainFailure plain = FailureOfOpen(path, ForWriting);
+    const RawFailure plain = FailureOfOpen(path, ForWriting);
 
     const bool opened = database.Open(path, false);
 
     EXPECT_FALSE(opened);
-    EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, plain.message));
+    EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, plain.message));
     EXPECT_EQ(plain.code, SQLITE_CANTOPEN);
     EXPECT_TRUE(fs::is_empty(path));
 }
@@ -103,7 +102,7 @@ TEST_F(SqlDatabaseBadFileTest, PathThatEndsInASeparatorCreatesTheDirectoryAndNoF
     const bool opened = database.Open(path + "/", false);
 
     EXPECT_FALSE(opened);
-    EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(path + "/", ForWriting).message));
+    EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, FailureOfOpen(path + "/", ForWriting).message));
     EXPECT_TRUE(fs::is_directory(path));
 }
 
@@ -115,9 +114,9 @@ TEST_F(SqlDatabaseBadFileTest, FileWithoutPermissionIsNotOpenedAndNotChanged)
         const ScopedPermissions locked(path, fs::perms::none);
 
         EXPECT_FALSE(database.Open(path, false));
-        EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(path, ForWriting).message));
+        EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, FailureOfOpen(path, ForWriting).message));
         EXPECT_FALSE(database.Open(path, true));
-        EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(path, SQLITE_OPEN_READONLY).message));
+        EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, FailureOfOpen(path, SQLITE_OPEN_READONLY).message));
     }
     EXPECT_EQ(CountedRows(), "'1:7'");
 }
@@ -132,9 +131,9 @@ TEST_F(SqlDatabaseBadFileTest, FileThatMayOnlyBeReadRefusesTheFirstWrite)
         SqlCommand command(database);
 
         EXPECT_TRUE(opened);
-        EXPECT_THAT(database, HasRecord(0, ""));
+        EXPECT_THAT(database, HasError(0, ""));
         EXPECT_FALSE(command.Execute("INSERT INTO t VALUES (8)"));
-        EXPECT_THAT(command, HasRecord(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
+        EXPECT_THAT(command, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
     }
     EXPECT_EQ(CountedRows(), "'1:7'");
 }
@@ -147,11 +146,11 @@ TEST_F(SqlDatabaseBadFileTest, ConnectionForReadingRefusesEveryWriteAndStaysUsab
 
     for (const char* sql : {"INSERT INTO t VALUES (8)", "DELETE FROM t", "DROP TABLE t", "CREATE TABLE u(a)"}) {
         EXPECT_FALSE(command.Execute(sql)) << sql;
-        EXPECT_THAT(command, HasRecord(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY))) << sql;
+        EXPECT_THAT(command, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY))) << sql;
     }
 
     EXPECT_TRUE(command.Execute("SELECT * FROM t"));
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_TRUE(database.Close());
     EXPECT_EQ(CountedRows(), "'1:7'");
 }
@@ -165,9 +164,9 @@ TEST_F(SqlDatabaseBadFileTest, FileThatIsNoDatabaseIsRefusedAtItsFirstUse)
     SqlCommand command(database);
 
     EXPECT_TRUE(opened);
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_FALSE(command.Execute("CREATE TABLE t(a)"));
-    EXPECT_THAT(command, HasRecord(SQLITE_NOTADB, sqlite3_errstr(SQLITE_NOTADB)));
+    EXPECT_THAT(command, HasError(SQLITE_NOTADB, sqlite3_errstr(SQLITE_NOTADB)));
     EXPECT_TRUE(database.Close());
     EXPECT_EQ(BytesOfFile(path), content);
 }
@@ -175,7 +174,7 @@ TEST_F(SqlDatabaseBadFileTest, FileThatIsNoDatabaseIsRefusedAtItsFirstUse)
 TEST_F(SqlDatabaseBadFileTest, DatabaseLockedByAnotherConnectionOpensAndRefusesUse)
 {
     MakeTableWithOneRow();
-    PlainSqlite other(path);
+    RawSqlite other(path);
     other.Execute("BEGIN EXCLUSIVE; INSERT INTO t VALUES (8)");
 
     const bool opened = database.Open(path, false);
@@ -183,13 +182,13 @@ TEST_F(SqlDatabaseBadFileTest, DatabaseLockedByAnotherConnectionOpensAndRefusesU
 
     EXPECT_TRUE(opened);
     EXPECT_FALSE(command.Execute("INSERT INTO t VALUES (9)"));
-    EXPECT_THAT(command, HasRecord(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
+    EXPECT_THAT(command, HasError(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
     EXPECT_FALSE(command.Execute("SELECT * FROM t"));
-    EXPECT_THAT(command, HasRecord(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
+    EXPECT_THAT(command, HasError(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
 
     other.Execute("COMMIT");
     EXPECT_TRUE(command.Execute("INSERT INTO t VALUES (9)"));
-    EXPECT_THAT(command, HasRecord(0, ""));
+    EXPECT_THAT(command, HasError(0, ""));
     EXPECT_EQ(CountedRows(), "'3:9'");
 }
 

@@ -14,11 +14,11 @@
 #include <utility>
 
 #include "support/DatabaseContent.h"
-#include "support/FailingAllocation.h"
-#include "support/HasRecord.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/OomInjector.h"
 #include "support/ScopedPermissions.h"
 #include "support/ScopedWorkingDirectory.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -39,12 +39,12 @@ protected:
     {
         for (const bool readOnly : {false, true}) {
             SqlDatabase database;
-            const RecordedSqlite sqlite;
+            const SqliteCallRecorder sqlite;
 
             const bool opened = database.Open(path, readOnly);
 
             EXPECT_FALSE(opened);
-            EXPECT_THAT(database, HasRecord(111, "Create directory failed: " + path));
+            EXPECT_THAT(database, HasError(111, "Create directory failed: " + path));
             EXPECT_FALSE(database.IsOpen());
             EXPECT_THAT(sqlite.Calls(), IsEmpty());
         }
@@ -116,12 +116,12 @@ TEST_F(SqlDatabaseDirectoryTest, MissingAncestorsWithoutMemoryAreReportedLikeAny
         SqlDatabase database;
         bool opened = false;
         {
-            const FailingAllocation failing(failures);
+            const OomInjector failing(failures);
             EXPECT_NO_THROW(opened = database.Open(path, false));
             fired = failing.Fired();
         }
         EXPECT_EQ(opened, !fired) << "after " << failures << " allocations";
-        EXPECT_THAT(database, HasRecord(fired ? 111 : 0, fired ? "Create directory failed: " + path : ""));
+        EXPECT_THAT(database, HasError(fired ? 111 : 0, fired ? "Create directory failed: " + path : ""));
         EXPECT_EQ(fs::exists(path), !fired) << "after " << failures << " allocations";
         if (fired) {
             levelsMade.insert(LevelsMade());
@@ -200,7 +200,7 @@ TEST_F(SqlDatabaseDirectoryTest, OpenAfterAFailedDirectoryStepSucceeds)
     const bool opened = database.Open(directory.File("new.db"), false);
 
     EXPECT_TRUE(opened);
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 } // namespace

@@ -10,9 +10,9 @@
 #include <utility>
 
 #include "support/AbandonedConnection.h"
-#include "support/HasRecord.h"
-#include "support/RecordedSqlite.h"
-#include "support/Undestroyed.h"
+#include "support/HasError.h"
+#include "support/NoDestructor.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -28,21 +28,21 @@ class SqlDatabaseMoveTest : public WithOpenDatabase {};
 
 TEST_F(SqlDatabaseMoveTest, MoveTakesTheConnectionAndTheRecordOver)
 {
-    Undestroyed<SqlDatabase> source;
+    NoDestructor<SqlDatabase> source;
     source->Open(directory.File("missing.db"), true);
     const std::string message = source->GetLastErrorMsg();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const SqlDatabase failed(std::move(*source));
 
-    EXPECT_THAT(failed, HasRecord(SQLITE_CANTOPEN, message));
+    EXPECT_THAT(failed, HasError(SQLITE_CANTOPEN, message));
     EXPECT_FALSE(failed.IsOpen());
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
 TEST_F(SqlDatabaseMoveTest, MoveKeepsTheHandleOpen)
 {
-    Undestroyed<SqlDatabase> source;
+    NoDestructor<SqlDatabase> source;
     source->Open(path, false);
     sqlite3* const handle = source->GetNativeDatabaseInstance<sqlite3>();
 
@@ -57,7 +57,7 @@ TEST_F(SqlDatabaseMoveTest, MovedFromConnectionMayBeAssignedTo)
 {
     SqlDatabase source;
     SqlDatabase target(std::move(source));
-    Undestroyed<SqlDatabase> opened;
+    NoDestructor<SqlDatabase> opened;
     opened->Open(path, false);
 
     source = std::move(*opened);
@@ -69,12 +69,12 @@ TEST_F(SqlDatabaseMoveTest, MovedFromConnectionMayBeAssignedTo)
 TEST_F(SqlDatabaseMoveTest, MoveAssignmentDropsTheOldConnectionWithoutClosingIt)
 {
     const AbandonedConnection raw(database.GetNativeDatabaseInstance<sqlite3>());
-    Undestroyed<SqlDatabase> source;
+    NoDestructor<SqlDatabase> source;
     source->Open(":memory:", false);
     sqlite3* const handle = source->GetNativeDatabaseInstance<sqlite3>();
 
     {
-        const RecordedSqlite sqlite;
+        const SqliteCallRecorder sqlite;
         database = std::move(*source);
         EXPECT_THAT(sqlite.Calls(), IsEmpty());
     }
@@ -88,12 +88,12 @@ TEST_F(SqlDatabaseMoveTest, MoveAssignmentReplacesTheRecord)
     SqlDatabase target;
     target.Open(directory.File("missing.db"), true);
     ASSERT_NE(target.GetLastError(), 0);
-    Undestroyed<SqlDatabase> source;
+    NoDestructor<SqlDatabase> source;
 
     SqlDatabase& result = target = std::move(*source);
 
     EXPECT_EQ(&result, &target);
-    EXPECT_THAT(target, HasRecord(0, ""));
+    EXPECT_THAT(target, HasError(0, ""));
 }
 
 } // namespace

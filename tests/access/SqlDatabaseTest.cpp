@@ -14,9 +14,9 @@
 #include <utility>
 
 #include "support/AbandonedConnection.h"
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -43,7 +43,7 @@ TEST_F(SqlDatabaseTest, FreshConnectionIsClosedWithoutAnError)
 {
     SqlDatabase fresh;
 
-    EXPECT_THAT(fresh, HasRecord(0, ""));
+    EXPECT_THAT(fresh, HasError(0, ""));
     EXPECT_FALSE(fresh.IsOpen());
     EXPECT_EQ(fresh.GetNativeDatabaseInstance<sqlite3>(), nullptr);
 }
@@ -53,21 +53,21 @@ TEST_F(SqlDatabaseTest, OpenConnectionHandsOutItsHandle)
     sqlite3* const handle = database.GetNativeDatabaseInstance<sqlite3>();
 
     EXPECT_TRUE(database.IsOpen());
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     ASSERT_NE(handle, nullptr);
     EXPECT_EQ(sqlite3_exec(handle, "CREATE TABLE t(a)", nullptr, nullptr, nullptr), SQLITE_OK);
-    EXPECT_EQ(PlainSqlite(path).Value("SELECT name FROM sqlite_master"), "'t'");
+    EXPECT_EQ(RawSqlite(path).Value("SELECT name FROM sqlite_master"), "'t'");
 }
 
 TEST_F(SqlDatabaseTest, SecondOpenLeavesTheConnectionAndTheRecordAlone)
 {
     sqlite3* const handle = database.GetNativeDatabaseInstance<sqlite3>();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool opened = database.Open(directory.File("missing/other.db"), false);
 
     EXPECT_FALSE(opened);
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_EQ(database.GetNativeDatabaseInstance<sqlite3>(), handle);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
     EXPECT_FALSE(std::filesystem::exists(directory.File("missing")));
@@ -83,19 +83,19 @@ TEST_F(SqlDatabaseTest, SecondOpenKeepsAnEarlierFailureInTheRecord)
     const bool opened = database.Open(path, false);
 
     EXPECT_FALSE(opened);
-    EXPECT_THAT(database, HasRecord(SQLITE_BUSY, message));
+    EXPECT_THAT(database, HasError(SQLITE_BUSY, message));
     EXPECT_TRUE(database.IsOpen());
 }
 
 TEST_F(SqlDatabaseTest, CloseReleasesTheHandle)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool closed = database.Close();
 
     EXPECT_TRUE(closed);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)"));
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_FALSE(database.IsOpen());
     EXPECT_EQ(database.GetNativeDatabaseInstance<sqlite3>(), nullptr);
 }
@@ -103,13 +103,13 @@ TEST_F(SqlDatabaseTest, CloseReleasesTheHandle)
 TEST_F(SqlDatabaseTest, SecondCloseSucceedsWithoutACall)
 {
     database.Close();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool closed = database.Close();
 
     EXPECT_TRUE(closed);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(SqlDatabaseTest, CloseWhileClosedKeepsAnEarlierFailureInTheRecord)
@@ -122,7 +122,7 @@ TEST_F(SqlDatabaseTest, CloseWhileClosedKeepsAnEarlierFailureInTheRecord)
     const bool succeeded = closed.Close();
 
     EXPECT_TRUE(succeeded);
-    EXPECT_THAT(closed, HasRecord(SQLITE_CANTOPEN, message));
+    EXPECT_THAT(closed, HasError(SQLITE_CANTOPEN, message));
 }
 
 TEST_F(SqlDatabaseTest, CloseIsRefusedWhileAStatementIsHeld)
@@ -132,17 +132,17 @@ TEST_F(SqlDatabaseTest, CloseIsRefusedWhileAStatementIsHeld)
     command.Prepare("SELECT 1");
 
     {
-        const RecordedSqlite sqlite;
+        const SqliteCallRecorder sqlite;
         EXPECT_FALSE(database.Close());
         EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)", "sqlite3_errmsg(handle)"));
     }
-    EXPECT_THAT(database, HasRecord(SQLITE_BUSY, FailureOfCloseWithAStatement().message));
+    EXPECT_THAT(database, HasError(SQLITE_BUSY, FailureOfCloseWithAStatement().message));
     EXPECT_TRUE(database.IsOpen());
     EXPECT_EQ(database.GetNativeDatabaseInstance<sqlite3>(), handle);
 
     command.Finalize();
     EXPECT_TRUE(database.Close());
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_FALSE(database.IsOpen());
 }
 
@@ -154,14 +154,14 @@ TEST_F(SqlDatabaseTest, ReopensAfterAClose)
     const bool opened = database.Open(path, true);
 
     EXPECT_TRUE(opened);
-    EXPECT_EQ(PlainSqlite(path).Value("SELECT a FROM t"), "7");
+    EXPECT_EQ(RawSqlite(path).Value("SELECT a FROM t"), "7");
 }
 
 TEST_F(SqlDatabaseTest, DestructorClosesOnce)
 {
     auto other = std::make_unique<SqlDatabase>();
     other->Open(path, false);
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     other.reset();
 
@@ -171,7 +171,7 @@ TEST_F(SqlDatabaseTest, DestructorClosesOnce)
 TEST_F(SqlDatabaseTest, DestructorOfAClosedConnectionCallsNothing)
 {
     auto other = std::make_unique<SqlDatabase>();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     other.reset();
 
@@ -187,7 +187,7 @@ TEST_F(SqlDatabaseTest, DestructorAbandonsAConnectionWithAHeldStatement)
     ASSERT_EQ(sqlite3_prepare_v2(raw.Handle(), "SELECT 7", -1, &statement, nullptr), SQLITE_OK);
 
     {
-        const RecordedSqlite sqlite;
+        const SqliteCallRecorder sqlite;
         other.reset();
         EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)", "sqlite3_errmsg(handle)"));
     }
@@ -207,7 +207,7 @@ TEST_F(SqlDatabaseDeathTest, ExceptionWhileTheDestructorStoresTheMessageEndsTheP
             other->Open(path, false);
             SqlCommand command(*other);
             command.Prepare("SELECT 1");
-            RecordedSqlite sqlite;
+            SqliteCallRecorder sqlite;
             sqlite.ReplaceNextResult("sqlite3_errmsg", 0, false);
             other.reset();
         },

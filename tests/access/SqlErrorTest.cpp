@@ -5,7 +5,7 @@
 #include <ostream>
 #include <type_traits>
 
-#include "support/HasRecord.h"
+#include "support/HasError.h"
 
 namespace Morvik::sql::tests {
 
@@ -17,7 +17,7 @@ TEST(SqlErrorTest, FreshRecordIsASuccessWithoutAMessage)
 {
     const SqlError error;
 
-    EXPECT_THAT(error, HasRecord(0, ""));
+    EXPECT_THAT(error, HasError(0, ""));
     EXPECT_TRUE(error.Succeeded());
     EXPECT_FALSE(error.Failed());
     EXPECT_FALSE(error.HasRowData());
@@ -62,10 +62,10 @@ TEST(SqlErrorTest, MessageLeavesTheCodeAndTheNextCodeEmptiesTheMessage)
     error.SetError(5);
 
     error.SetErrorMsg("database is locked");
-    EXPECT_THAT(error, HasRecord(5, "database is locked"));
+    EXPECT_THAT(error, HasError(5, "database is locked"));
 
     error.SetError(0);
-    EXPECT_THAT(error, HasRecord(0, ""));
+    EXPECT_THAT(error, HasError(0, ""));
 }
 
 TEST(SqlErrorTest, MessageIsTakenWithoutACopy)

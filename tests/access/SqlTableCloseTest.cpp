@@ -10,10 +10,10 @@
 #include <utility>
 
 #include "support/AbandonedConnection.h"
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
-#include "support/Undestroyed.h"
+#include "support/HasError.h"
+#include "support/NoDestructor.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -26,14 +26,14 @@ using testing::IsEmpty;
 class SqlTableCloseTest : public WithOpenDatabase {
 protected:
     // Makes the step of the open query fail, and returns the result of finalizing a similar statement in raw SQLite.
-    PlainFailure LeaveFailedStep()
+    RawFailure LeaveFailedStep()
     {
         static constexpr char Sql[] = "SELECT abs(-9223372036854775807 - 1)";
         EXPECT_TRUE(table->Open(Sql));
         EXPECT_FALSE(table->ReadNext());
         EXPECT_NE(table->GetLastErrorMsg(), "");
 
-        return LegacyWalk(PlainSqlite(path).Handle(), Sql).finalize;
+        return LegacyWalk(RawSqlite(path).Handle(), Sql).finalize;
     }
 
     std::unique_ptr<SqlTable> table = std::make_unique<SqlTable>(database);
@@ -43,13 +43,13 @@ TEST_F(SqlTableCloseTest, ReleasesTheQuery)
 {
     table->Open("SELECT 7");
     table->ReadNext();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool closed = table->Close();
 
     EXPECT_TRUE(closed);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)"));
-    EXPECT_THAT(*table, HasRecord(0, ""));
+    EXPECT_THAT(*table, HasError(0, ""));
     EXPECT_FALSE(table->IsOpen());
     EXPECT_EQ(table->Columns(), 0);
 }
@@ -58,35 +58,35 @@ TEST_F(SqlTableCloseTest, ClosedCursorSucceedsAndLeavesTheRecord)
 {
     table->Open("nonsense");
     const std::string message = table->GetLastErrorMsg();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool closed = table->Close();
 
     EXPECT_TRUE(closed);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(*table, HasRecord(SQLITE_ERROR, message));
+    EXPECT_THAT(*table, HasError(SQLITE_ERROR, message));
 }
 
 // A null message cannot become a string. That exception represents any exception thrown while the message is stored.
 TEST_F(SqlTableCloseTest, ExceptionWhileTheMessageIsStoredIsDroppedAndLeavesTheCode)
 {
-    const PlainFailure plain = LeaveFailedStep();
-    RecordedSqlite sqlite;
+    const RawFailure plain = LeaveFailedStep();
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_errmsg", 0, false);
 
     const bool closed = table->Close();
 
     EXPECT_FALSE(closed);
     EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(*table, HasRecord(plain.code, ""));
+    EXPECT_THAT(*table, HasError(plain.code, ""));
     table.reset();
     EXPECT_EQ(sqlite.CallsOf("sqlite3_finalize").size(), 1U);
 }
 
 TEST_F(SqlTableCloseTest, NothingIsCompiledWhenAnExceptionEndsTheClosingOfThePreviousQuery)
 {
-    const PlainFailure plain = LeaveFailedStep();
-    RecordedSqlite sqlite;
+    const RawFailure plain = LeaveFailedStep();
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_errmsg", 0, false);
 
     const bool opened = table->Open("SELECT 7");
@@ -94,14 +94,14 @@ TEST_F(SqlTableCloseTest, NothingIsCompiledWhenAnExceptionEndsTheClosingOfThePre
     EXPECT_FALSE(opened);
     EXPECT_FALSE(sqlite.Pending());
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)", "sqlite3_errmsg(handle)"));
-    EXPECT_THAT(*table, HasRecord(plain.code, ""));
+    EXPECT_THAT(*table, HasError(plain.code, ""));
     EXPECT_TRUE(table->Open("SELECT 7"));
 }
 
 TEST_F(SqlTableCloseTest, DestructorDropsAnExceptionToo)
 {
     LeaveFailedStep();
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_errmsg", 0, false);
 
     table.reset();
@@ -115,13 +115,13 @@ TEST_F(SqlTableCloseTest, QueryOnAConnectionThatWasClosedMeanwhileIsKept)
     table->Open("SELECT 7");
     table->ReadNext();
     const AbandonedConnection raw(database);
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool closed = table->Close();
 
     EXPECT_TRUE(closed);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(*table, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(*table, HasError(SQLITE_ROW, ""));
     EXPECT_TRUE(table->IsOpen());
 }
 
@@ -131,13 +131,13 @@ TEST_F(SqlTableCloseTest, FailedQueryOnAConnectionThatWasClosedMeanwhileKeepsThe
     const int code = table->GetLastError();
     const std::string message = table->GetLastErrorMsg();
     const AbandonedConnection raw(database);
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool closed = table->Close();
 
     EXPECT_FALSE(closed);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(*table, HasRecord(code, message));
+    EXPECT_THAT(*table, HasError(code, message));
     EXPECT_TRUE(table->IsOpen());
 }
 
@@ -146,13 +146,13 @@ TEST_F(SqlTableCloseTest, NothingIsCompiledWhileAQueryIsHeldOnAClosedConnection)
     table->Open("SELECT 7");
     table->ReadNext();
     const AbandonedConnection raw(database);
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool opened = table->Open("nonsense");
 
     EXPECT_TRUE(opened);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(*table, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(*table, HasError(SQLITE_ROW, ""));
     EXPECT_TRUE(table->IsOpen());
 }
 
@@ -162,13 +162,13 @@ TEST_F(SqlTableCloseTest, EarlierFailureIsAnsweredWhileAQueryIsHeldOnAClosedConn
     const int code = table->GetLastError();
     const std::string message = table->GetLastErrorMsg();
     const AbandonedConnection raw(database);
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool opened = table->Open("SELECT 7");
 
     EXPECT_FALSE(opened);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(*table, HasRecord(code, message));
+    EXPECT_THAT(*table, HasError(code, message));
 }
 
 TEST_F(SqlTableCloseTest, DestructorLeavesAQueryOnAClosedConnectionUnfinalized)
@@ -177,7 +177,7 @@ TEST_F(SqlTableCloseTest, DestructorLeavesAQueryOnAClosedConnectionUnfinalized)
     const AbandonedConnection raw(database);
 
     {
-        const RecordedSqlite sqlite;
+        const SqliteCallRecorder sqlite;
         table.reset();
         EXPECT_THAT(sqlite.Calls(), IsEmpty());
     }
@@ -190,10 +190,10 @@ TEST_F(SqlTableCloseTest, MoveAssignmentLeavesAQueryOnAClosedConnectionUnfinaliz
 {
     table->Open("SELECT 7");
     const AbandonedConnection raw(database);
-    Undestroyed<SqlTable> source(database);
+    NoDestructor<SqlTable> source(database);
 
     {
-        const RecordedSqlite sqlite;
+        const SqliteCallRecorder sqlite;
         *table = std::move(*source);
         EXPECT_THAT(sqlite.Calls(), IsEmpty());
     }

@@ -12,8 +12,8 @@
 #include <string>
 
 #include "support/AbandonedConnection.h"
-#include "support/HasRecord.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -39,7 +39,7 @@ protected:
 TEST_F(SqlTableColumnTest, EveryReadMakesItsCallsAndLeavesTheRecord)
 {
     ReadRow("SELECT 'abc', 11, 12, 'text', x'01', 15");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_EQ(table.GetLength(0), 3);
     EXPECT_EQ(table.GetInteger(1), 11);
@@ -52,17 +52,17 @@ TEST_F(SqlTableColumnTest, EveryReadMakesItsCallsAndLeavesTheRecord)
                 ElementsAre("sqlite3_column_bytes(0)", "sqlite3_column_int(1)", "sqlite3_column_int64(2)",
                             "sqlite3_column_type(3)", "sqlite3_column_text(3)", "sqlite3_column_blob(4)",
                             "sqlite3_column_value(5)"));
-    EXPECT_THAT(table, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(table, HasError(SQLITE_ROW, ""));
 }
 
 TEST_F(SqlTableColumnTest, ColumnsAreCountedWhileAQueryIsHeld)
 {
     table.Open("SELECT 1, 2, 3");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_EQ(table.Columns(), 3);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_count()"));
-    EXPECT_THAT(table, HasRecord(0, ""));
+    EXPECT_THAT(table, HasError(0, ""));
 }
 
 TEST_F(SqlTableColumnTest, NumbersKeepTheirWidth)
@@ -108,7 +108,7 @@ TEST_F(SqlTableColumnTest, TextOfNullIsALogicError)
     ReadRow("SELECT NULL");
 
     EXPECT_THROW(table.GetText(0), std::logic_error);
-    EXPECT_THAT(table, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(table, HasError(SQLITE_ROW, ""));
 }
 
 TEST(SqlTableWithoutDatabaseTest, TextOfNoRowThrowsAsThatOfNullDoes)
@@ -122,7 +122,7 @@ TEST(SqlTableWithoutDatabaseTest, TextOfNoRowThrowsAsThatOfNullDoes)
 TEST_F(SqlTableColumnTest, TextThatCannotBeHandedOutIsOutOfMemory)
 {
     ReadRow("SELECT 'text'");
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_column_text", 0, false);
 
     EXPECT_THROW(table.GetText(0), std::bad_alloc);
@@ -134,7 +134,7 @@ TEST_F(SqlTableColumnTest, TextThatCannotBeHandedOutIsOutOfMemory)
 TEST_F(SqlTableColumnTest, TextAsksForTheTypeFirst)
 {
     ReadRow("SELECT NULL");
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
 
     EXPECT_THROW(table.GetText(0), std::logic_error);
 
@@ -152,18 +152,18 @@ TEST_F(SqlTableColumnTest, TextOfNullIsALogicErrorOnAConnectionThatWasAssignedOv
 TEST_F(SqlTableColumnTest, IndexOutOfRangeIsPassedToSqliteUnchecked)
 {
     ReadRow("SELECT 1");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_EQ(table.GetInteger(7), 0);
     EXPECT_EQ(table.GetInt64(-1), 0);
 
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_int(7)", "sqlite3_column_int64(-1)"));
-    EXPECT_THAT(table, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(table, HasError(SQLITE_ROW, ""));
 }
 
 TEST_F(SqlTableColumnTest, ReadsOfAClosedCursorArePassedToSqliteUnchecked)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_EQ(table.GetInteger(0), 0);
     EXPECT_EQ(table.GetLength(0), 0);
@@ -171,7 +171,7 @@ TEST_F(SqlTableColumnTest, ReadsOfAClosedCursorArePassedToSqliteUnchecked)
 
     EXPECT_THAT(sqlite.Calls(),
                 ElementsAre("sqlite3_column_int(0)", "sqlite3_column_bytes(0)", "sqlite3_column_blob(0)"));
-    EXPECT_THAT(table, HasRecord(0, ""));
+    EXPECT_THAT(table, HasError(0, ""));
 }
 
 TEST_F(SqlTableColumnTest, ValueWrapsTheColumnOfTheStatement)
@@ -187,14 +187,14 @@ TEST_F(SqlTableColumnTest, ValueWrapsTheColumnOfTheStatement)
 TEST_F(SqlTableColumnTest, NameIsLookedUpColumnByColumn)
 {
     ReadRow("SELECT 10 AS id, 11 AS name, 12 AS size");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_EQ(table["name"].GetValue<int>(), 11);
 
     EXPECT_THAT(sqlite.Calls(),
                 ElementsAre("sqlite3_column_count()", "sqlite3_column_name(0)", "sqlite3_column_name(1)",
                             "sqlite3_column_value(1)", "sqlite3_value_int()"));
-    EXPECT_THAT(table, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(table, HasError(SQLITE_ROW, ""));
 }
 
 TEST_F(SqlTableColumnTest, NameMatchesExactlyItsBytes)
@@ -220,7 +220,7 @@ TEST_F(SqlTableColumnTest, FirstOfTwoColumnsOfOneNameWins)
 TEST_F(SqlTableColumnTest, ColumnWhoseNameIsNotThereIsSkipped)
 {
     ReadRow("SELECT 10 AS id, 11 AS id");
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_column_name", 0, false);
 
     EXPECT_EQ(table["id"].GetValue<int>(), 11);
@@ -235,16 +235,16 @@ TEST_F(SqlTableColumnTest, UnknownNameGivesAValueWithoutAnInstanceAndLeavesTheRe
     SqlValue value = table["ID"];
 
     EXPECT_EQ(value.GetValueType(), -1);
-    EXPECT_THAT(value, HasRecord(0, ""));
+    EXPECT_THAT(value, HasError(0, ""));
     EXPECT_EQ(value.GetValue<int>(), 0);
-    EXPECT_THAT(value, HasRecord(112, "No value instance exists."));
-    EXPECT_THAT(table, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(value, HasError(112, "No value instance exists."));
+    EXPECT_THAT(table, HasError(SQLITE_ROW, ""));
 }
 
 TEST_F(SqlTableColumnTest, LookupOnAClosedCursorFindsNothing)
 {
     EXPECT_EQ(table["id"].ValueInstance(), nullptr);
-    EXPECT_THAT(table, HasRecord(0, ""));
+    EXPECT_THAT(table, HasError(0, ""));
 }
 
 } // namespace

@@ -9,10 +9,10 @@
 #include <string>
 #include <utility>
 
-#include "support/HasRecord.h"
-#include "support/PlainLegacyStatement.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/RawLegacyStatement.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -30,12 +30,12 @@ protected:
 TEST_F(SqlTableStepTest, RowsEndWithCodeZeroAndNoMessage)
 {
     table.Open("SELECT 1");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(table.ReadNext());
-    EXPECT_THAT(table, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(table, HasError(SQLITE_ROW, ""));
     EXPECT_FALSE(table.ReadNext());
-    EXPECT_THAT(table, HasRecord(0, ""));
+    EXPECT_THAT(table, HasError(0, ""));
     EXPECT_TRUE(table.IsOpen());
     EXPECT_EQ(table.Columns(), 1);
     EXPECT_THAT(sqlite.CallsOf("sqlite3_step"), ElementsAre("sqlite3_step()", "sqlite3_step()"));
@@ -49,7 +49,7 @@ TEST_F(SqlTableStepTest, EndOfAQueryWithoutRowsIsNoFailure)
     const bool read = table.ReadNext();
 
     EXPECT_FALSE(read);
-    EXPECT_THAT(table, HasRecord(0, ""));
+    EXPECT_THAT(table, HasError(0, ""));
 }
 
 TEST_F(SqlTableStepTest, ReadAfterTheEndStartsOver)
@@ -68,26 +68,26 @@ TEST_F(SqlTableStepTest, ReadOnAClosedCursorLeavesTheRecord)
 {
     table.Open("nonsense");
     const std::string message = table.GetLastErrorMsg();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool read = table.ReadNext();
 
     EXPECT_FALSE(read);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(table, HasRecord(SQLITE_ERROR, message));
+    EXPECT_THAT(table, HasError(SQLITE_ERROR, message));
 }
 
 TEST_F(SqlTableStepTest, AnyOtherResultCountsAsAFailureWithAMessage)
 {
     table.Open("SELECT 7");
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_step", SQLITE_OK, false);
 
     const bool read = table.ReadNext();
 
     EXPECT_FALSE(read);
     EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(table, HasRecord(SQLITE_OK, sqlite3_errmsg(database.GetNativeDatabaseInstance<sqlite3>())));
+    EXPECT_THAT(table, HasError(SQLITE_OK, sqlite3_errmsg(database.GetNativeDatabaseInstance<sqlite3>())));
 }
 
 TEST_F(SqlTableStepTest, ResetRewindsToBeforeTheFirstRow)
@@ -95,13 +95,13 @@ TEST_F(SqlTableStepTest, ResetRewindsToBeforeTheFirstRow)
     table.Open("SELECT 7 UNION ALL SELECT 8");
     table.ReadNext();
     table.ReadNext();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool reset = table.Reset();
 
     EXPECT_TRUE(reset);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_reset()"));
-    EXPECT_THAT(table, HasRecord(0, ""));
+    EXPECT_THAT(table, HasError(0, ""));
     EXPECT_TRUE(table.ReadNext());
     EXPECT_EQ(table.GetInteger(0), 7);
 }
@@ -110,13 +110,13 @@ TEST_F(SqlTableStepTest, ResetOfAClosedCursorSucceedsAndLeavesTheRecord)
 {
     table.Open("nonsense");
     const std::string message = table.GetLastErrorMsg();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool reset = table.Reset();
 
     EXPECT_TRUE(reset);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(table, HasRecord(SQLITE_ERROR, message));
+    EXPECT_THAT(table, HasError(SQLITE_ERROR, message));
 }
 
 // Statements whose step fails, run in the cursor and in a raw legacy statement. SQLite chooses the codes; the cursor
@@ -131,28 +131,28 @@ class SqlTableFailingStepTest : public SqlTableStepTest, public testing::WithPar
 protected:
     SqlTableFailingStepTest()
     {
-        PlainSqlite(path).Execute("CREATE TABLE t(a UNIQUE); INSERT INTO t VALUES (1)");
+        RawSqlite(path).Execute("CREATE TABLE t(a UNIQUE); INSERT INTO t VALUES (1)");
         EXPECT_TRUE(table.Open(GetParam().sql));
         legacy.emplace(*plain, GetParam().sql);
         other.Execute(GetParam().meanwhile);
     }
 
-    PlainSqlite other{path};
-    std::optional<PlainSqlite> plain{std::in_place, path};
-    std::optional<PlainLegacyStatement> legacy;
+    RawSqlite other{path};
+    std::optional<RawSqlite> plain{std::in_place, path};
+    std::optional<RawLegacyStatement> legacy;
 };
 
 TEST_P(SqlTableFailingStepTest, LeavesTheCodeAndMessageOfTheLegacyInterface)
 {
-    const PlainFailure step = legacy->Step();
+    const RawFailure step = legacy->Step();
     legacy->Reset();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool read = table.ReadNext();
 
     EXPECT_FALSE(read);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_step()", "sqlite3_errmsg(handle)"));
-    EXPECT_THAT(table, HasRecord(step.code, step.message));
+    EXPECT_THAT(table, HasError(step.code, step.message));
     EXPECT_NE(step.message, "");
     EXPECT_TRUE(table.IsOpen());
 }
@@ -160,30 +160,30 @@ TEST_P(SqlTableFailingStepTest, LeavesTheCodeAndMessageOfTheLegacyInterface)
 TEST_P(SqlTableFailingStepTest, ResetReportsTheStepAgainWithoutAMessage)
 {
     legacy->Step();
-    const PlainFailure reset = legacy->Reset();
+    const RawFailure reset = legacy->Reset();
     table.ReadNext();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool succeeded = table.Reset();
 
     EXPECT_FALSE(succeeded);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_reset()"));
-    EXPECT_THAT(table, HasRecord(reset.code, ""));
+    EXPECT_THAT(table, HasError(reset.code, ""));
     EXPECT_NE(reset.code, SQLITE_OK);
 }
 
 TEST_P(SqlTableFailingStepTest, CloseReportsTheStepAgainWithItsMessageAndReleasesTheQuery)
 {
     legacy->Step();
-    const PlainFailure finalize = legacy->Finalize();
+    const RawFailure finalize = legacy->Finalize();
     table.ReadNext();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const bool closed = table.Close();
 
     EXPECT_FALSE(closed);
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)", "sqlite3_errmsg(handle)"));
-    EXPECT_THAT(table, HasRecord(finalize.code, finalize.message));
+    EXPECT_THAT(table, HasError(finalize.code, finalize.message));
     EXPECT_NE(finalize.message, "");
     EXPECT_FALSE(table.IsOpen());
     EXPECT_TRUE(database.Close());

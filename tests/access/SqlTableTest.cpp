@@ -10,10 +10,10 @@
 #include <type_traits>
 #include <utility>
 
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
-#include "support/Undestroyed.h"
+#include "support/HasError.h"
+#include "support/NoDestructor.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -33,10 +33,10 @@ class SqlTableTest : public WithOpenDatabase {};
 
 TEST_F(SqlTableTest, FreshCursorIsClosedWithoutAnError)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
     const SqlTable table(database);
 
-    EXPECT_THAT(table, HasRecord(0, ""));
+    EXPECT_THAT(table, HasError(0, ""));
     EXPECT_FALSE(table.IsOpen());
     EXPECT_EQ(table.Columns(), 0);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
@@ -86,7 +86,7 @@ TEST_F(SqlTableTest, DestructorFinalizesTheQueryOnce)
     table->Open("SELECT 7");
 
     {
-        const RecordedSqlite sqlite;
+        const SqliteCallRecorder sqlite;
         table.reset();
         EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)"));
     }
@@ -97,7 +97,7 @@ TEST_F(SqlTableTest, DestructorFinalizesTheQueryOnce)
 TEST_F(SqlTableTest, DestructorOfAClosedCursorCallsNothing)
 {
     auto table = std::make_unique<SqlTable>(database);
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     table.reset();
 
@@ -106,15 +106,15 @@ TEST_F(SqlTableTest, DestructorOfAClosedCursorCallsNothing)
 
 TEST_F(SqlTableTest, MoveTakesTheQueryAndTheRecordOver)
 {
-    Undestroyed<SqlTable> source(database);
+    NoDestructor<SqlTable> source(database);
     source->Open("SELECT 7 UNION ALL SELECT 8");
     source->ReadNext();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const SqlTable target(std::move(*source));
 
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(target, HasRecord(SQLITE_ROW, ""));
+    EXPECT_THAT(target, HasError(SQLITE_ROW, ""));
     EXPECT_EQ(target.GetInteger(0), 7);
     EXPECT_TRUE(target.ReadNext());
     EXPECT_EQ(target.GetInteger(0), 8);
@@ -124,7 +124,7 @@ TEST_F(SqlTableTest, MovedFromCursorMayBeAssignedTo)
 {
     SqlTable source(database);
     const SqlTable target(std::move(source));
-    Undestroyed<SqlTable> other(database);
+    NoDestructor<SqlTable> other(database);
     other->Open("SELECT 7");
 
     source = std::move(*other);
@@ -135,21 +135,21 @@ TEST_F(SqlTableTest, MovedFromCursorMayBeAssignedTo)
 
 TEST_F(SqlTableTest, MoveAssignmentFinalizesThePreviousQuery)
 {
-    Undestroyed<SqlTable> source(database);
+    NoDestructor<SqlTable> source(database);
     source->Open("nonsense");
     const std::string message = source->GetLastErrorMsg();
     SqlTable target(database);
     target.Open("SELECT 8");
 
     {
-        const RecordedSqlite sqlite;
+        const SqliteCallRecorder sqlite;
         SqlTable& result = target = std::move(*source);
         EXPECT_EQ(&result, &target);
         EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)"));
     }
 
     EXPECT_FALSE(target.IsOpen());
-    EXPECT_THAT(target, HasRecord(SQLITE_ERROR, message));
+    EXPECT_THAT(target, HasError(SQLITE_ERROR, message));
     EXPECT_TRUE(database.Close());
 }
 
@@ -157,8 +157,8 @@ TEST_F(SqlTableTest, MoveAssignmentTakesTheConnectionOver)
 {
     SqlDatabase other;
     other.Open(":memory:", false);
-    PlainSqlite(path).Execute("CREATE TABLE t(a)");
-    Undestroyed<SqlTable> source(database);
+    RawSqlite(path).Execute("CREATE TABLE t(a)");
+    NoDestructor<SqlTable> source(database);
     SqlTable target(other);
 
     target = std::move(*source);

@@ -9,8 +9,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "support/HasRecord.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -49,14 +49,14 @@ TYPED_TEST_SUITE(SqlValueMissingTest, ValueTypes, ValueTypeName);
 TYPED_TEST(SqlValueMissingTest, ReadsAsTheZeroOfTheTypeAndRecordsWhy)
 {
     SqlValue value(nullptr);
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
     EXPECT_EQ(value.GetValueType(), -1);
-    EXPECT_THAT(value, HasRecord(0, ""));
+    EXPECT_THAT(value, HasError(0, ""));
 
     const TypeParam read = value.template GetValue<TypeParam>();
 
     EXPECT_EQ(read, TypeParam{});
-    EXPECT_THAT(value, HasRecord(Missing, MissingMessage));
+    EXPECT_THAT(value, HasError(Missing, MissingMessage));
     EXPECT_TRUE(value.Failed());
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
@@ -69,7 +69,7 @@ TYPED_TEST(SqlValueMissingTest, RecordsAgainOverAnotherMessage)
 
     value.template GetValue<TypeParam>();
 
-    EXPECT_THAT(value, HasRecord(Missing, MissingMessage));
+    EXPECT_THAT(value, HasError(Missing, MissingMessage));
 }
 
 TEST(SqlValueMissingInstanceTest, FailureStaysRecordedThroughReadsThatSucceed)
@@ -89,7 +89,7 @@ TEST(SqlValueMissingInstanceTest, FailureStaysRecordedThroughReadsThatSucceed)
     EXPECT_EQ(value.GetValue<std::string>(), "7");
     EXPECT_THAT(value.GetValue<std::vector<char>>(), ElementsAre('7'));
 
-    EXPECT_THAT(value, HasRecord(Missing, MissingMessage));
+    EXPECT_THAT(value, HasError(Missing, MissingMessage));
     EXPECT_TRUE(value.Failed());
 }
 

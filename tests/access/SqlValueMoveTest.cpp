@@ -9,7 +9,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "support/HasRecord.h"
+#include "support/HasError.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -45,11 +45,11 @@ TEST_F(SqlValueMoveTest, MoveTakesTheInstanceAndStartsAFreshRecord)
     const SqlValue target(std::move(source));
 
     EXPECT_EQ(target.ValueInstance(), instance);
-    EXPECT_THAT(target, HasRecord(0, ""));
+    EXPECT_THAT(target, HasError(0, ""));
     // NOLINTBEGIN(bugprone-use-after-move): what the source is left with is the point
     EXPECT_EQ(source.ValueInstance(), nullptr);
     EXPECT_EQ(source.GetValueType(), -1);
-    EXPECT_THAT(source, HasRecord(MissingInstance, MissingInstanceMessage));
+    EXPECT_THAT(source, HasError(MissingInstance, MissingInstanceMessage));
     // NOLINTEND(bugprone-use-after-move)
 }
 
@@ -66,10 +66,10 @@ TEST_F(SqlValueMoveTest, MoveAssignmentExchangesTheInstancesAndLeavesTheRecords)
 
     EXPECT_EQ(&result, &first);
     EXPECT_EQ(first.ValueInstance(), instances[1]);
-    EXPECT_THAT(first, HasRecord(5, "first"));
+    EXPECT_THAT(first, HasError(5, "first"));
     // NOLINTBEGIN(bugprone-use-after-move): what the source is left with is the point
     EXPECT_EQ(second.ValueInstance(), instances[0]);
-    EXPECT_THAT(second, HasRecord(0, ""));
+    EXPECT_THAT(second, HasError(0, ""));
     // NOLINTEND(bugprone-use-after-move)
 }
 
@@ -85,7 +85,7 @@ TEST_F(SqlValueMoveTest, SelfAssignmentChangesNothing)
     value = std::move(same);
 
     EXPECT_EQ(value.ValueInstance(), instance);
-    EXPECT_THAT(value, HasRecord(5, "message"));
+    EXPECT_THAT(value, HasError(5, "message"));
 }
 
 } // namespace

@@ -16,8 +16,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "support/HasRecord.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
@@ -69,7 +69,7 @@ TEST_F(SqlValueTest, WrapsTheInstanceWithAFreshRecord)
     const SqlValue value(instance);
 
     EXPECT_EQ(value.ValueInstance(), instance);
-    EXPECT_THAT(value, HasRecord(0, ""));
+    EXPECT_THAT(value, HasError(0, ""));
     EXPECT_TRUE(value.Succeeded());
 }
 
@@ -90,7 +90,7 @@ TEST_F(SqlValueTest, EveryReadMakesItsCallAndLeavesTheRecord)
 {
     ReadRow("SELECT 7");
     SqlValue value = table[0];
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_EQ(value.GetValueType(), 1);
     EXPECT_EQ(value.GetValue<int>(), 7);
@@ -102,7 +102,7 @@ TEST_F(SqlValueTest, EveryReadMakesItsCallAndLeavesTheRecord)
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_value_type()", "sqlite3_value_int()", "sqlite3_value_int64()",
                                             "sqlite3_value_double()", "sqlite3_value_type()", "sqlite3_value_text()",
                                             "sqlite3_value_bytes()", "sqlite3_value_blob()"));
-    EXPECT_THAT(value, HasRecord(0, ""));
+    EXPECT_THAT(value, HasError(0, ""));
 }
 
 TEST_F(SqlValueTest, IntegersKeepTheirWidth)
@@ -138,7 +138,7 @@ TEST_F(SqlValueTest, NullReadsAsZeroAndAsNoBytes)
     EXPECT_EQ(value.GetValue<long long>(), 0);
     EXPECT_EQ(value.GetValue<double>(), 0.0);
     EXPECT_THAT(value.GetValue<std::vector<char>>(), IsEmpty());
-    EXPECT_THAT(value, HasRecord(0, ""));
+    EXPECT_THAT(value, HasError(0, ""));
 }
 
 TEST_F(SqlValueTest, TextOfNullIsALogicError)
@@ -147,7 +147,7 @@ TEST_F(SqlValueTest, TextOfNullIsALogicError)
     SqlValue value = table[0];
 
     EXPECT_THROW(value.GetValue<std::string>(), std::logic_error);
-    EXPECT_THAT(value, HasRecord(0, ""));
+    EXPECT_THAT(value, HasError(0, ""));
 }
 
 TEST_F(SqlValueTest, BytesAreWholeAndTextEndsAtItsFirstZeroByte)
@@ -179,7 +179,7 @@ TEST_F(SqlValueTest, BytesOfAUtf16TextAreReadAsUtf8)
 TEST_F(SqlValueTest, DataThatCannotBeHandedOutIsOutOfMemory)
 {
     ReadRow("SELECT 'text', x'07'");
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
 
     sqlite.ReplaceNextResult("sqlite3_value_text", 0, false);
     EXPECT_THROW(table[0].GetValue<std::string>(), std::bad_alloc);

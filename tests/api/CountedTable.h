@@ -4,9 +4,9 @@
 
 #include <string>
 
-#include "support/HasRecord.h"
+#include "support/HasError.h"
 #include "support/OpenFacade.h"
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
@@ -15,7 +15,7 @@ class CountedTable : public OpenFacade {
 protected:
     static constexpr int NotWritten = -77;
 
-    CountedTable() { PlainSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2), (3)"); }
+    CountedTable() { RawSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2), (3)"); }
 
     int Count(const std::string& table, const std::string& condition)
     {
@@ -33,7 +33,7 @@ protected:
     void ExpectNoWalk()
     {
         EXPECT_FALSE(database.ReadNextRow(row));
-        EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+        EXPECT_THAT(database, HasError(111, "Table isn't open."));
     }
 
     /// A condition with which the count itself returns no row, so that a row appended with UNION becomes the first.

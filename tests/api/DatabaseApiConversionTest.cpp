@@ -7,7 +7,7 @@
 
 #include "support/Cells.h"
 #include "support/OpenFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -40,7 +40,7 @@ TEST_F(DatabaseApiConversionTest, StorageClassChoosesTagAndAlternative)
 
 TEST_F(DatabaseApiConversionTest, ColumnsAreReadInOrderEachByTheGetterOfItsStorageClass)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(database.ReadValues("SELECT 7, 1.5, 'text', X'41', NULL", data));
 

@@ -4,7 +4,7 @@
 
 #include "support/Cells.h"
 #include "support/OpenFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -29,7 +29,7 @@ TEST_F(DatabaseApiCursorEndTest, NewQueryEndsTheOneBefore)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
     ASSERT_TRUE(database.ReadNextRow(row));
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(database.SqlQueryBegin("SELECT b FROM t"));
 
@@ -41,25 +41,25 @@ TEST_F(DatabaseApiCursorEndTest, NewQueryEndsTheOneBefore)
 
 TEST_F(DatabaseApiCursorEndTest, RejectedQueryEndsTheOneBeforeAndEmptiesTheCurrentRow)
 {
-    const PlainFailure plain = FailureOfPrepare(PlainSqlite(path).Handle(), "SELECT missing FROM t");
+    const RawFailure plain = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT missing FROM t");
     ASSERT_NE(plain.code, 0);
 
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
     const DbTableRowValues& current = *database.begin();
     ASSERT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
     EXPECT_FALSE(database.SqlQueryBegin(""));
-    EXPECT_THAT(database, HasRecord(112, "Missing query SQL statement."));
+    EXPECT_THAT(database, HasError(112, "Missing query SQL statement."));
     EXPECT_THAT(current.cells, IsEmpty());
     EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+    EXPECT_THAT(database, HasError(111, "Table isn't open."));
 
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
     ASSERT_NE(database.begin(), database.end());
     EXPECT_FALSE(database.SqlQueryBegin("SELECT missing FROM t"));
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
     EXPECT_THAT(current.cells, IsEmpty());
     EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+    EXPECT_THAT(database, HasError(111, "Table isn't open."));
     EXPECT_TRUE(database.CloseDatabase());
 }
 
@@ -91,25 +91,25 @@ TEST_F(DatabaseApiCursorEndTest, CloseReadTableReleasesTheQueryAndLeavesTheCurre
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
     const DbTableRowValues& current = *database.begin();
     FailWithMissingCommand();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(database.CloseReadTable());
 
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)"));
     EXPECT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
     EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+    EXPECT_THAT(database, HasError(111, "Table isn't open."));
 }
 
 TEST_F(DatabaseApiCursorEndTest, CloseReadTableWithoutAQuerySucceeds)
 {
     FailWithMissingCommand();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(database.CloseReadTable());
 
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
@@ -126,7 +126,7 @@ TEST_F(DatabaseApiCursorEndTest, WholeReadEndsTheQueryAndTheNextFetchContinuesOn
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Text string(one)"));
     EXPECT_TRUE(database.ReadNextRow(row));
     EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(DatabaseApiCursorEndTest, OtherOperationsLeaveTheQueryWhereItWas)

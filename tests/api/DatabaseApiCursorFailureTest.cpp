@@ -5,8 +5,8 @@
 
 #include "support/Cells.h"
 #include "support/OpenFacade.h"
-#include "support/PlainLegacyStatement.h"
-#include "support/RecordedSqlite.h"
+#include "support/RawLegacyStatement.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -30,47 +30,47 @@ protected:
 
 TEST_F(DatabaseApiCursorFailureTest, FailedStepTakesOverSqlitesRecordAndLeavesTheRow)
 {
-    const PlainWalk plain = LegacyWalk(PlainSqlite(path).Handle(), failing);
+    const PlainWalk plain = LegacyWalk(RawSqlite(path).Handle(), failing);
     ASSERT_NE(plain.step.code, SQLITE_DONE);
     ASSERT_TRUE(database.SqlQueryBegin(failing));
     ASSERT_TRUE(database.ReadNextRow(row));
 
     EXPECT_FALSE(database.ReadNextRow(row));
 
-    EXPECT_THAT(database, HasRecord(plain.step.code, plain.step.message));
+    EXPECT_THAT(database, HasError(plain.step.code, plain.step.message));
     EXPECT_TRUE(database.Failed());
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(1)"));
 }
 
 TEST_F(DatabaseApiCursorFailureTest, FailedStepMakesBeginReturnTheEndAndLeavesTheCurrentRow)
 {
-    const PlainWalk plain = LegacyWalk(PlainSqlite(path).Handle(), failing);
+    const PlainWalk plain = LegacyWalk(RawSqlite(path).Handle(), failing);
     ASSERT_TRUE(database.SqlQueryBegin(failing));
     const DbTableRowValues& current = *database.begin();
 
     EXPECT_EQ(database.begin(), database.end());
 
-    EXPECT_THAT(database, HasRecord(plain.step.code, plain.step.message));
+    EXPECT_THAT(database, HasError(plain.step.code, plain.step.message));
     EXPECT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
 }
 
 TEST_F(DatabaseApiCursorFailureTest, CloseReadTableRepeatsTheFailedStepsRecordAndReleasesTheQueryAllTheSame)
 {
-    const PlainWalk plain = LegacyWalk(PlainSqlite(path).Handle(), failing);
+    const PlainWalk plain = LegacyWalk(RawSqlite(path).Handle(), failing);
     ASSERT_NE(plain.finalize.code, SQLITE_OK);
     ASSERT_TRUE(database.SqlQueryBegin(failing));
     ASSERT_TRUE(database.ReadNextRow(row));
     ASSERT_FALSE(database.ReadNextRow(row));
     {
-        const RecordedSqlite sqlite;
+        const SqliteCallRecorder sqlite;
 
         EXPECT_FALSE(database.CloseReadTable());
 
         EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)", "sqlite3_errmsg(handle)"));
     }
-    EXPECT_THAT(database, HasRecord(plain.finalize.code, plain.finalize.message));
+    EXPECT_THAT(database, HasError(plain.finalize.code, plain.finalize.message));
     EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+    EXPECT_THAT(database, HasError(111, "Table isn't open."));
     EXPECT_TRUE(database.CloseReadTable());
     EXPECT_TRUE(database.CloseDatabase());
 }
@@ -90,20 +90,20 @@ TEST_F(DatabaseApiCursorFailureTest, NewQueryForgetsTheFailedOne)
 
 TEST_F(DatabaseApiCursorFailureTest, SchemaChangedAfterTheQueryBeganFailsItsFirstStep)
 {
-    PlainSqlite plain(path);
-    PlainLegacyStatement statement(plain, "SELECT a FROM t");
+    RawSqlite plain(path);
+    RawLegacyStatement statement(plain, "SELECT a FROM t");
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
-    PlainSqlite(path).Execute("CREATE TABLE made (a)");
-    const PlainFailure stepped = statement.Step();
-    const PlainFailure finalized = statement.Finalize();
+    RawSqlite(path).Execute("CREATE TABLE made (a)");
+    const RawFailure stepped = statement.Step();
+    const RawFailure finalized = statement.Finalize();
     ASSERT_NE(stepped.code, SQLITE_ROW);
 
     EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasRecord(stepped.code, stepped.message));
+    EXPECT_THAT(database, HasError(stepped.code, stepped.message));
 
     EXPECT_FALSE(database.CloseReadTable());
     EXPECT_EQ(finalized.code, SQLITE_SCHEMA);
-    EXPECT_THAT(database, HasRecord(finalized.code, finalized.message));
+    EXPECT_THAT(database, HasError(finalized.code, finalized.message));
 }
 
 class DatabaseApiStaleFailureTest : public OpenFacade {
@@ -122,18 +122,18 @@ protected:
 TEST_F(DatabaseApiStaleFailureTest, FetchesConsumeRowsWithoutCellsUntilTheEndResetsTheCode)
 {
     BeginAndFail();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     for (int fetch = 2; fetch <= 3; ++fetch) {
         row.cells = {TextCell("old")};
         EXPECT_FALSE(database.ReadNextRow(row));
         EXPECT_THAT(row.cells, IsEmpty());
-        EXPECT_THAT(database, HasRecord(112, "Missing command."));
+        EXPECT_THAT(database, HasError(112, "Missing command."));
     }
     row.cells = {TextCell("kept")};
     EXPECT_FALSE(database.ReadNextRow(row));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Text string(kept)"));
     EXPECT_EQ(sqlite.CallsOf("sqlite3_step").size(), 3U);
 }
@@ -146,7 +146,7 @@ TEST_F(DatabaseApiStaleFailureTest, BeginConsumesARowAndReturnsTheEndWithoutCell
     FailWithMissingCommand();
 
     EXPECT_EQ(database.begin(), database.end());
-    EXPECT_THAT(database, HasRecord(112, "Missing command."));
+    EXPECT_THAT(database, HasError(112, "Missing command."));
     EXPECT_THAT(current.cells, IsEmpty());
 
     ASSERT_TRUE(database.Execute("SELECT 0"));
@@ -162,14 +162,14 @@ TEST_F(DatabaseApiStaleFailureTest, AnotherOperationsSuccessLetsTheWalkGoOn)
     EXPECT_TRUE(database.ReadNextRow(row));
 
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)"));
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
 }
 
 TEST_F(DatabaseApiStaleFailureTest, FailedConversionStaysRecordedUntilTheEnd)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT 1 UNION SELECT 2 UNION SELECT 3"));
     {
-        RecordedSqlite sqlite;
+        SqliteCallRecorder sqlite;
         sqlite.ReplaceNextResult("sqlite3_value_type", 9, false);
         EXPECT_FALSE(database.ReadNextRow(row));
         EXPECT_FALSE(sqlite.Pending());
@@ -177,12 +177,12 @@ TEST_F(DatabaseApiStaleFailureTest, FailedConversionStaysRecordedUntilTheEnd)
 
     for (int fetch = 2; fetch <= 3; ++fetch) {
         EXPECT_FALSE(database.ReadNextRow(row));
-        EXPECT_THAT(database, HasRecord(112, "Unknown value type."));
+        EXPECT_THAT(database, HasError(112, "Unknown value type."));
         EXPECT_THAT(row.cells, IsEmpty());
     }
     EXPECT_FALSE(database.ReadNextRow(row));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(DatabaseApiStaleFailureTest, BeginningAQueryResetsTheCode)
@@ -191,7 +191,7 @@ TEST_F(DatabaseApiStaleFailureTest, BeginningAQueryResetsTheCode)
 
     EXPECT_TRUE(database.SqlQueryBegin("SELECT 5"));
 
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
     EXPECT_TRUE(database.ReadNextRow(row));
 }
 

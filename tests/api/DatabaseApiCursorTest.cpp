@@ -4,7 +4,7 @@
 
 #include "support/Cells.h"
 #include "support/OpenFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -25,11 +25,11 @@ protected:
 
 TEST_F(DatabaseApiCursorTest, QueryIsOpenedWithoutFetchingARow)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_prepare(handle, SELECT a FROM t, -1)"));
 }
 
@@ -43,7 +43,7 @@ TEST_F(DatabaseApiCursorTest, RowsComeInOrderAndTheEndLeavesTheLastRow)
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)", "1:Text string(two)"));
 
     EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_TRUE(database.Succeeded());
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)", "1:Text string(two)"));
 }
@@ -75,9 +75,9 @@ TEST_F(DatabaseApiCursorTest, QueryWithoutRowsEndsWithTheFirstFetch)
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t WHERE 0"));
 
     EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_EQ(database.begin(), database.end());
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Text string(kept)"));
 }
 
@@ -86,25 +86,25 @@ TEST_F(DatabaseApiCursorTest, EndReplacesAnEarlierMessageAndBeginningDoesNot)
     FailWithMissingCommand();
 
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t WHERE a=1"));
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
     ASSERT_TRUE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
     EXPECT_FALSE(database.ReadNextRow(row));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(DatabaseApiCursorTest, FetchWithoutAQueryFailsAndLeavesTheRow)
 {
     row.cells = {TextCell("kept")};
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+    EXPECT_THAT(database, HasError(111, "Table isn't open."));
 
     EXPECT_TRUE(database.CloseReadTable());
     EXPECT_EQ(database.begin(), database.end());
-    EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+    EXPECT_THAT(database, HasError(111, "Table isn't open."));
 
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Text string(kept)"));
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
@@ -117,17 +117,17 @@ TEST(DatabaseApiClosedTest, FetchAsksForAQueryNotForADatabase)
 
     EXPECT_FALSE(database.ReadNextRow(row));
 
-    EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+    EXPECT_THAT(database, HasError(111, "Table isn't open."));
 }
 
 TEST(DatabaseApiClosedTest, QueryIsRejectedBeforeItsTextIsLookedAt)
 {
     DatabaseApi database;
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     for (const char* sql : {"SELECT 1", ""}) {
         EXPECT_FALSE(database.SqlQueryBegin(sql));
-        EXPECT_THAT(database, HasRecord(111, "Database isn't open."));
+        EXPECT_THAT(database, HasError(111, "Database isn't open."));
     }
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
@@ -135,10 +135,10 @@ TEST(DatabaseApiClosedTest, QueryIsRejectedBeforeItsTextIsLookedAt)
 TEST_F(DatabaseApiCursorTest, TextWithoutAStatementBeginsNoQuery)
 {
     EXPECT_TRUE(database.SqlQueryBegin("-- nothing"));
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 
     EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+    EXPECT_THAT(database, HasError(111, "Table isn't open."));
 }
 
 } // namespace

@@ -6,7 +6,7 @@
 
 #include "support/Cells.h"
 #include "support/DoubleQuotedTexts.h"
-#include "support/HasRecord.h"
+#include "support/HasError.h"
 
 namespace Morvik::sql::tests {
 
@@ -49,11 +49,11 @@ TEST_F(DatabaseApiDoubleQuotedTextsTest, RejectedOnesAreAnUnknownColumn)
     Open();
 
     EXPECT_FALSE(Write(TextCell("kitchen")));
-    EXPECT_THAT(database, HasRecord(1, "no such column: kitchen"));
+    EXPECT_THAT(database, HasError(1, "no such column: kitchen"));
     EXPECT_FALSE(Write(TextCell("")));
-    EXPECT_THAT(database, HasRecord(1, "no such column: "));
+    EXPECT_THAT(database, HasError(1, "no such column: "));
     EXPECT_FALSE(Write(BlobCell("ab")));
-    EXPECT_THAT(database, HasRecord(1, "no such column: ab"));
+    EXPECT_THAT(database, HasError(1, "no such column: ab"));
 
     EXPECT_THAT(Stored(), IsEmpty());
 }
@@ -66,7 +66,7 @@ TEST_F(DatabaseApiDoubleQuotedTextsTest, RejectedOnesLeaveARowAsItWas)
 
     EXPECT_FALSE(Update(TextCell("kitchen")));
 
-    EXPECT_THAT(database, HasRecord(1, "no such column: kitchen"));
+    EXPECT_THAT(database, HasError(1, "no such column: kitchen"));
     EXPECT_THAT(Stored(), ElementsAre(ElementsAre("0:Text string(hall)", "1:Integer int(1)")));
 }
 

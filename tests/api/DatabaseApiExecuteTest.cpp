@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "support/OpenFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -18,22 +18,22 @@ using DatabaseApiExecuteTest = OpenFacade;
 TEST_F(DatabaseApiExecuteTest, RunsEveryStatementWithOneCallAndDiscardsRows)
 {
     const std::string sql = "CREATE TABLE t (a); INSERT INTO t VALUES (1); SELECT * FROM t; INSERT INTO t VALUES (2);";
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(database.Execute(sql));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_exec(handle, " + sql + ", null, null)"));
     EXPECT_THAT(PlainRows("SELECT a FROM t"), ElementsAre(ElementsAre("1"), ElementsAre("2")));
 }
 
 TEST_F(DatabaseApiExecuteTest, EmptyTextIsRejectedWithoutReachingSqlite)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.Execute(""));
 
-    EXPECT_THAT(database, HasRecord(112, "Missing command."));
+    EXPECT_THAT(database, HasError(112, "Missing command."));
     EXPECT_TRUE(database.Failed());
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
@@ -42,7 +42,7 @@ TEST_F(DatabaseApiExecuteTest, BlankTextIsNoMissingCommand)
 {
     EXPECT_TRUE(database.Execute(" "));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(DatabaseApiExecuteTest, SuccessResetsTheCodeAndKeepsTheMessage)
@@ -51,19 +51,19 @@ TEST_F(DatabaseApiExecuteTest, SuccessResetsTheCodeAndKeepsTheMessage)
 
     EXPECT_TRUE(database.Execute("CREATE TABLE t (a)"));
 
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
     EXPECT_TRUE(database.Succeeded());
 }
 
 TEST_F(DatabaseApiExecuteTest, FailureTakesOverSqlitesCodeAndText)
 {
-    const PlainFailure plain = PlainRejection("INSERT INTO missing VALUES (1)");
+    const RawFailure plain = PlainRejection("INSERT INTO missing VALUES (1)");
     FailWithMissingCommand();
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.Execute("INSERT INTO missing VALUES (1)"));
 
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_exec(handle, INSERT INTO missing VALUES (1), null, null)",
                                             "sqlite3_free(memory)"));
 }
@@ -90,15 +90,15 @@ TEST_F(DatabaseApiExecuteTest, FailureLeavesTheQueryWhereItWas)
 
 TEST(DatabaseApiClosedTest, ExecuteAnswersWhatSqliteAnswersWithoutAConnection)
 {
-    const PlainFailure plain = FailureOfExec(nullptr, "SELECT 1");
+    const RawFailure plain = FailureOfExec(nullptr, "SELECT 1");
     DatabaseApi database;
     database.Execute("");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.Execute("SELECT 1"));
 
     EXPECT_EQ(plain.code, SQLITE_MISUSE);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_exec(null, SELECT 1, null, null)"));
     EXPECT_FALSE(database.IsOpen());
 }
@@ -112,18 +112,18 @@ TEST_F(DatabaseApiExecuteTest, PreparedStatementBindsAndStepsOnTheFacadesConnect
     EXPECT_TRUE(insert.BindText(2, "O'Brien"));
     EXPECT_TRUE(insert.Step());
 
-    EXPECT_THAT(insert, HasRecord(101, ""));
+    EXPECT_THAT(insert, HasError(101, ""));
     EXPECT_THAT(PlainRows("SELECT * FROM t"), ElementsAre(ElementsAre("7", "'O''Brien'")));
 }
 
 TEST_F(DatabaseApiExecuteTest, PrepareStatementMakesOneCallAndReadsOnlyTheGivenText)
 {
     const std::string_view text = std::string_view("SELECT 12").substr(0, 8);
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     {
         const SqlCommand command = database.PrepareStatement(text);
-        EXPECT_THAT(command, HasRecord(0, ""));
+        EXPECT_THAT(command, HasError(0, ""));
     }
 
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_prepare_v2(handle, SELECT 1, 8)", "sqlite3_finalize(statement)"));
@@ -134,17 +134,17 @@ TEST_F(DatabaseApiExecuteTest, PrepareStatementNeverTouchesTheFacadesRecord)
     FailWithMissingCommand();
 
     const SqlCommand good = database.PrepareStatement("SELECT 1");
-    EXPECT_THAT(good, HasRecord(0, ""));
-    EXPECT_THAT(database, HasRecord(112, "Missing command."));
+    EXPECT_THAT(good, HasError(0, ""));
+    EXPECT_THAT(database, HasError(112, "Missing command."));
 
     const SqlCommand bad = database.PrepareStatement("nonsense");
-    EXPECT_THAT(bad, HasRecord(1, ""));
-    EXPECT_THAT(database, HasRecord(112, "Missing command."));
+    EXPECT_THAT(bad, HasError(1, ""));
+    EXPECT_THAT(database, HasError(112, "Missing command."));
 
     ASSERT_TRUE(database.Execute("SELECT 1"));
     const SqlCommand worse = database.PrepareStatement("SELECT * FROM missing");
-    EXPECT_THAT(worse, HasRecord(1, ""));
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(worse, HasError(1, ""));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
 }
 
 TEST_F(DatabaseApiExecuteTest, ARejectedStatementIsReturnedEmpty)
@@ -164,18 +164,18 @@ TEST(DatabaseApiClosedTest, PrepareStatementLeavesTheFailureInTheStatement)
     const SqlCommand command = database.PrepareStatement("SELECT 1");
 
     EXPECT_NE(plain, 0);
-    EXPECT_THAT(command, HasRecord(plain, ""));
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(command, HasError(plain, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(DatabaseApiExecuteTest, CloseFailsWhileAPreparedStatementIsAlive)
 {
-    const PlainFailure plain = FailureOfCloseWithAStatement();
+    const RawFailure plain = FailureOfCloseWithAStatement();
     {
         const SqlCommand command = database.PrepareStatement("SELECT 1");
 
         EXPECT_FALSE(database.CloseDatabase());
-        EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+        EXPECT_THAT(database, HasError(plain.code, plain.message));
         EXPECT_TRUE(database.IsOpen());
     }
 

@@ -5,7 +5,7 @@
 
 #include "support/Cells.h"
 #include "support/OpenFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -35,13 +35,13 @@ protected:
 
 TEST_P(DatabaseApiFailedConversionTest, WholeReadKeepsTheRowsBeforeItAndEndsWithTheStepsRecord)
 {
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult(GetParam().function, GetParam().result, false, 3);
 
     EXPECT_FALSE(database.ReadValues("SELECT a, b FROM t", data));
 
     EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(database, HasRecord(100, ""));
+    EXPECT_THAT(database, HasError(100, ""));
     EXPECT_FALSE(database.Succeeded());
     EXPECT_TRUE(database.Failed());
     EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)", "1:Integer int(10)")));
@@ -51,13 +51,13 @@ TEST_P(DatabaseApiFailedConversionTest, WholeReadKeepsTheRowsBeforeItAndEndsWith
 TEST_P(DatabaseApiFailedConversionTest, SingleRowKeepsTheCellsBeforeItAndTheMessage)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult(GetParam().function, GetParam().result, false, 1);
 
     EXPECT_FALSE(database.ReadNextRow(row));
 
     EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(database, HasRecord(112, GetParam().message));
+    EXPECT_THAT(database, HasError(112, GetParam().message));
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(1)"));
 }
 
@@ -65,26 +65,26 @@ TEST_P(DatabaseApiFailedConversionTest, LaterRowKeepsTheCellsBeforeItToo)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
     ASSERT_TRUE(database.ReadNextRow(row));
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult(GetParam().function, GetParam().result, false, 1);
 
     EXPECT_FALSE(database.ReadNextRow(row));
 
     EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(database, HasRecord(112, GetParam().message));
+    EXPECT_THAT(database, HasError(112, GetParam().message));
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)"));
 }
 
 TEST_P(DatabaseApiFailedConversionTest, BeginReturnsTheEndWithTheMessage)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult(GetParam().function, GetParam().result, false);
 
     EXPECT_EQ(database.begin(), database.end());
 
     EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(database, HasRecord(112, GetParam().message));
+    EXPECT_THAT(database, HasError(112, GetParam().message));
 }
 
 INSTANTIATE_TEST_SUITE_P(Columns, DatabaseApiFailedConversionTest,
@@ -105,7 +105,7 @@ protected:
 
 TEST_F(DatabaseApiLostTextTest, ReadThrowsAndKeepsTheRowsBeforeIt)
 {
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_value_text", 0, false, 1);
 
     EXPECT_THROW(database.ReadValues(sql, data), std::bad_alloc);
@@ -118,7 +118,7 @@ TEST_F(DatabaseApiLostTextTest, RowThrowsAndKeepsTheCellsBeforeIt)
 {
     ASSERT_TRUE(database.SqlQueryBegin(sql));
     ASSERT_TRUE(database.ReadNextRow(row));
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_value_text", 0, false);
 
     EXPECT_THROW(database.ReadNextRow(row), std::bad_alloc);

@@ -10,7 +10,7 @@
 #include <sqlite3.h>
 
 #include "support/Cells.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -38,7 +38,7 @@ protected:
     // Converts the second column; `function` returns `result` once.
     void ConvertWith(const std::string& function, int result)
     {
-        RecordedSqlite sqlite;
+        SqliteCallRecorder sqlite;
         sqlite.ReplaceNextResult(function, result, false);
         EXPECT_FALSE(implementation.GetColumnData(implementation.table, cell, 1));
         EXPECT_FALSE(sqlite.Pending());
@@ -73,7 +73,7 @@ TEST_F(DatabaseApiImplTest, CellOfAnUnknownTypeIsAnUntypedZero)
 // At present, every definition renders to some text.
 TEST_F(DatabaseApiImplTest, EmptyTextOfADefinitionIsMissing)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(implementation.RunDefinition(""));
 

@@ -16,7 +16,7 @@ void RunSequence(std::uint64_t seed)
     SCOPED_TRACE("seed " + std::to_string(seed));
     const TemporaryDirectory directory;
     FacadeOperations operations(directory.Path());
-    Choices choices(seed);
+    FuzzInput choices(seed);
 
     for (int operation = 0; operation < OperationsPerSequence; ++operation) {
         const std::string difference = operations.RunOne(choices);

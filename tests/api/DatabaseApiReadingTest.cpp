@@ -5,7 +5,7 @@
 
 #include "support/Cells.h"
 #include "support/OpenFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -30,14 +30,14 @@ TEST_F(DatabaseApiReadingTest, ReadsEveryRowInOrder)
 
     EXPECT_TRUE(database.ReadValues("SELECT b, a FROM t ORDER BY a DESC", data));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Text string(two)", "1:Integer int(2)"),
                                              ElementsAre("0:Text string(one)", "1:Integer int(1)")));
 }
 
 TEST_F(DatabaseApiReadingTest, ReadTableValuesReadsTheWholeTableByItsNameAsGiven)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(database.ReadTableValues("t", data));
     EXPECT_TRUE(database.ReadTableValues("t WHERE a=2", data));
@@ -53,11 +53,11 @@ TEST_F(DatabaseApiReadingTest, ReadTableValuesReadsTheWholeTableByItsNameAsGiven
 TEST_F(DatabaseApiReadingTest, ReadTableValuesQuotesNoName)
 {
     ASSERT_TRUE(database.Execute("CREATE TABLE \"my table\" (a); INSERT INTO \"my table\" VALUES (1)"));
-    const PlainFailure plain = FailureOfPrepare(PlainSqlite(path).Handle(), "SELECT * FROM my table");
+    const RawFailure plain = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT * FROM my table");
 
     EXPECT_FALSE(database.ReadTableValues("my table", data));
     EXPECT_NE(plain.code, 0);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
 
     EXPECT_TRUE(database.ReadTableValues("\"my table\"", data));
     EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)")));
@@ -65,12 +65,12 @@ TEST_F(DatabaseApiReadingTest, ReadTableValuesQuotesNoName)
 
 TEST_F(DatabaseApiReadingTest, ReadTableValuesWithoutANameGetsSqlitesSyntaxError)
 {
-    const PlainFailure plain = FailureOfPrepare(PlainSqlite(path).Handle(), "SELECT * FROM ");
+    const RawFailure plain = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT * FROM ");
 
     EXPECT_FALSE(database.ReadTableValues("", data));
 
     EXPECT_EQ(plain.code, SQLITE_ERROR);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
 }
 
 TEST_F(DatabaseApiReadingTest, ReadTableValuesDoesNotGoThroughAnOverrideOfReadValues)
@@ -104,10 +104,10 @@ TEST_F(DatabaseApiReadingTest, NoRowsAreASuccess)
     data.rows = {{{TextCell("kept")}}};
 
     EXPECT_TRUE(database.ReadValues("SELECT a FROM t WHERE 0", data));
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 
     EXPECT_TRUE(database.ReadTableValues("sqlite_master WHERE 0", data));
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Text string(kept)")));
 }
 
@@ -117,7 +117,7 @@ TEST_F(DatabaseApiReadingTest, TextWithoutAStatementReadsNoRows)
 
     EXPECT_TRUE(database.ReadValues("-- nothing", data));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(data.rows, IsEmpty());
     EXPECT_TRUE(database.CloseDatabase()) << "no statement is held";
 }
@@ -133,14 +133,14 @@ TEST_F(DatabaseApiReadingTest, ClosedDatabaseIsFoundBeforeAMissingText)
 {
     ASSERT_TRUE(database.CloseDatabase());
     data.rows = {{{TextCell("kept")}}};
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     for (const char* sql : {"SELECT 1", ""}) {
         EXPECT_FALSE(database.ReadValues(sql, data));
-        EXPECT_THAT(database, HasRecord(111, "Database isn't open."));
+        EXPECT_THAT(database, HasError(111, "Database isn't open."));
     }
     EXPECT_FALSE(database.ReadTableValues("t", data));
-    EXPECT_THAT(database, HasRecord(111, "Database isn't open."));
+    EXPECT_THAT(database, HasError(111, "Database isn't open."));
 
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
     EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Text string(kept)")));
@@ -149,11 +149,11 @@ TEST_F(DatabaseApiReadingTest, ClosedDatabaseIsFoundBeforeAMissingText)
 TEST_F(DatabaseApiReadingTest, MissingTextIsRejected)
 {
     data.rows = {{{TextCell("kept")}}};
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.ReadValues("", data));
 
-    EXPECT_THAT(database, HasRecord(112, "Missing query SQL statement."));
+    EXPECT_THAT(database, HasError(112, "Missing query SQL statement."));
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
     EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Text string(kept)")));
 }
@@ -161,13 +161,13 @@ TEST_F(DatabaseApiReadingTest, MissingTextIsRejected)
 TEST_F(DatabaseApiReadingTest, RejectedTextTakesOverSqlitesRecord)
 {
     const std::string sql = "SELECT missing FROM t";
-    const PlainFailure plain = FailureOfPrepare(PlainSqlite(path).Handle(), sql);
+    const RawFailure plain = FailureOfPrepare(RawSqlite(path).Handle(), sql);
     data.rows = {{{TextCell("kept")}}};
 
     EXPECT_FALSE(database.ReadValues(sql, data));
 
     EXPECT_NE(plain.code, 0);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
     EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Text string(kept)")));
 }
 
@@ -175,13 +175,13 @@ TEST_F(DatabaseApiReadingTest, FailedStepKeepsTheRowsBeforeIt)
 {
     ASSERT_TRUE(database.Execute("INSERT INTO t VALUES (-9223372036854775808, 'smallest'), (4, 'four')"));
     const std::string sql = "SELECT abs(a) FROM t";
-    const PlainWalk plain = LegacyWalk(PlainSqlite(path).Handle(), sql);
+    const PlainWalk plain = LegacyWalk(RawSqlite(path).Handle(), sql);
     ASSERT_EQ(plain.rows, 2);
     ASSERT_NE(plain.step.code, SQLITE_DONE);
 
     EXPECT_FALSE(database.ReadValues(sql, data));
 
-    EXPECT_THAT(database, HasRecord(plain.step.code, plain.step.message));
+    EXPECT_THAT(database, HasError(plain.step.code, plain.step.message));
     EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)"), ElementsAre("0:Integer int(2)")));
 }
 
@@ -191,14 +191,14 @@ TEST_F(DatabaseApiReadingTest, NextReadForgetsTheFailedOne)
 
     EXPECT_TRUE(database.ReadValues("SELECT 1", data));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)")));
 }
 
 TEST_F(DatabaseApiReadingTest, StatementOfAReadIsReleasedByTheNextOne)
 {
     ASSERT_TRUE(database.ReadValues("SELECT 1 WHERE 0", data));
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(database.ReadValues("SELECT 2 WHERE 0", data));
 
@@ -217,12 +217,12 @@ TEST_F(DatabaseApiReadingTest, RejectedReadReleasesTheStatementBefore)
 
 TEST_F(DatabaseApiReadingTest, DatabaseClosesOnlyAfterTheReadIsReleased)
 {
-    const PlainFailure plain = FailureOfCloseWithAStatement();
+    const RawFailure plain = FailureOfCloseWithAStatement();
     ASSERT_TRUE(database.ReadValues("SELECT a FROM t", data));
 
     EXPECT_FALSE(database.CloseDatabase());
     EXPECT_EQ(plain.code, SQLITE_BUSY);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
     EXPECT_TRUE(database.IsOpen());
 
     EXPECT_TRUE(database.CloseReadTable());

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "support/ExistenceTest.h"
-#include "support/HasRecord.h"
+#include "support/HasError.h"
 #include "support/OpenFacade.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
+#include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 
@@ -23,8 +23,8 @@ class AlterTableTest : public OpenFacade {
 protected:
     AlterTableTest()
     {
-        PlainSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2), (3);"
-                                  "CREATE TABLE other (a); INSERT INTO other VALUES (1), (2)");
+        RawSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2), (3);"
+                                "CREATE TABLE other (a); INSERT INTO other VALUES (1), (2)");
     }
 
     Rows Tables() const { return PlainRows("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name"); }
@@ -36,59 +36,60 @@ TEST_F(AlterTableTest, RenamesTheTable)
 {
     EXPECT_TRUE(database.AlterTable("t", "renamed"));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_EQ(Tables(), (Rows{{"'other'"}, {"'renamed'"}}));
     EXPECT_EQ(PlainRows("SELECT count(*) FROM renamed"), (Rows{{"3"}}));
 }
 
 TEST_F(AlterTableTest, RunsOneStatementWithBothNamesAsGiven)
 {
-    const RecordedSqlite recorded;
+    const SqliteCallRecorder recorded;
 
     ASSERT_TRUE(database.AlterTable("T", "\"two words\""));
 
     EXPECT_EQ(recorded.Executed(), Texts{"ALTER TABLE T RENAME TO \"two words\""});
-    EXPECT_EQ(recorded.CallsOf("sqlite3_prepare"), (Texts{"sqlite3_prepare(handle, " + ExistenceTest("T") + ", -1)"}));
+    EXPECT_EQ(recorded.CallsOf("sqlite3_prepare"),
+              (Texts{"sqlite3_prepare(handle, " + TableExistsQuery("T") + ", -1)"}));
     EXPECT_EQ(Tables(), (Rows{{"'other'"}, {"'two words'"}}));
 }
 
 TEST_F(AlterTableTest, AbsentTableIsAFailureWithNothingRun)
 {
-    const RecordedSqlite recorded;
+    const SqliteCallRecorder recorded;
 
     EXPECT_FALSE(database.AlterTable("Absent", "x"));
 
     EXPECT_TRUE(recorded.Executed().empty());
-    EXPECT_THAT(database, HasRecord(113, "No table exists: Absent"));
+    EXPECT_THAT(database, HasError(113, "No table exists: Absent"));
 }
 
 TEST_F(AlterTableTest, EmptyNameIsAnAbsentTable)
 {
     EXPECT_FALSE(database.AlterTable("", "x"));
 
-    EXPECT_THAT(database, HasRecord(113, "No table exists: "));
+    EXPECT_THAT(database, HasError(113, "No table exists: "));
 }
 
 TEST_F(AlterTableTest, FailedExistenceTestIsAnAbsentTable)
 {
     EXPECT_FALSE(database.AlterTable("it's", "x"));
-    EXPECT_THAT(database, HasRecord(113, "No table exists: it's"));
+    EXPECT_THAT(database, HasError(113, "No table exists: it's"));
 
-    RecordedSqlite recorded;
+    SqliteCallRecorder recorded;
     recorded.ReplaceNextResult("sqlite3_step", SQLITE_IOERR, false);
     EXPECT_FALSE(database.AlterTable("t", "x"));
     EXPECT_FALSE(recorded.Pending());
-    EXPECT_THAT(database, HasRecord(113, "No table exists: t"));
+    EXPECT_THAT(database, HasError(113, "No table exists: t"));
 }
 
 TEST_F(AlterTableTest, NewNameIsLeftToSqlite)
 {
     for (const std::string newName : {"", "other", "t", "order", "two words", "it's", "main.u"}) {
-        const PlainFailure failure = PlainRejection("ALTER TABLE t RENAME TO " + newName);
+        const RawFailure failure = PlainRejection("ALTER TABLE t RENAME TO " + newName);
 
         EXPECT_FALSE(database.AlterTable("t", newName)) << newName;
 
-        EXPECT_THAT(database, HasRecord(failure.code, failure.message)) << newName;
+        EXPECT_THAT(database, HasError(failure.code, failure.message)) << newName;
         EXPECT_EQ(Tables(), bothTables) << newName;
     }
 }
@@ -113,18 +114,18 @@ TEST_F(AlterTableTest, SuccessResetsTheCodeAndKeepsTheEarlierMessage)
 
     EXPECT_TRUE(database.AlterTable("t", "renamed"));
 
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
 }
 
 TEST(ClosedDatabaseApiTest, AlterTableLooksAtTheConnectionFirst)
 {
     DatabaseApi database;
-    const RecordedSqlite recorded;
+    const SqliteCallRecorder recorded;
 
     for (const std::string name : {"t", "", "it's"}) {
         EXPECT_FALSE(database.Execute("")) << name;
         EXPECT_FALSE(database.AlterTable(name, "")) << name;
-        EXPECT_THAT(database, HasRecord(111, "Database isn't open.")) << name;
+        EXPECT_THAT(database, HasError(111, "Database isn't open.")) << name;
     }
     EXPECT_TRUE(recorded.Calls().empty());
 }

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "support/HasRecord.h"
+#include "support/HasError.h"
 #include "support/OpenFacade.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -31,22 +31,22 @@ class CreateTableStatementTest : public OpenFacade, public testing::WithParamInt
 
 TEST_P(CreateTableStatementTest, IsRunAsRendered)
 {
-    const RecordedSqlite recorded;
+    const SqliteCallRecorder recorded;
 
     database.CreateTable(GetParam().definition);
 
     EXPECT_EQ(recorded.Executed(), std::vector<std::string>{GetParam().statement});
 }
 
-TEST_P(CreateTableStatementTest, EndsAsPlainSqliteEndsIt)
+TEST_P(CreateTableStatementTest, EndsAsRawSqliteEndsIt)
 {
-    const PlainSqlite plain(":memory:");
-    const PlainFailure failure = FailureOfExec(plain.Handle(), GetParam().statement);
+    const RawSqlite plain(":memory:");
+    const RawFailure failure = FailureOfExec(plain.Handle(), GetParam().statement);
 
     const bool created = database.CreateTable(GetParam().definition);
 
     EXPECT_EQ(created, failure.code == 0);
-    EXPECT_THAT(database, HasRecord(failure.code, failure.message));
+    EXPECT_THAT(database, HasError(failure.code, failure.message));
 }
 
 const StatementCase Statements[] = {
@@ -119,12 +119,12 @@ TEST_F(CreateTableTest, SucceedsTwice)
     EXPECT_TRUE(database.CreateTable(packages));
     EXPECT_TRUE(database.CreateTable(packages));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(CreateTableTest, LeavesAnExistingTableUnchanged)
 {
-    PlainSqlite(path).Execute("CREATE TABLE package (other); INSERT INTO package VALUES (1)");
+    RawSqlite(path).Execute("CREATE TABLE package (other); INSERT INTO package VALUES (1)");
 
     EXPECT_TRUE(database.CreateTable(packages));
 
@@ -144,17 +144,17 @@ TEST_F(CreateTableTest, EmptyNameIsRefusedWithoutAskingSqlite)
 {
     DbTableDefinition nameless = packages;
     nameless.name.clear();
-    const RecordedSqlite recorded;
+    const SqliteCallRecorder recorded;
 
     EXPECT_FALSE(database.CreateTable(nameless));
 
     EXPECT_TRUE(recorded.Calls().empty());
-    EXPECT_THAT(database, HasRecord(112, "Missing table name."));
+    EXPECT_THAT(database, HasError(112, "Missing table name."));
 }
 
 TEST_F(CreateTableTest, RunsNoQuery)
 {
-    const RecordedSqlite recorded;
+    const SqliteCallRecorder recorded;
 
     ASSERT_TRUE(database.CreateTable(packages));
 
@@ -168,7 +168,7 @@ TEST_F(CreateTableTest, SuccessResetsTheCodeAndKeepsTheEarlierMessage)
 
     EXPECT_TRUE(database.CreateTable(packages));
 
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
 }
 
 TEST_F(CreateTableTest, FailureLeavesTheDatabaseAsItWas)
@@ -180,21 +180,21 @@ TEST_F(CreateTableTest, FailureLeavesTheDatabaseAsItWas)
 
 TEST_F(CreateTableTest, ReadOnlyDatabaseRefusesWithSqlitesRecord)
 {
-    PlainSqlite plain(path);
+    RawSqlite plain(path);
     plain.Execute("CREATE TABLE other (a); PRAGMA query_only=ON");
-    const PlainFailure failure = FailureOfExec(plain.Handle(), "CREATE TABLE package (name)");
+    const RawFailure failure = FailureOfExec(plain.Handle(), "CREATE TABLE package (name)");
     ASSERT_NE(failure.code, 0);
     DatabaseApi reader;
     ASSERT_TRUE(reader.OpenDatabase(path, true));
 
     EXPECT_FALSE(reader.CreateTable(packages));
 
-    EXPECT_THAT(reader, HasRecord(failure.code, failure.message));
+    EXPECT_THAT(reader, HasError(failure.code, failure.message));
 }
 
 TEST_F(CreateTableTest, LeavesARowByRowWalkUndisturbed)
 {
-    PlainSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2)");
+    RawSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2)");
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
     DbTableRowValues row;
     ASSERT_TRUE(database.ReadNextRow(row));
@@ -212,7 +212,7 @@ TEST(ClosedDatabaseApiTest, CreateTableIsRefused)
 
     EXPECT_FALSE(database.CreateTable({"t", {{"a"}}, {}}));
 
-    EXPECT_THAT(database, HasRecord(111, "Database isn't open."));
+    EXPECT_THAT(database, HasError(111, "Database isn't open."));
 }
 
 TEST(ClosedDatabaseApiTest, CreateTableLooksAtTheConnectionBeforeTheName)
@@ -221,7 +221,7 @@ TEST(ClosedDatabaseApiTest, CreateTableLooksAtTheConnectionBeforeTheName)
 
     EXPECT_FALSE(database.CreateTable({}));
 
-    EXPECT_THAT(database, HasRecord(111, "Database isn't open."));
+    EXPECT_THAT(database, HasError(111, "Database isn't open."));
 }
 
 } // namespace

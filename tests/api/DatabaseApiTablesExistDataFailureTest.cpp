@@ -8,11 +8,11 @@
 
 #include "api/CountedTable.h"
 #include "support/DatabaseContent.h"
-#include "support/ExistenceTest.h"
-#include "support/FailingAllocation.h"
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/OomInjector.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
+#include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 
@@ -22,34 +22,33 @@ class ExistDataFailureTest : public CountedTable {};
 
 TEST_F(ExistDataFailureTest, RejectedConditionLeavesSqlitesRecordAndNoQuery)
 {
-    const PlainFailure failure =
-        FailureOfPrepare(PlainSqlite(path).Handle(), "SELECT count(*) FROM t WHERE absent = 1");
+    const RawFailure failure = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT count(*) FROM t WHERE absent = 1");
     ASSERT_NE(failure.code, 0);
     BeginWalk();
 
     EXPECT_EQ(Count("t", "WHERE absent = 1"), 0);
 
     EXPECT_EQ(result, failure.code);
-    EXPECT_THAT(database, HasRecord(failure.code, failure.message)); // closing would have reset the code
+    EXPECT_THAT(database, HasError(failure.code, failure.message)); // closing would have reset the code
     ExpectNoWalk();
 }
 
 TEST_F(ExistDataFailureTest, FailedStepIsReportedByTheClosing)
 {
     const std::string condition = "WHERE abs(-9223372036854775807 - a)";
-    const PlainWalk walk = LegacyWalk(PlainSqlite(path).Handle(), "SELECT count(*) FROM t " + condition);
+    const PlainWalk walk = LegacyWalk(RawSqlite(path).Handle(), "SELECT count(*) FROM t " + condition);
     ASSERT_NE(walk.finalize.code, 0);
 
     EXPECT_EQ(Count("t", condition), 0);
 
     EXPECT_EQ(result, walk.finalize.code);
-    EXPECT_THAT(database, HasRecord(walk.finalize.code, walk.finalize.message));
+    EXPECT_THAT(database, HasError(walk.finalize.code, walk.finalize.message));
     ExpectNoWalk();
 }
 
 TEST_F(ExistDataFailureTest, RowWithoutCellsCountsNothing)
 {
-    RecordedSqlite recorded;
+    SqliteCallRecorder recorded;
     recorded.ReplaceNextResult("sqlite3_column_count", 0, false);
 
     EXPECT_EQ(Count("t", ""), 0);
@@ -60,14 +59,14 @@ TEST_F(ExistDataFailureTest, RowWithoutCellsCountsNothing)
 
 TEST_F(ExistDataFailureTest, CellThatCannotBeConvertedCountsNothingAndTheClosingResetsItsCode)
 {
-    RecordedSqlite recorded;
+    SqliteCallRecorder recorded;
     recorded.ReplaceNextResult("sqlite3_column_value", 0, false);
 
     EXPECT_EQ(Count("t", ""), 0);
 
     EXPECT_FALSE(recorded.Pending());
     EXPECT_EQ(result, 0);
-    EXPECT_THAT(database, HasRecord(0, "No value exists."));
+    EXPECT_THAT(database, HasError(0, "No value exists."));
 }
 
 struct FirstCell {
@@ -88,7 +87,7 @@ TEST_P(ExistDataOfAnotherTypeTest, IsACaughtException)
     EXPECT_EQ(Count("t", condition), 0);
 
     EXPECT_EQ(result, 110);
-    EXPECT_THAT(database, HasRecord(0, "Missing command.")); // unchanged by the exception, but closing reset its code
+    EXPECT_THAT(database, HasError(0, "Missing command.")); // unchanged by the exception, but closing reset its code
     ExpectNoWalk();
     EXPECT_TRUE(database.CloseDatabase());
 }
@@ -100,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(FirstCells, ExistDataOfAnotherTypeTest,
 
 TEST_F(ExistDataFailureTest, FailedClosingReplacesTheCodeOfACaughtException)
 {
-    RecordedSqlite recorded;
+    SqliteCallRecorder recorded;
     recorded.ReplaceNextResult("sqlite3_finalize", SQLITE_IOERR, true, 1); // the first call ends the existence test
 
     EXPECT_EQ(Count("t", noCount + " UNION ALL SELECT 'text'"), 0);
@@ -113,7 +112,7 @@ TEST_F(ExistDataFailureTest, FailedClosingReplacesTheCodeOfACaughtException)
 
 TEST_F(ExistDataFailureTest, FailedClosingIsReportedBesideTheCount)
 {
-    RecordedSqlite recorded;
+    SqliteCallRecorder recorded;
     recorded.ReplaceNextResult("sqlite3_finalize", SQLITE_IOERR, true, 1);
 
     EXPECT_EQ(Count("t", ""), 3);
@@ -131,7 +130,7 @@ TEST_F(ExistDataFailureTest, EveryFailedAllocationIsACaughtException)
         BeginWalk();
         int count = NotWritten;
         {
-            const FailingAllocation failing(failures);
+            const OomInjector failing(failures);
             EXPECT_NO_THROW(count = Count("t", condition));
             fired = failing.Fired();
         }
@@ -148,14 +147,14 @@ TEST_F(ExistDataFailureTest, EveryFailedAllocationIsACaughtException)
 
 TEST(ClosedDatabaseApiTest, ExistDataLeavesWhatSqliteAnswersWithoutAConnection)
 {
-    const PlainFailure failure = FailureOfPrepare(nullptr, ExistenceTest("t"));
+    const RawFailure failure = FailureOfPrepare(nullptr, TableExistsQuery("t"));
     DatabaseApi database;
     int result = 0;
 
     EXPECT_EQ(database.ExistData("t", "", result), 0);
 
     EXPECT_EQ(result, failure.code);
-    EXPECT_THAT(database, HasRecord(failure.code, failure.message));
+    EXPECT_THAT(database, HasError(failure.code, failure.message));
 }
 
 } // namespace

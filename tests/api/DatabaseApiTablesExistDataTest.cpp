@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "api/CountedTable.h"
-#include "support/ExistenceTest.h"
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/HasError.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
+#include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 
@@ -24,7 +24,7 @@ TEST_F(ExistDataTest, CountsTheRows)
     EXPECT_EQ(Count("t", ""), 3);
 
     EXPECT_EQ(result, 0);
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(ExistDataTest, CountsTheRowsThatSatisfyTheCondition)
@@ -38,11 +38,11 @@ TEST_F(ExistDataTest, CountsTheRowsThatSatisfyTheCondition)
 
 TEST_F(ExistDataTest, TestsForTheTableAndThenAsksTheCountAlone)
 {
-    const RecordedSqlite recorded;
+    const SqliteCallRecorder recorded;
 
     Count("T", "");
 
-    EXPECT_EQ(recorded.CallsOf("sqlite3_prepare"), (Texts{"sqlite3_prepare(handle, " + ExistenceTest("T") + ", -1)",
+    EXPECT_EQ(recorded.CallsOf("sqlite3_prepare"), (Texts{"sqlite3_prepare(handle, " + TableExistsQuery("T") + ", -1)",
                                                           "sqlite3_prepare(handle, SELECT count(*) FROM T, -1)"}));
     EXPECT_EQ(recorded.CallsOf("sqlite3_step").size(), 2U);
     EXPECT_TRUE(recorded.Executed().empty());
@@ -50,7 +50,7 @@ TEST_F(ExistDataTest, TestsForTheTableAndThenAsksTheCountAlone)
 
 TEST_F(ExistDataTest, ConditionFollowsAfterOneBlankAsGiven)
 {
-    const RecordedSqlite recorded;
+    const SqliteCallRecorder recorded;
 
     Count("t", " WHERE a = 'it''s' ");
 
@@ -63,7 +63,7 @@ TEST_F(ExistDataTest, AbsentTableHasNoRowsAndNoFailure)
     EXPECT_EQ(Count("absent", ""), 0);
 
     EXPECT_EQ(result, 0);
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(ExistDataTest, EmptyNameIsRefused)
@@ -71,17 +71,17 @@ TEST_F(ExistDataTest, EmptyNameIsRefused)
     EXPECT_EQ(Count("", ""), 0);
 
     EXPECT_EQ(result, 112);
-    EXPECT_THAT(database, HasRecord(112, "Missing table name."));
+    EXPECT_THAT(database, HasError(112, "Missing table name."));
 }
 
 TEST_F(ExistDataTest, FailedExistenceTestIsReported)
 {
-    const PlainFailure failure = FailureOfPrepare(PlainSqlite(path).Handle(), ExistenceTest("it's"));
+    const RawFailure failure = FailureOfPrepare(RawSqlite(path).Handle(), TableExistsQuery("it's"));
 
     EXPECT_EQ(Count("it's", ""), 0);
 
     EXPECT_EQ(result, failure.code);
-    EXPECT_THAT(database, HasRecord(failure.code, failure.message));
+    EXPECT_THAT(database, HasError(failure.code, failure.message));
 }
 
 TEST_F(ExistDataTest, TableThatIsNotFoundLeavesARowByRowWalkUndisturbed)
@@ -117,7 +117,7 @@ TEST_F(ExistDataTest, ResetsTheCodeAndKeepsTheEarlierMessage)
     EXPECT_EQ(Count("t", ""), 3);
 
     EXPECT_EQ(result, 0);
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
 }
 
 TEST_F(ExistDataTest, QueryWithoutARowCountsNothing)

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "support/ExistenceTest.h"
-#include "support/HasRecord.h"
+#include "support/HasError.h"
 #include "support/OpenFacade.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
+#include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 
@@ -21,9 +21,9 @@ class ExistsTableTest : public OpenFacade {
 protected:
     ExistsTableTest()
     {
-        PlainSqlite(path).Execute("CREATE TABLE sensor_log (a); INSERT INTO sensor_log VALUES (1), (2);"
-                                  "CREATE VIEW overview AS SELECT a FROM sensor_log;"
-                                  "CREATE INDEX sorted ON sensor_log (a)");
+        RawSqlite(path).Execute("CREATE TABLE sensor_log (a); INSERT INTO sensor_log VALUES (1), (2);"
+                                "CREATE VIEW overview AS SELECT a FROM sensor_log;"
+                                "CREATE INDEX sorted ON sensor_log (a)");
     }
 
     bool Exists(const std::string& table)
@@ -40,7 +40,7 @@ TEST_F(ExistsTableTest, FindsATable)
     EXPECT_TRUE(Exists("sensor_log"));
 
     EXPECT_EQ(result, 0);
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(ExistsTableTest, IgnoresLetterCase)
@@ -55,7 +55,7 @@ TEST_F(ExistsTableTest, AbsentTableIsNoFailure)
     EXPECT_FALSE(Exists("absent"));
 
     EXPECT_EQ(result, 0);
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(ExistsTableTest, ComparesTheWholeName)
@@ -78,22 +78,22 @@ TEST_F(ExistsTableTest, ViewsIndexesAndTemporaryTablesAreNoTables)
 
 TEST_F(ExistsTableTest, EmptyNameIsRefusedWithoutAskingSqlite)
 {
-    const RecordedSqlite recorded;
+    const SqliteCallRecorder recorded;
 
     EXPECT_FALSE(Exists(""));
 
     EXPECT_TRUE(recorded.Calls().empty());
     EXPECT_EQ(result, 112);
-    EXPECT_THAT(database, HasRecord(112, "Missing table name."));
+    EXPECT_THAT(database, HasError(112, "Missing table name."));
 }
 
 TEST_F(ExistsTableTest, AsksOneQueryForOneRowAndReleasesIt)
 {
-    const RecordedSqlite recorded;
+    const SqliteCallRecorder recorded;
 
     ASSERT_TRUE(Exists("sensor_log"));
 
-    const std::vector<std::string> calls{"sqlite3_prepare(handle, " + ExistenceTest("sensor_log") + ", -1)",
+    const std::vector<std::string> calls{"sqlite3_prepare(handle, " + TableExistsQuery("sensor_log") + ", -1)",
                                          "sqlite3_step()", "sqlite3_finalize(statement)"};
     EXPECT_EQ(recorded.Calls(), calls);
 }
@@ -111,22 +111,22 @@ TEST_F(ExistsTableTest, ResetsTheCodeAndKeepsTheEarlierMessage)
 {
     FailWithMissingCommand();
     EXPECT_TRUE(Exists("sensor_log"));
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
 
     FailWithMissingCommand();
     EXPECT_FALSE(Exists("absent"));
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
 }
 
 TEST_F(ExistsTableTest, QueryThatCannotBePreparedLeavesSqlitesRecord)
 {
-    const PlainFailure failure = FailureOfPrepare(PlainSqlite(path).Handle(), ExistenceTest("it's"));
+    const RawFailure failure = FailureOfPrepare(RawSqlite(path).Handle(), TableExistsQuery("it's"));
     ASSERT_NE(failure.code, 0);
 
     EXPECT_FALSE(Exists("it's"));
 
     EXPECT_EQ(result, failure.code);
-    EXPECT_THAT(database, HasRecord(failure.code, failure.message));
+    EXPECT_THAT(database, HasError(failure.code, failure.message));
 }
 
 TEST_F(ExistsTableTest, NameCanContinueTheQueryBecauseItsApostrophesAreNotDoubled)
@@ -139,9 +139,9 @@ TEST_F(ExistsTableTest, NameCanContinueTheQueryBecauseItsApostrophesAreNotDouble
 TEST_F(ExistsTableTest, FailedStepCountsAsNoSuchTableAndIsNotRecorded)
 {
     ASSERT_TRUE(Exists("sensor_log")); // so that SQLite knows the schema, and only the step must read the locked file
-    PlainSqlite other(path);
+    RawSqlite other(path);
     other.Execute("BEGIN EXCLUSIVE");
-    const RecordedSqlite recorded;
+    const SqliteCallRecorder recorded;
 
     const bool exists = Exists("sensor_log");
 
@@ -149,7 +149,7 @@ TEST_F(ExistsTableTest, FailedStepCountsAsNoSuchTableAndIsNotRecorded)
     EXPECT_FALSE(recorded.CallsOf("sqlite3_errmsg").empty()) << "the step did not fail";
     EXPECT_FALSE(exists);
     EXPECT_EQ(result, 0);
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(ExistsTableTest, LeavesARowByRowWalkUndisturbed)
@@ -174,7 +174,7 @@ TEST_F(ExistsTableTest, CanBeAskedThroughAConstInterface)
 
 TEST(ClosedDatabaseApiTest, ExistsTableLeavesWhatSqliteAnswersWithoutAConnection)
 {
-    const PlainFailure failure = FailureOfPrepare(nullptr, ExistenceTest("t"));
+    const RawFailure failure = FailureOfPrepare(nullptr, TableExistsQuery("t"));
     ASSERT_NE(failure.code, 0);
     const DatabaseApi database;
     int result = NotWritten;
@@ -182,7 +182,7 @@ TEST(ClosedDatabaseApiTest, ExistsTableLeavesWhatSqliteAnswersWithoutAConnection
     EXPECT_FALSE(database.ExistsTable("t", result));
 
     EXPECT_EQ(result, failure.code);
-    EXPECT_THAT(database, HasRecord(failure.code, failure.message));
+    EXPECT_THAT(database, HasError(failure.code, failure.message));
 }
 
 TEST(ClosedDatabaseApiTest, ExistsTableLooksAtTheName)
@@ -193,7 +193,7 @@ TEST(ClosedDatabaseApiTest, ExistsTableLooksAtTheName)
     EXPECT_FALSE(database.ExistsTable("", result));
 
     EXPECT_EQ(result, 112);
-    EXPECT_THAT(database, HasRecord(112, "Missing table name."));
+    EXPECT_THAT(database, HasError(112, "Missing table name."));
 }
 
 } // namespace

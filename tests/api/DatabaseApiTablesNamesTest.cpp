@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "support/ExistenceTest.h"
-#include "support/HasRecord.h"
+#include "support/HasError.h"
 #include "support/OpenFacade.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
+#include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 
@@ -32,7 +32,7 @@ class AwkwardTableNameTest : public OpenFacade, public testing::WithParamInterfa
 protected:
     AwkwardTableNameTest()
     {
-        PlainSqlite(path).Execute("CREATE TABLE " + quoted + " (a); INSERT INTO " + quoted + " VALUES (1), (2)");
+        RawSqlite(path).Execute("CREATE TABLE " + quoted + " (a); INSERT INTO " + quoted + " VALUES (1), (2)");
     }
 
     void ExpectTheTableWithItsRows() const
@@ -40,10 +40,7 @@ protected:
         EXPECT_EQ(PlainRows("SELECT count(*) FROM " + quoted), (std::vector<std::vector<std::string>>{{"2"}}));
     }
 
-    PlainFailure PlainPrepare(const std::string& sql) const
-    {
-        return FailureOfPrepare(PlainSqlite(path).Handle(), sql);
-    }
+    RawFailure RawPrepare(const std::string& sql) const { return FailureOfPrepare(RawSqlite(path).Handle(), sql); }
 
     const std::string name = GetParam().name;
     const std::string quoted = GetParam().Quoted();
@@ -52,52 +49,52 @@ protected:
 
 TEST_P(AwkwardTableNameTest, UnquotedIsTestedAsItStands)
 {
-    const PlainFailure failure = PlainPrepare(ExistenceTest(name));
+    const RawFailure failure = RawPrepare(TableExistsQuery(name));
 
     EXPECT_EQ(database.ExistsTable(name, result), failure.code == 0);
 
     EXPECT_EQ(result, failure.code);
-    EXPECT_THAT(database, HasRecord(failure.code, failure.message));
+    EXPECT_THAT(database, HasError(failure.code, failure.message));
 }
 
 TEST_P(AwkwardTableNameTest, UnquotedIsNotDroppedBecauseSqliteRejectsIt)
 {
-    const PlainFailure tested = PlainPrepare(ExistenceTest(name));
-    const PlainFailure failure = tested.code != 0 ? tested : PlainRejection("DELETE FROM " + name);
+    const RawFailure tested = RawPrepare(TableExistsQuery(name));
+    const RawFailure failure = tested.code != 0 ? tested : PlainRejection("DELETE FROM " + name);
 
     EXPECT_FALSE(database.DropTable(name));
 
-    EXPECT_THAT(database, HasRecord(failure.code, failure.message));
+    EXPECT_THAT(database, HasError(failure.code, failure.message));
     ExpectTheTableWithItsRows();
 }
 
 TEST_P(AwkwardTableNameTest, UnquotedIsNotRenamed)
 {
-    const PlainFailure tested = PlainPrepare(ExistenceTest(name));
-    const PlainFailure failure = tested.code != 0 ? PlainFailure{113, "No table exists: " + name}
-                                                  : PlainRejection("ALTER TABLE " + name + " RENAME TO plain");
+    const RawFailure tested = RawPrepare(TableExistsQuery(name));
+    const RawFailure failure = tested.code != 0 ? RawFailure{113, "No table exists: " + name}
+                                                : PlainRejection("ALTER TABLE " + name + " RENAME TO plain");
 
     EXPECT_FALSE(database.AlterTable(name, "plain"));
 
-    EXPECT_THAT(database, HasRecord(failure.code, failure.message));
+    EXPECT_THAT(database, HasError(failure.code, failure.message));
     ExpectTheTableWithItsRows();
 }
 
 TEST_P(AwkwardTableNameTest, UnquotedIsNotCounted)
 {
-    const PlainFailure tested = PlainPrepare(ExistenceTest(name));
-    const PlainFailure failure = tested.code != 0 ? tested : PlainPrepare("SELECT count(*) FROM " + name);
+    const RawFailure tested = RawPrepare(TableExistsQuery(name));
+    const RawFailure failure = tested.code != 0 ? tested : RawPrepare("SELECT count(*) FROM " + name);
     ASSERT_NE(failure.code, 0);
 
     EXPECT_EQ(database.ExistData(name, "", result), 0);
 
     EXPECT_EQ(result, failure.code);
-    EXPECT_THAT(database, HasRecord(failure.code, failure.message));
+    EXPECT_THAT(database, HasError(failure.code, failure.message));
 }
 
 TEST_P(AwkwardTableNameTest, QuotedByTheCallerIsNotFoundBecauseTheTestComparesTheQuotesToo)
 {
-    const PlainFailure failure = PlainPrepare(ExistenceTest(quoted));
+    const RawFailure failure = RawPrepare(TableExistsQuery(quoted));
 
     EXPECT_FALSE(database.ExistsTable(quoted, result));
     EXPECT_EQ(result, failure.code);
@@ -106,7 +103,7 @@ TEST_P(AwkwardTableNameTest, QuotedByTheCallerIsNotFoundBecauseTheTestComparesTh
     EXPECT_EQ(result, failure.code);
     EXPECT_FALSE(database.AlterTable(quoted, "plain"));
 
-    EXPECT_THAT(database, HasRecord(113, "No table exists: " + quoted));
+    EXPECT_THAT(database, HasError(113, "No table exists: " + quoted));
     ExpectTheTableWithItsRows();
 }
 
@@ -135,7 +132,7 @@ INSTANTIATE_TEST_SUITE_P(Names, AwkwardTableNameTest,
 
 class TableNameTest : public OpenFacade {
 protected:
-    TableNameTest() { PlainSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1)"); }
+    TableNameTest() { RawSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1)"); }
 };
 
 TEST_F(TableNameTest, NameWithItsSchemaIsNotFoundByTheExistenceTest)
@@ -151,7 +148,7 @@ TEST_F(TableNameTest, NameWithItsSchemaIsNotFoundByTheExistenceTest)
 
 TEST_F(TableNameTest, NewNameMayEndTheStatementAndBeginAnother)
 {
-    const RecordedSqlite recorded;
+    const SqliteCallRecorder recorded;
 
     EXPECT_TRUE(database.AlterTable("t", "u; CREATE TABLE extra (a)"));
 

@@ -8,7 +8,7 @@
 #include <type_traits>
 
 #include "support/OpenFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -22,12 +22,12 @@ static_assert(!std::is_move_constructible_v<DatabaseApi> && !std::is_move_assign
 
 TEST(DatabaseApiTest, FreshFacadeIsClosedWithoutAFailure)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     const DatabaseApi database;
 
     EXPECT_FALSE(database.IsOpen());
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_TRUE(database.Succeeded());
     EXPECT_FALSE(database.Failed());
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
@@ -40,11 +40,11 @@ TEST(DatabaseApiTest, IsOpenFromASuccessfulOpenToASuccessfulClose)
 
     EXPECT_TRUE(database.OpenDatabase(directory.File("a.db"), false));
     EXPECT_TRUE(database.IsOpen());
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 
     EXPECT_TRUE(database.CloseDatabase());
     EXPECT_FALSE(database.IsOpen());
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST(DatabaseApiTest, ClosedFacadeOpensAnotherDatabase)
@@ -58,15 +58,15 @@ TEST(DatabaseApiTest, ClosedFacadeOpensAnotherDatabase)
     EXPECT_TRUE(database.OpenDatabase(directory.File("b.db"), false));
     EXPECT_TRUE(database.Execute("CREATE TABLE second (a)"));
 
-    EXPECT_EQ(PlainSqlite(directory.File("a.db")).Value("SELECT group_concat(name) FROM sqlite_master"), "'first'");
-    EXPECT_EQ(PlainSqlite(directory.File("b.db")).Value("SELECT group_concat(name) FROM sqlite_master"), "'second'");
+    EXPECT_EQ(RawSqlite(directory.File("a.db")).Value("SELECT group_concat(name) FROM sqlite_master"), "'first'");
+    EXPECT_EQ(RawSqlite(directory.File("b.db")).Value("SELECT group_concat(name) FROM sqlite_master"), "'second'");
 }
 
 TEST(DatabaseApiTest, OpenAndCloseEachMakeOneCall)
 {
     const TemporaryDirectory directory;
     const std::string path = directory.File("a.db");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
     DatabaseApi database;
 
     database.OpenDatabase(path, false);
@@ -82,13 +82,13 @@ TEST(DatabaseApiTest, FailedOpenTakesOverTheConnectionsRecordAndLeavesTheFacadeC
 {
     const TemporaryDirectory directory;
     const std::string path = directory.File("missing.db");
-    const PlainFailure plain = FailureOfOpen(path, SQLITE_OPEN_READONLY);
+    const RawFailure plain = FailureOfOpen(path, SQLITE_OPEN_READONLY);
     DatabaseApi database;
 
     EXPECT_FALSE(database.OpenDatabase(path, true));
 
     EXPECT_EQ(plain.code, SQLITE_CANTOPEN);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
     EXPECT_TRUE(database.Failed());
     EXPECT_FALSE(database.IsOpen());
 }
@@ -100,22 +100,22 @@ TEST(DatabaseApiTest, SuccessfulOpenAndCloseKeepTheMessageOfAnEarlierFailure)
     database.Execute("");
 
     EXPECT_TRUE(database.OpenDatabase(directory.File("a.db"), false));
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
 
     database.Execute("");
     EXPECT_TRUE(database.CloseDatabase());
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
 }
 
 TEST(DatabaseApiTest, ClosingAClosedFacadeSucceedsWithoutReachingSqlite)
 {
     DatabaseApi database;
     database.Execute("");
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(database.CloseDatabase());
 
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
@@ -123,11 +123,11 @@ using OpenDatabaseApiTest = OpenFacade;
 
 TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheFirstDatabase)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(database.OpenDatabase(directory.File("missing/other.db"), false));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_TRUE(database.IsOpen());
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
     EXPECT_FALSE(std::filesystem::exists(directory.File("missing")));
@@ -141,19 +141,19 @@ TEST_F(OpenDatabaseApiTest, SecondOpenReplacesTheMessageByTheConnectionsEmptyOne
 
     EXPECT_TRUE(database.OpenDatabase(path, false));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(OpenDatabaseApiTest, SecondOpenRepeatsTheFailureThatTheConnectionRecordedLast)
 {
-    const PlainFailure plain = FailureOfCloseWithAStatement();
+    const RawFailure plain = FailureOfCloseWithAStatement();
     ASSERT_TRUE(database.SqlQueryBegin("SELECT 1"));
     ASSERT_FALSE(database.CloseDatabase());
     ASSERT_TRUE(database.Execute("SELECT 1"));
 
     EXPECT_FALSE(database.OpenDatabase(path, false));
 
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
     EXPECT_TRUE(database.IsOpen());
 }
 
@@ -165,14 +165,14 @@ TEST_P(DatabaseApiStrictSuccessTest, RowAndDoneAreNoSuccesses)
 {
     const TemporaryDirectory directory;
     DatabaseApi database;
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_open_v2", GetParam(), true);
     ASSERT_TRUE(database.OpenDatabase(directory.File("a.db"), false));
     ASSERT_FALSE(sqlite.Pending());
 
     EXPECT_FALSE(database.OpenDatabase(directory.File("a.db"), false));
 
-    EXPECT_THAT(database, HasRecord(GetParam(), ""));
+    EXPECT_THAT(database, HasError(GetParam(), ""));
     EXPECT_FALSE(database.Succeeded());
     EXPECT_TRUE(database.Failed());
 }
@@ -182,14 +182,14 @@ INSTANTIATE_TEST_SUITE_P(Codes, DatabaseApiStrictSuccessTest, testing::Values(SQ
 
 TEST_F(OpenDatabaseApiTest, CloseFailsWhileAQueryIsOpenAndTheDatabaseStaysOpen)
 {
-    const PlainFailure plain = FailureOfCloseWithAStatement();
+    const RawFailure plain = FailureOfCloseWithAStatement();
     ASSERT_TRUE(database.SqlQueryBegin("SELECT 1"));
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.CloseDatabase());
 
     EXPECT_EQ(plain.code, SQLITE_BUSY);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
     EXPECT_TRUE(database.IsOpen());
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)", "sqlite3_errmsg(handle)"));
     EXPECT_TRUE(database.CloseReadTable());
@@ -217,7 +217,7 @@ TEST(DatabaseApiTest, DestructionFinalizesTheQueryBeforeItClosesTheDatabase)
     ASSERT_TRUE(database->OpenDatabase(directory.File("a.db"), false));
     ASSERT_TRUE(database->SqlQueryBegin("SELECT 1 UNION SELECT 2"));
     ASSERT_NE(database->begin(), database->end());
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     database.reset();
 
@@ -229,7 +229,7 @@ TEST(DatabaseApiTest, DestructionWithoutAQueryOnlyClosesTheDatabase)
     const TemporaryDirectory directory;
     auto database = std::make_optional<DatabaseApi>();
     ASSERT_TRUE(database->OpenDatabase(directory.File("a.db"), false));
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     database.reset();
 

@@ -6,7 +6,7 @@
 
 #include "support/Cells.h"
 #include "support/OpenFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -28,12 +28,12 @@ protected:
 
 TEST_F(DatabaseApiUpdatingTest, AssignsAllColumnsOfTheSelectedRowsWithOneStatement)
 {
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(
         database.UpdateTableValues("person", {{"name", "age"}, {{{TextCell("Bob"), IntegerCell(42)}}}}, "WHERE id=3"));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(sqlite.Calls(),
                 ElementsAre(R"(sqlite3_exec(handle, UPDATE person SET (name,age)=("Bob",42) WHERE id=3, null, null))"));
     EXPECT_THAT(Persons(), ElementsAre(ElementsAre("3", "'Bob'", "42"), ElementsAre("4", "'Eve'", "40")));
@@ -50,7 +50,7 @@ TEST_F(DatabaseApiUpdatingTest, SelectingNoRowIsASuccess)
 {
     EXPECT_TRUE(database.UpdateTableValues("person", {{"age"}, {{{IntegerCell(1)}}}}, "WHERE id=5"));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(Persons(), ElementsAre(ElementsAre("3", "'Ann'", "30"), ElementsAre("4", "'Eve'", "40")));
 }
 
@@ -58,7 +58,7 @@ TEST_F(DatabaseApiUpdatingTest, OnlyTheFirstRowIsAssigned)
 {
     EXPECT_TRUE(database.UpdateTableValues("person", {{"age"}, {{{IntegerCell(1)}}, {{InvalidCell()}}}}, "WHERE id=3"));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(Persons(), ElementsAre(ElementsAre("3", "'Ann'", "1"), ElementsAre("4", "'Eve'", "40")));
 }
 
@@ -82,46 +82,46 @@ TEST_F(DatabaseApiUpdatingTest, SuccessResetsTheCodeAndKeepsTheMessage)
 
     EXPECT_TRUE(database.UpdateTableValues("person", {{"age"}, {{{IntegerCell(1)}}}}, ""));
 
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
 }
 
 TEST_F(DatabaseApiUpdatingTest, MissingNamesAreFoundFirstAndReachNothing)
 {
     DatabaseApi closed;
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.UpdateTableValues("", {}, "WHERE id=3"));
-    EXPECT_THAT(database, HasRecord(112, "Missing table name."));
+    EXPECT_THAT(database, HasError(112, "Missing table name."));
 
     EXPECT_FALSE(database.UpdateTableValues("person", {{}, {{{InvalidCell()}}}}, "WHERE id=3"));
-    EXPECT_THAT(database, HasRecord(112, "Missing column names."));
+    EXPECT_THAT(database, HasError(112, "Missing column names."));
 
     EXPECT_FALSE(closed.UpdateTableValues("person", {}, ""));
-    EXPECT_THAT(closed, HasRecord(112, "Missing column names."));
+    EXPECT_THAT(closed, HasError(112, "Missing column names."));
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
 TEST_F(DatabaseApiUpdatingTest, ViolatedConstraintTakesOverSqlitesRecordAndChangesNoRow)
 {
-    const PlainFailure plain = PlainRejection("UPDATE person SET (id)=(5)");
+    const RawFailure plain = PlainRejection("UPDATE person SET (id)=(5)");
 
     EXPECT_FALSE(database.UpdateTableValues("person", {{"id"}, {{{IntegerCell(5)}}}}, ""));
 
     EXPECT_EQ(plain.code, SQLITE_CONSTRAINT);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
     EXPECT_THAT(Persons(), ElementsAre(ElementsAre("3", "'Ann'", "30"), ElementsAre("4", "'Eve'", "40")));
 }
 
 TEST(DatabaseApiClosedTest, UpdateAnswersWhatSqliteAnswersWithoutAConnection)
 {
-    const PlainFailure plain = FailureOfExec(nullptr, "UPDATE t SET (a)=(1) ");
+    const RawFailure plain = FailureOfExec(nullptr, "UPDATE t SET (a)=(1) ");
     DatabaseApi database;
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.UpdateTableValues("t", {{"a"}, {{{IntegerCell(1)}}}}, ""));
 
     EXPECT_EQ(plain.code, SQLITE_MISUSE);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
     EXPECT_THAT(sqlite.Executed(), ElementsAre("UPDATE t SET (a)=(1) "));
 }
 

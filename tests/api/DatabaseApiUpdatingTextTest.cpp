@@ -7,7 +7,7 @@
 #include "support/Cells.h"
 #include "support/NumberLocales.h"
 #include "support/OpenFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -30,13 +30,13 @@ class DatabaseApiUpdateTextTest : public OpenFacade, public testing::WithParamIn
 TEST_P(DatabaseApiUpdateTextTest, IsExecutedAsItStandsAndLeavesSqlitesRecord)
 {
     ASSERT_TRUE(database.Execute("CREATE TABLE t (a, b)"));
-    const PlainFailure plain = FailureOfExec(PlainSqlite(path).Handle(), GetParam().text);
-    const RecordedSqlite sqlite;
+    const RawFailure plain = FailureOfExec(RawSqlite(path).Handle(), GetParam().text);
+    const SqliteCallRecorder sqlite;
 
     EXPECT_EQ(database.UpdateTableValues("t", GetParam().data, GetParam().condition), GetParam().accepted);
 
     EXPECT_THAT(sqlite.Executed(), ElementsAre(GetParam().text));
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -74,7 +74,7 @@ protected:
     /// Updates while SQLite accepts every text, because only then the facade's error about a cell stays in the record.
     void UpdateAccepted(const std::vector<DbTableRowValues>& rows)
     {
-        RecordedSqlite sqlite;
+        SqliteCallRecorder sqlite;
         sqlite.ReplaceNextResult("sqlite3_exec", 0, false);
         EXPECT_FALSE(database.UpdateTableValues("t", {{"a"}, rows}, "WHERE a=2"));
         EXPECT_FALSE(sqlite.Pending());
@@ -84,10 +84,10 @@ protected:
 TEST_F(DatabaseApiInvalidUpdateTest, FirstInvalidCellOfTheFirstRowIsNamed)
 {
     UpdateAccepted({{{IntegerCell(1), InvalidCell(9), InvalidCell(8)}}, {{InvalidCell(7)}}});
-    EXPECT_THAT(database, HasRecord(112, "Invalid column value: (row | column)1|9"));
+    EXPECT_THAT(database, HasError(112, "Invalid column value: (row | column)1|9"));
 
     UpdateAccepted({{{InvalidCell()}}});
-    EXPECT_THAT(database, HasRecord(112, "Invalid column value: (row | column)0|0"));
+    EXPECT_THAT(database, HasError(112, "Invalid column value: (row | column)0|0"));
 }
 
 TEST_F(DatabaseApiInvalidUpdateTest, NumbersOfTheMessageFollowTheProcessWideLocale)
@@ -99,7 +99,7 @@ TEST_F(DatabaseApiInvalidUpdateTest, NumbersOfTheMessageFollowTheProcessWideLoca
 
     UpdateAccepted({row});
 
-    EXPECT_THAT(database, HasRecord(112, "Invalid column value: (row | column)1.000|4.294.967.295"));
+    EXPECT_THAT(database, HasError(112, "Invalid column value: (row | column)1.000|4.294.967.295"));
 }
 
 TEST_F(DatabaseApiInvalidUpdateTest, NumberThatTheLocaleCannotWriteIsAnInvalidCell)
@@ -112,7 +112,7 @@ TEST_F(DatabaseApiInvalidUpdateTest, NumberThatTheLocaleCannotWriteIsAnInvalidCe
 
         EXPECT_FALSE(database.UpdateTableValues("t", data, "(a + 1)")) << "the statement is run without the cell";
 
-        EXPECT_THAT(database, HasRecord(112, message));
+        EXPECT_THAT(database, HasError(112, message));
     }
     EXPECT_THAT(PlainRows("SELECT a FROM t"), ElementsAre(ElementsAre("9")));
 }

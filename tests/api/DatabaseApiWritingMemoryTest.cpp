@@ -4,7 +4,7 @@
 #include <string>
 
 #include "support/Cells.h"
-#include "support/FailingAllocation.h"
+#include "support/OomInjector.h"
 #include "support/OpenFacade.h"
 
 namespace Morvik::sql::tests {

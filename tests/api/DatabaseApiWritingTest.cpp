@@ -5,7 +5,7 @@
 
 #include "support/Cells.h"
 #include "support/OpenFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -22,11 +22,11 @@ protected:
 TEST_F(DatabaseApiWritingTest, InsertsEveryRowInOrderWithOneStatement)
 {
     const DbTableDataWrite data{{"b", "a"}, {{{IntegerCell(1), RealCell(1.5)}}, {{TextCell("two"), IntegerCell(2)}}}};
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(database.WriteTableValues("t", data));
 
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(sqlite.Calls(),
                 ElementsAre(R"(sqlite3_exec(handle, INSERT INTO t (b,a) VALUES (1,1.5) ,("two",2), null, null))"));
     EXPECT_THAT(PlainRows("SELECT a, b FROM t"), ElementsAre(ElementsAre("1.5", "1"), ElementsAre("2", "'two'")));
@@ -135,31 +135,31 @@ TEST_F(DatabaseApiWritingTest, SuccessResetsTheCodeAndKeepsTheMessage)
 
     EXPECT_TRUE(database.WriteTableValues("t", {{"a"}, {{{IntegerCell(1)}}}}));
 
-    EXPECT_THAT(database, HasRecord(0, "Missing command."));
+    EXPECT_THAT(database, HasError(0, "Missing command."));
 }
 
 TEST_F(DatabaseApiWritingTest, MissingTableNameIsFoundFirstAndReachesNothing)
 {
     DatabaseApi closed;
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.WriteTableValues("", {{"a", "", "b"}, {{{InvalidCell()}}}}));
     EXPECT_FALSE(closed.WriteTableValues("", {}));
 
-    EXPECT_THAT(database, HasRecord(112, "Missing table name."));
-    EXPECT_THAT(closed, HasRecord(112, "Missing table name."));
+    EXPECT_THAT(database, HasError(112, "Missing table name."));
+    EXPECT_THAT(closed, HasError(112, "Missing table name."));
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
 TEST_F(DatabaseApiWritingTest, ViolatedConstraintTakesOverSqlitesRecordAndInsertsNoRow)
 {
     ASSERT_TRUE(database.Execute("CREATE UNIQUE INDEX i ON t (a); INSERT INTO t VALUES (2, 'kept')"));
-    const PlainFailure plain = PlainRejection("INSERT INTO t (a) VALUES (1) ,(2)");
+    const RawFailure plain = PlainRejection("INSERT INTO t (a) VALUES (1) ,(2)");
 
     EXPECT_FALSE(database.WriteTableValues("t", {{"a"}, {{{IntegerCell(1)}}, {{IntegerCell(2)}}}}));
 
     EXPECT_EQ(plain.code, SQLITE_CONSTRAINT);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
     EXPECT_THAT(PlainRows("SELECT a, b FROM t"), ElementsAre(ElementsAre("2", "'kept'")));
 }
 
@@ -178,14 +178,14 @@ TEST_F(DatabaseApiWritingTest, FailedInsertLeavesTheQueryWhereItWas)
 
 TEST(DatabaseApiClosedTest, InsertAnswersWhatSqliteAnswersWithoutAConnection)
 {
-    const PlainFailure plain = FailureOfExec(nullptr, "INSERT INTO t (a) VALUES (1)");
+    const RawFailure plain = FailureOfExec(nullptr, "INSERT INTO t (a) VALUES (1)");
     DatabaseApi database;
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.WriteTableValues("t", {{"a"}, {{{IntegerCell(1)}}}}));
 
     EXPECT_EQ(plain.code, SQLITE_MISUSE);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
     EXPECT_THAT(sqlite.Executed(), ElementsAre("INSERT INTO t (a) VALUES (1)"));
 }
 

@@ -8,7 +8,7 @@
 #include "support/Cells.h"
 #include "support/NumberLocales.h"
 #include "support/OpenFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -89,13 +89,13 @@ class DatabaseApiInsertTextTest : public OpenFacade, public testing::WithParamIn
 TEST_P(DatabaseApiInsertTextTest, IsExecutedAsItStandsAndLeavesSqlitesRecord)
 {
     ASSERT_TRUE(database.Execute("CREATE TABLE t (a, b, c)"));
-    const PlainFailure plain = FailureOfExec(PlainSqlite(path).Handle(), GetParam().text);
-    const RecordedSqlite sqlite;
+    const RawFailure plain = FailureOfExec(RawSqlite(path).Handle(), GetParam().text);
+    const SqliteCallRecorder sqlite;
 
     EXPECT_EQ(database.WriteTableValues(GetParam().table, GetParam().data), GetParam().accepted);
 
     EXPECT_THAT(sqlite.Executed(), ElementsAre(GetParam().text));
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
 }
 
 INSTANTIATE_TEST_SUITE_P(Requests, DatabaseApiInsertTextTest, testing::ValuesIn(TextCases),
@@ -119,14 +119,14 @@ TEST(DatabaseApiLongInsertTest, IsWrittenWholeHoweverLongItsNumbersAre)
     DbTableDataWrite data;
     data.rows.assign(Count, {{IntegerCell(INT32_MIN), RealCell(-1.25e-300), TextCell("text")}});
     {
-        const RecordedSqlite sqlite;
+        const SqliteCallRecorder sqlite;
 
         closed.WriteTableValues("t", data);
 
         EXPECT_EQ(sqlite.Executed().at(0), StreamedInsert(INT32_MIN, -1.25e-300, "text", Count));
     }
     const ScopedGlobalLocale locale;
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     closed.WriteTableValues("t", data);
 
@@ -141,7 +141,7 @@ protected:
     /// record.
     void WriteAccepted(const std::vector<DbTableRowValues>& rows)
     {
-        RecordedSqlite sqlite;
+        SqliteCallRecorder sqlite;
         sqlite.ReplaceNextResult("sqlite3_exec", 0, false);
         EXPECT_FALSE(database.WriteTableValues("t", {{"a"}, rows}));
         EXPECT_FALSE(sqlite.Pending());
@@ -151,13 +151,13 @@ protected:
 TEST_F(DatabaseApiInvalidCellTest, IsNamedByItsPositionAndItsOwnColumn)
 {
     WriteAccepted({{{IntegerCell(5), IntegerCell(6), InvalidCell()}}});
-    EXPECT_THAT(database, HasRecord(112, "Invalid column value: (row | column)2|0"));
+    EXPECT_THAT(database, HasError(112, "Invalid column value: (row | column)2|0"));
 
     WriteAccepted({{{InvalidCell(7)}}});
-    EXPECT_THAT(database, HasRecord(112, "Invalid column value: (row | column)0|7"));
+    EXPECT_THAT(database, HasError(112, "Invalid column value: (row | column)0|7"));
 
     WriteAccepted({{{InvalidCell(UINT32_MAX)}}});
-    EXPECT_THAT(database, HasRecord(112, "Invalid column value: (row | column)0|4294967295"));
+    EXPECT_THAT(database, HasError(112, "Invalid column value: (row | column)0|4294967295"));
 }
 
 TEST_F(DatabaseApiInvalidCellTest, EveryCellWithoutATextIsInvalid)
@@ -175,7 +175,7 @@ TEST_F(DatabaseApiInvalidCellTest, EveryCellWithoutATextIsInvalid)
 
         WriteAccepted({{{IntegerCell(1), cell}}});
 
-        EXPECT_THAT(database, HasRecord(112, "Invalid column value: (row | column)1|3"));
+        EXPECT_THAT(database, HasError(112, "Invalid column value: (row | column)1|3"));
     }
 }
 
@@ -186,7 +186,7 @@ TEST_F(DatabaseApiInvalidCellTest, TheFirstOfARowAndTheLastOfAllRowsWins)
                    {{IntegerCell(1), IntegerCell(1), InvalidCell(5), InvalidCell(6)}},
                    {{IntegerCell(1)}}});
 
-    EXPECT_THAT(database, HasRecord(112, "Invalid column value: (row | column)2|5"));
+    EXPECT_THAT(database, HasError(112, "Invalid column value: (row | column)2|5"));
 }
 
 TEST_F(DatabaseApiInvalidCellTest, NumbersOfTheMessageFollowTheProcessWideLocale)
@@ -195,11 +195,11 @@ TEST_F(DatabaseApiInvalidCellTest, NumbersOfTheMessageFollowTheProcessWideLocale
     row.cells.assign(1234, IntegerCell(1));
     row.cells.push_back(InvalidCell(UINT32_MAX));
     WriteAccepted({row});
-    EXPECT_THAT(database, HasRecord(112, "Invalid column value: (row | column)1234|4294967295"));
+    EXPECT_THAT(database, HasError(112, "Invalid column value: (row | column)1234|4294967295"));
 
     const ScopedGlobalLocale locale;
     WriteAccepted({row});
-    EXPECT_THAT(database, HasRecord(112, "Invalid column value: (row | column)1.234|4.294.967.295"));
+    EXPECT_THAT(database, HasError(112, "Invalid column value: (row | column)1.234|4.294.967.295"));
 }
 
 TEST_F(DatabaseApiInvalidCellTest, IsForgottenByTheNextSuccess)
@@ -209,7 +209,7 @@ TEST_F(DatabaseApiInvalidCellTest, IsForgottenByTheNextSuccess)
     EXPECT_TRUE(database.Execute("CREATE TABLE t (a)"));
     EXPECT_TRUE(database.WriteTableValues("t", {{"a"}, {{{IntegerCell(1)}}}}));
 
-    EXPECT_THAT(database, HasRecord(0, "Invalid column value: (row | column)0|0"));
+    EXPECT_THAT(database, HasError(0, "Invalid column value: (row | column)0|0"));
 }
 
 } // namespace

@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <string>
 
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
+#include "support/HasError.h"
+#include "support/RawSqlite.h"
 #include "support/ScopedPermissions.h"
 #include "support/TemporaryDirectory.h"
 
@@ -21,11 +21,11 @@ class DatabaseFilePermissionTest : public testing::Test {
 protected:
     DatabaseFilePermissionTest()
     {
-        PlainSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1)");
+        RawSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1)");
         OpenToEverybody(directory.Path());
     }
 
-    void ExpectNothingLost() const { EXPECT_EQ(PlainSqlite(path).Value("SELECT group_concat(a) FROM t"), "'1'"); }
+    void ExpectNothingLost() const { EXPECT_EQ(RawSqlite(path).Value("SELECT group_concat(a) FROM t"), "'1'"); }
 
     const TemporaryDirectory directory;
     const std::string path = directory.File("test.db");
@@ -39,7 +39,7 @@ TEST_F(DatabaseFilePermissionTest, FileInADirectoryClosedToWritersCannotBeMade)
         const ScopedPermissions readable(directory.Path(), ReadableDirectory);
 
         EXPECT_FALSE(database.OpenDatabase(missing, false));
-        EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN)));
+        EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN)));
         EXPECT_FALSE(database.IsOpen());
     }
 
@@ -53,7 +53,7 @@ TEST_F(DatabaseFilePermissionTest, DirectoryThatCannotBeMadeIsNamedByTheDatabase
 
     for (const bool readOnly : {false, true}) {
         EXPECT_FALSE(database.OpenDatabase(missing, readOnly));
-        EXPECT_THAT(database, HasRecord(111, "Create directory failed: " + missing));
+        EXPECT_THAT(database, HasError(111, "Create directory failed: " + missing));
         EXPECT_FALSE(database.IsOpen());
     }
 }
@@ -66,7 +66,7 @@ TEST_F(DatabaseFilePermissionTest, DirectoryThatCannotBeLookedIntoIsNamedByTheDa
 
     EXPECT_FALSE(database.OpenDatabase(hidden, true));
 
-    EXPECT_THAT(database, HasRecord(111, "Create directory failed: " + hidden));
+    EXPECT_THAT(database, HasError(111, "Create directory failed: " + hidden));
 }
 
 TEST_F(DatabaseFilePermissionTest, FileThatMayOnlyBeReadIsReadAndNotWritten)
@@ -76,7 +76,7 @@ TEST_F(DatabaseFilePermissionTest, FileThatMayOnlyBeReadIsReadAndNotWritten)
 
         EXPECT_TRUE(database.OpenDatabase(path, false));
         EXPECT_FALSE(database.Execute("INSERT INTO t VALUES (2)"));
-        EXPECT_THAT(database, HasRecord(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
+        EXPECT_THAT(database, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
         EXPECT_TRUE(database.Execute("SELECT a FROM t"));
         EXPECT_TRUE(database.CloseDatabase());
     }
@@ -91,7 +91,7 @@ TEST_F(DatabaseFilePermissionTest, FileThatMayNotBeReadCannotBeOpened)
 
         for (const bool readOnly : {false, true}) {
             EXPECT_FALSE(database.OpenDatabase(path, readOnly));
-            EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN)));
+            EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN)));
         }
     }
 

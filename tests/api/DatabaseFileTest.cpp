@@ -8,7 +8,7 @@
 
 #include "support/Cells.h"
 #include "support/OpenFacade.h"
-#include "support/PlainLegacyStatement.h"
+#include "support/RawLegacyStatement.h"
 
 namespace Morvik::sql::tests {
 
@@ -35,12 +35,12 @@ protected:
     /// Creates a database with two rows at `path`.
     void MakeDatabase() const
     {
-        PlainSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, 'one'), (2, NULL)");
+        RawSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, 'one'), (2, NULL)");
     }
 
     void ExpectNothingLost() const
     {
-        PlainSqlite plain(path);
+        RawSqlite plain(path);
         EXPECT_EQ(plain.Value("PRAGMA integrity_check"), "'ok'");
         EXPECT_THAT(plain.Rows("SELECT name FROM sqlite_master"), ElementsAre(ElementsAre("'t'")));
         EXPECT_THAT(plain.Rows("SELECT a, b FROM t"), ElementsAre(ElementsAre("1", "'one'"), ElementsAre("2", "NULL")));
@@ -69,9 +69,9 @@ TEST_F(DatabaseFileTest, ReadOnlyOpenOfAMissingFileMakesItsDirectoryAndFails)
 
     EXPECT_FALSE(database.OpenDatabase(deep, true));
 
-    const PlainFailure plain = FailureOfOpen(deep, SQLITE_OPEN_READONLY);
+    const RawFailure plain = FailureOfOpen(deep, SQLITE_OPEN_READONLY);
     EXPECT_EQ(plain.code, SQLITE_CANTOPEN);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
     EXPECT_FALSE(database.IsOpen());
     EXPECT_TRUE(std::filesystem::is_empty(directory.File("a/b")));
 }
@@ -79,14 +79,14 @@ TEST_F(DatabaseFileTest, ReadOnlyOpenOfAMissingFileMakesItsDirectoryAndFails)
 TEST_F(DatabaseFileTest, FileInTheWayOfTheDirectoryIsLeftAsItIs)
 {
     WriteFile(directory.File("file"), "kept");
-    const PlainFailure plain = FailureOfOpen(directory.File("file/x.db"), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    const RawFailure plain = FailureOfOpen(directory.File("file/x.db"), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
 
     EXPECT_FALSE(database.OpenDatabase(directory.File("file/x.db"), false));
     EXPECT_EQ(plain.code, SQLITE_CANTOPEN);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
 
     EXPECT_FALSE(database.OpenDatabase(directory.File("file/sub/x.db"), false));
-    EXPECT_THAT(database, HasRecord(111, "Create directory failed: " + directory.File("file/sub/x.db")));
+    EXPECT_THAT(database, HasError(111, "Create directory failed: " + directory.File("file/sub/x.db")));
 
     EXPECT_FALSE(database.IsOpen());
     EXPECT_EQ(BytesOfFile(directory.File("file")), "kept");
@@ -97,19 +97,19 @@ TEST_F(DatabaseFileTest, DirectoryThatCannotBeMadeIsNamedByTheDatabase)
     for (const bool readOnly : {false, true}) {
         EXPECT_FALSE(database.OpenDatabase("/proc/none/x.db", readOnly));
 
-        EXPECT_THAT(database, HasRecord(111, "Create directory failed: /proc/none/x.db"));
+        EXPECT_THAT(database, HasError(111, "Create directory failed: /proc/none/x.db"));
         EXPECT_FALSE(database.IsOpen());
     }
 }
 
 TEST_F(DatabaseFileTest, DirectoryInPlaceOfTheFileIsRefusedAsSqliteRefusesIt)
 {
-    const PlainFailure plain = FailureOfOpen(directory.Path().string(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    const RawFailure plain = FailureOfOpen(directory.Path().string(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
 
     EXPECT_FALSE(database.OpenDatabase(directory.Path().string(), false));
 
     EXPECT_EQ(plain.code, SQLITE_CANTOPEN);
-    EXPECT_THAT(database, HasRecord(plain.code, plain.message));
+    EXPECT_THAT(database, HasError(plain.code, plain.message));
 }
 
 TEST_F(DatabaseFileTest, FacadeOpensAGoodFileAfterABadOne)
@@ -128,18 +128,18 @@ TEST_F(DatabaseFileTest, FileThatIsNoDatabaseIsRefusedByItsFirstUseAndLeftAsItIs
     const std::string content(5000, 'x');
     WriteFile(path, content);
     ASSERT_TRUE(database.OpenDatabase(path, false));
-    const PlainFailure executed = FailureOfExec(PlainSqlite(path).Handle(), "CREATE TABLE t (a)");
-    const PlainFailure prepared = FailureOfPrepare(PlainSqlite(path).Handle(), "SELECT * FROM t");
+    const RawFailure executed = FailureOfExec(RawSqlite(path).Handle(), "CREATE TABLE t (a)");
+    const RawFailure prepared = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT * FROM t");
     ASSERT_EQ(executed.code, SQLITE_NOTADB);
 
     EXPECT_FALSE(database.Execute("CREATE TABLE t (a)"));
-    EXPECT_THAT(database, HasRecord(executed.code, executed.message));
+    EXPECT_THAT(database, HasError(executed.code, executed.message));
     EXPECT_FALSE(database.WriteTableValues("t", row));
-    EXPECT_THAT(database, HasRecord(executed.code, executed.message));
+    EXPECT_THAT(database, HasError(executed.code, executed.message));
     EXPECT_FALSE(database.ReadTableValues("t", data));
-    EXPECT_THAT(database, HasRecord(prepared.code, prepared.message));
+    EXPECT_THAT(database, HasError(prepared.code, prepared.message));
     EXPECT_FALSE(database.SqlQueryBegin("SELECT * FROM t"));
-    EXPECT_THAT(database, HasRecord(prepared.code, prepared.message));
+    EXPECT_THAT(database, HasError(prepared.code, prepared.message));
 
     EXPECT_TRUE(database.CloseDatabase());
     EXPECT_EQ(BytesOfFile(path), content);
@@ -147,18 +147,18 @@ TEST_F(DatabaseFileTest, FileThatIsNoDatabaseIsRefusedByItsFirstUseAndLeftAsItIs
 
 TEST_F(DatabaseFileTest, FileCutShortIsRefusedAndLeftAsItIs)
 {
-    PlainSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, zeroblob(100000))");
+    RawSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, zeroblob(100000))");
     std::filesystem::resize_file(path, 3000);
     const std::string content = BytesOfFile(path);
     ASSERT_TRUE(database.OpenDatabase(path, false));
-    const PlainFailure executed = FailureOfExec(PlainSqlite(path).Handle(), "INSERT INTO t (a,b) VALUES (3,\"three\")");
-    const PlainFailure prepared = FailureOfPrepare(PlainSqlite(path).Handle(), "SELECT * FROM t");
+    const RawFailure executed = FailureOfExec(RawSqlite(path).Handle(), "INSERT INTO t (a,b) VALUES (3,\"three\")");
+    const RawFailure prepared = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT * FROM t");
     ASSERT_EQ(executed.code, SQLITE_CORRUPT);
 
     EXPECT_FALSE(database.WriteTableValues("t", row));
-    EXPECT_THAT(database, HasRecord(executed.code, executed.message));
+    EXPECT_THAT(database, HasError(executed.code, executed.message));
     EXPECT_FALSE(database.ReadTableValues("t", data));
-    EXPECT_THAT(database, HasRecord(prepared.code, prepared.message));
+    EXPECT_THAT(database, HasError(prepared.code, prepared.message));
 
     EXPECT_TRUE(database.CloseDatabase());
     EXPECT_EQ(BytesOfFile(path), content);
@@ -170,13 +170,13 @@ TEST_F(DatabaseFileTest, ReadOnlyDatabaseIsReadAndNotWritten)
     ASSERT_TRUE(database.OpenDatabase(path, true));
 
     EXPECT_FALSE(database.WriteTableValues("t", row));
-    EXPECT_THAT(database, HasRecord(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
+    EXPECT_THAT(database, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
     EXPECT_FALSE(database.UpdateTableValues("t", row, ""));
-    EXPECT_THAT(database, HasRecord(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
+    EXPECT_THAT(database, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
     EXPECT_FALSE(database.DropTable("t"));
-    EXPECT_THAT(database, HasRecord(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
+    EXPECT_THAT(database, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
     EXPECT_FALSE(database.Execute("CREATE TABLE u (a)"));
-    EXPECT_THAT(database, HasRecord(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
+    EXPECT_THAT(database, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
     EXPECT_TRUE(database.ReadTableValues("t", data));
 
     EXPECT_EQ(data.rows.size(), 2U);
@@ -187,18 +187,18 @@ TEST_F(DatabaseFileTest, LockOfAnotherConnectionIsReportedAndOutwaited)
 {
     MakeDatabase();
     ASSERT_TRUE(database.OpenDatabase(path, false));
-    PlainSqlite other(path);
+    RawSqlite other(path);
     other.Execute("BEGIN EXCLUSIVE");
-    const PlainFailure executed = FailureOfExec(PlainSqlite(path).Handle(), "DELETE FROM t");
-    const PlainFailure prepared = FailureOfPrepare(PlainSqlite(path).Handle(), "SELECT a FROM t");
+    const RawFailure executed = FailureOfExec(RawSqlite(path).Handle(), "DELETE FROM t");
+    const RawFailure prepared = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT a FROM t");
     ASSERT_EQ(executed.code, SQLITE_BUSY);
 
     EXPECT_FALSE(database.WriteTableValues("t", row));
-    EXPECT_THAT(database, HasRecord(executed.code, executed.message));
+    EXPECT_THAT(database, HasError(executed.code, executed.message));
     EXPECT_FALSE(database.UpdateTableValues("t", row, ""));
-    EXPECT_THAT(database, HasRecord(executed.code, executed.message));
+    EXPECT_THAT(database, HasError(executed.code, executed.message));
     EXPECT_FALSE(database.ReadTableValues("t", data));
-    EXPECT_THAT(database, HasRecord(prepared.code, prepared.message));
+    EXPECT_THAT(database, HasError(prepared.code, prepared.message));
     EXPECT_THAT(data.rows, IsEmpty());
     EXPECT_TRUE(database.IsOpen());
 
@@ -209,22 +209,22 @@ TEST_F(DatabaseFileTest, LockOfAnotherConnectionIsReportedAndOutwaited)
     EXPECT_EQ(data.rows.size(), 3U);
 }
 
-TEST_F(DatabaseFileTest, LockTakenDuringAWalkFailsItsStepAsItFailsPlainSqlites)
+TEST_F(DatabaseFileTest, LockTakenDuringAWalkFailsItsStepAsItFailsRawSqlites)
 {
     MakeDatabase();
-    PlainSqlite plain(path);
-    PlainLegacyStatement statement(plain, "SELECT a FROM t");
+    RawSqlite plain(path);
+    RawLegacyStatement statement(plain, "SELECT a FROM t");
     ASSERT_TRUE(database.OpenDatabase(path, false));
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
-    PlainSqlite other(path);
+    RawSqlite other(path);
     other.Execute("BEGIN EXCLUSIVE");
-    const PlainFailure stepped = statement.Step();
+    const RawFailure stepped = statement.Step();
     DbTableRowValues fetched;
 
     EXPECT_FALSE(database.ReadNextRow(fetched));
 
     EXPECT_NE(stepped.code, SQLITE_ROW);
-    EXPECT_THAT(database, HasRecord(stepped.code, stepped.message));
+    EXPECT_THAT(database, HasError(stepped.code, stepped.message));
     other.Execute("ROLLBACK");
     ExpectNothingLost();
 }

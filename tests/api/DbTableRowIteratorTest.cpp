@@ -53,7 +53,7 @@ TEST_F(DbTableRowIteratorTest, RangeForVisitsEveryRowInOrder)
     }
 
     EXPECT_THAT(numbers, ElementsAre(1, 2, 3, 4));
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(DbTableRowIteratorTest, ClassicAlgorithmsTakeTheRows)
@@ -71,7 +71,7 @@ TEST_F(DbTableRowIteratorTest, ClassicAlgorithmsTakeTheRows)
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
     const auto add = [](int sum, const DbTableRowValues& row) { return sum + First(row); };
     EXPECT_EQ(std::accumulate(database.begin(), database.end(), 0, add), 10);
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(DbTableRowIteratorTest, PostfixIncrementReturnsTheEarlierRow)
@@ -86,7 +86,7 @@ TEST_F(DbTableRowIteratorTest, PostfixIncrementReturnsTheEarlierRow)
     EXPECT_EQ(First(*row++), 3);
     EXPECT_EQ(First(*row++), 4);
     EXPECT_EQ(row, database.end());
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(DbTableRowIteratorTest, RangeForVisitsNothingWithoutAQuery)
@@ -99,7 +99,7 @@ TEST_F(DbTableRowIteratorTest, RangeForVisitsNothingWithoutAQuery)
     }
 
     EXPECT_EQ(rows, 0);
-    EXPECT_THAT(database, HasRecord(111, "Table isn't open."));
+    EXPECT_THAT(database, HasError(111, "Table isn't open."));
 }
 
 TEST_F(DbTableRowIteratorTest, AlgorithmsOfTheRangesLibraryWalkTheQuery)
@@ -195,13 +195,13 @@ TEST_F(DbTableRowIteratorTest, BecomesTheEndAfterTheLastRow)
     ++iterator;
 
     EXPECT_EQ(iterator, database.end());
-    EXPECT_THAT(database, HasRecord(0, ""));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(DbTableRowIteratorTest, BecomesTheEndWhenAStepFails)
 {
     const std::string sql = "SELECT abs(iif(a = 2, -9223372036854775808, a)) FROM t";
-    const PlainWalk plain = LegacyWalk(PlainSqlite(path).Handle(), sql);
+    const PlainWalk plain = LegacyWalk(RawSqlite(path).Handle(), sql);
     ASSERT_EQ(plain.rows, 1);
     ASSERT_TRUE(database.SqlQueryBegin(sql));
     DbTableRowIterator iterator = database.begin();
@@ -210,7 +210,7 @@ TEST_F(DbTableRowIteratorTest, BecomesTheEndWhenAStepFails)
     ++iterator;
 
     EXPECT_EQ(iterator, database.end());
-    EXPECT_THAT(database, HasRecord(plain.step.code, plain.step.message));
+    EXPECT_THAT(database, HasError(plain.step.code, plain.step.message));
 }
 
 TEST_F(DbTableRowIteratorTest, BecomesTheEndWhileAnotherOperationsFailureStands)
@@ -221,7 +221,7 @@ TEST_F(DbTableRowIteratorTest, BecomesTheEndWhileAnotherOperationsFailureStands)
     ++iterator;
 
     EXPECT_EQ(iterator, database.end());
-    EXPECT_THAT(database, HasRecord(112, "Missing command."));
+    EXPECT_THAT(database, HasError(112, "Missing command."));
 }
 
 TEST_F(DbTableRowIteratorTest, EndTouchesNothing)
@@ -231,7 +231,7 @@ TEST_F(DbTableRowIteratorTest, EndTouchesNothing)
     EXPECT_EQ(database.end(), database.end());
     EXPECT_EQ(std::as_const(database).end(), database.end());
 
-    EXPECT_THAT(database, HasRecord(112, "Missing command."));
+    EXPECT_THAT(database, HasError(112, "Missing command."));
     ASSERT_TRUE(database.Execute("SELECT 0"));
     EXPECT_EQ(First(*database.begin()), 1);
 }

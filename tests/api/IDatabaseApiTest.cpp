@@ -8,7 +8,7 @@
 #include <type_traits>
 
 #include "support/Cells.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -86,7 +86,7 @@ TEST(IDatabaseApiTest, DestructionThroughTheInterfaceClosesTheDatabase)
     const TemporaryDirectory directory;
     std::unique_ptr<IDatabaseApi> database = std::make_unique<DatabaseApi>();
     ASSERT_TRUE(database->OpenDatabase(directory.File("a.db"), false));
-    const RecordedSqlite sqlite;
+    const SqliteCallRecorder sqlite;
 
     database.reset();
 

@@ -8,8 +8,8 @@
 #include <sstream>
 #include <string>
 
-#include "support/FailingAllocation.h"
-#include "support/PlainSqlite.h"
+#include "support/OomInjector.h"
+#include "support/RawSqlite.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -37,7 +37,7 @@ TEST(IdleHeapTest, OpenFacadeHoldsLittleBesideSqlitesOwn)
 {
     const TemporaryDirectory directory;
     const std::string path = directory.File("idle.db");
-    PlainSqlite(path).Execute("CREATE TABLE t (a)");
+    RawSqlite(path).Execute("CREATE TABLE t (a)");
     ASSERT_TRUE(DatabaseApi().OpenDatabase(path, false)); // makes the allocations that a process makes only once
     ASSERT_GT(AllowedBytes(), 0U);
 

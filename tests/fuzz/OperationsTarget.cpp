@@ -14,7 +14,7 @@ namespace {
 
 constexpr int MostOperations = 300;
 
-void TryOperations(Choices& choices)
+void TryOperations(FuzzInput& choices)
 {
     const TemporaryDirectory directory;
     FacadeOperations operations(directory.Path());
@@ -30,7 +30,7 @@ void TryOperations(Choices& choices)
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    Morvik::sql::tests::Choices choices(std::span(data, size));
+    Morvik::sql::tests::FuzzInput choices(std::span(data, size));
     Morvik::sql::tests::TryOperations(choices);
     return 0;
 }

@@ -14,8 +14,8 @@
 #include "fuzz/StoredValue.h"
 #include "support/AnyDefinition.h"
 #include "support/PlainRendering.h"
-#include "support/PlainSqlite.h"
-#include "support/RecordedSqlite.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -41,20 +41,20 @@ void RequirePlainTable(const DbTableDefinition& definition)
     BoundedConnections connections;
     DatabaseApi facade;
     facade.OpenDatabase(":memory:", false);
-    PlainSqlite plain(":memory:");
+    RawSqlite plain(":memory:");
     const std::string sql = PlainCreateStatement(definition);
 
     connections.BeginOperation();
     std::vector<std::string> executed;
     {
-        const RecordedSqlite recorded;
+        const SqliteCallRecorder recorded;
         facade.CreateTable(definition);
         executed = recorded.Executed();
     }
     RequireSame("The number of statements", std::to_string(executed.size()), "1");
     RequireSame("The statement", executed.front(), sql);
 
-    const PlainFailure failure = FailureOfExec(plain.Handle(), sql);
+    const RawFailure failure = FailureOfExec(plain.Handle(), sql);
     RequireSame("The code", std::to_string(facade.GetLastError()), std::to_string(failure.code));
     RequireSame("The message", facade.GetLastErrorMsg(), failure.message);
 
@@ -74,7 +74,7 @@ void RequirePlainTable(const DbTableDefinition& definition)
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     using namespace Morvik::sql::tests;
-    Choices choices(std::span(data, size));
+    FuzzInput choices(std::span(data, size));
     const Morvik::sql::DbTableDefinition definition = AnyDefinition(choices);
     RequirePlainTexts(definition);
     RequirePlainTable(definition);

@@ -10,7 +10,7 @@
 #include "fuzz/Finding.h"
 #include "fuzz/StoredValue.h"
 #include "support/Cells.h"
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
@@ -22,10 +22,10 @@ const std::vector<std::string> Columns{"c0", "c1", "c2", "c3", "c4", "c5"};
 const std::string CreateStored = "CREATE TABLE stored (c0, c1, c2, c3, c4, c5)";
 
 /// The table, which is kept open from one input to the next and emptied.
-PlainSqlite& PlainTable()
+RawSqlite& PlainTable()
 {
     static const auto plain = [] {
-        auto opened = std::make_unique<PlainSqlite>(":memory:");
+        auto opened = std::make_unique<RawSqlite>(":memory:");
         opened->Execute(CreateStored);
         return opened;
     }();
@@ -90,7 +90,7 @@ void RequireStored(const std::vector<DbTableColumnValue>& cells, const std::vect
         names += (i == 0 ? "" : ",") + Columns[i];
         values += (i == 0 ? "" : ",") + literals[i];
     }
-    PlainSqlite& plain = PlainTable();
+    RawSqlite& plain = PlainTable();
     plain.Execute("INSERT INTO stored (" + names + ") VALUES (" + values + ")");
     const auto rows = plain.Rows("SELECT " + names + " FROM stored");
     for (std::size_t i = 0; i < cells.size(); ++i) {

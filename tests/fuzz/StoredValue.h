@@ -9,10 +9,10 @@ namespace Morvik::sql::tests {
 /// The text with its apostrophes doubled, as SQLite stores it.
 std::string Doubled(const std::string& text);
 
-/// The text as PlainSqlite::Rows() writes it.
+/// The text as RawSqlite::Rows() writes it.
 std::string Quoted(const std::string& text);
 
-/// Reports a finding unless `stored`, a value as PlainSqlite::Rows() writes it, is the value of the cell. `literal` is
+/// Reports a finding unless `stored`, a value as RawSqlite::Rows() writes it, is the value of the cell. `literal` is
 /// the cell's text in the statement.
 void RequireStoredAs(const DbTableColumnValue& cell, const std::string& literal, const std::string& stored);
 

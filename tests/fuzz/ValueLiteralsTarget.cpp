@@ -21,7 +21,7 @@
 #include "model/SqlBuffer.h"
 #include "model/ValueLiteral.h"
 #include "support/Cells.h"
-#include "support/Choices.h"
+#include "support/FuzzInput.h"
 #include "support/PlainRendering.h"
 
 namespace Morvik::sql::tests {
@@ -34,7 +34,7 @@ std::string WithoutZeroBytes(std::string text)
     return text;
 }
 
-double ChosenReal(Choices& choices)
+double ChosenReal(FuzzInput& choices)
 {
     static constexpr std::array<double, 8> Divisors{1, 10, 100, 1000, 1e5, 1e7, 1e9, 1e12};
     const std::uint64_t upper = choices.Bits();
@@ -44,7 +44,7 @@ double ChosenReal(Choices& choices)
     return static_cast<double>(static_cast<std::int32_t>(upper)) / Divisors[choices.Below(Divisors.size())];
 }
 
-DbTableColumnValue ChosenCell(Choices& choices)
+DbTableColumnValue ChosenCell(FuzzInput& choices)
 {
     switch (choices.Below(9)) {
     case 0:
@@ -66,7 +66,7 @@ DbTableColumnValue ChosenCell(Choices& choices)
     }
 }
 
-std::vector<DbTableColumnValue> ChosenCells(Choices& choices)
+std::vector<DbTableColumnValue> ChosenCells(FuzzInput& choices)
 {
     std::vector<DbTableColumnValue> cells;
     do {
@@ -138,7 +138,7 @@ void TryCells(const std::vector<DbTableColumnValue>& cells)
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    Morvik::sql::tests::Choices choices(std::span(data, size));
+    Morvik::sql::tests::FuzzInput choices(std::span(data, size));
     Morvik::sql::tests::TryCells(Morvik::sql::tests::ChosenCells(choices));
     return 0;
 }

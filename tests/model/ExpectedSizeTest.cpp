@@ -10,7 +10,7 @@
 #include "model/NumberText.h"
 #include "model/SqlBuffer.h"
 #include "model/ValueLiteral.h"
-#include "support/FailingAllocation.h"
+#include "support/OomInjector.h"
 
 namespace Morvik::sql::tests {
 
@@ -65,7 +65,7 @@ TEST(ExpectedSizeTest, NumbersFitWhereTheLongestDoes)
         text->Append(before);
     }
 
-    const FailingAllocation failing(0, FailureExtent::ForEver);
+    const OomInjector failing(0, FailureExtent::ForEver);
     AppendNumber(integer, std::numeric_limits<std::int32_t>::min());
     AppendNumber(small, -1.5);
     AppendNumber(large, -1.23457e+300);

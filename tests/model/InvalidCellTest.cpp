@@ -13,8 +13,8 @@
 
 #include "model/LiteralOf.h"
 #include "model/SqlBuffer.h"
-#include "support/FailingAllocation.h"
 #include "support/NumberLocales.h"
+#include "support/OomInjector.h"
 
 namespace Morvik::sql::tests {
 
@@ -119,7 +119,7 @@ TEST(InvalidCellTest, TextWhoseQuotesCannotBeDoubledForLackOfMemoryHasNoLiteral)
         SqlBuffer sql(literal.size()); // so that only the allocations for the doubled quotes can fail
         bool written = false;
         {
-            const FailingAllocation failing(failures);
+            const OomInjector failing(failures);
             written = ColumnValueAsString(cell, sql);
             fired = failing.Fired();
         }
@@ -137,7 +137,7 @@ TEST(InvalidCellTest, StatementThatCannotGrowForLackOfMemoryIsNotTakenForAnInval
                                         {DbTableColumnType::DateTimeNowLocalTime}};
     for (const DbTableColumnValue& cell : cells) {
         SqlBuffer sql(0);
-        const FailingAllocation failing(0);
+        const OomInjector failing(0);
 
         EXPECT_THROW(ColumnValueAsString(cell, sql), std::bad_alloc);
         EXPECT_TRUE(failing.Fired());
@@ -154,7 +154,7 @@ TEST(InvalidCellTest, NumberIsNeverCutShortForLackOfMemory)
         SqlBuffer sql(0);
         bool thrown = false;
         {
-            const FailingAllocation failing(failures);
+            const OomInjector failing(failures);
             try {
                 EXPECT_TRUE(ColumnValueAsString(cell, sql));
             } catch (const std::bad_alloc&) {

@@ -11,7 +11,7 @@
 #include <string>
 
 #include "model/SqlBuffer.h"
-#include "support/Choices.h"
+#include "support/FuzzInput.h"
 #include "support/TestSeeds.h"
 
 namespace Morvik::sql::tests {
@@ -44,13 +44,13 @@ void ExpectPrinted(Number number)
     ASSERT_LE(NumberSize(number), 13U) << printed;
 }
 
-std::int32_t RandomInteger(Choices& choices)
+std::int32_t RandomInteger(FuzzInput& choices)
 {
     return static_cast<std::int32_t>(choices.Bits()) >> choices.Below(32);
 }
 
 // Six or seven digits and half a unit of the last place, or slightly more or less, where rounding decides.
-double NextToAHalf(Choices& choices)
+double NextToAHalf(FuzzInput& choices)
 {
     const double digits = static_cast<double>(100000 + choices.Below(9900000)) + 0.5;
     double number = digits * std::pow(10.0, static_cast<double>(choices.Below(16)) - 8.0);
@@ -60,20 +60,20 @@ double NextToAHalf(Choices& choices)
     return choices.OneIn(2) ? number : -number;
 }
 
-double AnyBits(Choices& choices)
+double AnyBits(FuzzInput& choices)
 {
     const std::uint64_t upper = choices.Bits();
     return std::bit_cast<double>(upper << 32 | choices.Bits());
 }
 
 // A number with few digits, as applications write.
-double FewDigits(Choices& choices)
+double FewDigits(FuzzInput& choices)
 {
     return static_cast<double>(RandomInteger(choices)) / std::pow(10.0, static_cast<double>(choices.Below(10)));
 }
 
 // A number just below, equal to or just above a power of ten.
-double NextToAPowerOfTen(Choices& choices)
+double NextToAPowerOfTen(FuzzInput& choices)
 {
     double number = std::pow(10.0, static_cast<double>(choices.Below(18)) - 8.0);
     number *= 1.0 - static_cast<double>(choices.Below(200)) * 1e-8 + 1e-6;
@@ -85,7 +85,7 @@ void ExpectPrintedNumbers(Draw draw)
 {
     for (const std::uint64_t seed : TestSeeds()) {
         SCOPED_TRACE(Describe(seed));
-        Choices choices(seed);
+        FuzzInput choices(seed);
         for (int i = 0; i < NumbersPerSeed; ++i) {
             ASSERT_NO_FATAL_FAILURE(ExpectPrinted(draw(choices)));
         }

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "support/AnyDefinition.h"
-#include "support/Choices.h"
+#include "support/FuzzInput.h"
 #include "support/PlainRendering.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/TestSeeds.h"
 
 namespace Morvik::sql::tests {
@@ -23,7 +23,7 @@ TEST(SchemaPropertyTest, EveryDescriptionReadsAsThePlainRenderingOfIt)
 {
     for (const std::uint64_t seed : TestSeeds()) {
         SCOPED_TRACE(Describe(seed));
-        Choices choices(seed);
+        FuzzInput choices(seed);
 
         for (int i = 0; i < DefinitionsPerSeed; ++i) {
             const DbTableDefinition definition = AnyDefinition(choices);
@@ -45,11 +45,11 @@ TEST(SchemaPropertyTest, EveryStatementReadsAsThePlainRenderingOfItsDefinition)
     ASSERT_TRUE(database.OpenDatabase(":memory:", false));
     for (const std::uint64_t seed : TestSeeds()) {
         SCOPED_TRACE(Describe(seed));
-        Choices choices(seed);
+        FuzzInput choices(seed);
 
         for (int i = 0; i < DefinitionsPerSeed; ++i) {
             const DbTableDefinition definition = AnyDefinition(choices);
-            const RecordedSqlite recorded;
+            const SqliteCallRecorder recorded;
 
             database.CreateTable(definition);
 

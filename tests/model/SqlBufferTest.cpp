@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "support/FailingAllocation.h"
 #include "support/NumberLocales.h"
+#include "support/OomInjector.h"
 
 namespace Morvik::sql::tests {
 

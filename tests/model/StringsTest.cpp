@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "support/FailingAllocation.h"
+#include "support/OomInjector.h"
 
 namespace Morvik::sql::tests {
 
@@ -24,7 +24,7 @@ TEST(StringsTest, TextIsAllocatedOnceAndTakesNoMoreThanItNeeds)
     std::string text;
 
     {
-        const FailingAllocation failing(1);
+        const OomInjector failing(1);
         text = StrCat({part, part, part});
         fired = failing.Fired();
     }

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "model/LiteralOf.h"
-#include "support/Choices.h"
+#include "support/FuzzInput.h"
 #include "support/NumberLocales.h"
 #include "support/PlainRendering.h"
 #include "support/TestSeeds.h"
@@ -23,13 +23,13 @@ using namespace std::string_view_literals;
 
 constexpr int CellsPerSeed = 5000;
 
-std::string RandomBytes(Choices& choices)
+std::string RandomBytes(FuzzInput& choices)
 {
     // Mostly quotes, because only they are changed, between bytes of every kind.
     return choices.TextOf("'\"''\"\"ab \0\n\\%;\x7F\x80\xC3\xA4\xFF"sv, choices.OneIn(10) ? 300 : 12);
 }
 
-double RandomReal(Choices& choices)
+double RandomReal(FuzzInput& choices)
 {
     if (choices.OneIn(4)) {
         return static_cast<double>(static_cast<std::int32_t>(choices.Bits())) / 1000.0;
@@ -38,13 +38,13 @@ double RandomReal(Choices& choices)
     return std::bit_cast<double>(upper << 32 | choices.Bits());
 }
 
-std::int32_t IntegerChoice(Choices& choices)
+std::int32_t IntegerChoice(FuzzInput& choices)
 {
     const auto bits = static_cast<std::int32_t>(choices.Bits());
     return choices.OneIn(2) ? bits : bits % 2000;
 }
 
-DbTableColumnType RandomTag(Choices& choices)
+DbTableColumnType RandomTag(FuzzInput& choices)
 {
     if (choices.OneIn(20)) {
         return static_cast<DbTableColumnType>(choices.Bits());
@@ -52,7 +52,7 @@ DbTableColumnType RandomTag(Choices& choices)
     return static_cast<DbTableColumnType>(static_cast<std::int32_t>(choices.Below(14)) - 2);
 }
 
-DbTableColumnValue RandomCell(Choices& choices)
+DbTableColumnValue RandomCell(FuzzInput& choices)
 {
     DbTableColumnValue cell;
     cell.type = RandomTag(choices);
@@ -75,7 +75,7 @@ DbTableColumnValue RandomCell(Choices& choices)
     return cell;
 }
 
-void ExpectPlainLiterals(Choices& choices)
+void ExpectPlainLiterals(FuzzInput& choices)
 {
     int withLiteral = 0;
     for (int i = 0; i < CellsPerSeed; ++i) {
@@ -96,7 +96,7 @@ TEST(ValueLiteralPropertyTest, EveryCellReadsAsThePlainRenderingOfIt)
 {
     for (const std::uint64_t seed : TestSeeds()) {
         SCOPED_TRACE(Describe(seed));
-        Choices choices(seed);
+        FuzzInput choices(seed);
 
         ExpectPlainLiterals(choices);
     }
@@ -107,7 +107,7 @@ TEST(ValueLiteralPropertyTest, EveryCellReadsAsThePlainRenderingOfItWithADecimal
     const ScopedGlobalLocale locale;
     for (const std::uint64_t seed : TestSeeds()) {
         SCOPED_TRACE(Describe(seed));
-        Choices choices(seed);
+        FuzzInput choices(seed);
 
         ExpectPlainLiterals(choices);
     }
@@ -117,7 +117,7 @@ TEST(ValueLiteralPropertyTest, ExpectedSizeHoldsEveryValueWithoutQuotes)
 {
     for (const std::uint64_t seed : TestSeeds()) {
         SCOPED_TRACE(Describe(seed));
-        Choices choices(seed);
+        FuzzInput choices(seed);
 
         for (int i = 0; i < CellsPerSeed; ++i) {
             DbTableColumnValue cell = RandomCell(choices);

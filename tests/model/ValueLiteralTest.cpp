@@ -11,7 +11,7 @@
 
 #include "model/LiteralOf.h"
 #include "support/NumberLocales.h"
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
@@ -213,7 +213,7 @@ TEST_P(ValueLiteralTimeTest, IsComputedBySqlite)
     const std::optional<std::string> literal = LiteralOf({GetParam().type});
     ASSERT_TRUE(literal.has_value());
 
-    PlainSqlite plain(":memory:");
+    RawSqlite plain(":memory:");
 
     EXPECT_EQ(plain.Value("SELECT typeof(" + *literal + ")"), GetParam().storageClass);
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Changes the library one operator, constant, condition or call at a time and reports the changes that no test notices.
 
-A survivor must be listed in tests/mutants/answered.txt. A full run also fails when an entry is out of date, and when
+A survivor must be listed in tests/mutants/suppressions.txt. A full run also fails when an entry is out of date, and when
 fewer than 97 % of the mutants were noticed.
 """
 
@@ -24,7 +24,7 @@ from mutations import Mutant, mutants_of
 from suite import Suite, SuiteFails
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
-ANSWERED = PROJECT / "tests" / "mutants" / "answered.txt"
+SUPPRESSIONS = PROJECT / "tests" / "mutants" / "suppressions.txt"
 RESULTS = PROJECT / "build" / "mutants.json"
 REQUIRED_SHARE = 0.97
 
@@ -92,8 +92,8 @@ def choose(options: argparse.Namespace, mutants: list[Mutant], earlier: dict[Mut
         chosen = [mutant for mutant in chosen if earlier.get(mutant) == "survived"]
     if options.sample is None:
         return chosen
-    # A mutant in answered.txt would survive again and take the longest; a full run tells whether it still survives.
-    answers = read_answers(ANSWERED)
+    # A mutant in suppressions.txt would survive again and take the longest; a full run tells whether it still survives.
+    answers = read_answers(SUPPRESSIONS)
     chosen = [mutant for mutant in chosen if key_of(mutant) not in answers]
     seed = random.randrange(1_000_000) if options.seed is None else options.seed
     print(f"a sample of {options.sample} of {len(chosen)} mutants; once more with --seed {seed}", flush=True)
@@ -113,11 +113,11 @@ def try_all(mutants: list[Mutant], workshop: Workshop, suite: Suite, workers: in
 
 
 def judge(results: dict[Mutant, str], full: bool, room: pathlib.Path) -> bool:
-    answers = read_answers(ANSWERED)
+    answers = read_answers(SUPPRESSIONS)
     survivors = {key_of(mutant): mutant for mutant, found in results.items() if found == "survived"}
-    unanswered = [key for key in survivors if key not in answers]
+    unsuppressed = [key for key in survivors if key not in answers]
     stale = [key for key in answers if key not in survivors] if full else []
-    (room / "unanswered.txt").write_text("\n".join(written(key, "") for key in sorted(unanswered)), encoding="ascii")
+    (room / "unsuppressions.txt").write_text("\n".join(written(key, "") for key in sorted(unsuppressed)), encoding="ascii")
 
     counts = collections.Counter(results.values())
     compiled = len(results) - counts["not compiling"]
@@ -125,15 +125,15 @@ def judge(results: dict[Mutant, str], full: bool, room: pathlib.Path) -> bool:
     share = noticed / compiled if compiled else 1.0
     print(f"{len(results)} mutants: {counts['killed']} killed, {counts['timed out']} timed out, "
           f"{counts['not compiling']} not compiling, {counts['survived']} survived "
-          f"({counts['survived'] - len(unanswered)} of them answered); {share:.1%} of those that compile were noticed")
-    for key in unanswered:
-        print(f"not answered: {key[0]}:{survivors[key].line}\n{written(key, '')}")
+          f"({counts['survived'] - len(unsuppressed)} of them suppressed); {share:.1%} of those that compile were noticed")
+    for key in unsuppressed:
+        print(f"not suppressed: {key[0]}:{survivors[key].line}\n{written(key, '')}")
     for key in stale:
-        print(f"answered, but no survivor any more:\n{written(key, answers[key])}")
+        print(f"suppressed, but no survivor any more:\n{written(key, answers[key])}")
     if full and share < REQUIRED_SHARE:
         print(f"fewer than {REQUIRED_SHARE:.0%} were noticed")
         return False
-    return not unanswered and not stale
+    return not unsuppressed and not stale
 
 
 def main() -> int:

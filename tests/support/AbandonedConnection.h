@@ -6,7 +6,7 @@
 
 #include <utility>
 
-#include "support/Undestroyed.h"
+#include "support/NoDestructor.h"
 
 namespace Morvik::sql::tests {
 
@@ -17,7 +17,7 @@ class AbandonedConnection {
 public:
     explicit AbandonedConnection(SqlDatabase& database) : m_handle(database.GetNativeDatabaseInstance<sqlite3>())
     {
-        Undestroyed<SqlDatabase> closed;
+        NoDestructor<SqlDatabase> closed;
         database = std::move(*closed);
     }
 

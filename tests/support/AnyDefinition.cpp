@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view NameCharacters = "abcz_ '\",();\n\xC3\xA4";
 
-std::string AnyName(Choices& choices)
+std::string AnyName(FuzzInput& choices)
 {
     switch (choices.Below(8)) {
     case 0:
@@ -29,7 +29,7 @@ std::string AnyName(Choices& choices)
     }
 }
 
-DbTableColumnDefinition AnyColumn(Choices& choices)
+DbTableColumnDefinition AnyColumn(FuzzInput& choices)
 {
     DbTableColumnDefinition column;
     column.name = AnyName(choices);
@@ -43,7 +43,7 @@ DbTableColumnDefinition AnyColumn(Choices& choices)
     return column;
 }
 
-std::vector<char> AnyKey(Choices& choices)
+std::vector<char> AnyKey(FuzzInput& choices)
 {
     std::vector<char> key(choices.OneIn(2) ? 0 : choices.Below(4));
     for (char& column : key) {
@@ -54,7 +54,7 @@ std::vector<char> AnyKey(Choices& choices)
 
 } // namespace
 
-DbTableDefinition AnyDefinition(Choices& choices)
+DbTableDefinition AnyDefinition(FuzzInput& choices)
 {
     DbTableDefinition definition;
     definition.name = "t" + AnyName(choices);

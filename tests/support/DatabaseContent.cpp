@@ -2,13 +2,13 @@
 
 #include <stdexcept>
 
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
 DatabaseContent ContentOf(const std::string& path)
 {
-    PlainSqlite plain(path);
+    RawSqlite plain(path);
     if (const std::string finding = plain.Value("PRAGMA integrity_check"); finding != "'ok'") {
         throw std::runtime_error("damaged: " + finding);
     }

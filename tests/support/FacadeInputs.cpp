@@ -6,7 +6,7 @@
 
 namespace Morvik::sql::tests {
 
-std::string ChosenTable(Choices& choices)
+std::string ChosenTable(FuzzInput& choices)
 {
     static const std::vector<std::string> Names{"a",
                                                 "a",
@@ -26,7 +26,7 @@ std::string ChosenTable(Choices& choices)
     return choices.Of(Names);
 }
 
-std::string ChosenCommand(Choices& choices)
+std::string ChosenCommand(FuzzInput& choices)
 {
     static const std::vector<std::string> Commands{
         "BEGIN",
@@ -55,7 +55,7 @@ std::string ChosenCommand(Choices& choices)
     return choices.Of(Commands);
 }
 
-std::string ChosenQuery(Choices& choices)
+std::string ChosenQuery(FuzzInput& choices)
 {
     static const std::vector<std::string> Queries{
         "SELECT * FROM a",
@@ -76,7 +76,7 @@ std::string ChosenQuery(Choices& choices)
     return choices.Of(Queries);
 }
 
-std::string ChosenCondition(Choices& choices)
+std::string ChosenCondition(FuzzInput& choices)
 {
     static const std::vector<std::string> Conditions{"",
                                                      "",
@@ -90,7 +90,7 @@ std::string ChosenCondition(Choices& choices)
     return choices.Of(Conditions);
 }
 
-DbTableColumnValue ChosenCell(Choices& choices)
+DbTableColumnValue ChosenCell(FuzzInput& choices)
 {
     static const std::vector<int> Integers{0, 1, 2, 3, -7, 42, INT_MAX, INT_MIN};
     static const std::vector<double> Reals{0.0,
@@ -129,7 +129,7 @@ DbTableColumnValue ChosenCell(Choices& choices)
     return cell;
 }
 
-DbTableDataWrite ChosenData(Choices& choices)
+DbTableDataWrite ChosenData(FuzzInput& choices)
 {
     static const std::vector<std::vector<std::string>> ColumnLists{
         {"x", "y", "z"},     {"x", "y", "z"}, {"x", "y", "z"}, {},       {"y"},
@@ -148,7 +148,7 @@ DbTableDataWrite ChosenData(Choices& choices)
     return data;
 }
 
-DbTableDefinition ChosenDefinition(Choices& choices)
+DbTableDefinition ChosenDefinition(FuzzInput& choices)
 {
     static const std::vector<std::string> ColumnNames{"x", "y", "z", "x", "y", "z", "order", ""};
     static const std::vector<std::vector<char>> Keys{{}, {}, {}, {'x'}, {'x', 'y'}};

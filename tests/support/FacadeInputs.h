@@ -5,17 +5,17 @@
 
 #include <string>
 
-#include "support/Choices.h"
+#include "support/FuzzInput.h"
 
 namespace Morvik::sql::tests {
 
 // Arguments for facade operations, including unusual ones.
-std::string ChosenTable(Choices& choices);
-std::string ChosenCommand(Choices& choices);
-std::string ChosenQuery(Choices& choices);
-std::string ChosenCondition(Choices& choices);
-DbTableDefinition ChosenDefinition(Choices& choices);
-DbTableDataWrite ChosenData(Choices& choices);
-DbTableColumnValue ChosenCell(Choices& choices);
+std::string ChosenTable(FuzzInput& choices);
+std::string ChosenCommand(FuzzInput& choices);
+std::string ChosenQuery(FuzzInput& choices);
+std::string ChosenCondition(FuzzInput& choices);
+DbTableDefinition ChosenDefinition(FuzzInput& choices);
+DbTableDataWrite ChosenData(FuzzInput& choices);
+DbTableColumnValue ChosenCell(FuzzInput& choices);
 
 } // namespace Morvik::sql::tests

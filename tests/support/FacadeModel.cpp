@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "support/PlainRendering.h"
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
@@ -67,7 +67,7 @@ bool FacadeModel::CloseDatabase()
 
 bool FacadeModel::RunStatement(const std::string& sql)
 {
-    const PlainFailure failure = FailureOfExec(m_handle, sql);
+    const RawFailure failure = FailureOfExec(m_handle, sql);
     return failure.code == SQLITE_OK || Fail(failure.code, failure.message);
 }
 

@@ -7,7 +7,7 @@
 #include "support/FacadeInputs.h"
 #include "support/NumberLocales.h"
 #include "support/PlainRendering.h"
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
@@ -98,7 +98,7 @@ std::string FacadeOperations::State(const std::string& operation) const
     return difference.str();
 }
 
-std::string FacadeOperations::RunOne(Choices& choices)
+std::string FacadeOperations::RunOne(FuzzInput& choices)
 {
     switch (choices.Below(12)) {
     case 0:
@@ -119,7 +119,7 @@ std::string FacadeOperations::RunOne(Choices& choices)
     }
 }
 
-std::string FacadeOperations::Open(Choices& choices)
+std::string FacadeOperations::Open(FuzzInput& choices)
 {
     if (choices.OneIn(4)) {
         return Compared<int>("CloseDatabase", m_facade->CloseDatabase(), m_model->CloseDatabase());
@@ -137,7 +137,7 @@ std::string FacadeOperations::Open(Choices& choices)
     return Compared<int>("Execute " + unsynced, m_facade->Execute(unsynced), m_model->Execute(unsynced));
 }
 
-std::string FacadeOperations::Manage(Choices& choices)
+std::string FacadeOperations::Manage(FuzzInput& choices)
 {
     const std::string table = ChosenTable(choices);
     int result = -1;
@@ -176,7 +176,7 @@ std::string FacadeOperations::Manage(Choices& choices)
     }
 }
 
-std::string FacadeOperations::Write(Choices& choices)
+std::string FacadeOperations::Write(FuzzInput& choices)
 {
     static const std::vector<NumberLocale> Locales = NumberLocales();
     static const std::vector<int> Roundings(std::begin(UnusualRoundings), std::end(UnusualRoundings));
@@ -210,7 +210,7 @@ std::string FacadeOperations::Write(Choices& choices)
     return Compared<int>(names[operation] + (operation == 0 ? sql : table + " " + sql), written, expected);
 }
 
-std::string FacadeOperations::Read(Choices& choices)
+std::string FacadeOperations::Read(FuzzInput& choices)
 {
     DbTableData data;
     std::vector<DescribedRow> expectedRows;
@@ -223,7 +223,7 @@ std::string FacadeOperations::Read(Choices& choices)
     return difference.empty() ? Compared("Rows of " + text, Described(data), expectedRows) : difference;
 }
 
-std::string FacadeOperations::Walk(Choices& choices)
+std::string FacadeOperations::Walk(FuzzInput& choices)
 {
     switch (choices.Below(5)) {
     case 0: {
@@ -258,10 +258,10 @@ std::string FacadeOperations::CompareFiles()
     m_facade.reset();
     m_model.reset();
     for (const Place& place : {m_places[0], m_places[2]}) {
-        PlainSqlite actual(place.facadePath.starts_with(':') || !std::filesystem::exists(place.facadePath)
-                               ? ":memory:"
-                               : place.facadePath);
-        PlainSqlite expected(std::filesystem::exists(place.modelPath) ? place.modelPath : ":memory:");
+        RawSqlite actual(place.facadePath.starts_with(':') || !std::filesystem::exists(place.facadePath)
+                             ? ":memory:"
+                             : place.facadePath);
+        RawSqlite expected(std::filesystem::exists(place.modelPath) ? place.modelPath : ":memory:");
         const std::string schema = "SELECT type, name, sql FROM sqlite_master ORDER BY rowid";
         if (actual.Value("PRAGMA integrity_check") != "'ok'") {
             return place.facadePath + " is damaged";

@@ -6,8 +6,8 @@
 #include <memory>
 #include <string>
 
-#include "support/Choices.h"
 #include "support/FacadeModel.h"
+#include "support/FuzzInput.h"
 
 namespace Morvik::sql::tests {
 
@@ -22,7 +22,7 @@ public:
 
     /// Runs one operation on both. Returns an empty text if results, code, message, rows and state are equal, and
     /// otherwise the difference.
-    std::string RunOne(Choices& choices);
+    std::string RunOne(FuzzInput& choices);
 
     /// Destroys both and compares the content of their files.
     std::string CompareFiles();
@@ -34,11 +34,11 @@ private:
         bool directoryFails;
     };
 
-    std::string Open(Choices& choices);
-    std::string Manage(Choices& choices);
-    std::string Write(Choices& choices);
-    std::string Read(Choices& choices);
-    std::string Walk(Choices& choices);
+    std::string Open(FuzzInput& choices);
+    std::string Manage(FuzzInput& choices);
+    std::string Write(FuzzInput& choices);
+    std::string Read(FuzzInput& choices);
+    std::string Walk(FuzzInput& choices);
     std::string State(const std::string& operation) const;
 
     template <typename Result>

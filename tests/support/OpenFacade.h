@@ -6,8 +6,8 @@
 
 #include <string>
 
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
+#include "support/HasError.h"
+#include "support/RawSqlite.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -18,15 +18,12 @@ protected:
     OpenFacade() { EXPECT_TRUE(database.OpenDatabase(path, false)) << database.GetLastErrorMsg(); }
 
     /// The rows of a query, read with raw SQLite.
-    std::vector<std::vector<std::string>> PlainRows(const std::string& sql) const
-    {
-        return PlainSqlite(path).Rows(sql);
-    }
+    std::vector<std::vector<std::string>> PlainRows(const std::string& sql) const { return RawSqlite(path).Rows(sql); }
 
     /// The error of raw SQLite for a text that it must reject.
-    PlainFailure PlainRejection(const std::string& sql) const
+    RawFailure PlainRejection(const std::string& sql) const
     {
-        const PlainFailure failure = FailureOfExec(PlainSqlite(path).Handle(), sql);
+        const RawFailure failure = FailureOfExec(RawSqlite(path).Handle(), sql);
         EXPECT_NE(failure.code, 0) << sql;
         return failure;
     }
@@ -35,7 +32,7 @@ protected:
     void FailWithMissingCommand()
     {
         EXPECT_FALSE(database.Execute(""));
-        EXPECT_THAT(database, HasRecord(112, "Missing command."));
+        EXPECT_THAT(database, HasError(112, "Missing command."));
     }
 
     const TemporaryDirectory directory;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "support/Choices.h"
+#include "support/FuzzInput.h"
 
 namespace Morvik::sql {
 class DatabaseApi;
@@ -47,7 +47,7 @@ private:
     std::string AnyTable();
     std::string AnyText();
 
-    Choices m_choices;
+    FuzzInput m_choices;
     BatchTables m_tables;
     int m_names = 0;
     int m_rows = 0;

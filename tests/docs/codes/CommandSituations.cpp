@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "docs/codes/SituationConnection.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -94,7 +94,7 @@ std::function<Outcome()> WithoutMemory(const std::string& function, Operation op
         SqlCommand command(connection.database);
         command.Prepare("SELECT 'text'");
         command.Step();
-        RecordedSqlite sqlite;
+        SqliteCallRecorder sqlite;
         sqlite.ReplaceNextResult(function, 0, false);
         return Observe(command, [&] { return operation(command); });
     };

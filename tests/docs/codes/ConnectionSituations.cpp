@@ -7,13 +7,13 @@
 #include <string>
 
 #include "docs/codes/SituationConnection.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-Outcome Opened(const std::string& path, bool readOnly, std::optional<PlainFailure> plain = std::nullopt)
+Outcome Opened(const std::string& path, bool readOnly, std::optional<RawFailure> plain = std::nullopt)
 {
     SqlDatabase database;
     Outcome outcome = Observe(
@@ -67,7 +67,7 @@ Outcome MissingFileReadOnly()
 
 Outcome NoMemoryForAConnection()
 {
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_open_v2", SQLITE_NOMEM, false);
     return Opened(":memory:", false);
 }

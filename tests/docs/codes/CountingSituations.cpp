@@ -3,16 +3,16 @@
 #include <string>
 
 #include "docs/codes/SituationFacade.h"
-#include "support/ExistenceTest.h"
-#include "support/FailingAllocation.h"
-#include "support/RecordedSqlite.h"
+#include "support/OomInjector.h"
+#include "support/SqliteCallRecorder.h"
+#include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
 Outcome Counted(SituationFacade& facade, const std::string& table, const std::string& condition,
-                std::optional<PlainFailure> plain = std::nullopt)
+                std::optional<RawFailure> plain = std::nullopt)
 {
     facade.FailBefore();
     return Observe(
@@ -36,21 +36,21 @@ std::function<Outcome()> Counting(const std::string& table, const std::string& c
 Outcome NameWithAnApostrophe()
 {
     SituationFacade facade;
-    return Counted(facade, "it's", "", FailureOfPrepare(facade.plain.Handle(), ExistenceTest("it's")));
+    return Counted(facade, "it's", "", FailureOfPrepare(facade.plain.Handle(), TableExistsQuery("it's")));
 }
 
 Outcome ClosedDatabase()
 {
     SituationFacade facade(false);
-    return Counted(facade, "t", "", FailureOfPrepare(nullptr, ExistenceTest("t")));
+    return Counted(facade, "t", "", FailureOfPrepare(nullptr, TableExistsQuery("t")));
 }
 
 Outcome LockedFile()
 {
     SituationFacade facade;
-    const PlainSqlite other(facade.path);
+    const RawSqlite other(facade.path);
     facade.plain.Execute("BEGIN EXCLUSIVE");
-    return Counted(facade, "t", "", FailureOfPrepare(other.Handle(), ExistenceTest("t")));
+    return Counted(facade, "t", "", FailureOfPrepare(other.Handle(), TableExistsQuery("t")));
 }
 
 Outcome FailedStepOfTheTest()
@@ -85,7 +85,7 @@ Outcome NoMemory()
         int result = -1;
         int count = -1;
         {
-            const FailingAllocation failing(0);
+            const OomInjector failing(0);
             count = facade.database.ExistData(table, "", result);
             if (!failing.Fired()) {
                 return std::string("nothing failed");
@@ -99,9 +99,9 @@ Outcome NoMemory()
 Outcome FailedClosing()
 {
     SituationFacade facade;
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_finalize", SQLITE_IOERR, true, 1);
-    return Counted(facade, "t", "", PlainFailure{SQLITE_IOERR, sqlite3_errmsg(facade.plain.Handle())});
+    return Counted(facade, "t", "", RawFailure{SQLITE_IOERR, sqlite3_errmsg(facade.plain.Handle())});
 }
 
 } // namespace

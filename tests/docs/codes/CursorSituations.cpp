@@ -6,7 +6,7 @@
 
 #include "docs/codes/SituationConnection.h"
 #include "support/AbandonedConnection.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -86,7 +86,7 @@ std::function<Outcome()> OnARow(const std::string& sql, Operation operation, con
         const SqlTable table(connection.database);
         table.Open(sql);
         table.ReadNext();
-        RecordedSqlite sqlite;
+        SqliteCallRecorder sqlite;
         if (!replaced.empty()) {
             sqlite.ReplaceNextResult(replaced, 0, false);
         }

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "docs/codes/SituationFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -12,7 +12,7 @@ namespace {
 
 constexpr int ReadWriteCreate = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
 
-Outcome Opened(const std::string& path, bool readOnly, std::optional<PlainFailure> plain = std::nullopt)
+Outcome Opened(const std::string& path, bool readOnly, std::optional<RawFailure> plain = std::nullopt)
 {
     DatabaseApi database;
     Outcome outcome = Observe(
@@ -63,7 +63,7 @@ Outcome MissingFileReadOnly()
 
 Outcome NoMemoryForAConnection()
 {
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_open_v2", SQLITE_NOMEM, false);
     return Opened(":memory:", false);
 }

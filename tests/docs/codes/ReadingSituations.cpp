@@ -1,7 +1,7 @@
 #include <string>
 
 #include "docs/codes/SituationFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -12,7 +12,7 @@ const std::string Read = "IDatabaseApi::ReadValues";
 
 /// Reads the table or the query `what` with the operation.
 Outcome Reads(SituationFacade& facade, const std::string& operation, const std::string& what,
-              std::optional<PlainFailure> plain = std::nullopt)
+              std::optional<RawFailure> plain = std::nullopt)
 {
     facade.FailBefore();
     return Observe(
@@ -46,7 +46,7 @@ std::function<Outcome()> ReadingARowThatCannotBeConverted(const std::string& ope
 {
     return [=] {
         SituationFacade facade;
-        RecordedSqlite sqlite;
+        SqliteCallRecorder sqlite;
         sqlite.ReplaceNextResult("sqlite3_column_value", 0, false);
         return Reads(facade, operation, what);
     };

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
@@ -33,7 +33,7 @@ struct Outcome {
     Record after;
 
     /// SQLite's result in the same situation, for rows with "SQLite's".
-    std::optional<PlainFailure> plain{};
+    std::optional<RawFailure> plain{};
 
     /// The values that the document's message contains.
     std::map<std::string, std::string> names{};
@@ -84,7 +84,7 @@ inline std::string ReturnedText(std::string text)
 
 /// Runs one operation on an object, or on another object whose failures are copied to that object's record.
 template <typename Recorded, typename Act>
-Outcome Observe(const Recorded& recorded, Act act, std::optional<PlainFailure> plain = std::nullopt)
+Outcome Observe(const Recorded& recorded, Act act, std::optional<RawFailure> plain = std::nullopt)
 {
     Outcome outcome{"", RecordOf(recorded), {}, std::move(plain)};
     try {

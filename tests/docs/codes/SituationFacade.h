@@ -6,7 +6,7 @@
 #include <string>
 
 #include "docs/codes/Situation.h"
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -39,7 +39,7 @@ struct SituationFacade {
 
     const TemporaryDirectory directory;
     const std::string path = directory.File("test.db");
-    PlainSqlite plain{path};
+    RawSqlite plain{path};
     DatabaseApi database;
 };
 

@@ -1,8 +1,8 @@
 #include <string>
 
 #include "docs/codes/SituationFacade.h"
-#include "support/ExistenceTest.h"
-#include "support/PlainLegacyStatement.h"
+#include "support/RawLegacyStatement.h"
+#include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 
@@ -13,7 +13,7 @@ const DbTableDefinition OneColumn{"n", {{"a", DbTableColumnType::Integer}}};
 
 /// The result of an operation on a table; its first value says whether the operation succeeded.
 template <typename Operation>
-Outcome OnTables(SituationFacade& facade, Operation operation, std::optional<PlainFailure> plain = std::nullopt)
+Outcome OnTables(SituationFacade& facade, Operation operation, std::optional<RawFailure> plain = std::nullopt)
 {
     return Observe(
         facade.database, [&] { return operation(facade.database); }, std::move(plain));
@@ -52,7 +52,7 @@ Outcome CreatedOnAClosedDatabase()
     return OnTables(facade, [](DatabaseApi& database) { return database.CreateTable(OneColumn); });
 }
 
-Outcome Tested(SituationFacade& facade, const std::string& table, std::optional<PlainFailure> plain = std::nullopt)
+Outcome Tested(SituationFacade& facade, const std::string& table, std::optional<RawFailure> plain = std::nullopt)
 {
     facade.FailBefore();
     return Observe(
@@ -68,10 +68,10 @@ Outcome Tested(SituationFacade& facade, const std::string& table, std::optional<
 Outcome TestedOnAClosedDatabase()
 {
     SituationFacade facade(false);
-    return Tested(facade, "t", FailureOfPrepare(nullptr, ExistenceTest("t")));
+    return Tested(facade, "t", FailureOfPrepare(nullptr, TableExistsQuery("t")));
 }
 
-Outcome Dropped(SituationFacade& facade, const std::string& table, std::optional<PlainFailure> plain = std::nullopt)
+Outcome Dropped(SituationFacade& facade, const std::string& table, std::optional<RawFailure> plain = std::nullopt)
 {
     facade.FailBefore();
     return OnTables(
@@ -87,12 +87,12 @@ Outcome DroppedThoughRowsCannotBeDeleted()
 
 Outcome DroppedWhileItIsRead()
 {
-    PlainSqlite plain(":memory:");
+    RawSqlite plain(":memory:");
     plain.Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2)");
-    PlainLegacyStatement reading(plain, "SELECT a FROM t");
+    RawLegacyStatement reading(plain, "SELECT a FROM t");
     reading.Step();
     plain.Execute("DELETE FROM t");
-    const PlainFailure failure = FailureOfExec(plain.Handle(), "DROP TABLE t");
+    const RawFailure failure = FailureOfExec(plain.Handle(), "DROP TABLE t");
 
     SituationFacade facade;
     facade.database.SqlQueryBegin("SELECT a FROM t");
@@ -137,13 +137,13 @@ std::function<Outcome()> WhileTheFileIsLocked(Operation operation)
 {
     return [=] {
         SituationFacade facade;
-        const PlainSqlite other(facade.path);
+        const RawSqlite other(facade.path);
         facade.plain.Execute("BEGIN EXCLUSIVE");
-        return operation(facade, "t", FailureOfPrepare(other.Handle(), ExistenceTest("t")));
+        return operation(facade, "t", FailureOfPrepare(other.Handle(), TableExistsQuery("t")));
     };
 }
 
-Outcome RenamedBesideALock(SituationFacade& facade, const std::string& table, std::optional<PlainFailure>)
+Outcome RenamedBesideALock(SituationFacade& facade, const std::string& table, std::optional<RawFailure>)
 {
     Outcome outcome = OnTables(facade, [&](DatabaseApi& database) { return database.AlterTable(table, "n"); });
     outcome.names["name"] = table;
@@ -155,7 +155,7 @@ std::function<Outcome()> On(Operation operation, const std::string& table, bool 
 {
     return [=] {
         SituationFacade facade(open);
-        return operation(facade, table, FailureOfPrepare(facade.plain.Handle(), ExistenceTest(table)));
+        return operation(facade, table, FailureOfPrepare(facade.plain.Handle(), TableExistsQuery(table)));
     };
 }
 

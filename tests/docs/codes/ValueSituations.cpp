@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "docs/codes/SituationConnection.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -58,7 +58,7 @@ Outcome OfAColumn(const std::string& sql, const std::string& replaced = "")
     SqlValue value = table.GetValue(0);
     value.SetError(112);
     value.SetErrorMsg("earlier");
-    RecordedSqlite sqlite;
+    SqliteCallRecorder sqlite;
     if (!replaced.empty()) {
         sqlite.ReplaceNextResult(replaced, 0, false);
     }

@@ -1,7 +1,7 @@
 #include <string>
 
 #include "docs/codes/SituationFacade.h"
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -12,7 +12,7 @@ const std::string Begin = "DatabaseApi::begin";
 const std::string Advance = "DbTableRowIterator::operator++";
 
 /// Fetches a row with one of the three operations; the last operation first fetches another row.
-Outcome Fetched(DatabaseApi& database, const std::string& operation, std::optional<PlainFailure> plain = std::nullopt)
+Outcome Fetched(DatabaseApi& database, const std::string& operation, std::optional<RawFailure> plain = std::nullopt)
 {
     if (operation == Next) {
         return Observe(
@@ -68,7 +68,7 @@ std::function<Outcome()> WithABadColumn(const std::string& operation, const std:
     return [=] {
         SituationFacade facade;
         facade.database.SqlQueryBegin("SELECT a FROM t");
-        RecordedSqlite sqlite;
+        SqliteCallRecorder sqlite;
         sqlite.ReplaceNextResult(function, 0, false, operation == Advance ? 1 : 0);
         return Fetched(facade.database, operation);
     };

@@ -25,7 +25,7 @@ std::function<Outcome()> Executing(const std::string& sql, bool open = true)
 Outcome ExecutedWhileAnotherWrites()
 {
     SituationFacade facade;
-    PlainSqlite another(facade.path);
+    RawSqlite another(facade.path);
     another.Execute("BEGIN IMMEDIATE");
     return Executed(facade, "INSERT INTO t VALUES (4)");
 }
@@ -54,7 +54,7 @@ Outcome ExecutedOnNoDatabase()
     facade.database.OpenDatabase(path, false);
     return Observe(
         facade.database, [&] { return facade.database.Execute("SELECT * FROM t"); },
-        FailureOfExec(PlainSqlite(path).Handle(), "SELECT * FROM t"));
+        FailureOfExec(RawSqlite(path).Handle(), "SELECT * FROM t"));
 }
 
 Outcome Written(const std::string& table, const DbTableDataWrite& data, const std::string& sql, bool open = true)

@@ -11,8 +11,8 @@
 #include "contention/ContendedFile.h"
 #include "support/Cells.h"
 #include "support/DatabaseContent.h"
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
+#include "support/HasError.h"
+#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
@@ -45,15 +45,15 @@ TEST_F(BusyTimeoutTest, WriterWaitsAsLongAsItWasToldTo)
 
     const bool written = database.WriteTableValues("entry", entry);
     EXPECT_FALSE(written);
-    EXPECT_THAT(database, HasRecord(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
+    EXPECT_THAT(database, HasError(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
     ASSERT_TRUE(database.Execute("PRAGMA busy_timeout = 60000"));
     EXPECT_TRUE(database.WriteTableValues("entry", entry)) << database.GetLastErrorMsg();
 
     EXPECT_THAT(Report(holder.Wait()).entries, ElementsAre(1));
-    EXPECT_THAT(PlainSqlite(path).Rows("SELECT writer FROM entry ORDER BY rowid"),
+    EXPECT_THAT(RawSqlite(path).Rows("SELECT writer FROM entry ORDER BY rowid"),
                 ElementsAre(ElementsAre("0"), ElementsAre("1")))
         << "the writer did not wait for the other program's commit";
-    EXPECT_EQ(PlainSqlite(path).Value("PRAGMA integrity_check"), "'ok'");
+    EXPECT_EQ(RawSqlite(path).Value("PRAGMA integrity_check"), "'ok'");
 }
 
 TEST_F(BusyTimeoutTest, WaitThatWasTooShortEndsInTheSameRefusal)
@@ -62,14 +62,14 @@ TEST_F(BusyTimeoutTest, WaitThatWasTooShortEndsInTheSameRefusal)
     DbTableData data;
     ASSERT_TRUE(database.OpenDatabase(path, false));
     ASSERT_TRUE(database.Execute("PRAGMA busy_timeout = 50"));
-    PlainSqlite other(path);
+    RawSqlite other(path);
     other.Execute("BEGIN EXCLUSIVE");
     const auto begin = std::chrono::steady_clock::now();
 
     EXPECT_FALSE(database.WriteTableValues("entry", entry));
-    EXPECT_THAT(database, HasRecord(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
+    EXPECT_THAT(database, HasError(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
     EXPECT_FALSE(database.ReadTableValues("entry", data));
-    EXPECT_THAT(database, HasRecord(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
+    EXPECT_THAT(database, HasError(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
 
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2 * 50));
     other.Execute("COMMIT");

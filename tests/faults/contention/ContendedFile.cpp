@@ -2,15 +2,15 @@
 
 #include <sstream>
 
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
 ContendedFile::ContendedFile()
 {
-    PlainSqlite(path).Execute("CREATE TABLE entry (writer INTEGER, number INTEGER, amount INTEGER);"
-                              "CREATE TABLE balance (amount INTEGER);"
-                              "INSERT INTO balance VALUES (0)");
+    RawSqlite(path).Execute("CREATE TABLE entry (writer INTEGER, number INTEGER, amount INTEGER);"
+                            "CREATE TABLE balance (amount INTEGER);"
+                            "INSERT INTO balance VALUES (0)");
 }
 
 std::vector<std::string> ContendedFile::Contender(const std::string& role, const std::string& which, double seconds,
@@ -40,7 +40,7 @@ ContenderReport ContendedFile::Report(const ChildResult& result)
 
 void ContendedFile::ExpectExactly(const std::vector<ContenderReport>& writers) const
 {
-    PlainSqlite plain(path);
+    RawSqlite plain(path);
     EXPECT_EQ(plain.Value("PRAGMA integrity_check"), "'ok'");
     int balance = 0;
     for (std::size_t writer = 1; writer <= writers.size(); ++writer) {

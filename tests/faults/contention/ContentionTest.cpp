@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "contention/ContendedFile.h"
-#include "support/Effort.h"
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
+#include "support/SoakMode.h"
 
 namespace Morvik::sql::tests {
 
@@ -63,7 +63,7 @@ TEST_F(ContentionTest, ProcessesThatMayWaitAreNeverRefused)
 
 TEST_F(ContentionTest, ReadersBesideAWriteAheadLogSeeWholeChanges)
 {
-    ASSERT_EQ(PlainSqlite(path).Value("PRAGMA journal_mode = WAL"), "'wal'");
+    ASSERT_EQ(RawSqlite(path).Value("PRAGMA journal_mode = WAL"), "'wal'");
 
     Contend("0");
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "support/Cells.h"
-#include "support/Effort.h"
 #include "support/FacadeOperations.h"
+#include "support/SoakMode.h"
 #include "support/TemporaryDirectory.h"
 #include "support/TestSeeds.h"
 
@@ -114,14 +114,14 @@ TEST(FacadeThreadsTest, FacadesOfTwoThreadsDoEverythingAtOnce)
     }
 }
 
-TEST(FacadeThreadsTest, ChosenOperationsOfTwoThreadsAnswerAsPlainSqlite)
+TEST(FacadeThreadsTest, ChosenOperationsOfTwoThreadsAnswerAsRawSqlite)
 {
     for (const std::uint64_t seed : TestSeeds()) {
         const TemporaryDirectory directory;
         const int operations = Rounds(1500, 50000);
 
         const auto failures = OnThreads([&](std::size_t number) {
-            Choices choices(seed + number);
+            FuzzInput choices(seed + number);
             FacadeOperations facade(directory.Path() / std::to_string(number),
                                     FacadeOperations::GlobalLocale::Unchanged);
             std::string difference;

@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <string>
 
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
+#include "support/HasError.h"
+#include "support/RawSqlite.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -22,12 +22,12 @@ constexpr std::size_t TooLong = 5000;
 
 class AwkwardNameTest : public testing::Test {
 protected:
-    void ExpectRefusedAsByPlainSqlite(const std::string& name)
+    void ExpectRefusedAsByRawSqlite(const std::string& name)
     {
         for (const bool readOnly : {false, true}) {
-            const PlainFailure plain = FailureOfOpen(name, readOnly ? SQLITE_OPEN_READONLY : ForWriting);
+            const RawFailure plain = FailureOfOpen(name, readOnly ? SQLITE_OPEN_READONLY : ForWriting);
             EXPECT_FALSE(database.OpenDatabase(name, readOnly));
-            EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, plain.message));
+            EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, plain.message));
             EXPECT_EQ(plain.code, SQLITE_CANTOPEN);
             EXPECT_FALSE(database.IsOpen());
         }
@@ -37,7 +37,7 @@ protected:
     {
         for (const bool readOnly : {false, true}) {
             EXPECT_FALSE(database.OpenDatabase(name, readOnly));
-            EXPECT_THAT(database, HasRecord(111, "Create directory failed: " + name));
+            EXPECT_THAT(database, HasError(111, "Create directory failed: " + name));
             EXPECT_FALSE(database.IsOpen());
         }
     }
@@ -48,8 +48,8 @@ protected:
 
 TEST_F(AwkwardNameTest, FileNameThatIsTooLongIsRefusedBySqlite)
 {
-    ExpectRefusedAsByPlainSqlite(directory.File(std::string(TooLong, 'x')));
-    ExpectRefusedAsByPlainSqlite(std::string(TooLong, 'x'));
+    ExpectRefusedAsByRawSqlite(directory.File(std::string(TooLong, 'x')));
+    ExpectRefusedAsByRawSqlite(std::string(TooLong, 'x'));
 
     EXPECT_TRUE(fs::is_empty(directory.Path()));
 }
@@ -80,7 +80,7 @@ TEST_F(AwkwardNameTest, PathThatIsTooLongOnlyForSqliteHasItsDirectoriesMade)
 
     EXPECT_FALSE(database.OpenDatabase(inner + "/test.db", false));
 
-    EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(inner + "/test.db", ForWriting).message));
+    EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, FailureOfOpen(inner + "/test.db", ForWriting).message));
     EXPECT_TRUE(fs::is_directory(inner));
     EXPECT_TRUE(fs::is_empty(inner));
 }
@@ -91,7 +91,7 @@ TEST_F(AwkwardNameTest, EverythingBehindAZeroByteIsLeftToTheMessage)
 
     EXPECT_FALSE(database.OpenDatabase(hidden, false));
 
-    EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(directory.File("inner"), ForWriting).message))
+    EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, FailureOfOpen(directory.File("inner"), ForWriting).message))
         << "the name is that of the directory which was just made";
     EXPECT_TRUE(fs::is_directory(directory.File("inner")));
     ExpectDirectoryRefused("/proc/none\0hidden/test.db"s);
@@ -116,7 +116,7 @@ TEST_F(AwkwardNameTest, BytesThatAreNoUtf8AreKeptAsTheyAre)
     EXPECT_TRUE(database.OpenDatabase(path, true)) << database.GetLastErrorMsg();
 
     EXPECT_EQ(fs::directory_iterator(directory.File("dir\xFE"))->path().filename().native(), name);
-    EXPECT_EQ(PlainSqlite(path).Value("SELECT a FROM t"), "7");
+    EXPECT_EQ(RawSqlite(path).Value("SELECT a FROM t"), "7");
     EXPECT_TRUE(database.CloseDatabase());
     ExpectDirectoryRefused("/proc/none" + name + "/test.db");
 }

@@ -6,8 +6,8 @@
 
 #include "files/DamageTrials.h"
 #include "files/SampleDatabase.h"
-#include "support/Choices.h"
-#include "support/Effort.h"
+#include "support/FuzzInput.h"
+#include "support/SoakMode.h"
 #include "support/TestSeeds.h"
 
 namespace Morvik::sql::tests {
@@ -28,7 +28,7 @@ protected:
     const std::size_t whole = trials.Content().size();
 };
 
-TEST_F(CutFileTest, EveryWholeNumberOfPagesIsAnsweredAsPlainSqliteAnswersIt)
+TEST_F(CutFileTest, EveryWholeNumberOfPagesIsAnsweredAsRawSqliteAnswersIt)
 {
     for (std::size_t size = 0; size < whole; size += Page) {
         CutTo(size);
@@ -38,7 +38,7 @@ TEST_F(CutFileTest, EveryWholeNumberOfPagesIsAnsweredAsPlainSqliteAnswersIt)
     EXPECT_GT(trials.codes[SQLITE_CORRUPT], 20);
 }
 
-TEST_F(CutFileTest, EveryFewBytesOfTheHeaderAreAnsweredAsPlainSqliteAnswersThem)
+TEST_F(CutFileTest, EveryFewBytesOfTheHeaderAreAnsweredAsRawSqliteAnswersThem)
 {
     for (std::size_t size = 1; size < 2 * Page; size = size * 5 / 4 + 1) {
         CutTo(size);
@@ -48,12 +48,12 @@ TEST_F(CutFileTest, EveryFewBytesOfTheHeaderAreAnsweredAsPlainSqliteAnswersThem)
     EXPECT_GT(trials.codes[SQLITE_CORRUPT], 0);
 }
 
-TEST_F(CutFileTest, ChosenSizesAreAnsweredAsPlainSqliteAnswersThem)
+TEST_F(CutFileTest, ChosenSizesAreAnsweredAsRawSqliteAnswersThem)
 {
     const int sizes = Rounds(100, 1000);
     for (const std::uint64_t seed : TestSeeds()) {
         SCOPED_TRACE(Describe(seed));
-        Choices choices(seed);
+        FuzzInput choices(seed);
         for (int i = 0; i < sizes; ++i) {
             CutTo(choices.Below(whole));
         }
@@ -62,7 +62,7 @@ TEST_F(CutFileTest, ChosenSizesAreAnsweredAsPlainSqliteAnswersThem)
     EXPECT_GT(trials.codes[SQLITE_CORRUPT], sizes / 2);
 }
 
-TEST_F(CutFileTest, BytesBehindTheEndAreAnsweredAsPlainSqliteAnswersThem)
+TEST_F(CutFileTest, BytesBehindTheEndAreAnsweredAsRawSqliteAnswersThem)
 {
     for (const std::size_t size : {std::size_t{1}, Page - 1, Page, 10 * Page}) {
         for (const char byte : {'\0', '\x2A'}) {
@@ -71,7 +71,7 @@ TEST_F(CutFileTest, BytesBehindTheEndAreAnsweredAsPlainSqliteAnswersThem)
     }
 }
 
-TEST_F(CutFileTest, FileThatIsOneRepeatedByteIsAnsweredAsPlainSqliteAnswersIt)
+TEST_F(CutFileTest, FileThatIsOneRepeatedByteIsAnsweredAsRawSqliteAnswersIt)
 {
     for (const char byte : {'\0', '\x2A', '\xFF'}) {
         ASSERT_TRUE(trials.Try(std::string(3 * Page, byte), "filled with " + std::to_string(byte)));

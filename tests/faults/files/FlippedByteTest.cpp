@@ -7,7 +7,7 @@
 
 #include "files/DamageTrials.h"
 #include "files/SampleDatabase.h"
-#include "support/Effort.h"
+#include "support/SoakMode.h"
 
 namespace Morvik::sql::tests {
 
@@ -41,7 +41,7 @@ protected:
     DamageTrials trials{SampleDatabase(SmallPage)};
 };
 
-TEST_F(FlippedByteTest, EveryByteOfTheHeaderPageIsAnsweredAsPlainSqliteAnswersIt)
+TEST_F(FlippedByteTest, EveryByteOfTheHeaderPageIsAnsweredAsRawSqliteAnswersIt)
 {
     FlipEach(0, SmallPage, SoakIsOn() ? EachPattern : AllBits);
 
@@ -52,7 +52,7 @@ TEST_F(FlippedByteTest, EveryByteOfTheHeaderPageIsAnsweredAsPlainSqliteAnswersIt
     EXPECT_LT(trials.unnoticed, trials.trials * 3 / 4);
 }
 
-TEST_F(FlippedByteTest, BytesOfTheFurtherPagesAreAnsweredAsPlainSqliteAnswersThem)
+TEST_F(FlippedByteTest, BytesOfTheFurtherPagesAreAnsweredAsRawSqliteAnswersThem)
 {
     constexpr std::size_t Stride =
         97; // has no common factor with the page size, so that every position in a page is tried

@@ -57,7 +57,7 @@ std::string WithValue(std::string content, const HeaderField& field, std::uint32
     return content;
 }
 
-TEST(HeaderValueTest, UnlikelyValuesAreAnsweredAsPlainSqliteAnswersThem)
+TEST(HeaderValueTest, UnlikelyValuesAreAnsweredAsRawSqliteAnswersThem)
 {
     DamageTrials trials(SampleDatabase(Page));
 

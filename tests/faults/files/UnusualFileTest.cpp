@@ -10,8 +10,8 @@
 #include <string>
 
 #include "files/Transcript.h"
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
+#include "support/HasError.h"
+#include "support/RawSqlite.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -56,7 +56,7 @@ TEST_F(UnusualFileTest, FullDeviceRefusesEveryChange)
 
     OpenWithoutJournal("/dev/full");
     EXPECT_FALSE(database.Execute("CREATE TABLE t (a)"));
-    EXPECT_THAT(database, HasRecord(SQLITE_FULL, sqlite3_errstr(SQLITE_FULL)));
+    EXPECT_THAT(database, HasError(SQLITE_FULL, sqlite3_errstr(SQLITE_FULL)));
 }
 
 TEST_F(UnusualFileTest, DeviceThatForgetsEverythingHoldsNoTable)
@@ -81,9 +81,9 @@ TEST_F(UnusualFileTest, SocketIsNotOpened)
     ASSERT_TRUE(fs::is_socket(path));
 
     EXPECT_FALSE(database.OpenDatabase(path, false));
-    EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(path, ForWriting).message));
+    EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, FailureOfOpen(path, ForWriting).message));
     EXPECT_FALSE(database.OpenDatabase(path, true));
-    EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(path, ForReading).message));
+    EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, FailureOfOpen(path, ForReading).message));
 
     EXPECT_TRUE(fs::is_socket(path));
     close(descriptor);
@@ -94,9 +94,9 @@ TEST_F(UnusualFileTest, LinkLoopInPlaceOfTheFileIsNotOpened)
     fs::create_symlink("special.db", path);
 
     EXPECT_FALSE(database.OpenDatabase(path, false));
-    EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(path, ForWriting).message));
+    EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, FailureOfOpen(path, ForWriting).message));
     EXPECT_FALSE(database.OpenDatabase(path, true));
-    EXPECT_THAT(database, HasRecord(SQLITE_CANTOPEN, FailureOfOpen(path, ForReading).message));
+    EXPECT_THAT(database, HasError(SQLITE_CANTOPEN, FailureOfOpen(path, ForReading).message));
 
     EXPECT_TRUE(fs::is_symlink(path));
 }
@@ -107,7 +107,7 @@ TEST_F(UnusualFileTest, LinkLoopInPlaceOfTheDirectoryIsNamedByTheDatabase)
 
     for (const bool readOnly : {false, true}) {
         EXPECT_FALSE(database.OpenDatabase(path + "/inner/x.db", readOnly));
-        EXPECT_THAT(database, HasRecord(111, "Create directory failed: " + path + "/inner/x.db"));
+        EXPECT_THAT(database, HasError(111, "Create directory failed: " + path + "/inner/x.db"));
     }
 }
 
@@ -119,7 +119,7 @@ TEST_F(UnusualFileTest, LinkToAMissingFileMakesThatFile)
     EXPECT_TRUE(database.Execute("CREATE TABLE t (a)"));
 
     EXPECT_TRUE(fs::is_symlink(path));
-    EXPECT_EQ(PlainSqlite(directory.File("target.db")).Value("SELECT count(*) FROM sqlite_master"), "1");
+    EXPECT_EQ(RawSqlite(directory.File("target.db")).Value("SELECT count(*) FROM sqlite_master"), "1");
 }
 
 } // namespace

@@ -4,8 +4,8 @@
 #include <new>
 #include <ostream>
 
-#include "support/FailingAllocation.h"
-#include "support/FailingSqliteMemory.h"
+#include "support/OomInjector.h"
+#include "support/SqliteOomInjector.h"
 
 namespace Morvik::sql::tests {
 
@@ -42,8 +42,8 @@ std::ostream& operator<<(std::ostream& stream, const Attempt& attempt)
 
 Attempt ActWithout(Memory memory, Course course, int succeeding, const Scenario& scenario, Subject& subject)
 {
-    return memory == Memory::OfSqlite ? Act<FailingSqliteMemory>(course, succeeding, scenario, subject)
-                                      : Act<FailingAllocation>(course, succeeding, scenario, subject);
+    return memory == Memory::OfSqlite ? Act<SqliteOomInjector>(course, succeeding, scenario, subject)
+                                      : Act<OomInjector>(course, succeeding, scenario, subject);
 }
 
 } // namespace Morvik::sql::tests

@@ -1,7 +1,7 @@
 #include <sqlite3.h>
 
 #include "Scenario.h"
-#include "support/Undestroyed.h"
+#include "support/NoDestructor.h"
 
 namespace Morvik::sql::tests {
 
@@ -76,7 +76,7 @@ Report CloseWithHeldStatement(Subject& subject)
 
 Report Move(Subject& subject)
 {
-    Undestroyed<SqlDatabase> taken;
+    NoDestructor<SqlDatabase> taken;
     *taken = std::move(*subject.connection);
     *subject.connection = std::move(*taken);
     return ReportOf(subject.connection->IsOpen(), *subject.connection);

@@ -1,7 +1,7 @@
 #include <sqlite3.h>
 
 #include "Scenario.h"
-#include "support/Undestroyed.h"
+#include "support/NoDestructor.h"
 
 namespace Morvik::sql::tests {
 
@@ -103,7 +103,7 @@ void ArrangeRow(Subject& subject)
 
 Report Move(Subject& subject)
 {
-    Undestroyed<SqlTable> taken(*subject.connection);
+    NoDestructor<SqlTable> taken(*subject.connection);
     *taken = std::move(*subject.cursor);
     *subject.cursor = std::move(*taken);
     return ReportOf(subject.cursor->IsOpen(), *subject.cursor);

@@ -9,7 +9,7 @@
 #include <stdexcept>
 
 #include "support/Cells.h"
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
@@ -49,7 +49,7 @@ Report ActWithMemory(const Scenario& scenario, Subject& subject)
 } // namespace
 
 Expectation::Expectation(const Scenario& scenario, Memory memory, const std::string& path, const std::string& fresh,
-                         KnownContents& contents)
+                         ContentCache& contents)
     : m_scenario(scenario), m_memory(memory)
 {
     StartAfresh(path, fresh);
@@ -71,7 +71,7 @@ Expectation::Expectation(const Scenario& scenario, Memory memory, const std::str
     if ((ofSqlite ? scenario.least.ofSqlite : scenario.least.ofNew) > 0) {
         StartAfresh(path, fresh);
         for (const std::string& statement : scenario.firstSteps) {
-            PlainSqlite(path).Execute(statement);
+            RawSqlite(path).Execute(statement);
             m_afterFirstSteps.push_back(contents.Of(path));
             m_used[StopsAfter(m_afterFirstSteps.back())] = false;
         }
@@ -172,19 +172,19 @@ void Expectation::ExpectContentAgain(const Attempt& attempt, const std::string& 
 }
 
 // Allocates nothing that stays allocated, because the caller counts such memory.
-void Expectation::Use(const std::string& licence)
+void Expectation::Use(const std::string& allowance)
 {
-    if (const auto found = m_used.find(licence); found != m_used.end()) {
+    if (const auto found = m_used.find(allowance); found != m_used.end()) {
         found->second = true;
     }
 }
 
-std::vector<std::string> Expectation::UnusedLicences() const
+std::vector<std::string> Expectation::UnusedAllowances() const
 {
     std::vector<std::string> unused;
-    for (const auto& [licence, used] : m_used) {
+    for (const auto& [allowance, used] : m_used) {
         if (!used) {
-            unused.push_back(licence);
+            unused.push_back(allowance);
         }
     }
     return unused;

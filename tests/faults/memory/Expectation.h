@@ -5,19 +5,19 @@
 #include <vector>
 
 #include "Attempt.h"
-#include "KnownContents.h"
+#include "ContentCache.h"
 #include "Scenario.h"
 
 namespace Morvik::sql::tests {
 
 /// What a scenario does when memory never fails, and the allowances for what it may do when memory fails. Every
-/// allowance of a scenario must be used at least once: UnusedLicences() returns the others.
+/// allowance of a scenario must be used at least once: UnusedAllowances() returns the others.
 class Expectation {
 public:
     /// Runs the scenario twice on new files, so that the process also makes the allocations that it makes only once.
     /// Throws std::runtime_error if the scenario does not succeed.
     Expectation(const Scenario& scenario, Memory memory, const std::string& path, const std::string& fresh,
-                KnownContents& contents);
+                ContentCache& contents);
 
     /// Check an attempt: what it reported, what it read, and what the file contains afterwards.
     void ExpectReport(const Attempt& attempt);
@@ -30,10 +30,10 @@ public:
     /// Checks what the file contains after that repetition, given its content before.
     void ExpectContentAgain(const Attempt& attempt, const std::string& before, const std::string& content) const;
 
-    std::vector<std::string> UnusedLicences() const;
+    std::vector<std::string> UnusedAllowances() const;
 
 private:
-    void Use(const std::string& licence);
+    void Use(const std::string& allowance);
     bool MayReport(const Attempt& attempt);
     bool MayRefuseWith(const Report& report);
 

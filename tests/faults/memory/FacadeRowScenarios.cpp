@@ -1,6 +1,6 @@
 #include "Scenario.h"
 #include "support/Cells.h"
-#include "support/Effort.h"
+#include "support/SoakMode.h"
 
 namespace Morvik::sql::tests {
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "support/FailingSqliteMemory.h"
-#include "support/HasRecord.h"
+#include "support/HasError.h"
+#include "support/SqliteOomInjector.h"
 
 namespace Morvik::sql::tests {
 
@@ -21,7 +21,7 @@ using testing::IsEmpty;
 // A number is read as a text, and SQLite needs memory for the text. When it has none, the value becomes NULL.
 class LostConversionTest : public testing::Test {
 protected:
-    static void SetUpTestSuite() { FailingSqliteMemory::Install(); }
+    static void SetUpTestSuite() { SqliteOomInjector::Install(); }
 
     LostConversionTest()
     {
@@ -34,7 +34,7 @@ protected:
     template <typename Asking>
     static auto WithoutMemory(const Asking& asking)
     {
-        const FailingSqliteMemory failing(0);
+        const SqliteOomInjector failing(0);
         auto answer = asking();
         EXPECT_TRUE(failing.Fired());
         return answer;
@@ -80,7 +80,7 @@ TEST_F(LostConversionTest, TextOfACommandIsEmptyAndTheNextStepTells)
     EXPECT_EQ(WithoutMemory([&] { return command.ColumnText(0); }), "");
 
     EXPECT_FALSE(command.Step());
-    EXPECT_THAT(command, HasRecord(SQLITE_NOMEM, "out of memory"));
+    EXPECT_THAT(command, HasError(SQLITE_NOMEM, "out of memory"));
     EXPECT_FALSE(command.Finalize());
 }
 
@@ -99,7 +99,7 @@ TEST_F(LostConversionTest, BytesOfAValueAreEmptyAndClosingTells)
     EXPECT_FALSE(cursor.ReadNext());
     EXPECT_EQ(cursor.GetLastError(), SQLITE_ERROR);
     EXPECT_FALSE(cursor.Close());
-    EXPECT_THAT(cursor, HasRecord(SQLITE_NOMEM, "out of memory"));
+    EXPECT_THAT(cursor, HasError(SQLITE_NOMEM, "out of memory"));
 }
 
 TEST_F(LostConversionTest, LengthIsZeroAndClosingTells)

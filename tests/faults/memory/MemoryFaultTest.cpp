@@ -6,13 +6,13 @@
 #include <tuple>
 
 #include "Attempt.h"
+#include "ContentCache.h"
 #include "Expectation.h"
-#include "KnownContents.h"
 #include "Scenario.h"
 #include "support/ChildProcess.h"
-#include "support/FailingAllocation.h"
-#include "support/FailingSqliteMemory.h"
-#include "support/PlainSqlite.h"
+#include "support/OomInjector.h"
+#include "support/RawSqlite.h"
+#include "support/SqliteOomInjector.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -40,11 +40,11 @@ std::string NameOf(const testing::TestParamInfo<Parameters>& info)
 
 class MemoryFaultTest : public testing::TestWithParam<Parameters> {
 protected:
-    static void SetUpTestSuite() { FailingSqliteMemory::Install(); }
+    static void SetUpTestSuite() { SqliteOomInjector::Install(); }
 
     MemoryFaultTest()
     {
-        PlainSqlite plain(path);
+        RawSqlite plain(path);
         plain.Execute(
             "PRAGMA page_size = 1024;"
             "CREATE TABLE t (id INTEGER PRIMARY KEY, name TEXT, weight REAL CHECK (weight >= 0), picture BLOB);"
@@ -111,7 +111,7 @@ protected:
     const TemporaryDirectory directory;
     const std::string path = directory.File("test.db");
     std::string fresh;
-    KnownContents contents;
+    ContentCache contents;
     std::optional<Expectation> expected;
 };
 
@@ -129,7 +129,7 @@ TEST_P(MemoryFaultTest, EveryFailedAllocationIsReportedAndNothingIsLost)
         ASSERT_TRUE(least > 0 || failures == 0) << failures;
         RecordProperty(name, failures);
     }
-    EXPECT_THAT(expected->UnusedLicences(), testing::IsEmpty());
+    EXPECT_THAT(expected->UnusedAllowances(), testing::IsEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, MemoryFaultTest,

@@ -39,7 +39,7 @@ Report ReplaceCursor(Subject& subject)
     if (!source.Open(OtherQuery) || !source.ReadNext()) {
         return ReportOf(false, source);
     }
-    Undestroyed<SqlTable> closed(*subject.connection);
+    NoDestructor<SqlTable> closed(*subject.connection);
 
     SqlTable& cursor = *subject.cursor;
     cursor = std::move(source);

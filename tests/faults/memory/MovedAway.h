@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "support/Undestroyed.h"
+#include "support/NoDestructor.h"
 
 namespace Morvik::sql::tests {
 
@@ -22,7 +22,7 @@ public:
 
 private:
     T& m_source;
-    Undestroyed<T> m_taken;
+    NoDestructor<T> m_taken;
 };
 
 } // namespace Morvik::sql::tests

@@ -7,7 +7,7 @@
 #include <csignal>
 #include <optional>
 
-#include "support/FailingAllocation.h"
+#include "support/OomInjector.h"
 
 namespace Morvik::sql::tests {
 
@@ -25,7 +25,7 @@ TEST(RefusedClosingDeathTest, ConnectionDestroyedBeforeItsStatementEndsTheProces
 
     EXPECT_EXIT(
         {
-            const FailingAllocation failing(0);
+            const OomInjector failing(0);
             connection.reset();
         },
         testing::KilledBySignal(SIGABRT), "");
@@ -39,7 +39,7 @@ TEST(RefusedClosingDeathTest, FacadeDestroyedBeforeItsStatementEndsTheProcessWit
 
     EXPECT_EXIT(
         {
-            const FailingAllocation failing(0);
+            const OomInjector failing(0);
             facade.reset();
         },
         testing::KilledBySignal(SIGABRT), "");

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "support/Effort.h"
+#include "support/SoakMode.h"
 
 namespace Morvik::sql::tests {
 

@@ -8,7 +8,7 @@
 
 #include "faults/storage/StorageScenario.h"
 #include "support/DatabaseContent.h"
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -109,7 +109,7 @@ protected:
         m_found.PutBack(m_path);
         RunResult run;
         {
-            FailingFileSystem disk;
+            FaultInjectionVfs disk;
             Side side;
             scenario.prepare(side, m_path);
             if (GetParam().mode == JournalMode::Truncate && !scenario.readOnly) {
@@ -131,7 +131,7 @@ protected:
     // The content of the files as another process reads it. Files with the same bytes are read only once.
     const DatabaseContent& ContentLeft() const
     {
-        const FailingFileSystem withoutAFault; // does not wait for the disk
+        const FaultInjectionVfs withoutAFault; // does not wait for the disk
         const DatabaseFiles left(m_path);
         const auto known = std::ranges::find(m_known, left, &std::pair<DatabaseFiles, DatabaseContent>::first);
         return known != m_known.end() ? known->second : m_known.emplace_back(left, ContentOf(m_path)).second;
@@ -140,11 +140,11 @@ protected:
     // The content before the scenario, and the contents that it may leave.
     std::vector<DatabaseContent> States() const
     {
-        const FailingFileSystem withoutAFault;
+        const FaultInjectionVfs withoutAFault;
         m_found.PutBack(m_path);
         std::vector<DatabaseContent> states{ContentOf(m_path)};
         for (const std::string& change : GetParam().scenario->changes) {
-            PlainSqlite(m_path).Execute(change);
+            RawSqlite(m_path).Execute(change);
             states.push_back(ContentOf(m_path));
         }
         return states;

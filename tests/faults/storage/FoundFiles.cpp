@@ -1,5 +1,5 @@
 #include "faults/storage/StorageScenario.h"
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -17,10 +17,10 @@ DatabaseFiles FoundFiles(Found found, JournalMode mode)
     if (found == Found::Nothing) {
         return {};
     }
-    const FailingFileSystem withoutAFault; // does not wait for the disk
+    const FaultInjectionVfs withoutAFault; // does not wait for the disk
     const TemporaryDirectory directory;
     const std::string path = directory.File("found.db");
-    PlainSqlite plain(path);
+    RawSqlite plain(path);
     plain.Execute(mode == JournalMode::WriteAheadLog ? "PRAGMA journal_mode = WAL" : "PRAGMA journal_mode = DELETE");
     plain.Execute("CREATE TABLE reading (id INTEGER PRIMARY KEY, room TEXT, value REAL);"
                   "CREATE INDEX reading_by_value ON reading (value)");

@@ -11,8 +11,8 @@
 #include "faults/storage/BatchContent.h"
 #include "support/BuiltProgram.h"
 #include "support/DatabaseFiles.h"
-#include "support/Effort.h"
 #include "support/KilledProgram.h"
+#include "support/SoakMode.h"
 #include "support/TemporaryDirectory.h"
 #include "support/TestSeeds.h"
 
@@ -22,12 +22,12 @@ namespace {
 
 constexpr int Batches = 25;
 
-struct Keeping {
+struct DurabilityMode {
     std::string name;
     std::string pragmas;
 };
 
-class KilledWriterTest : public testing::TestWithParam<Keeping> {
+class KilledWriterTest : public testing::TestWithParam<DurabilityMode> {
 protected:
     std::vector<std::string> Command(std::uint64_t seed) const
     {
@@ -121,8 +121,9 @@ TEST_P(KilledWriterTest, KeepsWhatWasAcknowledgedAndNoWriteByHalves)
 
 // A small cache makes SQLite write into the database before the commit.
 INSTANTIATE_TEST_SUITE_P(Storage, KilledWriterTest,
-                         testing::Values(Keeping{"AsOpened", "PRAGMA cache_size = 4"},
-                                         Keeping{"WriteAheadLog", "PRAGMA journal_mode = WAL; PRAGMA cache_size = 4"}),
+                         testing::Values(DurabilityMode{"AsOpened", "PRAGMA cache_size = 4"},
+                                         DurabilityMode{"WriteAheadLog",
+                                                        "PRAGMA journal_mode = WAL; PRAGMA cache_size = 4"}),
                          [](const auto& tested) { return tested.param.name; });
 
 } // namespace

@@ -8,8 +8,8 @@
 
 #include "faults/storage/BatchContent.h"
 #include "support/DatabaseFiles.h"
-#include "support/Effort.h"
-#include "support/PowerlessFileSystem.h"
+#include "support/PowerLossVfs.h"
+#include "support/SoakMode.h"
 #include "support/TemporaryDirectory.h"
 #include "support/TestSeeds.h"
 
@@ -17,10 +17,10 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-using Removals = PowerlessFileSystem::Removals;
+using Removals = PowerLossVfs::Removals;
 
 // The settings of a database, and the kind of its file system.
-struct Keeping {
+struct DurabilityMode {
     std::string name;
     std::string pragmas;
     Removals removals = Removals::Lasting;
@@ -44,22 +44,22 @@ struct Outcome {
 class PowerLossTest : public testing::Test {
 protected:
     // Writes until the power fails, and checks what is left.
-    Outcome RunRound(const Keeping& keeping, std::uint64_t seed) const
+    Outcome RunRound(const DurabilityMode& mode, std::uint64_t seed) const
     {
         const std::string path = m_directory.File("round.db");
         DatabaseFiles().PutBack(path);
-        Choices choices(seed);
+        FuzzInput choices(seed);
         WriteBatches batches(seed);
         std::vector<BatchTables> earlier{{}};
         std::vector<BatchTables> expected{
             {}}; // the acknowledged state, and the states that the last call may have left
         int lostSectors = 0;
         {
-            PowerlessFileSystem machine(choices, 1 + static_cast<int>(choices.Below(400)), keeping.removals);
+            PowerLossVfs machine(choices, 1 + static_cast<int>(choices.Below(400)), mode.removals);
             {
                 DatabaseApi facade;
                 facade.OpenDatabase(path, false);
-                facade.Execute(keeping.pragmas);
+                facade.Execute(mode.pragmas);
                 while (!machine.IsOut()) {
                     const WriteBatch batch = batches.Next();
                     const bool succeeded = batch.run(facade);
@@ -102,7 +102,7 @@ private:
     TemporaryDirectory m_directory;
 };
 
-class DurableKeepingTest : public PowerLossTest, public testing::WithParamInterface<Keeping> {};
+class DurableKeepingTest : public PowerLossTest, public testing::WithParamInterface<DurabilityMode> {};
 
 TEST_P(DurableKeepingTest, KeepsWhatWasAcknowledgedAndNoWriteByHalves)
 {
@@ -129,13 +129,14 @@ TEST_P(DurableKeepingTest, KeepsWhatWasAcknowledgedAndNoWriteByHalves)
 // A small cache makes SQLite write into the database before the commit.
 INSTANTIATE_TEST_SUITE_P(
     Storage, DurableKeepingTest,
-    testing::Values(
-        Keeping{"AsOpened", "PRAGMA cache_size = 4"},
-        Keeping{"DeletedJournalSyncedWithItsDirectory", "PRAGMA cache_size = 4; PRAGMA synchronous = EXTRA",
-                Removals::AwaitingASync},
-        Keeping{"TruncatedJournal", "PRAGMA cache_size = 4; PRAGMA journal_mode = TRUNCATE", Removals::AwaitingASync},
-        Keeping{"WriteAheadLog", "PRAGMA journal_mode = WAL; PRAGMA cache_size = 4; PRAGMA wal_autocheckpoint = 20",
-                Removals::AwaitingASync}),
+    testing::Values(DurabilityMode{"AsOpened", "PRAGMA cache_size = 4"},
+                    DurabilityMode{"DeletedJournalSyncedWithItsDirectory",
+                                   "PRAGMA cache_size = 4; PRAGMA synchronous = EXTRA", Removals::AwaitingASync},
+                    DurabilityMode{"TruncatedJournal", "PRAGMA cache_size = 4; PRAGMA journal_mode = TRUNCATE",
+                                   Removals::AwaitingASync},
+                    DurabilityMode{"WriteAheadLog",
+                                   "PRAGMA journal_mode = WAL; PRAGMA cache_size = 4; PRAGMA wal_autocheckpoint = 20",
+                                   Removals::AwaitingASync}),
     [](const auto& tested) { return tested.param.name; });
 
 // A commit removes the journal, and with the settings of a newly opened database nothing syncs the directory
@@ -143,13 +144,13 @@ INSTANTIATE_TEST_SUITE_P(
 // is rolled back.
 TEST_F(PowerLossTest, AsOpenedARemovalThatAwaitsASyncTakesTheLastWriteBackWhole)
 {
-    const Keeping keeping{"", "PRAGMA cache_size = 4", Removals::AwaitingASync};
+    const DurabilityMode mode{"", "PRAGMA cache_size = 4", Removals::AwaitingASync};
     int takenBack = 0;
     for (const std::uint64_t seed : TestSeeds()) {
         for (int round = 0; round < Rounds(50, 500); ++round) {
             SCOPED_TRACE(Describe(seed) + ", round " + std::to_string(round));
 
-            const Outcome outcome = RunRound(keeping, seed + static_cast<std::uint64_t>(round));
+            const Outcome outcome = RunRound(mode, seed + static_cast<std::uint64_t>(round));
 
             ASSERT_NE(outcome.found, Found::AnythingElse) << outcome.description;
             takenBack += outcome.found == Found::TheLastWriteTakenBack ? 1 : 0;
@@ -163,11 +164,11 @@ TEST_F(PowerLossTest, AsOpenedARemovalThatAwaitsASyncTakesTheLastWriteBackWhole)
 // Proves that the rounds can find a loss: without syncs, they do.
 TEST_F(PowerLossTest, WithoutSyncsTheSameRoundsFindLossAndDamage)
 {
-    const Keeping keeping{"", "PRAGMA cache_size = 4; PRAGMA synchronous = OFF", Removals::Lasting};
+    const DurabilityMode mode{"", "PRAGMA cache_size = 4; PRAGMA synchronous = OFF", Removals::Lasting};
     int found = 0;
     for (const std::uint64_t seed : TestSeeds()) {
         for (int round = 0; round < Rounds(50, 500); ++round) {
-            const Outcome outcome = RunRound(keeping, seed + static_cast<std::uint64_t>(round));
+            const Outcome outcome = RunRound(mode, seed + static_cast<std::uint64_t>(round));
 
             found += outcome.found == Found::EverythingAcknowledged ? 0 : 1;
         }

@@ -7,7 +7,7 @@
 
 #include "faults/storage/StorageSide.h"
 #include "support/DatabaseFiles.h"
-#include "support/FailingFileSystem.h"
+#include "support/FaultInjectionVfs.h"
 
 namespace Morvik::sql::tests {
 

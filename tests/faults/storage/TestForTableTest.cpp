@@ -5,9 +5,9 @@
 #include <sqlite3.h>
 
 #include "support/DatabaseContent.h"
-#include "support/FailingFileSystem.h"
-#include "support/HasRecord.h"
-#include "support/PlainSqlite.h"
+#include "support/FaultInjectionVfs.h"
+#include "support/HasError.h"
+#include "support/RawSqlite.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -20,11 +20,11 @@ class TestForTableTest : public testing::TestWithParam<FileFault> {
 protected:
     TestForTableTest()
     {
-        PlainSqlite(m_path).Execute("CREATE TABLE reading (id INTEGER); INSERT INTO reading VALUES (1)");
+        RawSqlite(m_path).Execute("CREATE TABLE reading (id INTEGER); INSERT INTO reading VALUES (1)");
     }
 
     // Opens the file and reads its schema, so that the fault happens in the test for the table.
-    void OpenWithFault(FailingFileSystem& disk, DatabaseApi& facade) const
+    void OpenWithFault(FaultInjectionVfs& disk, DatabaseApi& facade) const
     {
         int result = -1;
         ASSERT_TRUE(facade.OpenDatabase(m_path, false));
@@ -39,14 +39,14 @@ protected:
 
 TEST_P(TestForTableTest, DropTableSucceedsAndDropsNothing)
 {
-    FailingFileSystem disk;
+    FaultInjectionVfs disk;
     DatabaseApi facade;
     OpenWithFault(disk, facade);
 
     const bool dropped = facade.DropTable("reading");
 
     EXPECT_TRUE(dropped);
-    EXPECT_THAT(facade, HasRecord(0, ""));
+    EXPECT_THAT(facade, HasError(0, ""));
     EXPECT_EQ(disk.Fired(), 1);
     EXPECT_TRUE(facade.CloseDatabase());
     EXPECT_EQ(ContentOf(m_path), m_content);
@@ -54,14 +54,14 @@ TEST_P(TestForTableTest, DropTableSucceedsAndDropsNothing)
 
 TEST_P(TestForTableTest, AlterTableFindsNoTable)
 {
-    FailingFileSystem disk;
+    FaultInjectionVfs disk;
     DatabaseApi facade;
     OpenWithFault(disk, facade);
 
     const bool altered = facade.AlterTable("reading", "old_reading");
 
     EXPECT_FALSE(altered);
-    EXPECT_THAT(facade, HasRecord(113, "No table exists: reading"));
+    EXPECT_THAT(facade, HasError(113, "No table exists: reading"));
     EXPECT_EQ(disk.Fired(), 1);
     EXPECT_TRUE(facade.CloseDatabase());
     EXPECT_EQ(ContentOf(m_path), m_content);
@@ -69,7 +69,7 @@ TEST_P(TestForTableTest, AlterTableFindsNoTable)
 
 TEST_P(TestForTableTest, ExistsTableAndExistDataFindNothingWithCodeZero)
 {
-    FailingFileSystem disk;
+    FaultInjectionVfs disk;
     DatabaseApi facade;
     OpenWithFault(disk, facade);
     int existsResult = -1;

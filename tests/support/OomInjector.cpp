@@ -1,4 +1,4 @@
-#include "support/FailingAllocation.h"
+#include "support/OomInjector.h"
 
 #include <malloc.h>
 
@@ -8,13 +8,13 @@
 #include <cstdlib>
 #include <new>
 
-#include "support/FailurePoint.h"
+#include "support/FaultCounter.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-thread_local FailurePoint failurePoint;
+thread_local FaultCounter failurePoint;
 thread_local bool largestIsWatched = false;
 thread_local std::size_t largest = 0;
 std::atomic<std::size_t> liveBytes = 0;
@@ -46,17 +46,17 @@ void* AllocateOrThrow(std::size_t size)
 
 } // namespace
 
-FailingAllocation::FailingAllocation(int succeeding, FailureExtent extent)
+OomInjector::OomInjector(int succeeding, FailureExtent extent)
 {
     failurePoint.Set(succeeding, extent);
 }
 
-FailingAllocation::~FailingAllocation()
+OomInjector::~OomInjector()
 {
     failurePoint.Clear();
 }
 
-bool FailingAllocation::Fired() const
+bool OomInjector::Fired() const
 {
     return failurePoint.Fired();
 }

@@ -1,4 +1,4 @@
-#include "support/PowerlessFileSystem.h"
+#include "support/PowerLossVfs.h"
 
 #include <filesystem>
 #include <fstream>
@@ -19,9 +19,9 @@ bool IsNewJournal(int flags)
 
 } // namespace
 
-class PowerlessFileSystem::File : public InterposedFile {
+class PowerLossVfs::File : public InterposedFile {
 public:
-    File(PowerlessFileSystem& system, Entry stored, bool isNewJournal, std::unique_ptr<std::byte[]> real)
+    File(PowerLossVfs& system, Entry stored, bool isNewJournal, std::unique_ptr<std::byte[]> real)
         : InterposedFile(std::move(real)), m_system(system), m_stored(std::move(stored)),
           m_directoryAwaitsSync(isNewJournal)
     {}
@@ -70,59 +70,59 @@ public:
     int Lock(int level) override { return m_system.IsOut() ? SQLITE_IOERR_LOCK : InterposedFile::Lock(level); }
 
 private:
-    PowerlessFileSystem& m_system;
+    PowerLossVfs& m_system;
     Entry m_stored;
     bool m_directoryAwaitsSync;
 };
 
-PowerlessFileSystem::PowerlessFileSystem(Choices& choices, int changesUntilTheLoss, Removals removals)
+PowerLossVfs::PowerLossVfs(FuzzInput& choices, int changesUntilTheLoss, Removals removals)
     : m_choices(choices), m_changesLeft(changesUntilTheLoss), m_removals(removals)
 {}
 
-PowerlessFileSystem::~PowerlessFileSystem() = default;
+PowerLossVfs::~PowerLossVfs() = default;
 
-bool PowerlessFileSystem::GoesOut()
+bool PowerLossVfs::GoesOut()
 {
     m_out = m_out || --m_changesLeft == 0;
     return m_out;
 }
 
-PowerlessFileSystem::Entry& PowerlessFileSystem::Current(const std::string& path)
+PowerLossVfs::Entry& PowerLossVfs::Current(const std::string& path)
 {
     std::vector<Entry>& entries = m_directory[path];
     if (entries.empty()) {
         Entry found;
         if (std::filesystem::exists(path)) {
-            found = std::make_shared<UnsyncedFile>(FileContent(path));
+            found = std::make_shared<WriteBackFile>(FileContent(path));
         }
         entries.push_back(found);
     }
     return entries.back();
 }
 
-void PowerlessFileSystem::SyncDirectory()
+void PowerLossVfs::SyncDirectory()
 {
     for (auto& [path, entries] : m_directory) {
         entries.erase(entries.begin(), entries.end() - 1);
     }
 }
 
-int PowerlessFileSystem::Open(const char* path, sqlite3_file* real, int flags, int* outFlags)
+int PowerLossVfs::Open(const char* path, sqlite3_file* real, int flags, int* outFlags)
 {
     if (IsOut()) {
         return SQLITE_CANTOPEN;
     }
     // A file without a name does not survive its process.
     if (path != nullptr && Current(path) == nullptr && (flags & SQLITE_OPEN_CREATE) != 0) {
-        m_directory[path].push_back(std::make_shared<UnsyncedFile>());
+        m_directory[path].push_back(std::make_shared<WriteBackFile>());
         if (GoesOut()) {
             return SQLITE_CANTOPEN;
         }
     }
-    return InterposedFileSystem::Open(path, real, flags, outFlags);
+    return VfsShim::Open(path, real, flags, outFlags);
 }
 
-int PowerlessFileSystem::Delete(const char* path, int syncDirectory)
+int PowerLossVfs::Delete(const char* path, int syncDirectory)
 {
     if (IsOut()) {
         return SQLITE_IOERR_DELETE;
@@ -141,24 +141,23 @@ int PowerlessFileSystem::Delete(const char* path, int syncDirectory)
     if (syncDirectory != 0) {
         SyncDirectory();
     }
-    return InterposedFileSystem::Delete(path, 0);
+    return VfsShim::Delete(path, 0);
 }
 
-int PowerlessFileSystem::Access(const char* path, int flags, int& answer)
+int PowerLossVfs::Access(const char* path, int flags, int& answer)
 {
-    return IsOut() ? SQLITE_IOERR_ACCESS : InterposedFileSystem::Access(path, flags, answer);
+    return IsOut() ? SQLITE_IOERR_ACCESS : VfsShim::Access(path, flags, answer);
 }
 
-std::unique_ptr<InterposedFile> PowerlessFileSystem::Interpose(const char* path, int flags,
-                                                               std::unique_ptr<std::byte[]> real)
+std::unique_ptr<InterposedFile> PowerLossVfs::Interpose(const char* path, int flags, std::unique_ptr<std::byte[]> real)
 {
     if (path == nullptr) {
-        return InterposedFileSystem::Interpose(path, flags, std::move(real));
+        return VfsShim::Interpose(path, flags, std::move(real));
     }
     return std::make_unique<File>(*this, Current(path), IsNewJournal(flags), std::move(real));
 }
 
-int PowerlessFileSystem::ComeBack()
+int PowerLossVfs::ComeBack()
 {
     int lostSectors = 0;
     for (auto& [path, entries] : m_directory) {

@@ -9,14 +9,14 @@ namespace Morvik::sql::tests {
 
 /// A raw SQLite connection in addition to the library's: prepares what a test needs, and checks what the library left.
 /// Every failure throws std::runtime_error with SQLite's code and message.
-class PlainSqlite {
+class RawSqlite {
 public:
     /// Opens `path` read-write and creates it if it is missing.
-    explicit PlainSqlite(const std::string& path);
-    ~PlainSqlite();
+    explicit RawSqlite(const std::string& path);
+    ~RawSqlite();
 
-    PlainSqlite(const PlainSqlite&) = delete;
-    PlainSqlite& operator=(const PlainSqlite&) = delete;
+    RawSqlite(const RawSqlite&) = delete;
+    RawSqlite& operator=(const RawSqlite&) = delete;
 
     sqlite3* Handle() const { return m_handle; }
 
@@ -34,28 +34,28 @@ private:
 };
 
 /// Code and message after a call of raw SQLite.
-struct PlainFailure {
+struct RawFailure {
     int code = 0;
     std::string message;
 };
 
 /// The result of sqlite3_open_v2 for `path` with `flags`; nothing stays open.
-PlainFailure FailureOfOpen(const std::string& path, int flags);
+RawFailure FailureOfOpen(const std::string& path, int flags);
 
 /// The result of sqlite3_exec for `sql` on a connection.
-PlainFailure FailureOfExec(sqlite3* handle, const std::string& sql);
+RawFailure FailureOfExec(sqlite3* handle, const std::string& sql);
 
 /// The result of the legacy sqlite3_prepare for `sql` on a connection.
-PlainFailure FailureOfPrepare(sqlite3* handle, const std::string& sql);
+RawFailure FailureOfPrepare(sqlite3* handle, const std::string& sql);
 
 /// The result of sqlite3_close while a statement of the connection is not finalized.
-PlainFailure FailureOfCloseWithAStatement();
+RawFailure FailureOfCloseWithAStatement();
 
 /// Reads a query with the legacy interface, to its end or its first failure.
 struct PlainWalk {
     int rows = 0;
-    PlainFailure step;
-    PlainFailure finalize;
+    RawFailure step;
+    RawFailure finalize;
 };
 
 PlainWalk LegacyWalk(sqlite3* handle, const std::string& sql);

@@ -1,4 +1,4 @@
-#include "support/PlainSqlite.h"
+#include "support/RawSqlite.h"
 
 #include <sqlite3.h>
 
@@ -53,7 +53,7 @@ std::string Quoted(sqlite3_stmt* statement, int column)
 
 } // namespace
 
-PlainSqlite::PlainSqlite(const std::string& path)
+RawSqlite::RawSqlite(const std::string& path)
 {
     const int code = sqlite3_open(path.c_str(), &m_handle);
     if (code != SQLITE_OK) {
@@ -63,12 +63,12 @@ PlainSqlite::PlainSqlite(const std::string& path)
     }
 }
 
-PlainSqlite::~PlainSqlite()
+RawSqlite::~RawSqlite()
 {
     sqlite3_close(m_handle);
 }
 
-void PlainSqlite::Execute(const std::string& sql)
+void RawSqlite::Execute(const std::string& sql)
 {
     const int code = sqlite3_exec(m_handle, sql.c_str(), nullptr, nullptr, nullptr);
     if (code != SQLITE_OK) {
@@ -76,7 +76,7 @@ void PlainSqlite::Execute(const std::string& sql)
     }
 }
 
-std::vector<std::vector<std::string>> PlainSqlite::Rows(const std::string& sql)
+std::vector<std::vector<std::string>> RawSqlite::Rows(const std::string& sql)
 {
     sqlite3_stmt* statement = nullptr;
     int code = sqlite3_prepare_v2(m_handle, sql.c_str(), -1, &statement, nullptr);
@@ -96,47 +96,47 @@ std::vector<std::vector<std::string>> PlainSqlite::Rows(const std::string& sql)
     return rows;
 }
 
-std::string PlainSqlite::Value(const std::string& sql)
+std::string RawSqlite::Value(const std::string& sql)
 {
     return Rows(sql).at(0).at(0);
 }
 
-PlainFailure FailureOfOpen(const std::string& path, int flags)
+RawFailure FailureOfOpen(const std::string& path, int flags)
 {
     sqlite3* handle = nullptr;
-    PlainFailure failure;
+    RawFailure failure;
     failure.code = sqlite3_open_v2(path.c_str(), &handle, flags, nullptr);
     failure.message = failure.code != SQLITE_OK ? sqlite3_errmsg(handle) : "";
     sqlite3_close(handle);
     return failure;
 }
 
-PlainFailure FailureOfExec(sqlite3* handle, const std::string& sql)
+RawFailure FailureOfExec(sqlite3* handle, const std::string& sql)
 {
     char* text = nullptr;
-    PlainFailure failure;
+    RawFailure failure;
     failure.code = sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, &text);
     failure.message = text != nullptr ? text : "";
     sqlite3_free(text);
     return failure;
 }
 
-PlainFailure FailureOfPrepare(sqlite3* handle, const std::string& sql)
+RawFailure FailureOfPrepare(sqlite3* handle, const std::string& sql)
 {
     sqlite3_stmt* statement = nullptr;
-    PlainFailure failure;
+    RawFailure failure;
     failure.code = sqlite3_prepare(handle, sql.c_str(), -1, &statement, nullptr);
     failure.message = failure.code != SQLITE_OK ? sqlite3_errmsg(handle) : "";
     sqlite3_finalize(statement);
     return failure;
 }
 
-PlainFailure FailureOfCloseWithAStatement()
+RawFailure FailureOfCloseWithAStatement()
 {
-    PlainSqlite plain(":memory:");
+    RawSqlite plain(":memory:");
     sqlite3_stmt* statement = nullptr;
     sqlite3_prepare_v2(plain.Handle(), "SELECT 1", -1, &statement, nullptr);
-    PlainFailure failure;
+    RawFailure failure;
     failure.code = sqlite3_close(plain.Handle());
     failure.message = sqlite3_errmsg(plain.Handle());
     sqlite3_finalize(statement);

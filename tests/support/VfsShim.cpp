@@ -1,4 +1,4 @@
-#include "support/InterposedFileSystem.h"
+#include "support/VfsShim.h"
 
 #include <stdexcept>
 
@@ -119,12 +119,12 @@ int InterposedFile::LockShared(int offset, int count, int flags)
 }
 
 // SQLite's calls on the file system, forwarded to the object.
-struct InterposedFileSystem::Calls {
-    static InterposedFileSystem& Of(sqlite3_vfs* own) { return *static_cast<InterposedFileSystem*>(own->pAppData); }
+struct VfsShim::Calls {
+    static VfsShim& Of(sqlite3_vfs* own) { return *static_cast<VfsShim*>(own->pAppData); }
 
     static int Open(sqlite3_vfs* own, const char* path, sqlite3_file* file, int flags, int* outFlags)
     {
-        InterposedFileSystem& system = Of(own);
+        VfsShim& system = Of(own);
         const auto size = static_cast<std::size_t>(system.m_real->szOsFile);
         auto real = std::make_unique<std::byte[]>(size);
         auto* const opened = reinterpret_cast<sqlite3_file*>(real.get());
@@ -154,7 +154,7 @@ struct InterposedFileSystem::Calls {
     static sqlite3_vfs* Real(sqlite3_vfs* own) { return Of(own).m_real; }
 };
 
-InterposedFileSystem::InterposedFileSystem() : m_real(sqlite3_vfs_find(nullptr))
+VfsShim::VfsShim() : m_real(sqlite3_vfs_find(nullptr))
 {
     m_own.iVersion = 2;
     m_own.szOsFile = sizeof(OpenedFile);
@@ -185,34 +185,34 @@ InterposedFileSystem::InterposedFileSystem() : m_real(sqlite3_vfs_find(nullptr))
     }
 }
 
-InterposedFileSystem::~InterposedFileSystem()
+VfsShim::~VfsShim()
 {
     sqlite3_vfs_unregister(&m_own);
     sqlite3_vfs_register(m_real, 1);
 }
 
-int InterposedFileSystem::Open(const char* path, sqlite3_file* real, int flags, int* outFlags)
+int VfsShim::Open(const char* path, sqlite3_file* real, int flags, int* outFlags)
 {
     return m_real->xOpen(m_real, path, real, flags, outFlags);
 }
 
-int InterposedFileSystem::Delete(const char* path, int syncDirectory)
+int VfsShim::Delete(const char* path, int syncDirectory)
 {
     return m_real->xDelete(m_real, path, syncDirectory);
 }
 
-int InterposedFileSystem::Access(const char* path, int flags, int& answer)
+int VfsShim::Access(const char* path, int flags, int& answer)
 {
     return m_real->xAccess(m_real, path, flags, &answer);
 }
 
-int InterposedFileSystem::Sleep(int microseconds)
+int VfsShim::Sleep(int microseconds)
 {
     return m_real->xSleep(m_real, microseconds);
 }
 
-std::unique_ptr<InterposedFile> InterposedFileSystem::Interpose(const char* /*path*/, int /*flags*/,
-                                                                std::unique_ptr<std::byte[]> real)
+std::unique_ptr<InterposedFile> VfsShim::Interpose(const char* /*path*/, int /*flags*/,
+                                                   std::unique_ptr<std::byte[]> real)
 {
     return std::make_unique<InterposedFile>(std::move(real));
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/FailingAllocation.h"
+#include "support/OomInjector.h"
 
 namespace Morvik::sql::tests {
 
@@ -8,22 +8,22 @@ namespace Morvik::sql::tests {
 /// the next one fails, and with FailureExtent::ForEver so do all that follow. Install() must have been called. Fired()
 /// tells whether the failing allocation was requested.
 ///
-///     FailingSqliteMemory::Install();
-///     const FailingSqliteMemory failing(3, FailureExtent::ForEver);
+///     SqliteOomInjector::Install();
+///     const SqliteOomInjector failing(3, FailureExtent::ForEver);
 ///     EXPECT_FALSE(command.Execute(sql));   // code 7
 ///     EXPECT_TRUE(failing.Fired());
-class FailingSqliteMemory {
+class SqliteOomInjector {
 public:
     /// Wraps SQLite's allocator, and switches off SQLite's caches of small pieces and of pages, so that each of its
     /// allocations can fail. No connection may be open; once per process is enough. Throws std::runtime_error if SQLite
     /// rejects the change.
     static void Install();
 
-    explicit FailingSqliteMemory(int succeeding, FailureExtent extent = FailureExtent::Once);
-    ~FailingSqliteMemory();
+    explicit SqliteOomInjector(int succeeding, FailureExtent extent = FailureExtent::Once);
+    ~SqliteOomInjector();
 
-    FailingSqliteMemory(const FailingSqliteMemory&) = delete;
-    FailingSqliteMemory& operator=(const FailingSqliteMemory&) = delete;
+    SqliteOomInjector(const SqliteOomInjector&) = delete;
+    SqliteOomInjector& operator=(const SqliteOomInjector&) = delete;
 
     bool Fired() const;
 };

@@ -4,15 +4,15 @@
 #include <string>
 #include <vector>
 
-#include "support/Choices.h"
+#include "support/FuzzInput.h"
 
 namespace Morvik::sql::tests {
 
 /// A file that was synced, and the changes that were written after that.
-class UnsyncedFile {
+class WriteBackFile {
 public:
     /// A file with synced content.
-    explicit UnsyncedFile(std::string synced = {}) : m_synced(std::move(synced)) {}
+    explicit WriteBackFile(std::string synced = {}) : m_synced(std::move(synced)) {}
 
     void Write(std::size_t position, std::string bytes);
     void Truncate(std::size_t size);
@@ -20,7 +20,7 @@ public:
 
     /// The content of the disk when the power fails: each sector written since the last sync may be there, be missing,
     /// be incomplete, or hold garbage. Counts the sectors that are not complete.
-    std::string AfterALoss(Choices& choices, int& lostSectors) const;
+    std::string AfterALoss(FuzzInput& choices, int& lostSectors) const;
 
 private:
     struct Change {

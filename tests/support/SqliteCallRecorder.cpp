@@ -1,4 +1,4 @@
-#include "support/RecordedSqlite.h"
+#include "support/SqliteCallRecorder.h"
 
 #include <dlfcn.h>
 #include <sqlite3.h>
@@ -143,7 +143,7 @@ std::string Bound(int index, const void* data, int count, sqlite3_destructor_typ
 
 } // namespace
 
-RecordedSqlite::RecordedSqlite()
+SqliteCallRecorder::SqliteCallRecorder()
 {
     if (state.recording) {
         throw std::logic_error("SQLite's calls are being recorded already");
@@ -152,17 +152,17 @@ RecordedSqlite::RecordedSqlite()
     state.recording = true;
 }
 
-RecordedSqlite::~RecordedSqlite()
+SqliteCallRecorder::~SqliteCallRecorder()
 {
     state = State();
 }
 
-const std::vector<std::string>& RecordedSqlite::Calls() const
+const std::vector<std::string>& SqliteCallRecorder::Calls() const
 {
     return state.calls;
 }
 
-std::vector<std::string> RecordedSqlite::CallsOf(const std::string& function) const
+std::vector<std::string> SqliteCallRecorder::CallsOf(const std::string& function) const
 {
     std::vector<std::string> calls;
     for (const std::string& call : state.calls) {
@@ -173,17 +173,17 @@ std::vector<std::string> RecordedSqlite::CallsOf(const std::string& function) co
     return calls;
 }
 
-std::vector<std::string> RecordedSqlite::Executed() const
+std::vector<std::string> SqliteCallRecorder::Executed() const
 {
     return state.executed;
 }
 
-void RecordedSqlite::ReplaceNextResult(const std::string& function, int result, bool forward, int skipped)
+void SqliteCallRecorder::ReplaceNextResult(const std::string& function, int result, bool forward, int skipped)
 {
     state.replacements.push_back({function, result, forward, skipped});
 }
 
-bool RecordedSqlite::Pending() const
+bool SqliteCallRecorder::Pending() const
 {
     return !state.replacements.empty();
 }

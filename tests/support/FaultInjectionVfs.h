@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "support/InterposedFileSystem.h"
+#include "support/VfsShim.h"
 
 namespace Morvik::sql::tests {
 
@@ -44,7 +44,7 @@ std::string Described(const FileFault& fault);
 /// A file system in which a call fails while the object lives. Fired() tells how many calls failed.
 ///
 ///     for (int position = 1;; ++position) {
-///         FailingFileSystem disk;
+///         FaultInjectionVfs disk;
 ///         Prepare();
 ///         disk.Arm({FileCall::Write, SQLITE_FULL, position});
 ///         Act();
@@ -53,7 +53,7 @@ std::string Described(const FileFault& fault);
 ///
 /// Syncs have no effect, because the files must survive the process and not the machine. SQLite's pauses before it
 /// requests a lock again take no time.
-class FailingFileSystem : public InterposedFileSystem {
+class FaultInjectionVfs : public VfsShim {
 public:
     /// From now on, counts the calls and makes them fail as `fault` says.
     void Arm(const FileFault& fault);

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "support/FailingAllocation.h"
+#include "support/OomInjector.h"
 
 namespace Morvik::sql::tests {
 
 /// Counts the allocations of a thread down to the failing one.
-class FailurePoint {
+class FaultCounter {
 public:
     void Set(int succeeding, FailureExtent extent)
     {

@@ -9,23 +9,23 @@ enum class FailureExtent { Once, ForEver };
 
 /// While the object lives, allocations of the running thread fail with std::bad_alloc: the first `succeeding`
 /// allocations succeed, the next one fails, and with FailureExtent::ForEver so do all that follow. The program that
-/// links this file defines operator new. SQLite's memory comes from malloc and does not fail (use FailingSqliteMemory).
+/// links this file defines operator new. SQLite's memory comes from malloc and does not fail (use SqliteOomInjector).
 /// Fired() tells whether the failing allocation was requested.
 ///
 ///     for (int succeeding = 0;; ++succeeding) {
-///         const FailingAllocation failing(succeeding);
+///         const OomInjector failing(succeeding);
 ///         Act();
 ///         if (!failing.Fired()) { break; }   // Act() needs no more allocations than these
 ///     }
 ///
 /// Test macros allocate too, so check the result after the object is destroyed, or after its one failure fired.
-class FailingAllocation {
+class OomInjector {
 public:
-    explicit FailingAllocation(int succeeding, FailureExtent extent = FailureExtent::Once);
-    ~FailingAllocation();
+    explicit OomInjector(int succeeding, FailureExtent extent = FailureExtent::Once);
+    ~OomInjector();
 
-    FailingAllocation(const FailingAllocation&) = delete;
-    FailingAllocation& operator=(const FailingAllocation&) = delete;
+    OomInjector(const OomInjector&) = delete;
+    OomInjector& operator=(const OomInjector&) = delete;
 
     bool Fired() const;
 };

@@ -40,13 +40,13 @@ private:
 /// Replaces SQLite's default file system while the object lives and forwards to it. Every database that is opened
 /// without naming a file system uses this object, so close it before the object is destroyed. A derived class overrides
 /// the calls that it changes.
-class InterposedFileSystem {
+class VfsShim {
 public:
-    InterposedFileSystem();
-    virtual ~InterposedFileSystem();
+    VfsShim();
+    virtual ~VfsShim();
 
-    InterposedFileSystem(const InterposedFileSystem&) = delete;
-    InterposedFileSystem& operator=(const InterposedFileSystem&) = delete;
+    VfsShim(const VfsShim&) = delete;
+    VfsShim& operator=(const VfsShim&) = delete;
 
 protected:
     /// Opens the file in `real`, zeroed memory of the size that the real file system needs.

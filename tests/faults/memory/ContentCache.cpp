@@ -1,11 +1,11 @@
-#include "KnownContents.h"
+#include "ContentCache.h"
 
 #include <filesystem>
 #include <stdexcept>
 
 #include "support/ChildProcess.h"
-#include "support/FailingAllocation.h"
-#include "support/PlainSqlite.h"
+#include "support/OomInjector.h"
+#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
@@ -23,7 +23,7 @@ void Append(std::string& content, const std::vector<std::vector<std::string>>& r
 
 std::string Read(const std::string& path)
 {
-    PlainSqlite plain(path);
+    RawSqlite plain(path);
     if (const std::string found = plain.Value("PRAGMA integrity_check"); found != "'ok'") {
         throw std::runtime_error("integrity_check: " + found);
     }
@@ -39,7 +39,7 @@ std::string Read(const std::string& path)
 
 } // namespace
 
-std::string KnownContents::Of(const std::string& path)
+std::string ContentCache::Of(const std::string& path)
 {
     if (!std::filesystem::exists(path)) {
         return "";

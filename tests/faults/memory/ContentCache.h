@@ -8,7 +8,7 @@ namespace Morvik::sql::tests {
 
 /// Returns the content of a database file as a text to compare. The file is opened with raw SQLite and must pass
 /// SQLite's integrity check. The result is kept for every file with the same bytes.
-class KnownContents {
+class ContentCache {
 public:
     /// The content of the file at `path`; the content of an empty database if there is no file. Throws
     /// std::runtime_error for a file that SQLite cannot read or finds damaged.

@@ -1,4 +1,4 @@
-#include "support/FailingFileSystem.h"
+#include "support/FaultInjectionVfs.h"
 
 namespace Morvik::sql::tests {
 
@@ -12,7 +12,7 @@ std::string Described(const FileFault& fault)
 }
 
 template <typename Call>
-int FailingFileSystem::Run(FileCall kind, Call call)
+int FaultInjectionVfs::Run(FileCall kind, Call call)
 {
     if (!Fails(kind)) {
         return call();
@@ -23,9 +23,9 @@ int FailingFileSystem::Run(FileCall kind, Call call)
     return m_fault.code;
 }
 
-class FailingFileSystem::File : public InterposedFile {
+class FaultInjectionVfs::File : public InterposedFile {
 public:
-    File(FailingFileSystem& system, std::unique_ptr<std::byte[]> real)
+    File(FaultInjectionVfs& system, std::unique_ptr<std::byte[]> real)
         : InterposedFile(std::move(real)), m_system(system)
     {}
 
@@ -91,10 +91,10 @@ public:
     }
 
 private:
-    FailingFileSystem& m_system;
+    FaultInjectionVfs& m_system;
 };
 
-void FailingFileSystem::Arm(const FileFault& fault)
+void FaultInjectionVfs::Arm(const FileFault& fault)
 {
     m_fault = fault;
     m_armed = true;
@@ -102,7 +102,7 @@ void FailingFileSystem::Arm(const FileFault& fault)
     m_fired = 0;
 }
 
-bool FailingFileSystem::Fails(FileCall call)
+bool FaultInjectionVfs::Fails(FileCall call)
 {
     if (!m_armed || call != m_fault.call) {
         return false;
@@ -113,27 +113,27 @@ bool FailingFileSystem::Fails(FileCall call)
     return fails;
 }
 
-int FailingFileSystem::Open(const char* path, sqlite3_file* real, int flags, int* outFlags)
+int FaultInjectionVfs::Open(const char* path, sqlite3_file* real, int flags, int* outFlags)
 {
-    return Run(FileCall::Open, [&] { return InterposedFileSystem::Open(path, real, flags, outFlags); });
+    return Run(FileCall::Open, [&] { return VfsShim::Open(path, real, flags, outFlags); });
 }
 
-int FailingFileSystem::Delete(const char* path, int /*syncDirectory*/)
+int FaultInjectionVfs::Delete(const char* path, int /*syncDirectory*/)
 {
-    return Run(FileCall::Delete, [&] { return InterposedFileSystem::Delete(path, 0); });
+    return Run(FileCall::Delete, [&] { return VfsShim::Delete(path, 0); });
 }
 
-int FailingFileSystem::Access(const char* path, int flags, int& answer)
+int FaultInjectionVfs::Access(const char* path, int flags, int& answer)
 {
-    return Run(FileCall::Access, [&] { return InterposedFileSystem::Access(path, flags, answer); });
+    return Run(FileCall::Access, [&] { return VfsShim::Access(path, flags, answer); });
 }
 
-int FailingFileSystem::Sleep(int microseconds)
+int FaultInjectionVfs::Sleep(int microseconds)
 {
     return microseconds;
 }
 
-std::unique_ptr<InterposedFile> FailingFileSystem::Interpose(const char* /*path*/, int /*flags*/,
+std::unique_ptr<InterposedFile> FaultInjectionVfs::Interpose(const char* /*path*/, int /*flags*/,
                                                              std::unique_ptr<std::byte[]> real)
 {
     return std::make_unique<File>(*this, std::move(real));

@@ -1,17 +1,17 @@
-#include "support/FailingSqliteMemory.h"
+#include "support/SqliteOomInjector.h"
 
 #include <sqlite3.h>
 
 #include <stdexcept>
 #include <string>
 
-#include "support/FailurePoint.h"
+#include "support/FaultCounter.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-thread_local FailurePoint failurePoint;
+thread_local FaultCounter failurePoint;
 sqlite3_mem_methods usual{};
 
 void* Allocate(int size)
@@ -35,7 +35,7 @@ void Configure(int option, Values... values)
 
 } // namespace
 
-void FailingSqliteMemory::Install()
+void SqliteOomInjector::Install()
 {
     if (usual.xMalloc != nullptr) {
         return;
@@ -52,17 +52,17 @@ void FailingSqliteMemory::Install()
     Configure(SQLITE_CONFIG_PAGECACHE, static_cast<void*>(nullptr), 0, 0);
 }
 
-FailingSqliteMemory::FailingSqliteMemory(int succeeding, FailureExtent extent)
+SqliteOomInjector::SqliteOomInjector(int succeeding, FailureExtent extent)
 {
     failurePoint.Set(succeeding, extent);
 }
 
-FailingSqliteMemory::~FailingSqliteMemory()
+SqliteOomInjector::~SqliteOomInjector()
 {
     failurePoint.Clear();
 }
 
-bool FailingSqliteMemory::Fired() const
+bool SqliteOomInjector::Fired() const
 {
     return failurePoint.Fired();
 }

@@ -1,4 +1,4 @@
-#include "support/UnsyncedFile.h"
+#include "support/WriteBackFile.h"
 
 #include <algorithm>
 
@@ -15,8 +15,8 @@ void Put(std::string& content, std::size_t position, std::string_view bytes)
 }
 
 // Writes one sector to the disk, or a part of it.
-void PutOrLose(std::string& content, std::size_t position, std::string sector, Choices& choices, std::size_t lostOneIn,
-               int& lostSectors)
+void PutOrLose(std::string& content, std::size_t position, std::string sector, FuzzInput& choices,
+               std::size_t lostOneIn, int& lostSectors)
 {
     if (!choices.OneIn(lostOneIn)) {
         Put(content, position, sector);
@@ -39,17 +39,17 @@ void PutOrLose(std::string& content, std::size_t position, std::string sector, C
 
 } // namespace
 
-void UnsyncedFile::Write(std::size_t position, std::string bytes)
+void WriteBackFile::Write(std::size_t position, std::string bytes)
 {
     m_changes.push_back({position, std::move(bytes)});
 }
 
-void UnsyncedFile::Truncate(std::size_t size)
+void WriteBackFile::Truncate(std::size_t size)
 {
     m_changes.push_back({size, {}});
 }
 
-void UnsyncedFile::Sync()
+void WriteBackFile::Sync()
 {
     for (const Change& change : m_changes) {
         if (change.bytes.empty()) {
@@ -61,7 +61,7 @@ void UnsyncedFile::Sync()
     m_changes.clear();
 }
 
-std::string UnsyncedFile::AfterALoss(Choices& choices, int& lostSectors) const
+std::string WriteBackFile::AfterALoss(FuzzInput& choices, int& lostSectors) const
 {
     std::string content = m_synced;
     const std::size_t lostOneIn = 2 + choices.Below(8);

@@ -11,10 +11,10 @@
 namespace Morvik::sql::tests {
 
 /// The source of a generated test's decisions: a seeded generator, or the bytes of a given input.
-class Choices {
+class FuzzInput {
 public:
-    explicit Choices(std::uint64_t seed) : m_generator(seed) {}
-    explicit Choices(std::span<const std::uint8_t> bytes) : m_bytes(bytes), m_fromBytes(true) {}
+    explicit FuzzInput(std::uint64_t seed) : m_generator(seed) {}
+    explicit FuzzInput(std::span<const std::uint8_t> bytes) : m_bytes(bytes), m_fromBytes(true) {}
 
     /// A number from 0 to `count` - 1.
     std::size_t Below(std::size_t count)

@@ -1,4 +1,4 @@
-#include "support/PlainLegacyStatement.h"
+#include "support/RawLegacyStatement.h"
 
 #include <sqlite3.h>
 
@@ -7,35 +7,34 @@
 
 namespace Morvik::sql::tests {
 
-PlainLegacyStatement::PlainLegacyStatement(PlainSqlite& connection, const std::string& sql)
-    : m_handle(connection.Handle())
+RawLegacyStatement::RawLegacyStatement(RawSqlite& connection, const std::string& sql) : m_handle(connection.Handle())
 {
     if (sqlite3_prepare(m_handle, sql.c_str(), -1, &m_statement, nullptr) != SQLITE_OK) {
         throw std::runtime_error("plain SQLite does not compile " + sql);
     }
 }
 
-PlainLegacyStatement::~PlainLegacyStatement()
+RawLegacyStatement::~RawLegacyStatement()
 {
     sqlite3_finalize(m_statement);
 }
 
-PlainFailure PlainLegacyStatement::Step()
+RawFailure RawLegacyStatement::Step()
 {
     return Outcome(sqlite3_step(m_statement));
 }
 
-PlainFailure PlainLegacyStatement::Reset()
+RawFailure RawLegacyStatement::Reset()
 {
     return Outcome(sqlite3_reset(m_statement));
 }
 
-PlainFailure PlainLegacyStatement::Finalize()
+RawFailure RawLegacyStatement::Finalize()
 {
     return Outcome(sqlite3_finalize(std::exchange(m_statement, nullptr)));
 }
 
-PlainFailure PlainLegacyStatement::Outcome(int code) const
+RawFailure RawLegacyStatement::Outcome(int code) const
 {
     const bool succeeded = code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE;
     return {code, succeeded ? "" : sqlite3_errmsg(m_handle)};

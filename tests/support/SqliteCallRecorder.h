@@ -20,13 +20,13 @@ namespace Morvik::sql::tests {
 ///     sqlite3_step(), sqlite3_value_int(), sqlite3_close(handle) and so on
 ///
 /// "handle", "statement" or "null" tells whether a pointer was given.
-class RecordedSqlite {
+class SqliteCallRecorder {
 public:
-    RecordedSqlite();
-    ~RecordedSqlite();
+    SqliteCallRecorder();
+    ~SqliteCallRecorder();
 
-    RecordedSqlite(const RecordedSqlite&) = delete;
-    RecordedSqlite& operator=(const RecordedSqlite&) = delete;
+    SqliteCallRecorder(const SqliteCallRecorder&) = delete;
+    SqliteCallRecorder& operator=(const SqliteCallRecorder&) = delete;
 
     const std::vector<std::string>& Calls() const;
 

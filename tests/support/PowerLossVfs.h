@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "support/Choices.h"
-#include "support/InterposedFileSystem.h"
-#include "support/UnsyncedFile.h"
+#include "support/FuzzInput.h"
+#include "support/VfsShim.h"
+#include "support/WriteBackFile.h"
 
 namespace Morvik::sql::tests {
 
@@ -14,19 +14,19 @@ namespace Morvik::sql::tests {
 /// sync has brought to the disk from what has only been written. The first sync of a new journal syncs the directory
 /// too, as in SQLite's own file system.
 ///
-///     PowerlessFileSystem machine(choices, 100, Removals::Lasting);
+///     PowerLossVfs machine(choices, 100, Removals::Lasting);
 ///     Act();                                       // from the 100th change on, every call fails
 ///     const int lostSectors = machine.ComeBack();  // with everything closed
 ///
-/// It guarantees only what SQLite assumes of a disk: a write changes no byte outside its range (see UnsyncedFile).
-class PowerlessFileSystem : public InterposedFileSystem {
+/// It guarantees only what SQLite assumes of a disk: a write changes no byte outside its range (see WriteBackFile).
+class PowerLossVfs : public VfsShim {
 public:
     /// Whether a removed file stays removed at once, or only after its directory has been synced.
     enum class Removals { Lasting, AwaitingASync };
 
     /// The power fails in the change with this number, counted from 1: a write, truncation, sync, creation or removal.
-    PowerlessFileSystem(Choices& choices, int changesUntilTheLoss, Removals removals);
-    ~PowerlessFileSystem() override;
+    PowerLossVfs(FuzzInput& choices, int changesUntilTheLoss, Removals removals);
+    ~PowerLossVfs() override;
 
     bool IsOut() const { return m_out; }
 
@@ -42,7 +42,7 @@ protected:
 
 private:
     class File;
-    using Entry = std::shared_ptr<UnsyncedFile>; // null if there is no file
+    using Entry = std::shared_ptr<WriteBackFile>; // null if there is no file
 
     // Whether the power fails now.
     bool GoesOut();
@@ -51,7 +51,7 @@ private:
     Entry& Current(const std::string& path);
     void SyncDirectory();
 
-    Choices& m_choices;
+    FuzzInput& m_choices;
     int m_changesLeft;
     const Removals m_removals;
     bool m_out = false;
