@@ -232,24 +232,8 @@ def aligned(rows):
     return "\n".join("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip() for row in rows)
 
 
-def draw(figures, table, batches, directory):
-    pictures.draw_ratios([(f"{t.job} / {t.against}".replace("`", ""), t.spread, t.bound) for t in table],
-                         directory / "ratios.svg")
-    jobs = {}
-    for job in ("write memory", "write file", "read", "walk"):
-        sizes = [size for size in (*SIZES, LARGEST) if f"{job}/{size}" in figures.times]
-        jobs[job] = {contender: {size: figures.per_row(job, size, contender).median for size in sizes
-                                 if contender in figures.times[f"{job}/{size}"]}
-                     for contender in figures.times[f"{job}/1000"] if contender not in ("iterator", NO_MUTEX, COLUMNS)}
-    pictures.draw_times(jobs, directory / "rows.svg")
-    times, counts, peaks, best = batches
-    pictures.draw_batches(times, counts, {m: {s: c[s] for s in times} for m, c in peaks.items()}, best,
-                          directory / "batches.svg")
-
-
 def main():
     docs = pathlib.Path(sys.argv[2])
-    (docs / "performance").mkdir(parents=True, exist_ok=True)
     figures = Figures(sys.argv[1])
     table = comparisons(figures)
     header = ("job", "against", "ratio", "quartiles", "bound", "met")
@@ -271,7 +255,7 @@ def main():
               "best_memory": " and ".join(f"{curve[best]:,.0f} kB on {machine}" for machine, curve in peaks.items())}
     template = (pathlib.Path(__file__).parent / "performance.md.in").read_text()
     (docs / "performance.md").write_text(template.format(**values))
-    draw(figures, table, batches, docs / "performance")
+    pictures.draw(docs / "performance.md", docs / "performance")
     print(aligned([header, *(tuple(cell.replace("`", "") for cell in t.cells()) for t in table)]))
 
 

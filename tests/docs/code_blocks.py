@@ -5,9 +5,9 @@ usage: code_blocks.py generate DOCUMENT DIRECTORY      writes the programs, prin
        code_blocks.py check DOCUMENT PROGRAM...        runs them, in the order in which they were printed
 
 The blocks marked "cpp" of a document are statements in one main(), in order, so that later blocks can use the objects
-of earlier ones. "cpp declarations" are written before that main(), and "cpp program" is a separate program. Blocks
-marked "cpp excerpt" are left out: they repeat a part of another file, which the document names. A "text" block directly
-after a block of code, or after one line of prose in between, is the output of that block.
+of earlier ones. "cpp declarations" are written before that main(), and "cpp program" is a separate program. A block
+marked "cpp excerpt FILE" is not run; it must be a part of that file, whose path starts at the project's folder. A "text"
+block directly after a block of code, or after one line of prose in between, is the output of that block.
 """
 
 import pathlib
@@ -21,8 +21,9 @@ FENCE = re.compile(r"^```(.*)$")
 SEPARATOR = "\x1e"
 INCLUDE = re.compile(r"^#include .*\n", re.M)
 
+PROJECT = pathlib.Path(__file__).resolve().parents[2]
 # The page that lists the headers for the code of the other pages.
-GUIDE = pathlib.Path(__file__).resolve().parents[2] / "docs" / "guide" / "README.md"
+GUIDE = PROJECT / "docs" / "guide" / "README.md"
 
 
 @dataclass
@@ -52,7 +53,22 @@ def blocks(document):
             code.append(line)
         elif line:
             prose += 1
-    return [block for block in found if block.kind.split()[:1] == ["cpp"] and block.kind != "cpp excerpt"]
+    return [block for block in found if block.kind.split()[:1] == ["cpp"]]
+
+
+def of_kind(kind, found):
+    return [block for block in found if block.kind.split()[1:2] == kind]
+
+
+def wrong_excerpts(document, found):
+    """The number of excerpts that are not in their file."""
+    wrong = 0
+    for block in of_kind(["excerpt"], found):
+        file = block.kind.split()[2]
+        if block.code not in (PROJECT / file).read_text():
+            wrong += 1
+            print(f"{document}:{block.line}: this is not a part of {file}")
+    return wrong
 
 
 def located(document, block):
@@ -65,9 +81,8 @@ def page(document, parts):
     for block in parts:
         includes += INCLUDE.findall(block.code)
         block.code = INCLUDE.sub("\n", block.code)
-    declarations = [located(document, block) for block in parts if block.kind == "cpp declarations"]
-    statements = [located(document, block) + 'std::cout << "\\x1e" << std::flush;\n'
-                  for block in parts if block.kind == "cpp"]
+    declarations = [located(document, block) for block in of_kind(["declarations"], parts)]
+    statements = [located(document, block) + 'std::cout << "\\x1e" << std::flush;\n' for block in of_kind([], parts)]
     return "".join([*dict.fromkeys(includes), "using namespace Morvik::sql;\n", *declarations,
                     "int main()\n{\n", *statements, "}\n"])
 
@@ -76,10 +91,9 @@ def generate(document, directory):
     found = blocks(document)
     if not found:
         sys.exit(f"{document} holds no code")
-    programs = [located(document, block) for block in found if block.kind == "cpp program"]
-    parts = [block for block in found if block.kind != "cpp program"]
-    if any(block.kind == "cpp" for block in parts):
-        programs.insert(0, page(document, parts))
+    programs = [located(document, block) for block in of_kind(["program"], found)]
+    if of_kind([], found):
+        programs.insert(0, page(document, of_kind([], found) + of_kind(["declarations"], found)))
     for number, program in enumerate(programs):
         target = pathlib.Path(directory) / f"{pathlib.Path(document).stem}-{number}.cpp"
         target.parent.mkdir(parents=True, exist_ok=True)
@@ -98,21 +112,20 @@ def printed_by(program):
 
 def check(document, programs):
     found = blocks(document)
-    statements = [block for block in found if block.kind == "cpp"]
-    whole = [block for block in found if block.kind == "cpp program"]
-    if len(programs) != len(whole) + bool(statements):
+    statements, separate = of_kind([], found), of_kind(["program"], found)
+    if len(programs) != len(separate) + bool(statements):
         sys.exit(f"{document} holds another number of programs than were built")
     outputs = []
     if statements:
         outputs += zip(statements, printed_by(programs[0]).split(SEPARATOR))
-    outputs += [(block, printed_by(program)) for block, program in zip(whole, programs[bool(statements):])]
+    outputs += [(block, printed_by(program)) for block, program in zip(separate, programs[bool(statements):])]
 
-    wrong = 0
+    wrong = wrong_excerpts(document, found)
     for block, output in outputs:
         if output != (block.output or ""):
             wrong += 1
             print(f"{document}:{block.line}: the document says\n{block.output or ''}-- but the code prints\n{output}")
-    print(f"{document}: {len(outputs) - wrong} of {len(outputs)} blocks print what stands there")
+    print(f"{document}: {len(outputs)} blocks were run, {wrong} are wrong")
     sys.exit(1 if wrong else 0)
 
 
