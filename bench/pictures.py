@@ -22,7 +22,7 @@ STYLE = """
   .other { fill: #818b98; stroke: #818b98 }
   .yes { fill: #1a7f37; stroke: #1a7f37 } .undecided { fill: #9a6700; stroke: #9a6700 }
   .no { fill: #cf222e; stroke: #cf222e }
-  .curve { fill: none; stroke-width: 2.5 } .band { stroke: none; fill-opacity: 0.2 }
+  polyline.curve { fill: none; stroke-width: 2.5 } polygon.band { stroke: none; fill-opacity: 0.2 }
   .range { stroke-width: 2.5 } .bound { stroke: #1f2328; stroke-width: 2 }
   @media (prefers-color-scheme: dark) {
     text { fill: #f0f6fc }
