@@ -108,7 +108,7 @@ public:
         try {
             m_database.CloseReadTable();
         } catch (const std::bad_alloc&) {
-            // There was no memory for the message of a failed query. The query is closed all the same.
+            // There was no memory for the message of a failed query, but the query is closed.
         }
     }
 
@@ -184,7 +184,8 @@ bool BindOptional(SqlCommand& statement, int index, const std::optional<T>& valu
 /// If the program is killed before Commit(), SQLite rolls back when the file is next opened.
 class Transaction {
 public:
-    // BEGIN IMMEDIATE locks the database for writing now, so that a second writer waits here and not halfway.
+    // BEGIN IMMEDIATE locks the database for writing now, so that a second writer waits here
+    // and not halfway.
     explicit Transaction(DatabaseApi& database) : m_database(database)
     {
         Require(database, database.Execute("BEGIN IMMEDIATE"), "begin a transaction");
@@ -196,7 +197,7 @@ public:
             try {
                 m_database.Execute("ROLLBACK");
             } catch (const std::bad_alloc&) {
-                // There was no memory to roll back with. The transaction ends when the database is closed.
+                // There was no memory for the rollback. Closing the database ends the transaction.
             }
         }
     }
