@@ -72,7 +72,7 @@ class Page:
 
     def __init__(self, file):
         text = pathlib.Path(file).read_text()
-        self.date = re.search(r"Measured on (\d+-\d+-\d+)", text).group(1)
+        self.date = re.search(r"Measured on (\S+)", text).group(1)
         self.tables = []
         for table in re.findall(r"(?:^\|.*\n)+", text, re.M):
             header, _, *rows = [[cell.strip() for cell in line.strip("|").split(" | ")]

@@ -102,6 +102,17 @@ def reading_rows(figures):
     return times_rows(figures, ("read", "walk", "look up"), list(figures.times["read/1000"]))
 
 
+def times_spread(figures):
+    """How far the quartiles of the times in the two tables are from their medians."""
+    spreads = []
+    for job, contenders in figures.times.items():
+        if int(job.split("/")[1]) <= SIZES[-1] and not job.startswith(("batch", "columns", "open")):
+            spreads += [max(s.high - s.median, s.median - s.low) / s.median for s in map(Spread.of, contenders.values())]
+    near = sum(spread <= 0.05 for spread in spreads)
+    return (f"The quartiles of {near} of {len(spreads)} times are at most 5 % from the median, and those of all at most "
+            f"{math.ceil(100 * max(spreads))} %.")
+
+
 def peak_rows(figures):
     peaks = figures.memory["x86_64"]["peaks"]
     return [("", *peaks), ("100,000 rows", *(f"{peak / 1e6:.1f} MB" for peak in peaks.values()))]
@@ -245,7 +256,7 @@ def main():
               "ratios": markdown([header, *(t.cells() for t in table)]),
               "met": verdicts.count("yes"), "undecided": verdicts.count("not decided"), "missed": verdicts.count("no"),
               "writing": markdown(writing_rows(figures)), "reading": markdown(reading_rows(figures)),
-              "peaks": markdown(peak_rows(figures)), "instructions": markdown(instruction_rows(figures)),
+              "times_spread": times_spread(figures), "peaks": markdown(peak_rows(figures)), "instructions": markdown(instruction_rows(figures)),
               "references": markdown(reference_rows(figures)), "functions": function_tables(figures),
               **{f"{machine}_counter": figures.counts[machine]["machine"] for machine in MACHINES},
               "growth": markdown(growth_rows(figures)), "flatness": flatness(figures),

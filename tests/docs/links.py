@@ -41,7 +41,7 @@ def findings(page):
             yield f"has no such heading: {target}"
         if is_picture and not words.strip():
             yield f"has no text alternative: {target}"
-        if is_picture and path.suffix == ".svg" and "prefers-color-scheme: dark" not in path.read_text():
+        if is_picture and path.is_file() and path.suffix == ".svg" and "prefers-color-scheme: dark" not in path.read_text():
             yield f"has no colours for the dark: {target}"
 
 
