@@ -220,7 +220,8 @@ if [ "${1:-}" = --figures ]; then
     trial SFTP 900 20 1s killed
     collect
     read -r _ load _ </proc/loadavg
-    printf '\nMeasured on %d cores; the load average over five minutes was %s.\n' "$(nproc)" "$load" >>"$work/table"
+    printf '\nMeasured on %s at commit %s, on %d cores; the load average over five minutes was %s.\n' \
+        "$(date -u +%F)" "$(git describe --always --dirty)" "$(nproc)" "$load" >>"$work/table"
     write_page
 else
     trial directory 160 5 1s killed
