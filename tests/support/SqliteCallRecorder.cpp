@@ -71,12 +71,26 @@ Result FromInt(int result)
     }
 }
 
+// A call that is replaced and not made leaves null, as SQLite does when it cannot allocate the object.
+template <typename Argument>
+void ClearResult(Argument)
+{}
+
+void ClearResult(sqlite3** handle)
+{
+    *handle = nullptr;
+}
+
+void ClearResult(sqlite3_stmt** statement)
+{
+    *statement = nullptr;
+}
+
 // The arguments are formatted only while recording: otherwise nothing may read the memory that they point to.
 template <typename Result, typename... Parameters, typename Details>
-Result Intercept(Result (*self)(Parameters...), const char* name, const Details& details,
+Result Intercept(Result (*)(Parameters...), const char* name, const Details& details,
                  std::type_identity_t<Parameters>... arguments)
 {
-    static_cast<void>(self);
     const auto real = Real<Result(Parameters...)>(name);
     const bool outermost = depth == 0 && state.recording;
     const Nested nested;
@@ -88,6 +102,8 @@ Result Intercept(Result (*self)(Parameters...), const char* name, const Details&
         if (const std::optional<Replacement> replacement = state.TakeReplacement(name)) {
             if (replacement->forward) {
                 real(arguments...);
+            } else {
+                (ClearResult(arguments), ...);
             }
             return FromInt<Result>(replacement->result);
         }
@@ -100,15 +116,19 @@ std::string Text(const char* text)
     return text != nullptr ? text : "null";
 }
 
-std::string Text(const char* text, int count)
+std::string Text(const void* data, int count)
 {
-    if (text == nullptr) {
-        return "null";
-    }
-    return count < 0 ? std::string(text) : std::string(text, static_cast<std::size_t>(count));
+    const auto* const text = static_cast<const char*>(data);
+    return text == nullptr || count < 0 ? Text(text) : std::string(text, static_cast<std::size_t>(count));
 }
 
-std::string Given(const void* pointer, const char* what)
+std::string Executed(const char* sql)
+{
+    return state.executed.emplace_back(sql);
+}
+
+template <typename Pointee>
+std::string Given(Pointee* pointer, const char* what)
 {
     return pointer != nullptr ? what : "null";
 }
@@ -119,26 +139,25 @@ std::string Destructor(sqlite3_destructor_type destructor)
     return destructor == SQLITE_TRANSIENT ? "transient" : "other";
 }
 
-std::string NoArguments()
+std::string Text(const std::string& text)
 {
-    return "()";
-}
-
-std::string Column(int column)
-{
-    return "(" + std::to_string(column) + ")";
+    return text;
 }
 
 template <typename Number>
-std::string Bound(int index, Number value)
+requires std::is_arithmetic_v<Number> std::string Text(Number number)
 {
-    return "(" + std::to_string(index) + ", " + std::to_string(value) + ")";
+    return std::to_string(number);
 }
 
-std::string Bound(int index, const void* data, int count, sqlite3_destructor_type destructor)
+// The arguments of a call, as they are recorded.
+template <typename... Arguments>
+std::string List(const Arguments&... arguments)
 {
-    return "(" + std::to_string(index) + ", " + Text(static_cast<const char*>(data), count) + ", " +
-           std::to_string(count) + ", " + Destructor(destructor) + ")";
+    std::string list = "(";
+    [[maybe_unused]] const char* separator = "";
+    ((list += separator + Text(arguments), separator = ", "), ...);
+    return list + ')';
 }
 
 } // namespace
@@ -193,237 +212,75 @@ bool SqliteCallRecorder::Pending() const
 // When the library's calls are bound, the definitions in the program come before those of libsqlite3.
 namespace tests = Morvik::sql::tests;
 
+// Defines a function of SQLite: its type, its name, its parameters, the list that is recorded, and its arguments.
+#define RECORD(type, name, parameters, recorded, ...)                                                                  \
+    type name parameters                                                                                               \
+    {                                                                                                                  \
+        return tests::Intercept(                                                                                       \
+            name, #name, [&] { return tests::List recorded; }, __VA_ARGS__);                                           \
+    }
+#define RECORD_HANDLE(type, name) RECORD(type, name, (sqlite3 * handle), (tests::Given(handle, "handle")), handle)
+#define RECORD_PREPARE(name)                                                                                           \
+    RECORD(int, name, (sqlite3 * handle, const char* sql, int count, sqlite3_stmt** statement, const char** tail),     \
+           (tests::Given(handle, "handle"), tests::Text(sql, count),                                                   \
+            std::to_string(count) + (tail != nullptr ? ", tail" : "")),                                                \
+           handle, sql, count, statement, tail)
+#define RECORD_BIND(name, type)                                                                                        \
+    RECORD(int, name, (sqlite3_stmt * statement, int index, type value), (index, value), statement, index, value)
+#define RECORD_BIND_BYTES(name, type)                                                                                  \
+    RECORD(int, name, (sqlite3_stmt * statement, int index, type data, int count, sqlite3_destructor_type destructor), \
+           (index, tests::Text(data, count), count, tests::Destructor(destructor)), statement, index, data, count,     \
+           destructor)
+#define RECORD_STATEMENT(name) RECORD(int, name, (sqlite3_stmt * statement), (), statement)
+#define RECORD_COLUMN(type, name)                                                                                      \
+    RECORD(type, name, (sqlite3_stmt * statement, int column), (column), statement, column)
+#define RECORD_VALUE(type, name) RECORD(type, name, (sqlite3_value * value), (), value)
+
 extern "C" {
 
-int sqlite3_open_v2(const char* path, sqlite3** handle, int flags, const char* vfs)
-{
-    *handle = nullptr; // the value that SQLite leaves when it cannot allocate a statement, so that a replaced call
-                       // leaves it too
-    return tests::Intercept(
-        sqlite3_open_v2, "sqlite3_open_v2",
-        [&] { return "(" + tests::Text(path) + ", " + std::to_string(flags) + ", " + tests::Text(vfs) + ")"; }, path,
-        handle, flags, vfs);
-}
+RECORD(int, sqlite3_open_v2, (const char* path, sqlite3** handle, int flags, const char* vfs),
+       (tests::Text(path), flags, tests::Text(vfs)), path, handle, flags, vfs)
+RECORD_HANDLE(int, sqlite3_close)
+RECORD_HANDLE(int, sqlite3_close_v2)
+RECORD_HANDLE(int, sqlite3_errcode)
+RECORD_HANDLE(const char*, sqlite3_errmsg)
 
-int sqlite3_close(sqlite3* handle)
-{
-    return tests::Intercept(
-        sqlite3_close, "sqlite3_close", [&] { return "(" + tests::Given(handle, "handle") + ")"; }, handle);
-}
+RECORD(int, sqlite3_exec,
+       (sqlite3 * handle, const char* sql, int (*callback)(void*, int, char**, char**), void* argument, char** text),
+       (tests::Given(handle, "handle"), tests::Executed(sql), tests::Given(callback, "callback"),
+        tests::Given(argument, "argument")),
+       handle, sql, callback, argument, text)
+RECORD(void, sqlite3_free, (void* memory), (tests::Given(memory, "memory")), memory)
 
-int sqlite3_close_v2(sqlite3* handle)
-{
-    return tests::Intercept(
-        sqlite3_close_v2, "sqlite3_close_v2", [&] { return "(" + tests::Given(handle, "handle") + ")"; }, handle);
-}
+RECORD_PREPARE(sqlite3_prepare)
+RECORD_PREPARE(sqlite3_prepare_v2)
+RECORD_BIND(sqlite3_bind_int, int)
+RECORD_BIND(sqlite3_bind_int64, sqlite3_int64)
+RECORD_BIND(sqlite3_bind_double, double)
+RECORD_BIND_BYTES(sqlite3_bind_text, const char*)
+RECORD_BIND_BYTES(sqlite3_bind_blob, const void*)
+RECORD_STATEMENT(sqlite3_clear_bindings)
+RECORD_STATEMENT(sqlite3_step)
+RECORD_STATEMENT(sqlite3_reset)
+RECORD(int, sqlite3_finalize, (sqlite3_stmt * statement), (tests::Given(statement, "statement")), statement)
 
-int sqlite3_errcode(sqlite3* handle)
-{
-    return tests::Intercept(
-        sqlite3_errcode, "sqlite3_errcode", [&] { return "(" + tests::Given(handle, "handle") + ")"; }, handle);
-}
+RECORD_STATEMENT(sqlite3_column_count)
+RECORD_COLUMN(const char*, sqlite3_column_name)
+RECORD_COLUMN(int, sqlite3_column_type)
+RECORD_COLUMN(int, sqlite3_column_bytes)
+RECORD_COLUMN(int, sqlite3_column_int)
+RECORD_COLUMN(sqlite3_int64, sqlite3_column_int64)
+RECORD_COLUMN(double, sqlite3_column_double)
+RECORD_COLUMN(const unsigned char*, sqlite3_column_text)
+RECORD_COLUMN(const void*, sqlite3_column_blob)
+RECORD_COLUMN(sqlite3_value*, sqlite3_column_value)
 
-const char* sqlite3_errmsg(sqlite3* handle)
-{
-    return tests::Intercept(
-        sqlite3_errmsg, "sqlite3_errmsg", [&] { return "(" + tests::Given(handle, "handle") + ")"; }, handle);
-}
-
-int sqlite3_exec(sqlite3* handle, const char* sql, int (*callback)(void*, int, char**, char**), void* argument,
-                 char** text)
-{
-    if (tests::depth == 0 && tests::state.recording) {
-        tests::state.executed.emplace_back(sql);
-    }
-    return tests::Intercept(
-        sqlite3_exec, "sqlite3_exec",
-        [&] {
-            return "(" + tests::Given(handle, "handle") + ", " + tests::Text(sql) + ", " +
-                   tests::Given(reinterpret_cast<const void*>(callback), "callback") + ", " +
-                   tests::Given(argument, "argument") + ")";
-        },
-        handle, sql, callback, argument, text);
-}
-
-void sqlite3_free(void* memory)
-{
-    tests::Intercept(
-        sqlite3_free, "sqlite3_free", [&] { return "(" + tests::Given(memory, "memory") + ")"; }, memory);
-}
-
-int sqlite3_prepare(sqlite3* handle, const char* sql, int count, sqlite3_stmt** statement, const char** tail)
-{
-    *statement = nullptr;
-    return tests::Intercept(
-        sqlite3_prepare, "sqlite3_prepare",
-        [&] {
-            return "(" + tests::Given(handle, "handle") + ", " + tests::Text(sql, count) + ", " +
-                   std::to_string(count) + (tail != nullptr ? ", tail)" : ")");
-        },
-        handle, sql, count, statement, tail);
-}
-
-int sqlite3_prepare_v2(sqlite3* handle, const char* sql, int count, sqlite3_stmt** statement, const char** tail)
-{
-    *statement = nullptr;
-    return tests::Intercept(
-        sqlite3_prepare_v2, "sqlite3_prepare_v2",
-        [&] {
-            return "(" + tests::Given(handle, "handle") + ", " + tests::Text(sql, count) + ", " +
-                   std::to_string(count) + (tail != nullptr ? ", tail)" : ")");
-        },
-        handle, sql, count, statement, tail);
-}
-
-int sqlite3_bind_int(sqlite3_stmt* statement, int index, int value)
-{
-    return tests::Intercept(
-        sqlite3_bind_int, "sqlite3_bind_int", [&] { return tests::Bound(index, value); }, statement, index, value);
-}
-
-int sqlite3_bind_int64(sqlite3_stmt* statement, int index, sqlite3_int64 value)
-{
-    return tests::Intercept(
-        sqlite3_bind_int64, "sqlite3_bind_int64", [&] { return tests::Bound(index, value); }, statement, index, value);
-}
-
-int sqlite3_bind_double(sqlite3_stmt* statement, int index, double value)
-{
-    return tests::Intercept(
-        sqlite3_bind_double, "sqlite3_bind_double", [&] { return tests::Bound(index, value); }, statement, index,
-        value);
-}
-
-int sqlite3_bind_text(sqlite3_stmt* statement, int index, const char* data, int count,
-                      sqlite3_destructor_type destructor)
-{
-    return tests::Intercept(
-        sqlite3_bind_text, "sqlite3_bind_text", [&] { return tests::Bound(index, data, count, destructor); }, statement,
-        index, data, count, destructor);
-}
-
-int sqlite3_bind_blob(sqlite3_stmt* statement, int index, const void* data, int count,
-                      sqlite3_destructor_type destructor)
-{
-    return tests::Intercept(
-        sqlite3_bind_blob, "sqlite3_bind_blob", [&] { return tests::Bound(index, data, count, destructor); }, statement,
-        index, data, count, destructor);
-}
-
-int sqlite3_clear_bindings(sqlite3_stmt* statement)
-{
-    return tests::Intercept(sqlite3_clear_bindings, "sqlite3_clear_bindings", tests::NoArguments, statement);
-}
-
-int sqlite3_step(sqlite3_stmt* statement)
-{
-    return tests::Intercept(sqlite3_step, "sqlite3_step", tests::NoArguments, statement);
-}
-
-int sqlite3_reset(sqlite3_stmt* statement)
-{
-    return tests::Intercept(sqlite3_reset, "sqlite3_reset", tests::NoArguments, statement);
-}
-
-int sqlite3_finalize(sqlite3_stmt* statement)
-{
-    return tests::Intercept(
-        sqlite3_finalize, "sqlite3_finalize", [&] { return "(" + tests::Given(statement, "statement") + ")"; },
-        statement);
-}
-
-int sqlite3_column_count(sqlite3_stmt* statement)
-{
-    return tests::Intercept(sqlite3_column_count, "sqlite3_column_count", tests::NoArguments, statement);
-}
-
-const char* sqlite3_column_name(sqlite3_stmt* statement, int column)
-{
-    return tests::Intercept(
-        sqlite3_column_name, "sqlite3_column_name", [&] { return tests::Column(column); }, statement, column);
-}
-
-int sqlite3_column_type(sqlite3_stmt* statement, int column)
-{
-    return tests::Intercept(
-        sqlite3_column_type, "sqlite3_column_type", [&] { return tests::Column(column); }, statement, column);
-}
-
-int sqlite3_column_bytes(sqlite3_stmt* statement, int column)
-{
-    return tests::Intercept(
-        sqlite3_column_bytes, "sqlite3_column_bytes", [&] { return tests::Column(column); }, statement, column);
-}
-
-int sqlite3_column_int(sqlite3_stmt* statement, int column)
-{
-    return tests::Intercept(
-        sqlite3_column_int, "sqlite3_column_int", [&] { return tests::Column(column); }, statement, column);
-}
-
-sqlite3_int64 sqlite3_column_int64(sqlite3_stmt* statement, int column)
-{
-    return tests::Intercept(
-        sqlite3_column_int64, "sqlite3_column_int64", [&] { return tests::Column(column); }, statement, column);
-}
-
-double sqlite3_column_double(sqlite3_stmt* statement, int column)
-{
-    return tests::Intercept(
-        sqlite3_column_double, "sqlite3_column_double", [&] { return tests::Column(column); }, statement, column);
-}
-
-const unsigned char* sqlite3_column_text(sqlite3_stmt* statement, int column)
-{
-    return tests::Intercept(
-        sqlite3_column_text, "sqlite3_column_text", [&] { return tests::Column(column); }, statement, column);
-}
-
-const void* sqlite3_column_blob(sqlite3_stmt* statement, int column)
-{
-    return tests::Intercept(
-        sqlite3_column_blob, "sqlite3_column_blob", [&] { return tests::Column(column); }, statement, column);
-}
-
-sqlite3_value* sqlite3_column_value(sqlite3_stmt* statement, int column)
-{
-    return tests::Intercept(
-        sqlite3_column_value, "sqlite3_column_value", [&] { return tests::Column(column); }, statement, column);
-}
-
-int sqlite3_value_type(sqlite3_value* value)
-{
-    return tests::Intercept(sqlite3_value_type, "sqlite3_value_type", tests::NoArguments, value);
-}
-
-int sqlite3_value_bytes(sqlite3_value* value)
-{
-    return tests::Intercept(sqlite3_value_bytes, "sqlite3_value_bytes", tests::NoArguments, value);
-}
-
-int sqlite3_value_int(sqlite3_value* value)
-{
-    return tests::Intercept(sqlite3_value_int, "sqlite3_value_int", tests::NoArguments, value);
-}
-
-sqlite3_int64 sqlite3_value_int64(sqlite3_value* value)
-{
-    return tests::Intercept(sqlite3_value_int64, "sqlite3_value_int64", tests::NoArguments, value);
-}
-
-double sqlite3_value_double(sqlite3_value* value)
-{
-    return tests::Intercept(sqlite3_value_double, "sqlite3_value_double", tests::NoArguments, value);
-}
-
-const unsigned char* sqlite3_value_text(sqlite3_value* value)
-{
-    return tests::Intercept(sqlite3_value_text, "sqlite3_value_text", tests::NoArguments, value);
-}
-
-const void* sqlite3_value_blob(sqlite3_value* value)
-{
-    return tests::Intercept(sqlite3_value_blob, "sqlite3_value_blob", tests::NoArguments, value);
-}
+RECORD_VALUE(int, sqlite3_value_type)
+RECORD_VALUE(int, sqlite3_value_bytes)
+RECORD_VALUE(int, sqlite3_value_int)
+RECORD_VALUE(sqlite3_int64, sqlite3_value_int64)
+RECORD_VALUE(double, sqlite3_value_double)
+RECORD_VALUE(const unsigned char*, sqlite3_value_text)
+RECORD_VALUE(const void*, sqlite3_value_blob)
 
 } // extern "C"
