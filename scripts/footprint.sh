@@ -14,6 +14,6 @@ for preset in native armhf; do
     prefix=
     [ "$preset" = native ] || prefix=arm-linux-gnueabihf-
     library=build/$preset/src/libtkosqllite.so
-    READELF=${prefix}readelf NM=${prefix}nm STRIP=${prefix}strip tests/binary/footprint.sh "$library"
+    READELF=${prefix}readelf NM=${prefix}nm STRIP=${prefix}strip tests/binary/check.sh measure "$library"
     "${prefix}size" -A "$library" | grep -v '\.debug'
 done

@@ -16,16 +16,16 @@ accept exports abi budgets -- "$@"
 presets=(native armhf)
 case $1 in
 exports)
-    target=renew-exports
+    target=update-exports
     files=(tests/binary/exports-*.txt)
     ;;
 abi)
-    target=renew-abi-baseline
+    target=update-abi-baseline
     files=(tests/binary/abi-*.xml)
     ;;
 budgets)
     presets=(budgets armhf)
-    target=tkosqllite_renew_budgets
+    target=tkosqllite_update_budgets
     files=(tests/budgets/instructions-*.txt)
     ;;
 esac

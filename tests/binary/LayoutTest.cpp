@@ -107,49 +107,35 @@ TEST(LayoutTest, ValueIsARecordAndThenTheWrappedInstance)
     EXPECT_EQ(ReadAt<const void*>(&value, sizeof(SqlError)), &instance);
 }
 
+// An iterator is its facade, its position, its row and an unused word.
+void ExpectIterator(const DbTableRowIterator& iterator, const void* facade, std::int32_t position, const void* row)
+{
+    EXPECT_EQ(ReadAt<const void*>(&iterator, 0), facade);
+    EXPECT_EQ(ReadAt<std::int32_t>(&iterator, Word), position);
+    EXPECT_EQ(ReadAt<const void*>(&iterator, 2 * Word), row);
+    EXPECT_EQ(ReadAt<std::uintptr_t>(&iterator, 3 * Word), 0U);
+}
+
 TEST(LayoutTest, FacadeEndsInItsCurrentRowAndIteratorsPointAtBoth)
 {
     DatabaseApi facade;
     ASSERT_TRUE(facade.OpenDatabase(":memory:", false));
     ASSERT_TRUE(facade.SqlQueryBegin("SELECT 1"));
 
-    const DbTableRowIterator onRow = facade.begin();
-    const DbTableRowIterator atEnd = facade.end();
+    DbTableRowIterator iterator = facade.begin();
 
-    EXPECT_EQ(OffsetIn(&facade, *onRow), 2 * Word);
-    EXPECT_EQ(ReadAt<const void*>(&onRow, 0), &facade);
-    EXPECT_EQ(ReadAt<std::int32_t>(&onRow, Word), 0);
-    EXPECT_EQ(ReadAt<const void*>(&onRow, 2 * Word), &*onRow);
-    EXPECT_EQ(ReadAt<std::uintptr_t>(&onRow, 3 * Word), 0U);
-    EXPECT_EQ(ReadAt<const void*>(&atEnd, 0), &facade);
-    EXPECT_EQ(ReadAt<std::int32_t>(&atEnd, Word), -1);
-    EXPECT_EQ(ReadAt<const void*>(&atEnd, 2 * Word), nullptr);
-    EXPECT_EQ(ReadAt<std::uintptr_t>(&atEnd, 3 * Word), 0U);
+    EXPECT_EQ(OffsetIn(&facade, *iterator), 2 * Word);
+    ExpectIterator(iterator, &facade, 0, &*iterator);
+    ExpectIterator(facade.end(), &facade, -1, nullptr);
+
+    ++iterator;
+
+    ExpectIterator(iterator, &facade, -1, nullptr);
 }
 
-TEST(LayoutTest, IteratorAdvancedPastTheLastRowHoldsWhatTheEndHolds)
+TEST(LayoutTest, IteratorOfNoFacadeIsAtTheEnd)
 {
-    DatabaseApi facade;
-    ASSERT_TRUE(facade.OpenDatabase(":memory:", false));
-    ASSERT_TRUE(facade.SqlQueryBegin("SELECT 1"));
-    DbTableRowIterator advanced = facade.begin();
-
-    ++advanced;
-
-    EXPECT_EQ(ReadAt<const void*>(&advanced, 0), &facade);
-    EXPECT_EQ(ReadAt<std::int32_t>(&advanced, Word), -1);
-    EXPECT_EQ(ReadAt<const void*>(&advanced, 2 * Word), nullptr);
-    EXPECT_EQ(ReadAt<std::uintptr_t>(&advanced, 3 * Word), 0U);
-}
-
-TEST(LayoutTest, IteratorOfNoFacadeStandsAtTheEnd)
-{
-    const DbTableRowIterator none;
-
-    EXPECT_EQ(ReadAt<const void*>(&none, 0), nullptr);
-    EXPECT_EQ(ReadAt<std::int32_t>(&none, Word), -1);
-    EXPECT_EQ(ReadAt<const void*>(&none, 2 * Word), nullptr);
-    EXPECT_EQ(ReadAt<std::uintptr_t>(&none, 3 * Word), 0U);
+    ExpectIterator({}, nullptr, -1, nullptr);
 }
 
 } // namespace

@@ -82,23 +82,9 @@ std::unique_ptr<IDatabaseApi> MakeFacade()
     return std::make_unique<DatabaseApi>();
 }
 
-void CallEveryOperation(IDatabaseApi& database)
+bool CallEveryOperationThere(IDatabaseApi& database)
 {
-    int result = 0;
-    DbTableData data;
-    database.OpenDatabase("", false);
-    database.CloseDatabase();
-    database.IsOpen();
-    database.CreateTable({});
-    database.ExistsTable("", result);
-    database.DropTable("");
-    database.AlterTable("", "");
-    database.Execute("");
-    database.WriteTableValues("", {});
-    database.UpdateTableValues("", {}, "");
-    database.ReadTableValues("", data);
-    database.ReadValues("", data);
-    database.ExistData("", "", result);
+    return CallEveryOperation(database);
 }
 
 } // namespace Morvik::sql::tests

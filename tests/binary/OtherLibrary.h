@@ -2,6 +2,8 @@
 
 #include <sql/IDatabaseApi.h>
 
+#include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -39,6 +41,27 @@ __attribute__((visibility("default"))) bool IsFacade(const IDatabaseApi& databas
 __attribute__((visibility("default"))) std::unique_ptr<IDatabaseApi> MakeFacade();
 
 /// Calls every operation of the interface on the object, from inside the other library.
-__attribute__((visibility("default"))) void CallEveryOperation(IDatabaseApi& database);
+__attribute__((visibility("default"))) bool CallEveryOperationThere(IDatabaseApi& database);
+
+/// Calls every operation, in the order of the interface. Returns whether each one returned true, or 1.
+inline bool CallEveryOperation(IDatabaseApi& database)
+{
+    int result = 0;
+    DbTableData data;
+    const bool results[] = {database.OpenDatabase("", false),
+                            database.CloseDatabase(),
+                            database.IsOpen(),
+                            database.CreateTable({}),
+                            database.ExistsTable("", result),
+                            database.DropTable(""),
+                            database.AlterTable("", ""),
+                            database.Execute(""),
+                            database.WriteTableValues("", {}),
+                            database.UpdateTableValues("", {}, ""),
+                            database.ReadTableValues("", data),
+                            database.ReadValues("", data),
+                            database.ExistData("", "", result) == 1};
+    return std::ranges::all_of(results, std::identity());
+}
 
 } // namespace Morvik::sql::tests

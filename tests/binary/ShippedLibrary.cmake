@@ -2,11 +2,10 @@
 
 set(abi ${CMAKE_CURRENT_SOURCE_DIR}/abi-${machine}.xml)
 
-add_binary_check(NeedsOnlySqliteBoostAndTheRunTime check-needed.sh ${library})
-add_binary_check(RunsNothingWhenItIsLoaded check-initialisers.sh ${library})
-add_binary_check(KeepsToItsFootprint
-    check-footprint.sh ${library} ${machine} ${PROJECT_SOURCE_DIR}/tests/budgets/footprint.txt)
-add_binary_check(HasTheVirtualTablesOfItsClasses check-virtual-tables.sh ${library})
+add_binary_check(NeedsOnlySqliteBoostAndTheRunTime needed ${library})
+add_binary_check(RunsNothingWhenItIsLoaded initialisers ${library})
+add_binary_check(PrivateStateHasTwoVirtualFunctions private-table ${library})
+add_binary_check(KeepsToItsFootprint footprint ${library} ${machine} ${PROJECT_SOURCE_DIR}/tests/budgets/footprint.txt)
 
 # The types are compared through debug information, which changes no code but is readable only without link-time
 # optimisation. So the same objects are linked a second time.
@@ -22,7 +21,7 @@ target_link_libraries(tkosqllite_described PRIVATE tkosqllite_objects tkosqllite
 target_link_options(tkosqllite_described PRIVATE
     -fno-lto -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)
 set(described $<TARGET_FILE:tkosqllite_described>)
-add_binary_check(KeepsItsTypes check-abi.sh ${described} ${abi})
+add_binary_check(KeepsItsTypes abi ${described} ${abi})
 
 # Another release of the compiler describes the same types differently, so the comparison would be meaningless.
 string(REGEX MATCH "^[0-9]+" compiler_release ${CMAKE_CXX_COMPILER_VERSION})
@@ -42,13 +41,13 @@ set_target_properties(tkosqllite_flawed PROPERTIES
 target_link_options(tkosqllite_flawed PRIVATE
     -Wl,-rpath,/nowhere -Wl,-z,execstack,-z,lazy,-z,norelro,-z,notext -Wl,--no-as-needed -lresolv)
 add_binary_check(ChecksNameTheFlawsTheyLookFor
-    prove-checks.sh $<TARGET_LINKER_FILE:tkosqllite_flawed> ${library} ${described} ${machine})
+    prove $<TARGET_LINKER_FILE:tkosqllite_flawed> ${library} ${described} ${machine})
 
-add_custom_target(renew-exports
-    COMMAND ${CMAKE_COMMAND} -E env ${tools} ${CMAKE_CURRENT_SOURCE_DIR}/list-exports.sh ${library} > ${exports}
+add_custom_target(update-exports
+    COMMAND ${CMAKE_COMMAND} -E env ${tools} ${check} list ${library} > ${exports}
     DEPENDS tkosqllite
     VERBATIM)
-add_custom_target(renew-abi-baseline
-    COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/describe-abi.sh ${described} ${abi} ${compiler}
+add_custom_target(update-abi-baseline
+    COMMAND ${check} describe ${described} ${abi} ${compiler}
     DEPENDS tkosqllite_described
     VERBATIM)

@@ -39,12 +39,11 @@ std::size_t Slot(Operation operation)
     std::memcpy(&pointer, &operation, sizeof pointer);
 #if defined(__arm__)
     EXPECT_EQ(pointer.adjustment, 1) << "not a virtual function of this class itself";
-    return static_cast<std::size_t>(pointer.function) / sizeof(void*);
 #else
     EXPECT_EQ(pointer.adjustment, 0) << "not a function of this class itself";
     EXPECT_EQ(pointer.function % 2, 1) << "not a virtual function";
-    return static_cast<std::size_t>(pointer.function) / sizeof(void*);
 #endif
+    return static_cast<std::size_t>(pointer.function) / sizeof(void*);
 }
 
 // The functions in the virtual table of the object at `object`, in order.
