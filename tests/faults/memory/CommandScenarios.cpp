@@ -12,12 +12,13 @@ const std::string Insert = "INSERT INTO t (name, weight) VALUES ('" + LongText +
 const std::string Rollback = "ROLLBACK";
 const std::string Transaction = "BEGIN; INSERT INTO t (name) VALUES ('one'); UPDATE t SET weight = 7; COMMIT";
 const std::string Rejected = "INSERT INTO t (weight) VALUES (-1)";
-const std::string RejectedAtLast = "INSERT INTO room VALUES ('cellar'); INSERT INTO t (weight) VALUES (-1)";
-const std::string CommentAtLast = "INSERT INTO room VALUES ('cellar'); -- done";
+const std::string First = "INSERT INTO room VALUES ('cellar')";
+const std::string RejectedAtLast = First + "; INSERT INTO t (weight) VALUES (-1)";
+const std::string CommentAtLast = First + "; -- done";
 const std::string BoundInsert = "INSERT INTO t (id, name, weight, picture) VALUES (NULL, ?, ?, ?)";
 const std::string Query = "SELECT id, name, weight, picture FROM t WHERE id > ? ORDER BY name, id";
+const std::string Utf16Query = "SELECT a FROM t WHERE typeof(a) <> ?";
 const std::string Conversions = "SELECT 4294967296, 2.5, substr(?1, 2), CAST(x'6162' AS TEXT), zeroblob(30), upper(?1)";
-const std::string Overflow = "SELECT abs(-9223372036854775807 - 1)";
 
 void ArrangeUtf16(Subject& subject)
 {
@@ -75,15 +76,14 @@ Report ReadColumns(Subject& subject)
 {
     SqlCommand& command = *subject.command;
     command.Finalize();
-    bool read = command.Prepare(Query) && command.BindInteger(1, 0);
-    while ((read = read && command.Step()) && command.HasRowData()) {
-        subject.integer += command.ColumnInt64(0) + command.ColumnInt(0) + command.ColumnCount();
-        subject.text += command.ColumnText(1);
-        subject.real += command.ColumnDouble(2);
-        const std::span<const unsigned char> picture = command.ColumnBlob(3);
-        subject.bytes.insert(subject.bytes.end(), picture.begin(), picture.end());
-        subject.result += command.ColumnIsNull(3) ? 1 : 0;
-    }
+    const bool read = command.Prepare(Query) && command.BindInteger(1, 0) && StepRows(command, [&] {
+                          subject.integer += command.ColumnInt64(0) + command.ColumnInt(0) + command.ColumnCount();
+                          subject.text += command.ColumnText(1);
+                          subject.real += command.ColumnDouble(2);
+                          const std::span<const unsigned char> picture = command.ColumnBlob(3);
+                          subject.bytes.insert(subject.bytes.end(), picture.begin(), picture.end());
+                          subject.result += command.ColumnIsNull(3) ? 1 : 0;
+                      });
     return ReportOf(read && command.Reset(), command);
 }
 
@@ -105,16 +105,10 @@ Report ReadConverted(Subject& subject)
 
 Report ReadUtf16(Subject& subject)
 {
-    static constexpr std::string_view Utf16Query = "SELECT a FROM t WHERE typeof(a) <> ?";
     SqlCommand& command = *subject.command;
     command.Finalize();
-    if (!command.Prepare(Utf16Query) || !command.BindText(1, "null")) {
-        return ReportOf(false, command);
-    }
-    bool read = true;
-    while ((read = command.Step()) && command.HasRowData()) {
-        subject.text += command.ColumnText(0);
-    }
+    const bool read = command.Prepare(Utf16Query) && command.BindText(1, "null") &&
+                      StepRows(command, [&] { subject.text += command.ColumnText(0); });
     return ReportOf(read && command.Finalize(), command);
 }
 
@@ -154,42 +148,22 @@ Report DestroyHolding(Subject& subject)
 
 std::vector<Scenario> CommandScenarios()
 {
+    using S = Scenario;
     return {
-        {.name = "ConstructCommand", .arrange = OpenConnection, .act = Construct, .least = {0, 1}},
-        {.name = "ExecuteInsert", .arrange = MakeCommand, .act = Execute<Insert>, .least = {20, 0}},
-        {.name = "ExecuteTransaction",
-         .arrange = MakeWarmCommand,
-         .act = ExecuteTransaction,
-         .least = {40, 0},
-         .mayStayLocked = true},
-        {.name = "ExecuteRejectedStatement",
-         .arrange = MakeWarmCommand,
-         .act = ExecuteRejected<Rejected>,
-         .least = {20, 1}},
-        {.name = "ExecuteStatementsTheLastOfWhichIsRejected",
-         .arrange = MakeWarmCommand,
-         .act = ExecuteRejected<RejectedAtLast>,
-         .least = {20, 1},
-         .firstSteps = {"INSERT INTO room VALUES ('cellar')"}},
-        {.name = "ExecuteStatementBeforeAComment",
-         .arrange = MakeWarmCommand,
-         .act = Execute<CommentAtLast>,
-         .least = {20, 0},
-         .firstSteps = {"INSERT INTO room VALUES ('cellar')"}},
-        {.name = "InsertBoundValues", .arrange = MakeWarmCommand, .act = InsertBound, .least = {20, 0}},
-        {.name = "ReadColumns", .arrange = MakeCommand, .act = ReadColumns, .least = {20, 3}},
-        {.name = "ReadConvertedColumns",
-         .arrange = MakeCommand,
-         .act = ReadConverted,
-         .least = {20, 3},
-         .convertsText = true},
-        {.name = "ReadUtf16Columns", .arrange = ArrangeUtf16, .act = ReadUtf16, .least = {10, 1}, .convertsText = true},
-        {.name = "FailStep", .arrange = MakeCommand, .act = FailStep, .least = {10, 1}},
-        {.name = "MoveCommand", .arrange = ArrangeSteppedCommand, .act = Move, .least = {0, 0}},
-        {.name = "DestroyCommandHoldingAStatement",
-         .arrange = MakeWarmCommand,
-         .act = DestroyHolding,
-         .least = {10, 1}},
+        S{"ConstructCommand", OpenConnection, Construct, {0, 1}},
+        S{"ExecuteInsert", MakeCommand, Execute<Insert>, {20, 0}},
+        S{"ExecuteTransaction", MakeWarmCommand, ExecuteTransaction, {40, 0}}.MayStayLocked(),
+        S{"ExecuteRejectedStatement", MakeWarmCommand, ExecuteRejected<Rejected>, {20, 1}},
+        S{"ExecuteStatementsTheLastOfWhichIsRejected", MakeWarmCommand, ExecuteRejected<RejectedAtLast>, {20, 1}}.After(
+            First),
+        S{"ExecuteStatementBeforeAComment", MakeWarmCommand, Execute<CommentAtLast>, {20, 0}}.After(First),
+        S{"InsertBoundValues", MakeWarmCommand, InsertBound, {20, 0}},
+        S{"ReadColumns", MakeCommand, ReadColumns, {20, 3}},
+        S{"ReadConvertedColumns", MakeCommand, ReadConverted, {20, 3}}.ConvertsText(),
+        S{"ReadUtf16Columns", ArrangeUtf16, ReadUtf16, {10, 1}}.ConvertsText(),
+        S{"FailStep", MakeCommand, FailStep, {10, 1}},
+        S{"MoveCommand", ArrangeSteppedCommand, Move, {0, 0}},
+        S{"DestroyCommandHoldingAStatement", MakeWarmCommand, DestroyHolding, {10, 1}},
     };
 }
 

@@ -6,10 +6,14 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <new>
+#include <ostream>
 #include <stdexcept>
 
 #include "support/Cells.h"
+#include "support/OomInjector.h"
 #include "support/RawSqlite.h"
+#include "support/SqliteOomInjector.h"
 
 namespace Morvik::sql::tests {
 
@@ -34,6 +38,26 @@ bool Matches(std::string_view message, std::string_view expected)
     return message == expected || (expected.ends_with(": ") && message.starts_with(expected));
 }
 
+template <typename Failing>
+Attempt Act(Course course, int succeeding, const Scenario& scenario, Subject& subject)
+{
+    Attempt attempt;
+    const Failing failing(succeeding, course == Course::Once ? FailureExtent::Once : FailureExtent::ForEver);
+    try {
+        attempt.report = scenario.act(subject);
+        attempt.outcome = attempt.report.Done() ? Outcome::Done : Outcome::Refused;
+    } catch (const std::bad_alloc&) {
+        attempt.outcome = Outcome::BadAlloc;
+    } catch (const std::exception& other) {
+        attempt.report = {false, 0, other.what()};
+    }
+    if (course == Course::UntilDestroyed) {
+        subject.DestroyObjects();
+    }
+    attempt.fired = failing.Fired();
+    return attempt;
+}
+
 Report ActWithMemory(const Scenario& scenario, Subject& subject)
 {
     subject.ForgetWhatWasRead();
@@ -48,11 +72,24 @@ Report ActWithMemory(const Scenario& scenario, Subject& subject)
 
 } // namespace
 
+std::ostream& operator<<(std::ostream& stream, const Attempt& attempt)
+{
+    static constexpr std::string_view Names[] = {"done", "refused", "std::bad_alloc", "another exception"};
+    return stream << Names[static_cast<int>(attempt.outcome)] << ", code " << attempt.report.Code() << ", \""
+                  << attempt.report.Message() << '"';
+}
+
+Attempt ActWithout(Memory memory, Course course, int succeeding, const Scenario& scenario, Subject& subject)
+{
+    return memory == Memory::OfSqlite ? Act<SqliteOomInjector>(course, succeeding, scenario, subject)
+                                      : Act<OomInjector>(course, succeeding, scenario, subject);
+}
+
 Expectation::Expectation(const Scenario& scenario, Memory memory, const std::string& path, const std::string& fresh,
                          ContentCache& contents)
     : m_scenario(scenario), m_memory(memory)
 {
-    StartAfresh(path, fresh);
+    StartAgain(path, fresh);
     {
         Subject subject(path);
         scenario.arrange(subject);
@@ -69,7 +106,7 @@ Expectation::Expectation(const Scenario& scenario, Memory memory, const std::str
 
     const bool ofSqlite = memory == Memory::OfSqlite;
     if ((ofSqlite ? scenario.least.ofSqlite : scenario.least.ofNew) > 0) {
-        StartAfresh(path, fresh);
+        StartAgain(path, fresh);
         for (const std::string& statement : scenario.firstSteps) {
             RawSqlite(path).Execute(statement);
             m_afterFirstSteps.push_back(contents.Of(path));
@@ -190,7 +227,7 @@ std::vector<std::string> Expectation::UnusedAllowances() const
     return unused;
 }
 
-void StartAfresh(const std::string& path, const std::string& fresh)
+void StartAgain(const std::string& path, const std::string& fresh)
 {
     std::filesystem::remove(path + "-journal");
     std::ofstream(path, std::ios::binary) << fresh;

@@ -1,14 +1,49 @@
 #pragma once
 
+#include <iosfwd>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "Attempt.h"
 #include "ContentCache.h"
 #include "Scenario.h"
 
 namespace Morvik::sql::tests {
+
+/// Which allocator fails.
+enum class Memory { OfSqlite, OfNew };
+
+/// What happens after the first allocation that fails.
+enum class Course {
+    /// The next allocations succeed; then the scenario is repeated.
+    Once,
+
+    /// The next allocations also fail until the scenario ends; then it is repeated.
+    ForEver,
+
+    /// The next allocations also fail until every object is destroyed.
+    UntilDestroyed
+};
+
+constexpr std::pair<Course, const char*> Courses[] = {
+    {Course::Once, "once"}, {Course::ForEver, "forEver"}, {Course::UntilDestroyed, "untilDestroyed"}};
+
+enum class Outcome { Done, Refused, BadAlloc, OtherException };
+
+/// The result of a scenario while memory fails.
+struct Attempt {
+    Outcome outcome = Outcome::OtherException;
+    Report report;
+
+    /// Whether an allocation was requested that had to fail.
+    bool fired = false;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Attempt& attempt);
+
+/// Runs the scenario while memory fails after `succeeding` allocations.
+Attempt ActWithout(Memory memory, Course course, int succeeding, const Scenario& scenario, Subject& subject);
 
 /// What a scenario does when memory never fails, and the allowances for what it may do when memory fails. Every
 /// allowance of a scenario must be used at least once: UnusedAllowances() returns the others.
@@ -52,6 +87,6 @@ private:
 };
 
 /// Writes the database file again with its content before the first attempt.
-void StartAfresh(const std::string& path, const std::string& fresh);
+void StartAgain(const std::string& path, const std::string& fresh);
 
 } // namespace Morvik::sql::tests

@@ -13,6 +13,17 @@ namespace Morvik::sql::tests {
 
 namespace {
 
+template <typename Owner>
+void ExpectDestructionToAbort(std::optional<Owner>& owner)
+{
+    EXPECT_EXIT(
+        {
+            const OomInjector failing(0);
+            owner.reset();
+        },
+        testing::KilledBySignal(SIGABRT), "");
+}
+
 // The only situation in which running out of memory ends the process: a connection object is destroyed, SQLite refuses
 // to close its connection, and the message cannot be stored. It cannot happen if statements are destroyed before their
 // database.
@@ -23,12 +34,7 @@ TEST(RefusedClosingDeathTest, ConnectionDestroyedBeforeItsStatementEndsTheProces
     SqlCommand statement(*connection);
     ASSERT_TRUE(statement.Prepare("SELECT 1"));
 
-    EXPECT_EXIT(
-        {
-            const OomInjector failing(0);
-            connection.reset();
-        },
-        testing::KilledBySignal(SIGABRT), "");
+    ExpectDestructionToAbort(connection);
 }
 
 TEST(RefusedClosingDeathTest, FacadeDestroyedBeforeItsStatementEndsTheProcessWithoutMemory)
@@ -37,12 +43,7 @@ TEST(RefusedClosingDeathTest, FacadeDestroyedBeforeItsStatementEndsTheProcessWit
     ASSERT_TRUE(facade->OpenDatabase(":memory:", false));
     SqlCommand statement = facade->PrepareStatement("SELECT 1");
 
-    EXPECT_EXIT(
-        {
-            const OomInjector failing(0);
-            facade.reset();
-        },
-        testing::KilledBySignal(SIGABRT), "");
+    ExpectDestructionToAbort(facade);
 
     statement.Finalize();
 }

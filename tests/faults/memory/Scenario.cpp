@@ -1,7 +1,9 @@
 #include "Scenario.h"
 
+#include <sstream>
 #include <stdexcept>
 
+#include "support/Cells.h"
 #include "support/SoakMode.h"
 
 namespace Morvik::sql::tests {
@@ -16,6 +18,48 @@ void ReadSchema(SqlCommand& command)
 }
 
 } // namespace
+
+Report::Report(bool done, int code, std::string_view message) : m_done(done), m_code(code)
+{
+    message.copy(m_message.data(), m_message.size() - 1);
+}
+
+void Subject::DestroyObjects()
+{
+    statement.reset();
+    facade.reset();
+    cursor.reset();
+    command.reset();
+    connection.reset();
+}
+
+void Subject::ForgetWhatWasRead()
+{
+    data.rows.clear();
+    row.cells.clear();
+    text.clear();
+    otherText.clear();
+    bytes.clear();
+    integer = 0;
+    real = 0;
+    result = 0;
+}
+
+std::string Subject::WhatWasRead() const
+{
+    std::ostringstream read;
+    std::vector<std::vector<std::string>> rows = CellTexts(data);
+    rows.push_back(CellTexts(row));
+    for (const std::vector<std::string>& cells : rows) {
+        for (const std::string& cell : cells) {
+            read << cell << "; ";
+        }
+        read << '\n';
+    }
+    read << text << '\n' << otherText << '\n' << std::string(bytes.begin(), bytes.end()) << '\n';
+    read << integer << ' ' << real << ' ' << result;
+    return read.str();
+}
 
 void Nothing(Subject&) {}
 

@@ -1,21 +1,90 @@
 #pragma once
 
+#include <sql/DatabaseApi.h>
+#include <sql/SqlCommand.h>
+#include <sql/SqlDatabase.h>
+#include <sql/SqlTable.h>
+
+#include <array>
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include "Subject.h"
-
 namespace Morvik::sql::tests {
+
+/// The result of an operation, stored without allocating.
+class Report {
+public:
+    Report() = default;
+    Report(bool done, int code, std::string_view message);
+
+    bool Done() const { return m_done; }
+    int Code() const { return m_code; }
+
+    /// The first bytes of the message, enough to identify it.
+    std::string_view Message() const { return m_message.data(); }
+
+private:
+    bool m_done = false;
+    int m_code = 0;
+    std::array<char, 80> m_message{};
+};
+
+/// Whether the operation succeeded, and the error of the object that it was called on.
+template <typename Object>
+Report ReportOf(bool done, const Object& object)
+{
+    return {done, object.GetLastError(), object.GetLastErrorMsg()};
+}
+
+/// The objects that a scenario uses, and the data that it read. They are members, so that they can be checked when
+/// memory is available again, and so that their memory is counted.
+struct Subject {
+    /// A subject whose database file is `file`; it may create other files in the same directory.
+    explicit Subject(const std::filesystem::path& file) : path(file.string()), directory(file.parent_path()) {}
+
+    /// Destroys the objects of the library in the required order.
+    void DestroyObjects();
+
+    void ForgetWhatWasRead();
+
+    /// The data that was read, as a text to compare.
+    std::string WhatWasRead() const;
+
+    std::string path;
+    std::filesystem::path directory;
+
+    /// How often the scenario has succeeded.
+    int timesDone = 0;
+
+    std::optional<SqlDatabase> connection;
+    std::optional<SqlCommand> command;
+    std::optional<SqlTable> cursor;
+
+    std::optional<DatabaseApi> facade;
+    std::optional<SqlCommand> statement;
+
+    DbTableDefinition definition;
+    DbTableDataWrite write;
+
+    DbTableData data;
+    DbTableRowValues row;
+    std::string text;
+    std::string otherText;
+    std::vector<char> bytes;
+    long long integer = 0;
+    double real = 0;
+    int result = 0;
+};
 
 /// A code and the beginning of its message.
 struct Refusal {
     int code;
     std::string_view message;
 };
-
-/// The error of a cursor's step without memory: the generic code of the legacy interface.
-inline const std::vector<Refusal> FailedStep{{1, "out of memory"}, {1, "SQL logic error"}};
 
 /// The minimum number of allocations of each kind that a scenario makes. 0 means that it makes none, and so cannot
 /// fail.
@@ -37,37 +106,49 @@ struct Scenario {
 
     LeastAllocations least;
 
+    std::vector<Refusal> refusalsForSqlite{};
+    std::vector<Refusal> refusalsForNew{};
+    std::vector<std::string> firstSteps{};
+    bool mayPassUndone = false;
+    bool convertsText = false;
+    bool mayStayLocked = false;
+
     /// The errors allowed when SQLite's memory fails, in addition to code 7. With code 7, the message is "out of
     /// memory", or empty if SQLite had no memory for the text or the operation stores none.
-    std::vector<Refusal> refusalsForSqlite{};
+    Scenario WithoutSqlite(std::vector<Refusal> refusals) const { return With(&Scenario::refusalsForSqlite, refusals); }
 
     /// The errors allowed when operator new fails, instead of std::bad_alloc.
-    std::vector<Refusal> refusalsForNew{};
+    Scenario WithoutNew(Refusal refusal) const { return With(&Scenario::refusalsForNew, std::vector{refusal}); }
 
-    /// Statements that may have been executed already when the scenario fails.
-    std::vector<std::string> firstSteps{};
+    /// A statement that may have been executed already when the scenario fails.
+    Scenario After(std::string statement) const { return With(&Scenario::firstSteps, std::vector{statement}); }
 
     /// The scenario may report success without an effect, if SQLite's memory failed where the library must not report
     /// it.
-    bool mayPassUndone = false;
+    Scenario MayPassUndone() const { return With(&Scenario::mayPassUndone, true); }
 
     /// The scenario reads texts or bytes for which SQLite needs memory; without memory, it throws std::bad_alloc.
-    bool convertsText = false;
+    Scenario ConvertsText() const { return With(&Scenario::convertsText, true); }
 
     /// A failed act may leave a transaction open, so that other connections may find the file locked.
-    bool mayStayLocked = false;
+    Scenario MayStayLocked() const { return With(&Scenario::mayStayLocked, true); }
+
+private:
+    template <typename Value>
+    Scenario With(Value Scenario::*member, Value value) const
+    {
+        Scenario copy = *this;
+        copy.*member = std::move(value);
+        return copy;
+    }
 };
 
-std::vector<Scenario> ConnectionScenarios();
+std::vector<Scenario> OpeningScenarios();
 std::vector<Scenario> CommandScenarios();
 std::vector<Scenario> CursorScenarios();
 std::vector<Scenario> MoveScenarios();
-std::vector<Scenario> ValueScenarios();
-std::vector<Scenario> FacadeScenarios();
-std::vector<Scenario> FacadeTableScenarios();
-std::vector<Scenario> FacadeRowScenarios();
-std::vector<Scenario> FacadeReadScenarios();
-std::vector<Scenario> RenderingScenarios();
+std::vector<Scenario> TableScenarios();
+std::vector<Scenario> RowScenarios();
 
 // Functions for `arrange` that several scenarios use.
 void Nothing(Subject& subject);
@@ -81,6 +162,38 @@ void OpenFacade(Subject& subject);
 void MakeWarmCommand(Subject& subject);
 void MakeWarmCursor(Subject& subject);
 void OpenWarmFacade(Subject& subject);
+
+/// Opens the query, calls `read` for each row, and closes the cursor. Only the code distinguishes the end of the rows
+/// from a failed step. A failed step has the generic code; closing returns the specific one.
+template <typename Read>
+Report ReadRows(const SqlTable& cursor, const std::string& query, const Read& read)
+{
+    if (!cursor.Open(query)) {
+        return ReportOf(false, cursor);
+    }
+    while (cursor.ReadNext()) {
+        read();
+    }
+    const bool ended = cursor.GetLastError() == 0;
+    return ReportOf(cursor.Close() && ended, cursor);
+}
+
+/// Steps the statement, and calls `read` for each row. Returns whether no step failed.
+template <typename Read>
+bool StepRows(SqlCommand& command, const Read& read)
+{
+    bool stepped = command.Step();
+    for (; stepped && command.HasRowData(); stepped = command.Step()) {
+        read();
+    }
+    return stepped;
+}
+
+/// The error of a cursor's step without memory: the generic code of the legacy interface.
+inline const std::vector<Refusal> FailedStep{{1, "out of memory"}, {1, "SQL logic error"}};
+
+/// A query whose step fails.
+inline const std::string Overflow = "SELECT abs(-9223372036854775807 - 1)";
 
 /// A text and bytes that are too long for the small buffer inside an object.
 inline const std::string LongText = "a text that no object keeps within itself";
