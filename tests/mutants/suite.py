@@ -2,7 +2,6 @@
 
 import collections
 import contextlib
-import dataclasses
 import json
 import os
 import pathlib
@@ -13,60 +12,59 @@ import signal
 import subprocess
 import tempfile
 import time
+from collections.abc import Iterator
+from typing import NamedTuple
 
 from building import PROGRAMS, Programs
 
 SLOW = 0.25  # seconds; slower tests run only if no other test noticed the mutant
-ADDRESS_SPACE = 4 << 30
-FILE_SIZE = 4 << 30
+LIMITS = {resource.RLIMIT_CORE: 0, resource.RLIMIT_AS: 4 << 30, resource.RLIMIT_FSIZE: 4 << 30}
 
 
 class SuiteFails(Exception):
     pass
 
 
-class TimedOut(Exception):
-    pass
-
-
-@dataclasses.dataclass(frozen=True)
-class Test:
+class Test(NamedTuple):
     program: str
     name: str
     file: str  # without folder and suffix
     seconds: float
 
 
+@contextlib.contextmanager
+def scratch(directory: pathlib.Path) -> Iterator[pathlib.Path]:
+    """A temporary folder in the directory."""
+    made = pathlib.Path(tempfile.mkdtemp(dir=directory))
+    made.chmod(0o755)  # some tests change to another user
+    try:
+        yield made
+    finally:
+        shutil.rmtree(made, ignore_errors=True)
+
+
 class Suite:
-    def __init__(self, programs: Programs, room: pathlib.Path) -> None:
-        self.room = room
+    def __init__(self, programs: Programs, work: pathlib.Path) -> None:
+        self.work = work
         self.killers: dict[str, set[Test]] = collections.defaultdict(set)
-        self.tests = [test for name in programs.names() for test in self.measure(programs, name)]
+        self.tests = [test for name in PROGRAMS for test in self.measure(programs, name)]
 
     def measure(self, programs: Programs, program: str) -> list[Test]:
         """Runs every test on the unchanged library: each must pass, and its duration is the base of its time limit."""
-        with self.scratch() as scratch:
-            chosen = f"--gtest_filter={PROGRAMS[program]}"
-            listed = self.report(programs, program, scratch, [chosen, "--gtest_list_tests"])
-            ran = self.report(programs, program, scratch, [chosen])
-        files = {name: pathlib.Path(test["file"]).stem for name, test in tests_in(listed)}
-        return [Test(program, name, files[name], float(test["time"].rstrip("s"))) for name, test in tests_in(ran)]
+        listed = self.report(programs, program, "--gtest_list_tests")
+        files = {name: pathlib.Path(test["file"]).stem for name, test in listed}
+        return [Test(program, name, files[name], float(test["time"].rstrip("s")))
+                for name, test in self.report(programs, program)]
 
-    def report(self, programs: Programs, program: str, scratch: pathlib.Path, arguments: list[str]) -> dict:
-        output, log = scratch / "report.json", scratch / "log"
-        if not run([str(programs.path(program)), f"--gtest_output=json:{output}", *arguments],
-                   programs.library_directory, scratch, log, patience=120):
-            raise SuiteFails(f"{program} fails without any change:\n{log.read_text(errors='replace')[-4000:]}")
-        return json.loads(output.read_text())
-
-    @contextlib.contextmanager
-    def scratch(self):
-        directory = pathlib.Path(tempfile.mkdtemp(dir=self.room))
-        directory.chmod(0o755)  # some tests change to another user
-        try:
-            yield directory
-        finally:
-            shutil.rmtree(directory, ignore_errors=True)
+    def report(self, programs: Programs, program: str, *options: str) -> list[tuple[str, dict]]:
+        with scratch(self.work) as directory:
+            output = directory / "report.json"
+            status, log = run(programs, program, directory, PROGRAMS[program], 120, f"--gtest_output=json:{output}",
+                              *options)
+            if status != 0:
+                raise SuiteFails(f"{program} fails without any change:\n{log[-4000:]}")
+            return [(f"{suite['name']}.{test['name']}", test)
+                    for suite in json.loads(output.read_text())["testsuites"] for test in suite["testsuite"]]
 
     def notices(self, mutated_file: str, programs: Programs) -> str:
         """Returns how the mutant was noticed: "killed", "timed out", or "survived"."""
@@ -76,7 +74,7 @@ class Suite:
                        lambda test: test.seconds < SLOW, lambda test: True):
             chosen = [test for test in left if likely(test)]
             left = [test for test in left if not likely(test)]
-            for program in programs.names():
+            for program in PROGRAMS:
                 found = self.run_tests(mutated_file, programs, [test for test in chosen if test.program == program])
                 if found != "survived":
                     return found
@@ -85,51 +83,36 @@ class Suite:
     def run_tests(self, mutated_file: str, programs: Programs, tests: list[Test]) -> str:
         if not tests:
             return "survived"
-        program = tests[0].program
-        names = ":".join(test.name for test in tests)
-        with self.scratch() as scratch:
-            log = scratch / "log"
-            try:
-                passed = run([str(programs.path(program)), "--gtest_fail_fast", f"--gtest_filter={names}"],
-                             programs.library_directory, scratch, log, 8 + 8 * max(test.seconds for test in tests))
-            except TimedOut:
-                return "timed out"
-            if passed:
-                return "survived"
-            last = re.findall(r"^\[ RUN      \] (\S+)$", log.read_text(errors="replace"), re.M)
-            self.killers[mutated_file] |= {test for test in tests if last and test.name == last[-1]}
-            return "killed"
+        with scratch(self.work) as directory:
+            status, log = run(programs, tests[0].program, directory, ":".join(test.name for test in tests),
+                              8 + 8 * max(test.seconds for test in tests), "--gtest_fail_fast")
+        if status is None:
+            return "timed out"
+        if status == 0:
+            return "survived"
+        last = re.findall(r"^\[ RUN      \] (\S+)$", log, re.M)
+        self.killers[mutated_file] |= {test for test in tests if last and test.name == last[-1]}
+        return "killed"
 
 
-def tests_in(report: dict):
-    for group in report["testsuites"]:
-        for test in group["testsuite"]:
-            yield f"{group['name']}.{test['name']}", test
-
-
-def limit_resources() -> None:
-    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
-    resource.setrlimit(resource.RLIMIT_AS, (ADDRESS_SPACE, ADDRESS_SPACE))
-    resource.setrlimit(resource.RLIMIT_FSIZE, (FILE_SIZE, FILE_SIZE))
-
-
-def run(command: list[str], library_directory: pathlib.Path, scratch: pathlib.Path, log: pathlib.Path,
-        patience: float) -> bool:
-    """Runs tests in a separate folder, and ends them when a test takes longer than `patience`, in seconds."""
-    environment = {**os.environ, "LD_LIBRARY_PATH": str(library_directory), "TMPDIR": str(scratch)}
+def run(programs: Programs, program: str, directory: pathlib.Path, names: str, patience: float,
+        *options: str) -> tuple[int | None, str]:
+    """Runs tests in the directory; returns the status and the output. The status is None if they were ended because
+    a test took longer than `patience`, in seconds."""
+    environment = {**os.environ, "LD_LIBRARY_PATH": str(programs.library_directory), "TMPDIR": str(directory)}
+    log = directory / "log"
     with log.open("wb") as output:
-        process = subprocess.Popen(command, cwd=scratch, env=environment, stdin=subprocess.DEVNULL, stdout=output,
-                                   stderr=output, start_new_session=True, preexec_fn=limit_resources)
-        try:
-            written, since = 0, time.monotonic()
-            while True:
-                with contextlib.suppress(subprocess.TimeoutExpired):
-                    return process.wait(0.5) == 0
-                if log.stat().st_size != written:
-                    written, since = log.stat().st_size, time.monotonic()
-                elif time.monotonic() - since > patience:
-                    raise TimedOut
-        finally:
-            with contextlib.suppress(ProcessLookupError):
-                os.killpg(process.pid, signal.SIGKILL)
-            process.wait()
+        process = subprocess.Popen(
+            [str(programs.path_of[program]()), f"--gtest_filter={names}", *options], cwd=directory, env=environment,
+            stdin=subprocess.DEVNULL, stdout=output, stderr=output, start_new_session=True,
+            preexec_fn=lambda: [resource.setrlimit(limit, (value, value)) for limit, value in LIMITS.items()])
+        written, since, status = 0, time.monotonic(), None
+        while status is None and time.monotonic() - since <= patience:
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                status = process.wait(0.5)
+            if log.stat().st_size != written:
+                written, since = log.stat().st_size, time.monotonic()
+        with contextlib.suppress(ProcessLookupError):
+            os.killpg(process.pid, signal.SIGKILL)
+        process.wait()
+    return status, log.read_text(errors="replace")
