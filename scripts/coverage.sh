@@ -38,4 +38,4 @@ step "Counting" quietly gcovr --root "$project" --filter src/ --filter include/ 
     --exclude-throw-branches --exclude-unreachable-branches --json "$report/coverage.json" \
     --html-details "$report/index.html" "$build/src/CMakeFiles/tkosqllite_objects.dir" "$build/tests"
 step "Checking what the tests reach" \
-    python3 tests/coverage/check.py "$report/coverage.json" tests/coverage/unreached.txt
+    python3 tests/check_listed.py coverage "$report/coverage.json" tests/coverage/unreached.txt
