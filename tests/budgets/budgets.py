@@ -2,7 +2,7 @@
 """Compares the instructions and heap allocations of a job with its budget, writes all budgets, or writes all counts.
 
 usage: budgets.py check JOB PROGRAM LIBRARY [--plugin PLUGIN EMULATOR...]
-       budgets.py renew PROGRAM LIBRARY [--plugin PLUGIN EMULATOR...]
+       budgets.py update PROGRAM LIBRARY [--plugin PLUGIN EMULATOR...]
        budgets.py count OUTPUT.json PROGRAM LIBRARY [--plugin PLUGIN EMULATOR...]
 
 The instructions of the complete job, including SQLite's, and those of the library are counted. They may exceed their
@@ -69,7 +69,7 @@ def check(job, measured):
     sys.exit("Fix the job, or update the budgets on purpose (scripts/update-baseline.sh budgets)." if exceeded else 0)
 
 
-def renew(measured):
+def update(measured):
     body = []
     for job in JOBS:
         machine, figures = measured.figures(job)
@@ -101,8 +101,8 @@ if __name__ == "__main__":
     match sys.argv[1:]:
         case ["check", job, program, library, *emulation]:
             check(job, Measured(program, library, *emulation))
-        case ["renew", program, library, *emulation]:
-            renew(Measured(program, library, *emulation))
+        case ["update", program, library, *emulation]:
+            update(Measured(program, library, *emulation))
         case ["count", output, program, library, *emulation]:
             count_all(output, Measured(program, library, *emulation))
         case _:
