@@ -1,30 +1,63 @@
 #include "support/OomInjector.h"
 
 #include <malloc.h>
+#include <sqlite3.h>
 
 #include <algorithm>
 #include <atomic>
-#include <cstddef>
 #include <cstdlib>
 #include <new>
-
-#include "support/FaultCounter.h"
+#include <stdexcept>
+#include <string>
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-thread_local FaultCounter failurePoint;
+// Counts the allocations of a thread down to the failing one.
+struct Countdown {
+    static constexpr int NoneFails = -1;
+
+    int left = NoneFails;
+    FailureExtent extent = FailureExtent::Once;
+    bool fired = false;
+
+    // Whether the allocation that is being requested fails.
+    bool Reached()
+    {
+        if (left == NoneFails) {
+            return false;
+        }
+        if (left > 0) {
+            --left;
+            return false;
+        }
+        if (extent == FailureExtent::Once) {
+            left = NoneFails;
+        }
+        fired = true;
+        return true;
+    }
+};
+
+thread_local Countdown ofNew;
+thread_local Countdown ofSqlite;
 thread_local bool largestIsWatched = false;
 thread_local std::size_t largest = 0;
 std::atomic<std::size_t> liveBytes = 0;
+sqlite3_mem_methods usual{};
+
+Countdown& CountdownOf(Memory memory)
+{
+    return memory == Memory::OfNew ? ofNew : ofSqlite;
+}
 
 void* Allocate(std::size_t size) noexcept
 {
     if (largestIsWatched) {
         largest = std::max(largest, size);
     }
-    void* const memory = failurePoint.Reached() ? nullptr : std::malloc(size != 0 ? size : 1);
+    void* const memory = ofNew.Reached() ? nullptr : std::malloc(size != 0 ? size : 1);
     liveBytes += malloc_usable_size(memory);
     return memory;
 }
@@ -44,21 +77,57 @@ void* AllocateOrThrow(std::size_t size)
     return memory;
 }
 
+void* AllocateForSqlite(int size)
+{
+    return ofSqlite.Reached() ? nullptr : usual.xMalloc(size);
+}
+
+void* ReallocateForSqlite(void* memory, int size)
+{
+    return ofSqlite.Reached() ? nullptr : usual.xRealloc(memory, size);
+}
+
+template <typename... Values>
+void Configure(int option, Values... values)
+{
+    const int code = sqlite3_config(option, values...);
+    if (code != SQLITE_OK) {
+        throw std::runtime_error("sqlite3_config: option " + std::to_string(option) + ", code " + std::to_string(code));
+    }
+}
+
 } // namespace
 
-OomInjector::OomInjector(int succeeding, FailureExtent extent)
+OomInjector::OomInjector(int succeeding, FailureExtent extent, Memory memory) : m_memory(memory)
 {
-    failurePoint.Set(succeeding, extent);
+    CountdownOf(memory) = {succeeding, extent};
 }
 
 OomInjector::~OomInjector()
 {
-    failurePoint.Clear();
+    CountdownOf(m_memory).left = Countdown::NoneFails;
 }
 
 bool OomInjector::Fired() const
 {
-    return failurePoint.Fired();
+    return CountdownOf(m_memory).fired;
+}
+
+void WrapSqliteAllocator()
+{
+    if (usual.xMalloc != nullptr) {
+        return;
+    }
+    if (sqlite3_shutdown() != SQLITE_OK) {
+        throw std::runtime_error("SQLite is in use already");
+    }
+    Configure(SQLITE_CONFIG_GETMALLOC, &usual);
+    sqlite3_mem_methods failing = usual;
+    failing.xMalloc = AllocateForSqlite;
+    failing.xRealloc = ReallocateForSqlite;
+    Configure(SQLITE_CONFIG_MALLOC, &failing);
+    Configure(SQLITE_CONFIG_LOOKASIDE, 0, 0);
+    Configure(SQLITE_CONFIG_PAGECACHE, static_cast<void*>(nullptr), 0, 0);
 }
 
 LargestAllocation::LargestAllocation()

@@ -7,10 +7,12 @@ namespace Morvik::sql::tests {
 /// Which allocations fail: one, or that one and all that follow it.
 enum class FailureExtent { Once, ForEver };
 
-/// While the object lives, allocations of the running thread fail with std::bad_alloc: the first `succeeding`
-/// allocations succeed, the next one fails, and with FailureExtent::ForEver so do all that follow. The program that
-/// links this file defines operator new. SQLite's memory comes from malloc and does not fail (use SqliteOomInjector).
-/// Fired() tells whether the failing allocation was requested.
+/// Whose allocations fail: those of operator new, which throws std::bad_alloc, or those of SQLite.
+enum class Memory { OfNew, OfSqlite };
+
+/// While the object lives, allocations of the running thread fail: the first `succeeding` allocations succeed, the next
+/// one fails, and with FailureExtent::ForEver so do all that follow. The program that links this file defines operator
+/// new. Fired() tells whether the failing allocation was requested.
 ///
 ///     for (int succeeding = 0;; ++succeeding) {
 ///         const OomInjector failing(succeeding);
@@ -21,14 +23,22 @@ enum class FailureExtent { Once, ForEver };
 /// Test macros allocate too, so check the result after the object is destroyed, or after its one failure fired.
 class OomInjector {
 public:
-    explicit OomInjector(int succeeding, FailureExtent extent = FailureExtent::Once);
+    explicit OomInjector(int succeeding, FailureExtent extent = FailureExtent::Once, Memory memory = Memory::OfNew);
     ~OomInjector();
 
     OomInjector(const OomInjector&) = delete;
     OomInjector& operator=(const OomInjector&) = delete;
 
     bool Fired() const;
+
+private:
+    Memory m_memory;
 };
+
+/// Needed once per process before SQLite's memory can fail, while no connection is open: wraps SQLite's allocator, and
+/// switches off SQLite's caches of small pieces and of pages, so that each of its allocations can fail. Throws
+/// std::runtime_error if SQLite rejects the change.
+void WrapSqliteAllocator();
 
 /// Observes what the running thread requests from operator new while the object lives.
 class LargestAllocation {

@@ -61,29 +61,13 @@ Function* Real(const char* name)
     return reinterpret_cast<Function*>(symbol);
 }
 
-template <typename Result>
-Result FromInt(int result)
-{
-    if constexpr (std::is_pointer_v<Result>) {
-        return nullptr;
-    } else {
-        return static_cast<Result>(result);
-    }
-}
-
 // A call that is replaced and not made leaves null, as SQLite does when it cannot allocate the object.
 template <typename Argument>
-void ClearResult(Argument)
-{}
-
-void ClearResult(sqlite3** handle)
+void ClearResult(Argument argument)
 {
-    *handle = nullptr;
-}
-
-void ClearResult(sqlite3_stmt** statement)
-{
-    *statement = nullptr;
+    if constexpr (std::is_same_v<Argument, sqlite3**> || std::is_same_v<Argument, sqlite3_stmt**>) {
+        *argument = nullptr;
+    }
 }
 
 // The arguments are formatted only while recording: otherwise nothing may read the memory that they point to.
@@ -100,12 +84,12 @@ Result Intercept(Result (*)(Parameters...), const char* name, const Details& det
     state.calls.push_back(name + details());
     if constexpr (!std::is_void_v<Result>) {
         if (const std::optional<Replacement> replacement = state.TakeReplacement(name)) {
-            if (replacement->forward) {
-                real(arguments...);
+            replacement->forward ? static_cast<void>(real(arguments...)) : (ClearResult(arguments), ...);
+            if constexpr (std::is_pointer_v<Result>) {
+                return nullptr;
             } else {
-                (ClearResult(arguments), ...);
+                return static_cast<Result>(replacement->result);
             }
-            return FromInt<Result>(replacement->result);
         }
     }
     return real(arguments...);

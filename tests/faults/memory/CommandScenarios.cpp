@@ -13,7 +13,7 @@ const std::string Rollback = "ROLLBACK";
 const std::string Transaction = "BEGIN; INSERT INTO t (name) VALUES ('one'); UPDATE t SET weight = 7; COMMIT";
 const std::string Rejected = "INSERT INTO t (weight) VALUES (-1)";
 const std::string First = "INSERT INTO room VALUES ('cellar')";
-const std::string RejectedAtLast = First + "; INSERT INTO t (weight) VALUES (-1)";
+const std::string RejectedAtLast = First + "; " + Rejected;
 const std::string CommentAtLast = First + "; -- done";
 const std::string BoundInsert = "INSERT INTO t (id, name, weight, picture) VALUES (NULL, ?, ?, ?)";
 const std::string Query = "SELECT id, name, weight, picture FROM t WHERE id > ? ORDER BY name, id";
@@ -30,103 +30,6 @@ void ArrangeUtf16(Subject& subject)
     subject.path.clear();
 }
 
-Report Construct(Subject& subject)
-{
-    subject.command.emplace(*subject.connection);
-    return ReportOf(true, *subject.command);
-}
-
-template <const std::string& Sql>
-Report Execute(Subject& subject)
-{
-    return ReportOf(subject.command->Execute(Sql), *subject.command);
-}
-
-// A transaction that is still open makes the next BEGIN fail.
-Report ExecuteTransaction(Subject& subject)
-{
-    if (sqlite3_get_autocommit(subject.connection->GetNativeDatabaseInstance<sqlite3>()) == 0) {
-        subject.command->Execute(Rollback);
-    }
-    return Execute<Transaction>(subject);
-}
-
-template <const std::string& Sql>
-Report ExecuteRejected(Subject& subject)
-{
-    SqlCommand& command = *subject.command;
-    const bool executed = command.Execute(Sql);
-    return ReportOf(!executed && command.GetLastError() == SQLITE_CONSTRAINT, command);
-}
-
-Report InsertBound(Subject& subject)
-{
-    SqlCommand& command = *subject.command;
-    const auto bytes = std::as_bytes(std::span(LongText));
-    const std::span picture(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
-    command.Finalize();
-    const bool inserted = command.Prepare(BoundInsert) && command.BindText(1, LongText) && command.BindDouble(2, 0.5) &&
-                          command.BindBlob(3, picture) && command.Step() && command.Reset() &&
-                          command.ClearBindings() && command.BindInteger(2, 3) && command.BindInt64(3, 1LL << 40) &&
-                          command.Finalize();
-    return ReportOf(inserted, command);
-}
-
-Report ReadColumns(Subject& subject)
-{
-    SqlCommand& command = *subject.command;
-    command.Finalize();
-    const bool read = command.Prepare(Query) && command.BindInteger(1, 0) && StepRows(command, [&] {
-                          subject.integer += command.ColumnInt64(0) + command.ColumnInt(0) + command.ColumnCount();
-                          subject.text += command.ColumnText(1);
-                          subject.real += command.ColumnDouble(2);
-                          const std::span<const unsigned char> picture = command.ColumnBlob(3);
-                          subject.bytes.insert(subject.bytes.end(), picture.begin(), picture.end());
-                          subject.result += command.ColumnIsNull(3) ? 1 : 0;
-                      });
-    return ReportOf(read && command.Reset(), command);
-}
-
-// A failed conversion shows at the latest in the code of the statement's next Step(), Reset() or Finalize().
-Report ReadConverted(Subject& subject)
-{
-    SqlCommand& command = *subject.command;
-    command.Finalize();
-    if (!command.Prepare(Conversions) || !command.BindText(1, LongText) || !command.Step()) {
-        return ReportOf(false, command);
-    }
-    for (int column = 0; column < 6; ++column) {
-        subject.text += command.ColumnText(column);
-    }
-    const std::span<const unsigned char> zeroes = command.ColumnBlob(4);
-    subject.bytes.assign(zeroes.begin(), zeroes.end());
-    return ReportOf(command.Step() && command.Finalize(), command);
-}
-
-Report ReadUtf16(Subject& subject)
-{
-    SqlCommand& command = *subject.command;
-    command.Finalize();
-    const bool read = command.Prepare(Utf16Query) && command.BindText(1, "null") &&
-                      StepRows(command, [&] { subject.text += command.ColumnText(0); });
-    return ReportOf(read && command.Finalize(), command);
-}
-
-Report FailStep(Subject& subject)
-{
-    SqlCommand& command = *subject.command;
-    command.Finalize();
-    const bool stepped = command.Prepare(Overflow) && command.Step();
-    return ReportOf(!stepped && command.GetLastError() == SQLITE_ERROR, command);
-}
-
-Report Move(Subject& subject)
-{
-    SqlCommand taken(std::move(*subject.command));
-    *subject.command = std::move(taken);
-    return ReportOf(subject.command->HasRowData(), *subject.command);
-}
-
 void ArrangeSteppedCommand(Subject& subject)
 {
     MakeCommand(subject);
@@ -137,11 +40,96 @@ void ArrangeSteppedCommand(Subject& subject)
     subject.command->Step();
 }
 
+Report Construct(Subject& subject)
+{
+    return ReportOf(true, subject.command.emplace(*subject.connection));
+}
+
 Report DestroyHolding(Subject& subject)
 {
     SqlCommand command(*subject.connection);
     const bool stepped = command.Prepare(Query) && command.BindInt64(1, 0) && command.Step();
     return ReportOf(stepped && command.HasRowData(), command);
+}
+
+template <const std::string& Sql>
+bool Execute(Subject&, SqlCommand& command)
+{
+    return command.Execute(Sql);
+}
+
+// A transaction that is still open makes the next BEGIN fail.
+bool ExecuteTransaction(Subject& subject, SqlCommand& command)
+{
+    if (sqlite3_get_autocommit(subject.connection->GetNativeDatabaseInstance<sqlite3>()) == 0) {
+        command.Execute(Rollback);
+    }
+    return command.Execute(Transaction);
+}
+
+template <const std::string& Sql>
+bool ExecuteRejected(Subject&, SqlCommand& command)
+{
+    return !command.Execute(Sql) && command.GetLastError() == SQLITE_CONSTRAINT;
+}
+
+bool InsertBound(Subject&, SqlCommand& command)
+{
+    const auto bytes = std::as_bytes(std::span(LongText));
+    const std::span picture(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    command.Finalize();
+    return command.Prepare(BoundInsert) && command.BindText(1, LongText) && command.BindDouble(2, 0.5) &&
+           command.BindBlob(3, picture) && command.Step() && command.Reset() && command.ClearBindings() &&
+           command.BindInteger(2, 3) && command.BindInt64(3, 1LL << 40) && command.Finalize();
+}
+
+bool ReadColumns(Subject& subject, SqlCommand& command)
+{
+    command.Finalize();
+    const auto read = [&] {
+        subject.integer += command.ColumnInt64(0) + command.ColumnInt(0) + command.ColumnCount();
+        subject.text += command.ColumnText(1);
+        subject.real += command.ColumnDouble(2);
+        const std::span<const unsigned char> picture = command.ColumnBlob(3);
+        subject.bytes.insert(subject.bytes.end(), picture.begin(), picture.end());
+        subject.result += command.ColumnIsNull(3) ? 1 : 0;
+    };
+    return command.Prepare(Query) && command.BindInteger(1, 0) && StepRows(command, read) && command.Reset();
+}
+
+// A failed conversion shows at the latest in the code of the statement's next Step(), Reset() or Finalize().
+bool ReadConverted(Subject& subject, SqlCommand& command)
+{
+    command.Finalize();
+    if (!command.Prepare(Conversions) || !command.BindText(1, LongText) || !command.Step()) {
+        return false;
+    }
+    for (int column = 0; column < 6; ++column) {
+        subject.text += command.ColumnText(column);
+    }
+    const std::span<const unsigned char> zeroes = command.ColumnBlob(4);
+    subject.bytes.assign(zeroes.begin(), zeroes.end());
+    return command.Step() && command.Finalize();
+}
+
+bool ReadUtf16(Subject& subject, SqlCommand& command)
+{
+    command.Finalize();
+    return command.Prepare(Utf16Query) && command.BindText(1, "null") &&
+           StepRows(command, [&] { subject.text += command.ColumnText(0); }) && command.Finalize();
+}
+
+bool FailStep(Subject&, SqlCommand& command)
+{
+    command.Finalize();
+    return command.Prepare(Overflow) && !command.Step() && command.GetLastError() == SQLITE_ERROR;
+}
+
+bool Move(Subject&, SqlCommand& command)
+{
+    SqlCommand taken(std::move(command));
+    command = std::move(taken);
+    return command.HasRowData();
 }
 
 } // namespace
@@ -150,20 +138,23 @@ std::vector<Scenario> CommandScenarios()
 {
     using S = Scenario;
     return {
-        S{"ConstructCommand", OpenConnection, Construct, {0, 1}},
-        S{"ExecuteInsert", MakeCommand, Execute<Insert>, {20, 0}},
-        S{"ExecuteTransaction", MakeWarmCommand, ExecuteTransaction, {40, 0}}.MayStayLocked(),
-        S{"ExecuteRejectedStatement", MakeWarmCommand, ExecuteRejected<Rejected>, {20, 1}},
-        S{"ExecuteStatementsTheLastOfWhichIsRejected", MakeWarmCommand, ExecuteRejected<RejectedAtLast>, {20, 1}}.After(
-            First),
-        S{"ExecuteStatementBeforeAComment", MakeWarmCommand, Execute<CommentAtLast>, {20, 0}}.After(First),
-        S{"InsertBoundValues", MakeWarmCommand, InsertBound, {20, 0}},
-        S{"ReadColumns", MakeCommand, ReadColumns, {20, 3}},
-        S{"ReadConvertedColumns", MakeCommand, ReadConverted, {20, 3}}.ConvertsText(),
-        S{"ReadUtf16Columns", ArrangeUtf16, ReadUtf16, {10, 1}}.ConvertsText(),
-        S{"FailStep", MakeCommand, FailStep, {10, 1}},
-        S{"MoveCommand", ArrangeSteppedCommand, Move, {0, 0}},
-        S{"DestroyCommandHoldingAStatement", MakeWarmCommand, DestroyHolding, {10, 1}},
+        S{"ConstructCommand", OpenConnection, {0, 1}, Construct},
+        S{"ExecuteInsert", MakeCommand, {20, 0}, On(Command, Execute<Insert>)},
+        S{"ExecuteTransaction", MakeWarmCommand, {40, 0}, On(Command, ExecuteTransaction)}.MayStayLocked(),
+        S{"ExecuteRejectedStatement", MakeWarmCommand, {20, 1}, On(Command, ExecuteRejected<Rejected>)},
+        S{"ExecuteStatementsTheLastOfWhichIsRejected",
+          MakeWarmCommand,
+          {20, 1},
+          On(Command, ExecuteRejected<RejectedAtLast>)}
+            .After(First),
+        S{"ExecuteStatementBeforeAComment", MakeWarmCommand, {20, 0}, On(Command, Execute<CommentAtLast>)}.After(First),
+        S{"InsertBoundValues", MakeWarmCommand, {20, 0}, On(Command, InsertBound)},
+        S{"ReadColumns", MakeCommand, {20, 3}, On(Command, ReadColumns)},
+        S{"ReadConvertedColumns", MakeCommand, {20, 3}, On(Command, ReadConverted)}.ConvertsText(),
+        S{"ReadUtf16Columns", ArrangeUtf16, {10, 1}, On(Command, ReadUtf16)}.ConvertsText(),
+        S{"FailStep", MakeCommand, {10, 1}, On(Command, FailStep)},
+        S{"MoveCommand", ArrangeSteppedCommand, {0, 0}, On(Command, Move)},
+        S{"DestroyCommandHoldingAStatement", MakeWarmCommand, {10, 1}, DestroyHolding},
     };
 }
 

@@ -11,14 +11,13 @@
 #include <stdexcept>
 
 #include "support/Cells.h"
-#include "support/OomInjector.h"
 #include "support/RawSqlite.h"
-#include "support/SqliteOomInjector.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
+const std::string StopsAfterFirstStep = "stops after the first step";
 const std::string PassesUndone = "reports success with nothing done";
 const std::string ThrowsForSqlite = "throws std::bad_alloc for SQLite";
 
@@ -27,35 +26,10 @@ std::string RefusesWith(const Refusal& refusal)
     return "is refused with code " + std::to_string(refusal.code) + ", \"" + std::string(refusal.message) + '"';
 }
 
-std::string StopsAfter(const std::string& content)
-{
-    return "stops after the first steps, with\n" + content;
-}
-
 // A message ending in ": " is followed by a name.
 bool Matches(std::string_view message, std::string_view expected)
 {
     return message == expected || (expected.ends_with(": ") && message.starts_with(expected));
-}
-
-template <typename Failing>
-Attempt Act(Course course, int succeeding, const Scenario& scenario, Subject& subject)
-{
-    Attempt attempt;
-    const Failing failing(succeeding, course == Course::Once ? FailureExtent::Once : FailureExtent::ForEver);
-    try {
-        attempt.report = scenario.act(subject);
-        attempt.outcome = attempt.report.Done() ? Outcome::Done : Outcome::Refused;
-    } catch (const std::bad_alloc&) {
-        attempt.outcome = Outcome::BadAlloc;
-    } catch (const std::exception& other) {
-        attempt.report = {false, 0, other.what()};
-    }
-    if (course == Course::UntilDestroyed) {
-        subject.DestroyObjects();
-    }
-    attempt.fired = failing.Fired();
-    return attempt;
 }
 
 Report ActWithMemory(const Scenario& scenario, Subject& subject)
@@ -81,8 +55,22 @@ std::ostream& operator<<(std::ostream& stream, const Attempt& attempt)
 
 Attempt ActWithout(Memory memory, Course course, int succeeding, const Scenario& scenario, Subject& subject)
 {
-    return memory == Memory::OfSqlite ? Act<SqliteOomInjector>(course, succeeding, scenario, subject)
-                                      : Act<OomInjector>(course, succeeding, scenario, subject);
+    Attempt attempt;
+    const OomInjector failing(succeeding, course == Course::Once ? FailureExtent::Once : FailureExtent::ForEver,
+                              memory);
+    try {
+        attempt.report = scenario.act(subject);
+        attempt.outcome = attempt.report.Done() ? Outcome::Done : Outcome::Refused;
+    } catch (const std::bad_alloc&) {
+        attempt.outcome = Outcome::BadAlloc;
+    } catch (const std::exception& other) {
+        attempt.report = {false, 0, other.what()};
+    }
+    if (course == Course::UntilDestroyed) {
+        subject.DestroyObjects();
+    }
+    attempt.fired = failing.Fired();
+    return attempt;
 }
 
 Expectation::Expectation(const Scenario& scenario, Memory memory, const std::string& path, const std::string& fresh,
@@ -105,13 +93,11 @@ Expectation::Expectation(const Scenario& scenario, Memory memory, const std::str
     }
 
     const bool ofSqlite = memory == Memory::OfSqlite;
-    if ((ofSqlite ? scenario.least.ofSqlite : scenario.least.ofNew) > 0) {
+    if (scenario.firstStep && (ofSqlite ? scenario.least.ofSqlite : scenario.least.ofNew) > 0) {
         StartAgain(path, fresh);
-        for (const std::string& statement : scenario.firstSteps) {
-            RawSqlite(path).Execute(statement);
-            m_afterFirstSteps.push_back(contents.Of(path));
-            m_used[StopsAfter(m_afterFirstSteps.back())] = false;
-        }
+        RawSqlite(path).Execute(*scenario.firstStep);
+        m_afterFirstStep = contents.Of(path);
+        m_used[StopsAfterFirstStep] = false;
     }
     for (const Refusal& refusal : ofSqlite ? scenario.refusalsForSqlite : scenario.refusalsForNew) {
         m_used[RefusesWith(refusal)] = false;
@@ -153,8 +139,8 @@ bool Expectation::MayRefuseWith(const Report& report)
         return report.Code() == refusal.code && Matches(report.Message(), refusal.message);
     };
     const bool ofSqlite = m_memory == Memory::OfSqlite;
-    const std::vector<Refusal>& licensed = ofSqlite ? m_scenario.refusalsForSqlite : m_scenario.refusalsForNew;
-    if (const auto found = std::ranges::find_if(licensed, matches); found != licensed.end()) {
+    const std::vector<Refusal>& allowed = ofSqlite ? m_scenario.refusalsForSqlite : m_scenario.refusalsForNew;
+    if (const auto found = std::ranges::find_if(allowed, matches); found != allowed.end()) {
         Use(RefusesWith(*found));
         return true;
     }
@@ -182,10 +168,10 @@ void Expectation::ExpectContent(const Attempt& attempt, const std::string& conte
         }
         return;
     }
-    const bool begun = std::ranges::find(m_afterFirstSteps, content) != m_afterFirstSteps.end();
+    const bool begun = content == m_afterFirstStep;
     EXPECT_TRUE(undone || begun) << content;
     if (begun) {
-        Use(StopsAfter(content));
+        Use(StopsAfterFirstStep);
     }
 }
 
@@ -203,7 +189,7 @@ void Expectation::ExpectContentAgain(const Attempt& attempt, const std::string& 
                                      const std::string& content) const
 {
     const bool wasDone = attempt.outcome == Outcome::Done && (m_scenario.mayStayLocked || before == m_once);
-    const bool wasBegun = std::ranges::find(m_afterFirstSteps, before) != m_afterFirstSteps.end();
+    const bool wasBegun = before == m_afterFirstStep;
     const std::string& expected = wasDone ? m_twice : m_once;
     EXPECT_TRUE(content == expected || (wasBegun && content == m_twice)) << content;
 }

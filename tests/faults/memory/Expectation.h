@@ -2,17 +2,16 @@
 
 #include <iosfwd>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "ContentCache.h"
 #include "Scenario.h"
+#include "support/OomInjector.h"
 
 namespace Morvik::sql::tests {
-
-/// Which allocator fails.
-enum class Memory { OfSqlite, OfNew };
 
 /// What happens after the first allocation that fails.
 enum class Course {
@@ -78,7 +77,7 @@ private:
     std::string m_before;
     std::string m_once;
     std::string m_twice;
-    std::vector<std::string> m_afterFirstSteps;
+    std::optional<std::string> m_afterFirstStep;
     std::string m_readOnce;
     std::string m_readTwice;
     std::vector<std::vector<std::string>> m_rowsOnce;

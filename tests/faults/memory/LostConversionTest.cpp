@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "support/HasError.h"
-#include "support/SqliteOomInjector.h"
+#include "support/OomInjector.h"
 
 namespace Morvik::sql::tests {
 
@@ -21,7 +21,7 @@ using testing::IsEmpty;
 // A number is read as a text, and SQLite needs memory for the text. When it has none, the value becomes NULL.
 class LostConversionTest : public testing::Test {
 protected:
-    static void SetUpTestSuite() { SqliteOomInjector::Install(); }
+    static void SetUpTestSuite() { WrapSqliteAllocator(); }
 
     LostConversionTest()
     {
@@ -34,7 +34,7 @@ protected:
     template <typename Asking>
     static auto WithoutMemory(const Asking& asking)
     {
-        const SqliteOomInjector failing(0);
+        const OomInjector failing(0, FailureExtent::Once, Memory::OfSqlite);
         auto answer = asking();
         EXPECT_TRUE(failing.Fired());
         return answer;

@@ -10,9 +10,7 @@
 #include "Expectation.h"
 #include "Scenario.h"
 #include "support/ChildProcess.h"
-#include "support/OomInjector.h"
 #include "support/RawSqlite.h"
-#include "support/SqliteOomInjector.h"
 #include "support/TemporaryDirectory.h"
 
 // Sync calls do nothing here: these tests do not check what reaches the disk, and waiting for it would take most of the
@@ -51,7 +49,7 @@ std::string NameOf(const testing::TestParamInfo<Parameters>& info)
 
 class MemoryFaultTest : public testing::TestWithParam<Parameters> {
 protected:
-    static void SetUpTestSuite() { SqliteOomInjector::Install(); }
+    static void SetUpTestSuite() { WrapSqliteAllocator(); }
 
     MemoryFaultTest()
     {

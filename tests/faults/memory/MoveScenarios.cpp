@@ -162,13 +162,13 @@ std::vector<Scenario> MoveScenarios()
 {
     using S = Scenario;
     return {
-        S{"MoveOntoAnOpenCursor", ArrangeOpenCursor, ReplaceCursor, {20, 2}}.WithoutSqlite(FailedStep),
-        S{"MoveOntoAFailedCursor", MakeWarmCursor, ReplaceFailedCursor, {20, 3}}.WithoutSqlite(FailedStep),
-        S{"MoveOntoACommandHoldingAStatement", ArrangeSteppedCommand, ReplaceCommand, {20, 1}},
-        S{"MoveOntoAFailedCommand", MakeWarmCommand, ReplaceFailedCommand, {20, 2}},
-        S{"WalkMovedCursor", MakeWarmCursor, WalkMovedCursor, {20, 3}},
-        S{"StepMovedCommand", MakeWarmCommand, StepMovedCommand, {20, 2}},
-        S{"UseMovedConnectionHoldingAStatement", ArrangeSteppedCommand, UseMovedConnection, {20, 2}},
+        S{"MoveOntoAnOpenCursor", ArrangeOpenCursor, {20, 2}, ReplaceCursor}.WithoutSqlite(FailedStep),
+        S{"MoveOntoAFailedCursor", MakeWarmCursor, {20, 3}, ReplaceFailedCursor}.WithoutSqlite(FailedStep),
+        S{"MoveOntoACommandHoldingAStatement", ArrangeSteppedCommand, {20, 1}, ReplaceCommand},
+        S{"MoveOntoAFailedCommand", MakeWarmCommand, {20, 2}, ReplaceFailedCommand},
+        S{"WalkMovedCursor", MakeWarmCursor, {20, 3}, WalkMovedCursor},
+        S{"StepMovedCommand", MakeWarmCommand, {20, 2}, StepMovedCommand},
+        S{"UseMovedConnectionHoldingAStatement", ArrangeSteppedCommand, {20, 2}, UseMovedConnection},
     };
 }
 

@@ -8,12 +8,8 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-const Refusal CreateDirectoryFailed{111, "Create directory failed: "};
 const std::string MemoryPath = ":memory:";
 const std::string Query = "SELECT id, name FROM t WHERE id > ? ORDER BY id";
-
-constexpr auto Connection = &Subject::connection;
-constexpr auto Facade = &Subject::facade;
 
 bool OpenPath(SqlDatabase& connection, const std::string& path, bool readOnly)
 {
@@ -80,84 +76,85 @@ Report ConstructFacade(Subject& subject)
     return ReportOf(!subject.facade->IsOpen() && subject.facade->Succeeded(), *subject.facade);
 }
 
-template <auto Object, bool ReadOnly = false>
-Report Open(Subject& subject)
+template <typename Object>
+bool OpenReadOnly(Subject& subject, Object& object)
 {
-    auto& object = *(subject.*Object);
-    return ReportOf(ClosePath(object) && OpenPath(object, subject.path, ReadOnly), object);
+    return ClosePath(object) && OpenPath(object, subject.path, true);
 }
 
-Report OpenInMemory(Subject& subject)
+template <typename Object>
+bool OpenForWriting(Subject& subject, Object& object)
 {
-    SqlDatabase& connection = *subject.connection;
-    return ReportOf(connection.Close() && connection.Open(MemoryPath, false), connection);
+    return ClosePath(object) && OpenPath(object, subject.path, false);
 }
 
-template <auto Object>
-Report OpenMissingFile(Subject& subject)
+bool OpenInMemory(Subject&, SqlDatabase& connection)
 {
-    auto& object = *(subject.*Object);
-    const bool opened = OpenPath(object, subject.path, true);
-    return ReportOf(!opened && object.GetLastError() == SQLITE_CANTOPEN, object);
+    return connection.Close() && connection.Open(MemoryPath, false);
 }
 
-template <auto Object>
-Report Close(Subject& subject)
+template <typename Object>
+bool OpenMissingFile(Subject& subject, Object& object)
 {
-    auto& object = *(subject.*Object);
-    return ReportOf((object.IsOpen() || OpenPath(object, subject.path, false)) && ClosePath(object), object);
+    return !OpenPath(object, subject.path, true) && object.GetLastError() == SQLITE_CANTOPEN;
 }
 
-template <auto Object>
-Report CloseInUse(Subject& subject)
+template <typename Object>
+bool Close(Subject& subject, Object& object)
 {
-    auto& object = *(subject.*Object);
-    return ReportOf(!ClosePath(object) && object.GetLastError() == SQLITE_BUSY && object.IsOpen(), object);
+    return (object.IsOpen() || OpenPath(object, subject.path, false)) && ClosePath(object);
 }
 
-Report CloseWhileAQueryIsOpen(Subject& subject)
+template <typename Object>
+bool CloseInUse(Subject&, Object& object)
 {
-    return subject.facade->SqlQueryBegin(Query) ? CloseInUse<Facade>(subject) : ReportOf(false, *subject.facade);
+    return !ClosePath(object) && object.GetLastError() == SQLITE_BUSY && object.IsOpen();
 }
 
-Report Move(Subject& subject)
+bool CloseWhileAQueryIsOpen(Subject& subject, DatabaseApi& facade)
+{
+    return facade.SqlQueryBegin(Query) && CloseInUse(subject, facade);
+}
+
+bool Move(Subject&, SqlDatabase& connection)
 {
     NoDestructor<SqlDatabase> taken;
-    *taken = std::move(*subject.connection);
-    *subject.connection = std::move(*taken);
-    return ReportOf(subject.connection->IsOpen(), *subject.connection);
+    *taken = std::move(connection);
+    connection = std::move(*taken);
+    return connection.IsOpen();
 }
 
 } // namespace
 
 std::vector<Scenario> OpeningScenarios()
 {
-    constexpr bool ReadOnly = true;
     using S = Scenario;
-    return {
-        S{"ConstructConnection", Nothing, ConstructConnection, {0, 1}},
-        S{"OpenFile", OpenConnection, Open<Connection>, {50, 1}}.WithoutNew(CreateDirectoryFailed),
-        S{"OpenFileReadOnly", OpenConnection, Open<Connection, ReadOnly>, {50, 1}}.WithoutNew(CreateDirectoryFailed),
-        S{"OpenInMemory", OpenConnection, OpenInMemory, {50, 0}},
-        S{"OpenInMissingDirectories", CreateWithoutDirectories<Connection>, Open<Connection>, {50, 3}}.WithoutNew(
-            CreateDirectoryFailed),
-        S{"OpenForTheFirstTime", CreateForFirstUse, Open<Connection>, {55, 1}}.WithoutNew(CreateDirectoryFailed),
-        S{"OpenMissingFile", CreateWithoutFile<Connection>, OpenMissingFile<Connection>, {10, 2}}.WithoutNew(
-            CreateDirectoryFailed),
-        S{"CloseConnection", OpenConnection, Close<Connection>, {0, 0}},
-        S{"CloseConnectionWithHeldStatement", HoldStatement, CloseInUse<Connection>, {1, 1}},
-        S{"MoveConnection", OpenConnection, Move, {0, 1}},
-
-        S{"ConstructFacade", Nothing, ConstructFacade, {0, 3}},
-        S{"OpenDatabase", Create<Facade>, Open<Facade>, {50, 1}}.WithoutNew(CreateDirectoryFailed),
-        S{"OpenDatabaseReadOnly", Create<Facade>, Open<Facade, ReadOnly>, {50, 1}}.WithoutNew(CreateDirectoryFailed),
-        S{"OpenDatabaseInMissingDirectories", CreateWithoutDirectories<Facade>, Open<Facade>, {50, 3}}.WithoutNew(
-            CreateDirectoryFailed),
-        S{"OpenMissingDatabase", CreateWithoutFile<Facade>, OpenMissingFile<Facade>, {10, 2}}.WithoutNew(
-            CreateDirectoryFailed),
-        S{"CloseDatabase", OpenFacade, Close<Facade>, {0, 0}},
-        S{"CloseDatabaseWhileAQueryIsOpen", OpenWarmFacade, CloseWhileAQueryIsOpen, {10, 1}},
+    std::vector<Scenario> creating{
+        S{"OpenFile", OpenConnection, {50, 1}, On(Connection, OpenForWriting)},
+        S{"OpenFileReadOnly", OpenConnection, {50, 1}, On(Connection, OpenReadOnly)},
+        S{"OpenInMissingDirectories", CreateWithoutDirectories<Connection>, {50, 3}, On(Connection, OpenForWriting)},
+        S{"OpenForTheFirstTime", CreateForFirstUse, {55, 1}, On(Connection, OpenForWriting)},
+        S{"OpenMissingFile", CreateWithoutFile<Connection>, {10, 2}, On(Connection, OpenMissingFile)},
+        S{"OpenDatabase", Create<Facade>, {50, 1}, On(Facade, OpenForWriting)},
+        S{"OpenDatabaseReadOnly", Create<Facade>, {50, 1}, On(Facade, OpenReadOnly)},
+        S{"OpenDatabaseInMissingDirectories", CreateWithoutDirectories<Facade>, {50, 3}, On(Facade, OpenForWriting)},
+        S{"OpenMissingDatabase", CreateWithoutFile<Facade>, {10, 2}, On(Facade, OpenMissingFile)},
     };
+    for (Scenario& scenario : creating) {
+        scenario.refusalsForNew = {{111, "Create directory failed: "}};
+    }
+    std::vector<Scenario> all{
+        S{"ConstructConnection", Nothing, {0, 1}, ConstructConnection},
+        S{"OpenInMemory", OpenConnection, {50, 0}, On(Connection, OpenInMemory)},
+        S{"CloseConnection", OpenConnection, {0, 0}, On(Connection, Close)},
+        S{"CloseConnectionWithHeldStatement", HoldStatement, {1, 1}, On(Connection, CloseInUse)},
+        S{"MoveConnection", OpenConnection, {0, 1}, On(Connection, Move)},
+        S{"ConstructFacade", Nothing, {0, 3}, ConstructFacade},
+        S{"CloseDatabase", OpenFacade, {0, 0}, On(Facade, Close)},
+        S{"CloseDatabaseWhileAQueryIsOpen", OpenWarmFacade, {10, 1}, On(Facade, CloseWhileAQueryIsOpen)},
+    };
+    all.insert(all.end(), creating.begin(), creating.end());
+    return all;
 }
 
 } // namespace Morvik::sql::tests

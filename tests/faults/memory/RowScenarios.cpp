@@ -47,21 +47,20 @@ void ArrangeTimes(Subject& subject)
           TagCell(DbTableColumnType::DateTimeNowLocalTime), TagCell(DbTableColumnType::UnixTimeNow)}}};
 }
 
-Report Write(Subject& subject)
+bool Write(Subject& subject, DatabaseApi& facade)
 {
-    return ReportOf(subject.facade->WriteTableValues(Table, subject.write), *subject.facade);
+    return facade.WriteTableValues(Table, subject.write);
 }
 
-Report WriteInvalid(Subject& subject)
+bool WriteInvalid(Subject& subject, DatabaseApi& facade)
 {
-    const bool written = subject.facade->WriteTableValues(Table, subject.write);
-    return ReportOf(!written && subject.facade->GetLastError() == 1, *subject.facade);
+    return !facade.WriteTableValues(Table, subject.write) && facade.GetLastError() == 1;
 }
 
 template <const std::string& Selected>
-Report Update(Subject& subject)
+bool Update(Subject& subject, DatabaseApi& facade)
 {
-    return ReportOf(subject.facade->UpdateTableValues(Table, subject.write, Selected), *subject.facade);
+    return facade.UpdateTableValues(Table, subject.write, Selected);
 }
 
 // Reads the row in place, because copying its cells is not safe when memory fails (see DbTableColumnValue).
@@ -81,59 +80,55 @@ void Note(Subject& subject, const DbTableRowValues& row)
     }
 }
 
-Report ReadTable(Subject& subject)
+bool ReadTable(Subject& subject, DatabaseApi& facade)
 {
-    return ReportOf(subject.facade->ReadTableValues(Table, subject.data), *subject.facade);
+    return facade.ReadTableValues(Table, subject.data);
 }
 
 template <const std::string& Sql>
-Report Read(Subject& subject)
+bool Read(Subject& subject, DatabaseApi& facade)
 {
-    return ReportOf(subject.facade->ReadValues(Sql, subject.data), *subject.facade);
+    return facade.ReadValues(Sql, subject.data);
 }
 
 // A failed step has the generic code; closing returns the code of the failure.
-Report ReadFailing(Subject& subject)
+bool ReadFailing(Subject& subject, DatabaseApi& facade)
 {
-    DatabaseApi& facade = *subject.facade;
     const bool read = facade.ReadValues(Failing, subject.data);
     if (facade.GetLastError() != 1) {
-        return ReportOf(read, facade);
+        return read;
     }
     const bool closed = facade.CloseReadTable();
-    return ReportOf(!read && !closed && facade.GetLastError() == 1, facade);
+    return !read && !closed && facade.GetLastError() == 1;
 }
 
 template <const std::string& Sql>
-Report Walk(Subject& subject)
+bool Walk(Subject& subject, DatabaseApi& facade)
 {
-    DatabaseApi& facade = *subject.facade;
     if (!facade.SqlQueryBegin(Sql)) {
-        return ReportOf(false, facade);
+        return false;
     }
     while (facade.ReadNextRow(subject.row)) {
         Note(subject, subject.row);
     }
-    return ReportOf(facade.Succeeded() && facade.CloseReadTable(), facade);
+    return facade.Succeeded() && facade.CloseReadTable();
 }
 
-Report Iterate(Subject& subject)
+bool Iterate(Subject& subject, DatabaseApi& facade)
 {
-    DatabaseApi& facade = *subject.facade;
     if (!facade.SqlQueryBegin(Query)) {
-        return ReportOf(false, facade);
+        return false;
     }
     for (const DbTableRowValues& row : facade) {
         Note(subject, row);
     }
-    return ReportOf(facade.Succeeded() && facade.CloseReadTable(), facade);
+    return facade.Succeeded() && facade.CloseReadTable();
 }
 
 // The query stays open until the next query begins or the facade is destroyed.
-Report LeaveQueryOpen(Subject& subject)
+bool LeaveQueryOpen(Subject& subject, DatabaseApi& facade)
 {
-    DatabaseApi& facade = *subject.facade;
-    return ReportOf(facade.SqlQueryBegin(Query) && facade.ReadNextRow(subject.row), facade);
+    return facade.SqlQueryBegin(Query) && facade.ReadNextRow(subject.row);
 }
 
 } // namespace
@@ -143,21 +138,25 @@ std::vector<Scenario> RowScenarios()
     const Refusal nearParenthesis{1, "near \")\": syntax error"};
     using S = Scenario;
     return {
-        S{"WriteTableValues", ArrangeRows, Write, {40, 2}},
-        S{"WriteTextWithQuotes", ArrangeQuotes, Write, {25, 4}}.WithoutNew(nearParenthesis),
-        S{"WriteInvalidCell", ArrangeInvalidCell, WriteInvalid, {5, 3}},
-        S{"UpdateTableValues", ArrangeRows, Update<Condition>, {40, 2}},
-        S{"UpdateTextWithQuotes", ArrangeQuotes, Update<Condition>, {40, 4}}.WithoutNew(nearParenthesis),
-        S{"UpdateNoRowWithTimes", ArrangeTimes, Update<NoRow>, {20, 2}},
+        S{"WriteTableValues", ArrangeRows, {40, 2}, On(Facade, Write)},
+        S{"WriteTextWithQuotes", ArrangeQuotes, {25, 4}, On(Facade, Write)}.WithoutNew(nearParenthesis),
+        S{"WriteInvalidCell", ArrangeInvalidCell, {5, 3}, On(Facade, WriteInvalid)},
+        S{"UpdateTableValues", ArrangeRows, {40, 2}, On(Facade, Update<Condition>)},
+        S{"UpdateTextWithQuotes", ArrangeQuotes, {40, 4}, On(Facade, Update<Condition>)}.WithoutNew(nearParenthesis),
+        S{"UpdateNoRowWithTimes", ArrangeTimes, {20, 2}, On(Facade, Update<NoRow>)},
 
-        S{"ReadTableValues", OpenWarmFacade, ReadTable, {20, 5}}.WithoutSqlite(FailedStep),
-        S{"ReadValues", OpenFacade, Read<Query>, {20, 5}}.WithoutSqlite(FailedStep),
-        S{"ReadConvertedValues", OpenWarmFacade, Read<Conversions>, {20, 5}}.WithoutSqlite(FailedStep).ConvertsText(),
-        S{"ReadValuesFailing", OpenWarmFacade, ReadFailing, {20, 3}},
-        S{"ReadNextRow", OpenWarmFacade, Walk<Query>, {20, 5}}.WithoutSqlite(FailedStep),
-        S{"ReadNextConvertedRow", OpenWarmFacade, Walk<Conversions>, {20, 5}}.WithoutSqlite(FailedStep).ConvertsText(),
-        S{"IterateOverRows", OpenWarmFacade, Iterate, {20, 5}}.WithoutSqlite(FailedStep),
-        S{"LeaveQueryOpen", OpenWarmFacade, LeaveQueryOpen, {20, 2}}.WithoutSqlite(FailedStep),
+        S{"ReadTableValues", OpenWarmFacade, {20, 5}, On(Facade, ReadTable)}.WithoutSqlite(FailedStep),
+        S{"ReadValues", OpenFacade, {20, 5}, On(Facade, Read<Query>)}.WithoutSqlite(FailedStep),
+        S{"ReadConvertedValues", OpenWarmFacade, {20, 5}, On(Facade, Read<Conversions>)}
+            .WithoutSqlite(FailedStep)
+            .ConvertsText(),
+        S{"ReadValuesFailing", OpenWarmFacade, {20, 3}, On(Facade, ReadFailing)},
+        S{"ReadNextRow", OpenWarmFacade, {20, 5}, On(Facade, Walk<Query>)}.WithoutSqlite(FailedStep),
+        S{"ReadNextConvertedRow", OpenWarmFacade, {20, 5}, On(Facade, Walk<Conversions>)}
+            .WithoutSqlite(FailedStep)
+            .ConvertsText(),
+        S{"IterateOverRows", OpenWarmFacade, {20, 5}, On(Facade, Iterate)}.WithoutSqlite(FailedStep),
+        S{"LeaveQueryOpen", OpenWarmFacade, {20, 2}, On(Facade, LeaveQueryOpen)}.WithoutSqlite(FailedStep),
     };
 }
 

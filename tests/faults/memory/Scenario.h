@@ -7,9 +7,11 @@
 
 #include <array>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -101,14 +103,14 @@ struct Scenario {
     /// Prepares what the scenario needs, while memory is available.
     void (*arrange)(Subject& subject);
 
-    /// Runs the operation. It allocates only for what it reads, and reports success only if everything succeeded.
-    Report (*act)(Subject& subject);
-
     LeastAllocations least;
+
+    /// Runs the operation. It allocates only for what it reads, and reports success only if everything succeeded.
+    std::function<Report(Subject& subject)> act;
 
     std::vector<Refusal> refusalsForSqlite{};
     std::vector<Refusal> refusalsForNew{};
-    std::vector<std::string> firstSteps{};
+    std::optional<std::string> firstStep{};
     bool mayPassUndone = false;
     bool convertsText = false;
     bool mayStayLocked = false;
@@ -121,7 +123,7 @@ struct Scenario {
     Scenario WithoutNew(Refusal refusal) const { return With(&Scenario::refusalsForNew, std::vector{refusal}); }
 
     /// A statement that may have been executed already when the scenario fails.
-    Scenario After(std::string statement) const { return With(&Scenario::firstSteps, std::vector{statement}); }
+    Scenario After(std::string statement) const { return With(&Scenario::firstStep, std::optional(statement)); }
 
     /// The scenario may report success without an effect, if SQLite's memory failed where the library must not report
     /// it.
@@ -142,6 +144,22 @@ private:
         return copy;
     }
 };
+
+/// An operation of one of the subject's objects; its report is the error of that object.
+template <typename Object>
+std::function<Report(Subject&)> On(std::optional<Object> Subject::*object,
+                                   std::type_identity_t<bool (*)(Subject& subject, Object& object)> operation)
+{
+    return [=](Subject& subject) {
+        Object& used = *(subject.*object);
+        return ReportOf(operation(subject, used), used);
+    };
+}
+
+constexpr auto Connection = &Subject::connection;
+constexpr auto Command = &Subject::command;
+constexpr auto Cursor = &Subject::cursor;
+constexpr auto Facade = &Subject::facade;
 
 std::vector<Scenario> OpeningScenarios();
 std::vector<Scenario> CommandScenarios();
@@ -166,16 +184,16 @@ void OpenWarmFacade(Subject& subject);
 /// Opens the query, calls `read` for each row, and closes the cursor. Only the code distinguishes the end of the rows
 /// from a failed step. A failed step has the generic code; closing returns the specific one.
 template <typename Read>
-Report ReadRows(const SqlTable& cursor, const std::string& query, const Read& read)
+bool ReadRows(const SqlTable& cursor, const std::string& query, const Read& read)
 {
     if (!cursor.Open(query)) {
-        return ReportOf(false, cursor);
+        return false;
     }
     while (cursor.ReadNext()) {
         read();
     }
     const bool ended = cursor.GetLastError() == 0;
-    return ReportOf(cursor.Close() && ended, cursor);
+    return cursor.Close() && ended;
 }
 
 /// Steps the statement, and calls `read` for each row. Returns whether no step failed.

@@ -47,26 +47,26 @@ void ArrangeLongDefinition(Subject& subject)
     subject.definition.constraints.foreignKey = {"room of the reading", "time of the reading"};
 }
 
-Report Create(Subject& subject)
+bool Create(Subject& subject, DatabaseApi& facade)
 {
-    return ReportOf(subject.facade->CreateTable(subject.definition), *subject.facade);
+    return facade.CreateTable(subject.definition);
 }
 
-Report Exists(Subject& subject)
+bool Exists(Subject& subject, DatabaseApi& facade)
 {
-    return ReportOf(subject.facade->ExistsTable(Table, subject.result), *subject.facade);
+    return facade.ExistsTable(Table, subject.result);
 }
 
-Report Drop(Subject& subject)
+bool Drop(Subject&, DatabaseApi& facade)
 {
-    return ReportOf(subject.facade->DropTable(Room), *subject.facade);
+    return facade.DropTable(Room);
 }
 
 // Renames the table, and at the next call renames it back.
-Report Alter(Subject& subject)
+bool Alter(Subject& subject, DatabaseApi& facade)
 {
     const bool there = subject.timesDone % 2 == 0;
-    return ReportOf(subject.facade->AlterTable(there ? Room : Chamber, there ? Chamber : Room), *subject.facade);
+    return facade.AlterTable(there ? Room : Chamber, there ? Chamber : Room);
 }
 
 Report Count(Subject& subject)
@@ -81,35 +81,30 @@ Report FailCount(Subject& subject)
     return {rows == 0 && subject.result == 1, subject.result, subject.facade->GetLastErrorMsg()};
 }
 
-Report Execute(Subject& subject)
+bool Execute(Subject&, DatabaseApi& facade)
 {
-    return ReportOf(subject.facade->Execute(Insert), *subject.facade);
+    return facade.Execute(Insert);
 }
 
-Report ExecuteRejected(Subject& subject)
+bool ExecuteRejected(Subject&, DatabaseApi& facade)
 {
-    const bool executed = subject.facade->Execute(Nonsense);
-    return ReportOf(!executed && subject.facade->GetLastError() == SQLITE_ERROR, *subject.facade);
+    return !facade.Execute(Nonsense) && facade.GetLastError() == SQLITE_ERROR;
 }
 
 Report PrepareStatement(Subject& subject)
 {
     SqlCommand& statement = subject.statement.emplace(subject.facade->PrepareStatement(Query));
-    const bool read =
-        statement.BindInteger(1, 1) && StepRows(statement, [&] { subject.text += statement.ColumnText(1); });
-    return ReportOf(read && statement.Finalize(), statement);
+    const auto read = [&] { subject.text += statement.ColumnText(1); };
+    return ReportOf(statement.BindInteger(1, 1) && StepRows(statement, read) && statement.Finalize(), statement);
 }
 
 // The failed checks of operations without a database; each leaves a different message.
-Report UseClosed(Subject& subject)
+bool UseClosed(Subject& subject, DatabaseApi& facade)
 {
-    DatabaseApi& facade = *subject.facade;
-    const bool refused =
-        !facade.CreateTable(subject.definition) && !facade.DropTable(Table) && !facade.AlterTable(Table, Table) &&
-        !facade.Execute(Empty) && !facade.WriteTableValues(Empty, subject.write) &&
-        !facade.UpdateTableValues(Table, subject.write, Empty) && !facade.ReadValues(Query, subject.data) &&
-        !facade.SqlQueryBegin(Query) && !facade.ReadNextRow(subject.row) && facade.CloseReadTable();
-    return ReportOf(refused, facade);
+    return !facade.CreateTable(subject.definition) && !facade.DropTable(Table) && !facade.AlterTable(Table, Table) &&
+           !facade.Execute(Empty) && !facade.WriteTableValues(Empty, subject.write) &&
+           !facade.UpdateTableValues(Table, subject.write, Empty) && !facade.ReadValues(Query, subject.data) &&
+           !facade.SqlQueryBegin(Query) && !facade.ReadNextRow(subject.row) && facade.CloseReadTable();
 }
 
 template <auto Part, auto Render>
@@ -151,24 +146,24 @@ std::vector<Scenario> TableScenarios()
     constexpr auto ForeignKey = RenderPart<Constraints, &DbTableConstraints::ForeignKeyConstraintAsString>;
     constexpr auto TableConstraint = RenderPart<Itself, &DbTableDefinition::TableConstraintAsString>;
     return {
-        S{"Execute", OpenWarmFacade, Execute, {20, 1}},
-        S{"ExecuteRejectedText", OpenWarmFacade, ExecuteRejected, {5, 2}},
-        S{"PrepareStatement", OpenWarmFacade, PrepareStatement, {10, 2}},
-        S{"UseClosedFacade", MakeClosedFacade, UseClosed, {0, 1}},
+        S{"Execute", OpenWarmFacade, {20, 1}, On(Facade, Execute)},
+        S{"ExecuteRejectedText", OpenWarmFacade, {5, 2}, On(Facade, ExecuteRejected)},
+        S{"PrepareStatement", OpenWarmFacade, {10, 2}, PrepareStatement},
+        S{"UseClosedFacade", MakeClosedFacade, {0, 1}, On(Facade, UseClosed)},
 
-        S{"CreateTable", ArrangeDefinition, Create, {40, 5}},
-        S{"ExistsTable", OpenFacade, Exists, {10, 2}}.WithoutSqlite({{0, ""}}),
-        S{"DropTable", OpenWarmFacade, Drop, {40, 4}}.After("DELETE FROM room").MayPassUndone(),
-        S{"AlterTable", OpenWarmFacade, Alter, {40, 3}}.WithoutSqlite(
+        S{"CreateTable", ArrangeDefinition, {40, 5}, On(Facade, Create)},
+        S{"ExistsTable", OpenFacade, {10, 2}, On(Facade, Exists)}.WithoutSqlite({{0, ""}}),
+        S{"DropTable", OpenWarmFacade, {40, 4}, On(Facade, Drop)}.After("DELETE FROM room").MayPassUndone(),
+        S{"AlterTable", OpenWarmFacade, {40, 3}, On(Facade, Alter)}.WithoutSqlite(
             {{113, "No table exists: "}, {7, "unable to open a temporary database file for storing temporary tables"}}),
-        S{"ExistData", OpenWarmFacade, Count, {20, 3}}.WithoutSqlite({{0, ""}}).WithoutNew({110, ""}),
-        S{"ExistDataFailing", OpenWarmFacade, FailCount, {20, 3}}.WithoutSqlite({{0, ""}}).WithoutNew({110, ""}),
+        S{"ExistData", OpenWarmFacade, {20, 3}, Count}.WithoutSqlite({{0, ""}}).WithoutNew({110, ""}),
+        S{"ExistDataFailing", OpenWarmFacade, {20, 3}, FailCount}.WithoutSqlite({{0, ""}}).WithoutNew({110, ""}),
 
-        S{"RenderColumnConstraints", ArrangeLongDefinition, ColumnConstraints, {0, 2}},
-        S{"RenderColumnDefinition", ArrangeLongDefinition, ColumnDefinition, {0, 3}},
-        S{"RenderForeignKey", ArrangeLongDefinition, ForeignKey, {0, 3}},
-        S{"RenderTableConstraint", ArrangeLongDefinition, TableConstraint, {0, 4}},
-        S{"CopyDefinition", ArrangeLongDefinition, CopyDefinition, {0, 5}},
+        S{"RenderColumnConstraints", ArrangeLongDefinition, {0, 2}, ColumnConstraints},
+        S{"RenderColumnDefinition", ArrangeLongDefinition, {0, 3}, ColumnDefinition},
+        S{"RenderForeignKey", ArrangeLongDefinition, {0, 3}, ForeignKey},
+        S{"RenderTableConstraint", ArrangeLongDefinition, {0, 4}, TableConstraint},
+        S{"CopyDefinition", ArrangeLongDefinition, {0, 5}, CopyDefinition},
     };
 }
 
