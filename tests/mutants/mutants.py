@@ -71,16 +71,20 @@ def try_mutant(mutant: Mutant, builder: Builder, suite: Suite) -> str:
     return found
 
 
+def shown(mutant: Mutant) -> str:
+    file, function, before, after, _ = mutant.key
+    return f"{file}:{mutant.line} {function}\n  - {before}\n  + {after}"
+
+
 def try_all(mutants: list[Mutant], builder: Builder, suite: Suite, workers: int, results: dict[Key, str],
             keep: bool) -> None:
     with concurrent.futures.ThreadPoolExecutor(workers) as pool:
         running = {pool.submit(try_mutant, mutant, builder, suite): mutant for mutant in mutants}
         for tried, future in enumerate(concurrent.futures.as_completed(running), 1):
             mutant = running[future]
-            file, _, before, after, _ = mutant.key
             results[mutant.key] = future.result()
             if future.result() == "survived":
-                print(f"survived: {file}:{mutant.line}\n  - {before}\n  + {after}", flush=True)
+                print(f"survived: {shown(mutant)}", flush=True)
             if tried % 50 == 0:
                 print(f"{tried} of {len(mutants)} tried", flush=True)
             if keep:
@@ -129,10 +133,7 @@ def main() -> int:
         results = {key: found for key, found in earlier.items() if key in keys}
     mutants = choose(options, existing, results)
     if options.list:
-        for mutant in mutants:
-            file, function, before, after, _ = mutant.key
-            print(f"{file}:{mutant.line} {function}\n  - {before}\n  + {after}")
-        print(len(mutants), "mutants")
+        print(*map(shown, mutants), f"{len(mutants)} mutants", sep="\n")
         return 0
 
     started = time.monotonic()

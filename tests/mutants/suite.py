@@ -51,20 +51,14 @@ class Suite:
 
     def measure(self, programs: Programs, program: str) -> list[Test]:
         """Runs every test on the unchanged library: each must pass, and its duration is the base of its time limit."""
-        listed = self.report(programs, program, "--gtest_list_tests")
-        files = {name: pathlib.Path(test["file"]).stem for name, test in listed}
-        return [Test(program, name, files[name], float(test["time"].rstrip("s")))
-                for name, test in self.report(programs, program)]
-
-    def report(self, programs: Programs, program: str, *options: str) -> list[tuple[str, dict]]:
         with scratch(self.work) as directory:
-            output = directory / "report.json"
-            status, log = run(programs, program, directory, PROGRAMS[program], 120, f"--gtest_output=json:{output}",
-                              *options)
+            report = directory / "report.json"
+            status, log = run(programs, program, directory, PROGRAMS[program], 120, f"--gtest_output=json:{report}")
             if status != 0:
                 raise SuiteFails(f"{program} fails without any change:\n{log[-4000:]}")
-            return [(f"{suite['name']}.{test['name']}", test)
-                    for suite in json.loads(output.read_text())["testsuites"] for test in suite["testsuite"]]
+            return [Test(program, f"{suite['name']}.{test['name']}", pathlib.Path(test["file"]).stem,
+                         float(test["time"].rstrip("s")))
+                    for suite in json.loads(report.read_text())["testsuites"] for test in suite["testsuite"]]
 
     def notices(self, mutated_file: str, programs: Programs) -> str:
         """Returns how the mutant was noticed: "killed", "timed out", or "survived"."""
