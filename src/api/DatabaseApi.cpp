@@ -1,5 +1,7 @@
 #include <sql/DatabaseApi.h>
 
+#include <cstring>
+
 #include "access/ResultCode.h"
 #include "api/DatabaseApiImpl.h"
 
@@ -7,10 +9,17 @@ namespace Morvik::sql {
 
 DatabaseApi::Impl::Impl() : table(database) {}
 
-bool DatabaseApi::Impl::Fail(int failureCode, std::string_view failureMessage)
+// The two are not inlined, and the view is passed on by its fields, because operator= takes its address. Otherwise each
+// of the many callers would have code that protects the stack.
+[[gnu::noinline]] bool DatabaseApi::Impl::Fail(int failureCode, const char* failureMessage)
+{
+    return Fail(failureCode, {failureMessage, std::strlen(failureMessage)});
+}
+
+[[gnu::noinline]] bool DatabaseApi::Impl::Fail(int failureCode, std::string_view failureMessage)
 {
     code = failureCode;
-    message = failureMessage;
+    message.assign(failureMessage.data(), failureMessage.size());
     return false;
 }
 

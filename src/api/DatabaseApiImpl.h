@@ -30,6 +30,7 @@ struct __attribute__((visibility("hidden"))) DatabaseApi::Impl {
     void ResetCode() noexcept { code = 0; }
 
     /// Records a failed check and returns false.
+    bool Fail(int failureCode, const char* failureMessage);
     bool Fail(int failureCode, std::string_view failureMessage);
 
     /// Copies the code and the message of a connection, command or cursor.
