@@ -108,7 +108,11 @@ int DatabaseApi::ExistData(const std::string& table, const std::string& conditio
         DbTableRowValues row;
         if (ReadNextRow(row) && !row.cells.empty()) {
             const int* const counted = std::get_if<int>(&row.cells.front().value);
-            counted != nullptr ? count = *counted : result = CaughtException;
+            if (counted != nullptr) {
+                count = *counted;
+            } else {
+                result = CaughtException;
+            }
         }
     } catch (...) {
         result = CaughtException;
