@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -21,11 +22,23 @@ public:
 
     [[gnu::always_inline]] void Append(char character)
     {
-        *Reserve(1) = character;
-        ++m_end;
+        char* const end = Reserve(1);
+        *end = character;
+        m_end = end + 1;
     }
 
-    void Append(std::string_view piece) { m_end += piece.copy(Reserve(piece.size()), piece.size()); }
+    /// The piece must not be a null view.
+    void Append(std::string_view piece)
+    {
+        m_end = static_cast<char*>(std::memcpy(Reserve(piece.size()), piece.data(), piece.size())) + piece.size();
+    }
+
+    void Append(char character, std::string_view piece)
+    {
+        char* const end = Reserve(piece.size() + 1);
+        *end = character;
+        m_end = static_cast<char*>(std::memcpy(end + 1, piece.data(), piece.size())) + piece.size();
+    }
 
     /// Returns the end of the text, with space for `size` bytes after it. SetEnd() tells how many of them were written.
     [[gnu::always_inline]] char* Reserve(std::size_t size)

@@ -47,9 +47,11 @@ bool AppendNumberOf(SqlBuffer& sql, const DbTableColumnValue& cell)
 // O'Brien is stored as O''Brien, and an update reads a text that equals a column's name as that column.
 [[gnu::always_inline]] inline bool AppendQuoted(SqlBuffer& sql, std::string_view bytes)
 {
-    sql.Append('"');
-    sql.Append(bytes);
-    sql.Append('"');
+    char* end = sql.Reserve(bytes.size() + 2);
+    *end++ = '"';
+    end += bytes.copy(end, bytes.size());
+    *end++ = '"';
+    sql.SetEnd(end);
     return true;
 }
 
@@ -95,8 +97,11 @@ bool ColumnValueAsString(const DbTableColumnValue& cell, SqlBuffer& sql)
     }
     default: {
         const std::string_view function = TimeFunction(cell.type);
+        if (function.empty()) {
+            return false;
+        }
         sql.Append(function);
-        return !function.empty();
+        return true;
     }
     }
 }

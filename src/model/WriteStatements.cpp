@@ -28,8 +28,7 @@ void AppendColumnList(SqlBuffer& sql, const std::vector<std::string>& columns)
     char separator = '(';
     sql.Append(' ');
     for (const std::string& column : std::span(first, columns.end())) {
-        sql.Append(separator);
-        sql.Append(column);
+        sql.Append(separator, column);
         separator = ',';
     }
     sql.Append(')');
@@ -38,7 +37,7 @@ void AppendColumnList(SqlBuffer& sql, const std::vector<std::string>& columns)
 // The size of the keywords, the table's name and the column list.
 std::size_t FrameSize(const std::string& table, const std::vector<std::string>& columns)
 {
-    std::size_t size = std::string_view("INSERT INTO  () VALUES").size() + table.size();
+    std::size_t size = "INSERT INTO  () VALUES"sv.size() + table.size();
     for (const std::string& column : columns) {
         size += column.size() + 1;
     }
@@ -65,8 +64,7 @@ WriteStatement InsertStatement(const std::string& table, const DbTableDataWrite&
     sql.Append("INSERT INTO "sv);
     sql.Append(table);
     AppendColumnList(sql, data.columns);
-    sql.Append(" VALUES"sv);
-    std::string_view opening = " ("sv;
+    std::string_view opening = " VALUES ("sv;
     for (const DbTableRowValues& row : data.rows) {
         sql.Append(opening);
         if (const std::optional<InvalidCell> invalid = AppendRowLiterals(sql, row)) {
@@ -74,9 +72,7 @@ WriteStatement InsertStatement(const std::string& table, const DbTableDataWrite&
         }
         opening = BetweenRows;
     }
-    if (!data.rows.empty()) {
-        sql.Append(')');
-    }
+    sql.Append(data.rows.empty() ? " VALUES"sv : ")"sv);
     return {sql.Release(), invalidCell};
 }
 
