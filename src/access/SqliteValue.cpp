@@ -49,8 +49,11 @@ std::span<const char> SqliteValue::Blob() const
     // value.
     const int length = sqlite3_value_bytes(m_value);
     const void* bytes = sqlite3_value_blob(m_value);
-    if (bytes == nullptr && length > 0) {
-        ThrowOutOfMemory();
+    if (bytes == nullptr) [[unlikely]] {
+        if (length > 0) {
+            ThrowOutOfMemory();
+        }
+        return {};
     }
     return {static_cast<const char*>(bytes), static_cast<std::size_t>(length)};
 }

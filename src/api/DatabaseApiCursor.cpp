@@ -19,20 +19,6 @@ bool DatabaseApi::Impl::OpenCursor(const std::string& sql)
     return Succeeded();
 }
 
-bool DatabaseApi::Impl::ReadNextRow(DbTableRowValues& row)
-{
-    // The code is not reset: an earlier failure stays recorded until the walk ends or another operation begins.
-    if (!table.IsOpen()) {
-        return Fail(NotOpen, "Table isn't open.");
-    }
-    if (!table.ReadNext()) {
-        CopyErrorFrom(table);
-        return false;
-    }
-    ReadRow(table, row);
-    return Succeeded();
-}
-
 bool DatabaseApi::Impl::CloseCursor()
 {
     ResetCode();
@@ -62,11 +48,6 @@ DbTableRowIterator DatabaseApi::begin()
 DbTableRowIterator DatabaseApi::end() const
 {
     return DbTableRowIterator(this, nullptr);
-}
-
-bool DatabaseApi::ReadNextRow(DbTableRowValues& row) const
-{
-    return m_impl->ReadNextRow(row);
 }
 
 bool DatabaseApi::CloseReadTable() const

@@ -15,7 +15,8 @@ struct WriteStatement;
 
 /// The facade's implementation: it checks arguments, runs the statements of the model on its connection, converts rows,
 /// and holds the error. There is one file for each group of operations: DatabaseApi.cpp (opening, executing, the
-/// error), DatabaseApiTables.cpp, DatabaseApiWriting.cpp, DatabaseApiReading.cpp and DatabaseApiCursor.cpp.
+/// error), DatabaseApiTables.cpp, DatabaseApiWriting.cpp, DatabaseApiReading.cpp and DatabaseApiCursor.cpp. All rows
+/// are converted in DatabaseApiReading.cpp, which is built for speed.
 ///
 /// All operations store errors in the same way. An operation that starts a unit of work calls ResetCode(), which leaves
 /// the message. A failed check calls Fail(). A failure of a connection, command or cursor is copied with
@@ -78,7 +79,7 @@ struct __attribute__((visibility("hidden"))) DatabaseApi::Impl {
     /// Converts one column of the current row into the cell. Returns false if the code is not 0 afterwards; it may also
     /// have been set before the call.
     bool GetColumnData(const SqlTable& cursor, DbTableColumnValue& cell, unsigned int column);
-    void ReadNewCells(const SqlTable& cursor, std::vector<DbTableColumnValue>& cells, std::size_t columns);
+    void AppendCells(const SqlTable& cursor, std::vector<DbTableColumnValue>& cells);
     bool FailConversion(StorageClass type);
 
     bool CloseCursor();

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <memory>
-#include <type_traits>
 #include <utility>
 #include <variant>
 
@@ -25,72 +25,91 @@ bool IsStorageClass(StorageClass type)
     return type >= StorageClass::Integer && type <= StorageClass::Null;
 }
 
-// Makes a cell from arguments. If the fields were written as constants, GCC would clear the cell's memory first.
-template <typename Held, typename... Of>
-DbTableColumnValue Cell(DbTableColumnType type, std::uint32_t column, Of... of)
-{
-    return {type, column, CellValue(std::in_place_type<Held>, of...)};
-}
-
-// Makes a cell with the value, constructed directly in the place of the return value.
-[[gnu::noinline]] DbTableColumnValue MakeCell(SqliteValue value, StorageClass type, std::uint32_t column)
+// Reads the value and calls `store` with what its cell holds: the tag, the alternative and the arguments to construct
+// the alternative.
+template <typename Store>
+[[gnu::always_inline]] inline void ReadCell(SqliteValue value, StorageClass type, Store store)
 {
     switch (type) {
     case StorageClass::Integer:
-        return Cell<int>(DbTableColumnType::Integer, column, value.Integer()); // cut to 32 bits, as in every cell
+        store(DbTableColumnType::Integer, std::in_place_type<int>, value.Integer()); // cut to 32 bits, as in every cell
+        break;
     case StorageClass::Float:
-        return Cell<double>(DbTableColumnType::Real, column, value.Real());
+        store(DbTableColumnType::Real, std::in_place_type<double>, value.Real());
+        break;
     case StorageClass::Text:
-        return Cell<std::string>(DbTableColumnType::Text, column, value.Text());
+        store(DbTableColumnType::Text, std::in_place_type<std::string>, value.Text());
+        break;
     case StorageClass::Blob: {
         const std::span<const char> bytes = value.Blob();
-        return Cell<std::vector<char>>(DbTableColumnType::Blob, column, bytes.begin(), bytes.end());
+        store(DbTableColumnType::Blob, std::in_place_type<std::vector<char>>, bytes.data(),
+              bytes.data() + bytes.size());
+        break;
     }
-    default: // NULL is tagged None; readers rely on never getting the tag Null
-        return Cell<std::string>(DbTableColumnType::None, column);
+    case StorageClass::Null: // tagged None; readers rely on never getting the tag Null
+        store(DbTableColumnType::None, std::in_place_type<std::string>);
+        break;
+    default: // there is no value, or it has an unknown type
+        store(DbTableColumnType::None, std::in_place_type<int>, 0);
     }
 }
 
-// Lets a container construct the cell in place: emplace_back(CellMaker{...}) converts it to the cell.
-struct CellMaker {
-    SqliteValue value;
-    StorageClass type;
-    std::uint32_t column;
+// Lets a container construct a cell in place: emplace_back() calls make(), which returns the cell.
+template <typename Make>
+struct Made {
+    Make make;
 
-    operator DbTableColumnValue() const { return MakeCell(value, type, column); }
+    operator DbTableColumnValue() const { return make(); }
 };
-
-// The index of the variant's alternative for a cell of this type.
-std::size_t AlternativeOf(StorageClass type)
-{
-    return type == StorageClass::Null ? 2 : static_cast<std::size_t>(type) - 1;
-}
-
-static_assert(std::is_same_v<std::variant_alternative_t<2, CellValue>, std::string>);
-
-// Replaces the cell's value by another alternative of the variant.
-[[gnu::cold, gnu::noinline]] void Replace(DbTableColumnValue& cell, DbTableColumnValue made)
-{
-    cell.type = made.type;
-    std::destroy_at(&cell.value);
-    std::construct_at(&cell.value, std::move(made.value));
-}
 
 // Whether a buffer of this capacity is too large to keep for so many bytes.
 bool IsTooLarge(std::size_t capacity, std::size_t size)
 {
-    return capacity > std::max(LargestKeptBuffer, 2 * size);
+    return capacity > LargestKeptBuffer && capacity > 2 * size;
 }
 
-// Copies the text into the buffer. If the buffer must grow, it grows by more than needed.
-[[gnu::always_inline]] inline void Assign(std::string& buffer, std::string_view text)
+// Assigns to what a cell holds. Returns false if its buffer is too large to keep.
+template <typename Number>
+bool Reuse(Number& held, Number number)
 {
-    if (text.size() > buffer.capacity()) [[unlikely]] {
-        buffer.assign(text);
-        return;
+    held = number;
+    return true;
+}
+
+// If the buffer must grow, it grows by more than needed.
+[[gnu::always_inline]] inline bool Reuse(std::string& held, std::string_view text = "")
+{
+    if (IsTooLarge(held.capacity(), text.size())) [[unlikely]] {
+        return false;
     }
-    buffer.resize(text.size()); // including the copy, this takes a fifth of the time of assign()
-    std::copy(text.begin(), text.end(), buffer.begin());
+    if (text.size() != held.size()) {
+        held.resize(text.size()); // including the copy, this takes a fifth of the time of assign()
+    }
+    std::memcpy(held.data(), text.data(), text.size());
+    return true;
+}
+
+[[gnu::always_inline]] inline bool Reuse(std::vector<char>& held, const char* bytes, const char* end)
+{
+    const auto size = static_cast<std::size_t>(end - bytes);
+    if (IsTooLarge(held.capacity(), size)) [[unlikely]] {
+        return false;
+    }
+    if (size != held.size()) {
+        held.assign(bytes, end);
+    } else if (size != 0) {
+        std::memcpy(held.data(), bytes, size);
+    }
+    return true;
+}
+
+// Replaces what a cell holds. The new value is made first, because that may throw an exception.
+template <typename Held, typename... Of>
+[[gnu::cold, gnu::noinline]] void Replace(CellValue& value, Of... of)
+{
+    Held made(of...);
+    std::destroy_at(&value);
+    std::construct_at(&value, std::in_place_type<Held>, std::move(made));
 }
 
 // Sets the cell to the column's value, reusing the cell's buffer. Returns the storage class. A cell without a storage
@@ -101,57 +120,21 @@ bool IsTooLarge(std::size_t capacity, std::size_t size)
     const SqliteValue value(cursor.GetValue(static_cast<int>(column)));
     const StorageClass type = value.Type();
     cell.column = column;
-    if (!IsStorageClass(type)) {
-        Replace(cell, {});
-        return type;
-    }
-    if (cell.value.index() != AlternativeOf(type)) {
-        Replace(cell, MakeCell(value, type, column));
-        return type;
-    }
-    switch (type) {
-    case StorageClass::Integer:
-        cell.type = DbTableColumnType::Integer;
-        *std::get_if<int>(&cell.value) = value.Integer();
-        break;
-    case StorageClass::Float:
-        cell.type = DbTableColumnType::Real;
-        *std::get_if<double>(&cell.value) = value.Real();
-        break;
-    case StorageClass::Text: {
-        auto& text = *std::get_if<std::string>(&cell.value);
-        const std::string_view read = value.Text();
-        cell.type = DbTableColumnType::Text;
-        if (IsTooLarge(text.capacity(), read.size())) [[unlikely]] {
-            Replace(cell, MakeCell(value, type, column));
-        } else {
-            Assign(text, read);
+    ReadCell(value, type, [&]<typename Held>(DbTableColumnType tag, std::in_place_type_t<Held>, auto... of) {
+        auto* const held = std::get_if<Held>(&cell.value);
+        if (held == nullptr || !Reuse(*held, of...)) [[unlikely]] {
+            Replace<Held>(cell.value, of...);
         }
-        break;
-    }
-    case StorageClass::Blob: {
-        auto& bytes = *std::get_if<std::vector<char>>(&cell.value);
-        const std::span<const char> read = value.Blob();
-        if (IsTooLarge(bytes.capacity(), read.size())) [[unlikely]] {
-            Replace(cell, MakeCell(value, type, column));
-        } else {
-            bytes.assign(read.begin(), read.end());
-        }
-        cell.type = DbTableColumnType::Blob;
-        break;
-    }
-    default: {
-        auto& text = *std::get_if<std::string>(&cell.value);
-        if (IsTooLarge(text.capacity(), 0)) [[unlikely]] {
-            Replace(cell, MakeCell(value, type, column));
-        } else {
-            text.clear();
-        }
-        cell.type = DbTableColumnType::None;
-        break;
-    }
-    }
+        cell.type = tag;
+    });
     return type;
+}
+
+// Replaces all cells by untyped zeroes.
+[[gnu::cold, gnu::noinline]] void MakeCells(std::vector<DbTableColumnValue>& cells, std::size_t count)
+{
+    cells.clear();
+    cells.resize(count);
 }
 
 [[gnu::cold, gnu::noinline]] void Truncate(std::vector<DbTableColumnValue>& cells, std::size_t count)
@@ -163,6 +146,31 @@ bool IsTooLarge(std::size_t capacity, std::size_t size)
 
 } // namespace
 
+// Each cell is constructed with its value, which takes half as long as constructing an empty one and assigning to it.
+[[gnu::always_inline]] inline void DatabaseApi::Impl::AppendCells(const SqlTable& cursor,
+                                                                  std::vector<DbTableColumnValue>& cells)
+{
+    const int columns = cursor.Columns();
+    cells.reserve(static_cast<std::size_t>(columns));
+    for (int column = 0; column < columns; ++column) {
+        const SqliteValue value(cursor.GetValue(column));
+        const StorageClass type = value.Type();
+        if (!IsStorageClass(type)) [[unlikely]] {
+            FailConversion(type);
+            return;
+        }
+        ReadCell(value, type, [&](DbTableColumnType tag, auto held, auto... of) {
+            if (cells.size() == cells.capacity()) {
+                __builtin_unreachable(); // memory for all cells is reserved
+            }
+            const auto make = [&] {
+                return DbTableColumnValue{tag, static_cast<std::uint32_t>(column), CellValue(held, of...)};
+            };
+            cells.emplace_back(Made<decltype(make)>{make});
+        });
+    }
+}
+
 bool DatabaseApi::Impl::ReadValues(const std::string& sql, DbTableData& data)
 {
     if (!OpenCursor(sql)) {
@@ -171,14 +179,14 @@ bool DatabaseApi::Impl::ReadValues(const std::string& sql, DbTableData& data)
     // If the text has no statement, the cursor stays closed, and there are no rows to read.
     while (table.ReadNext()) {
         // The row is appended first and read into its final place. If it is not complete, it is removed.
-        DbTableRowValues& row = data.rows.emplace_back();
+        std::vector<DbTableColumnValue>& cells = data.rows.emplace_back().cells;
         try {
-            ReadRow(table, row);
+            AppendCells(table, cells);
         } catch (...) {
             data.rows.pop_back();
             throw;
         }
-        if (!Succeeded()) {
+        if (!Succeeded()) [[unlikely]] {
             data.rows.pop_back();
             break;
         }
@@ -190,56 +198,44 @@ bool DatabaseApi::Impl::ReadValues(const std::string& sql, DbTableData& data)
 
 // Cells of an earlier row with the same number of columns are reused with their buffers, so that a walk over similar
 // rows allocates nothing. If reading stops early, also with an exception, only the converted cells remain.
-void DatabaseApi::Impl::ReadRow(const SqlTable& cursor, DbTableRowValues& row)
+[[gnu::always_inline]] inline void DatabaseApi::Impl::ReadRow(const SqlTable& cursor, DbTableRowValues& row)
 {
     std::vector<DbTableColumnValue>& cells = row.cells;
     const auto columns = static_cast<std::size_t>(cursor.Columns());
-    if (cells.size() != columns) {
-        ReadNewCells(cursor, cells, columns);
-        return;
+    if (cells.size() != columns) [[unlikely]] {
+        MakeCells(cells, columns);
     }
-    std::size_t converted = 0;
+    DbTableColumnValue* const first = cells.data();
+    std::size_t column = 0;
     try {
-        for (; converted < columns; ++converted) {
-            const StorageClass type = UpdateCell(cells[converted], cursor, static_cast<unsigned int>(converted));
+        for (; column < columns; ++column) {
+            const StorageClass type = UpdateCell(first[column], cursor, static_cast<unsigned int>(column));
             if (!IsStorageClass(type)) [[unlikely]] {
                 FailConversion(type);
             }
-            if (!Succeeded()) {
-                break;
+            if (!Succeeded()) [[unlikely]] { // after an earlier failure, no cell is kept
+                Truncate(cells, column);
+                return;
             }
         }
     } catch (...) {
-        Truncate(cells, converted);
+        Truncate(cells, column);
         throw;
-    }
-    if (converted != columns) [[unlikely]] {
-        Truncate(cells, converted);
     }
 }
 
-// Each cell is constructed with its value, which takes half as long as constructing an empty one and assigning to it.
-void DatabaseApi::Impl::ReadNewCells(const SqlTable& cursor, std::vector<DbTableColumnValue>& cells,
-                                     std::size_t columns)
+bool DatabaseApi::Impl::ReadNextRow(DbTableRowValues& row)
 {
-    cells.clear();
-    cells.reserve(columns);
-    for (std::size_t column = 0; column < columns; ++column) {
-        const SqliteValue value(cursor.GetValue(static_cast<int>(column)));
-        const StorageClass type = value.Type();
-        if (!IsStorageClass(type)) {
-            FailConversion(type);
-            return;
+    // The code is not reset: an earlier failure stays recorded until the walk ends or another operation begins.
+    if (!table.ReadNext()) [[unlikely]] {
+        if (!table.IsOpen()) {
+            return Fail(NotOpen, "Table isn't open.");
         }
-        if (cells.size() == cells.capacity()) {
-            __builtin_unreachable(); // memory for all cells is reserved
-        }
-        cells.emplace_back(CellMaker{value, type, static_cast<std::uint32_t>(column)});
-        if (!Succeeded()) { // after an earlier failure, no cell is stored
-            cells.pop_back();
-            return;
-        }
+        CopyErrorFrom(table);
+        return false;
     }
+    ReadRow(table, row);
+    return Succeeded();
 }
 
 bool DatabaseApi::Impl::GetColumnData(const SqlTable& cursor, DbTableColumnValue& cell, unsigned int column)
@@ -251,6 +247,11 @@ bool DatabaseApi::Impl::GetColumnData(const SqlTable& cursor, DbTableColumnValue
 [[gnu::cold]] bool DatabaseApi::Impl::FailConversion(StorageClass type)
 {
     return Fail(MissingValue, type == StorageClass::Missing ? "No value exists." : "Unknown value type.");
+}
+
+bool DatabaseApi::ReadNextRow(DbTableRowValues& row) const
+{
+    return m_impl->ReadNextRow(row);
 }
 
 bool DatabaseApi::ReadTableValues(const std::string& table, DbTableData& data) const
