@@ -9,7 +9,7 @@
 #   test-all          also in all of their forms, those for the target among them
 #   package           also to make Debian packages for this machine; package-armhf: for the target
 #   install           also to check the packages and what is installed
-#   reference         to write the reference; check-reference: also to check it in a browser
+#   reference         to write the site of the guide and the reference; check-reference: to check it in a browser
 #   bench             to run the benchmarks
 #   debootstrap       to make a minimal Debian in a folder
 #   device            to cut the power of an emulated machine
@@ -26,13 +26,13 @@ package_armhf=("${package[@]}" g++-arm-linux-gnueabihf)
 test=("${build[@]}" libgtest-dev libgmock-dev sqlite3 python3)
 test_all=("${test[@]}" valgrind abigail-tools g++-VERSION-multilib g++-arm-linux-gnueabihf qemu-user
     qemu-user-static clang libclang-rt-dev dpkg-dev tcl)
-reference=(doxygen graphviz)
-check_reference=("${reference[@]}" python3 python3-selenium chromium chromium-driver)
+reference=(doxygen doxygen-awesome-css graphviz libjs-lunr python3 python3-pygments)
+check_reference=(python3 python3-selenium chromium chromium-driver)
 bench=("${build[@]}" libsqlitecpp-dev libsoci-dev libpoco-dev python3 valgrind g++-arm-linux-gnueabihf qemu-user
     qemu-user-static)
 device=("${package_armhf[@]}" qemu-system-arm qemu-user-static e2fsprogs f2fs-tools python3)
 install=("${package_armhf[@]}" clang libc++-dev libc++abi-dev pkg-config lintian qemu-user-static debootstrap)
-all=("${test_all[@]}" "${install[@]}" "${check_reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang)
+all=("${test_all[@]}" "${install[@]}" "${reference[@]}" "${check_reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang)
 
 accept build package package-armhf install test test-all reference check-reference bench debootstrap device all -- "$@"
 [ $# -le 1 ] || fail "it takes one of its words at a time (--help explains)"

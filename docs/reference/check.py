@@ -1,14 +1,15 @@
 #!/usr/bin/env python3
-"""Looks at the built reference as a reader would, in a headless Chromium, from the file system.
+"""Looks at the built site as a reader would, in a headless Chromium, from the file system.
 
-usage: check.py DIRECTORY                      checks every page; prints what is wrong, a line each
-       check.py DIRECTORY light|dark PICTURE   takes a picture
+usage: check.py DIRECTORY     prints what is wrong, a line each
 
-Every member is described, every link and picture leads to something that there is, nothing is written to the console, no
-page is wider than a telephone, letters are large enough and stand out from their ground, light and dark, and the search
-finds.
+Every page of the guide is in the navigation tree and leads to its neighbours. Every public member is described. Every
+link, anchor, picture and place that the search can find exists. Nothing is written to the console, and no page is wider
+than the window, on a telephone and on a desktop, light and dark, chosen by the system and by the switch. Every block of
+code has a copy button. The search finds what readers type.
 """
 
+import json
 import pathlib
 import re
 import sys
@@ -18,15 +19,37 @@ from selenium import webdriver
 from selenium.webdriver.chrome.options import Options
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import WebDriverWait
 
-TELEPHONE, SCREEN = (375, 667), (1100, 760)
+TELEPHONE, DESKTOP = (375, 667), (1300, 850)
 LEAST_CONTRAST = 4.5  # what the Web's accessibility guidelines ask of body text
-LEAST_SIZE, LEAST_SIZE_IN_PICTURES = 12, 10  # pixels
-SEARCHES = {"ReadNext": "SqlTable", "columntext": "SqlCommand", "codes": "codes.html", "notnull": "namespace"}
+LEAST_SIZE = 10  # pixels
+# What is typed, and a page, or a place in one, that must be among the first three results.
+SEARCHES = {
+    "error": "errors.html",
+    "busy": "transactions.html#transactions-waiting-for-others",
+    "transaction": "transactions.html",
+    "apostrophe": "writing.html#writing-apostrophes",
+    "112": "codes.html",
+    "Missing table name": "codes.html",
+    "near \")\"": "messages.html",
+    "database is locked": "transactions.html#transactions-waiting-for-others",
+    "null": "reading.html#reading-null",
+    "install": "index.html#index-install",
+    "ReadNext": "classMorvik_1_1sql_1_1SqlTable.html",
+    "next row": "classMorvik_1_1sql_1_1DatabaseApi.html",
+    "columntext": "classMorvik_1_1sql_1_1SqlCommand.html",
+    "notnull": "group__tables.html",
+    "foreign key": "tables.html#tables-keys-of-the-table",
+    "thread": "threads.html",
+    "sql injection": "security.html",
+    "find_package": "building.html#building-installed-with-find_package",
+}
 
-# Every text of the page with its size and its contrast; the colours of what lies below it count with their opacity.
-TEXTS = """
+# What a reader sees: the width, the ground, and each text with its size and its contrast. The colours of what lies
+# below a text count with their opacity.
+LOOK = """
 const channels = color => { const c = color.match(/[\\d.]+/g).map(Number); return c.length < 4 ? [...c, 1] : c; };
 const over = (top, below) => top.slice(0, 3).map((c, i) => c * top[3] + below[i] * (1 - top[3]));
 const light = color => {
@@ -34,35 +57,35 @@ const light = color => {
     return 0.2126 * r + 0.7152 * g + 0.0722 * b;
 };
 const ground = element => {
-    const node = element.closest && element.closest('g.node');
-    const shape = node && node.querySelector('path, polygon');
-    if (shape) return channels(getComputedStyle(shape).fill).slice(0, 3);
+    const node = element.closest('g.node');
+    if (node) return channels(getComputedStyle(node.querySelector('path, polygon')).fill).slice(0, 3);
     const own = channels(getComputedStyle(element).backgroundColor);
     if (own[3] === 1 || !element.parentElement) return own.slice(0, 3);
     return over(own, ground(element.parentElement));
 };
 const texts = [];
-for (const element of document.body.querySelectorAll('*')) {
+for (const element of document.querySelectorAll('.header *, .contents *')) {
     const text = [...element.childNodes].filter(n => n.nodeType === 3).map(n => n.data).join('').trim();
-    const written = element.tagName === 'INPUT' ? element.value : text;
-    if (!written || !element.checkVisibility({visibilityProperty: true}) || !element.getClientRects().length) continue;
-    const picture = element.closest('svg');
-    if (picture && element.tagName !== 'text') continue;
+    if (!text || !element.checkVisibility({visibilityProperty: true}) || !element.getClientRects().length) continue;
     const style = getComputedStyle(element);
+    const picture = element.closest('svg');
     const [a, b] = [light(channels(picture ? style.fill : style.color).slice(0, 3)), light(ground(element))];
-    texts.push({
-        text: written.slice(0, 40), picture: !!picture,
-        size: parseFloat(style.fontSize) * (picture ? element.getScreenCTM().a : 1),
-        contrast: (Math.max(a, b) + 0.05) / (Math.min(a, b) + 0.05),
-    });
+    texts.push([text.slice(0, 40), parseFloat(style.fontSize) * (picture ? element.getScreenCTM().a : 1),
+                (Math.max(a, b) + 0.05) / (Math.min(a, b) + 0.05)]);
 }
-return {texts, ground: light(ground(document.body)), wide: document.documentElement.scrollWidth};
+const content = document.getElementById('doc-content');
+return {texts, ground: light(ground(content)),
+        wide: Math.max(document.documentElement.scrollWidth, document.documentElement.clientWidth
+                       + content.scrollWidth - content.clientWidth),
+        code: document.querySelectorAll('.fragment').length,
+        buttons: document.querySelectorAll('doxygen-awesome-fragment-copy-button').length};
 """
 
 LINKS = """
-const links = [...document.querySelectorAll('a[href], link[href]')].map(link => link.href.baseVal ?? link.href);
-return [...links, ...[...document.querySelectorAll('img, script[src]')].map(link => link.src)];
+return [...document.querySelectorAll('a[href], link[href], img, script[src]')].map(
+    link => link.href?.baseVal ?? link.href ?? link.src);
 """
+RESULTS = """return [...document.querySelectorAll('#MSearchResultsWindow a')].map(link => link.href);"""
 
 
 class Reader:
@@ -90,103 +113,132 @@ class Reader:
 
     def open(self, page):
         self.browser.get((self.directory / page).as_uri())
+        self.wait(lambda browser: browser.find_elements(By.TAG_NAME, "doxygen-awesome-dark-mode-toggle"))
+
+    def wait(self, condition):
+        return WebDriverWait(self.browser, 10).until(condition)
 
     def leads_somewhere(self, link):
         target = urllib.parse.urlparse(link)
         path = pathlib.Path(urllib.parse.unquote(target.path))
+        if target.scheme in ("http", "https"):
+            return True
         if target.scheme != "file" or not path.is_file():
             return False
         if path not in self.names and path.suffix == ".html":
             self.names[path] = set(re.findall(r'(?:id|name)="([^"]+)"', path.read_text(encoding="utf-8")))
         return not target.fragment or urllib.parse.unquote(target.fragment) in self.names[path]
 
-    def check_members(self, page):
+    def check_text(self, page):
+        """What needs no browser."""
         text = (self.directory / page).read_text(encoding="utf-8")
         described = set(re.findall(r'class="memdesc:(\w+)', text))
         for member, row in re.findall(r'<tr class="memitem:(\w+)[^"]*">(.*?)</tr>', text, re.DOTALL):
             if member not in described:
                 self.find(page, "has no description: " + " ".join(re.sub(r"<[^>]*>|&#160;", " ", row).split()))
+        if not page.startswith(("class", "struct")):
+            return
+        if "<ol" in text:
+            self.find(page, "has a numbered list; a line of a comment begins with a number")
+        if 'class="ingroups"' not in text and "::" not in re.search(r"<title>tkosqllite: (.*)</title>", text).group(1):
+            self.find(page, "is in no group")
 
     def check_page(self, page):
-        self.check_members(page)
-        self.hold(TELEPHONE, "light")
+        self.check_text(page)
+        self.hold(DESKTOP, "light")
         self.open(page)
         for link in sorted(set(self.browser.execute_script(LINKS))):
             if not link.startswith("javascript:") and not self.leads_somewhere(link):
                 self.find(page, f"leads nowhere: {link}")
-        for size, scheme in ((TELEPHONE, "light"), (TELEPHONE, "dark"), (SCREEN, "dark"), (SCREEN, "light")):
+        for size, scheme in ((DESKTOP, "light"), (DESKTOP, "dark"), (TELEPHONE, "dark"), (TELEPHONE, "light")):
             self.hold(size, scheme)
-            self.check_look(page, size, scheme)
+            self.check_look(f"{page} ({size[0]} wide, {scheme})", size[0], scheme)
         for entry in self.browser.get_log("browser"):
             self.find(page, f"on the console: {entry['message']}")
 
-    def check_look(self, page, size, scheme):
-        seen = self.browser.execute_script(TEXTS)
-        where = f"{page} ({size[0]} wide, {scheme})"
-        if seen["wide"] > size[0]:
+    def check_look(self, where, width, scheme):
+        self.wait(lambda browser: browser.execute_script(
+            "return document.documentElement.className").startswith(scheme))
+        seen = self.browser.execute_script(LOOK)
+        if seen["wide"] > width:
             self.find(where, f"takes {seen['wide']} pixels")
         if (seen["ground"] > 0.5) != (scheme == "light"):
             self.find(where, f"has a ground of lightness {seen['ground']:.2f}")
+        if seen["buttons"] != seen["code"]:
+            self.find(where, f"has {seen['buttons']} copy buttons for {seen['code']} blocks of code")
         if not seen["texts"]:
             self.find(where, "has no text")
-        for text in seen["texts"]:
-            if text["size"] < (LEAST_SIZE_IN_PICTURES if text["picture"] else LEAST_SIZE):
-                self.find(where, f"{text['size']:.1f} pixels are too small: {text['text']}")
-            if text["contrast"] < LEAST_CONTRAST:
-                self.find(where, f"a contrast of {text['contrast']:.1f} is too small: {text['text']}")
+        for text, size, contrast in seen["texts"]:
+            if size < LEAST_SIZE:
+                self.find(where, f"{size:.1f} pixels are too small: {text}")
+            if contrast < LEAST_CONTRAST:
+                self.find(where, f"a contrast of {contrast:.1f} is too small: {text}")
 
-    def check_search(self, page, size):
+    def check_switch(self):
+        self.hold(DESKTOP, "light")
+        self.open("index.html")
+        for scheme in ("dark", "light"):
+            self.browser.find_element(By.TAG_NAME, "doxygen-awesome-dark-mode-toggle").click()
+            self.check_look(f"index.html (switched, {scheme})", DESKTOP[0], scheme)
+
+    def check_guide(self):
+        """Each page of the guide is in the tree, and following its neighbours leads through all of them."""
+        pages = {path.stem + ".html" for path in pathlib.Path("docs/guide").glob("*.md") if path.stem != "README"}
+        tree = (self.directory / "guide.js").read_text(encoding="utf-8")
+        for page in sorted(pages):
+            if f'"{page}"' not in tree:
+                self.find(page, "is not in the table of docs/guide/README.md")
+        seen, page = [], "getting-started.html"
+        while page and page not in seen:
+            seen.append(page)
+            text = (self.directory / page).read_text(encoding="utf-8")
+            following = re.search(r'Next: <a class="el" href="([^"]+)"', text)
+            page = following.group(1) if following else None
+        if set(seen) != pages:
+            self.find("getting-started.html", f"\"Next\" does not lead to {', '.join(sorted(pages - set(seen)))}")
+
+    def check_search(self, size):
+        self.hold(size, "light")
+        self.open("index.html")
         for typed, expected in SEARCHES.items():
-            self.hold(size, "light")
-            self.open(page)
             field = self.browser.find_element(By.ID, "MSearchField")
             field.click()
             field.send_keys(typed)
-            wait = WebDriverWait(self.browser, 10)
-            try:
-                wait.until(lambda browser: browser.find_element(By.ID, "MSearchResultsWindow").is_displayed())
-                self.browser.switch_to.frame("MSearchResults")
-                first = wait.until(lambda browser: [
-                    link for link in browser.find_elements(By.CSS_SELECTOR, "a[href]") if link.is_displayed()])[0]
-                first.click()
-                if self.browser.execute_script("return location.href").startswith("about:"):
-                    raise RuntimeError("nothing opened")
-                self.browser.switch_to.default_content()
-                wait.until(lambda browser: expected in browser.current_url)
-            except Exception as failure:  # whatever goes wrong, the search does not find
-                self.find(page, f"searching for {typed} does not lead to {expected}: {type(failure).__name__}")
-                self.browser.switch_to.default_content()
+            results = self.wait(lambda browser: browser.execute_script(RESULTS))
+            first = [result.rsplit("/", 1)[1] for result in results[:3]]
+            if not any(expected in (result, result.split("#")[0]) for result in first):
+                self.find("search", f"\"{typed}\" leads to {', '.join(first)}, not to {expected}")
+            field.send_keys(Keys.ESCAPE)
+        field.click()
+        field.send_keys("apostrophe", Keys.ENTER)
+        self.wait(lambda browser: browser.current_url.endswith(SEARCHES["apostrophe"]))
 
-    def check_search_index(self):
-        entries = 0
-        for index in (self.directory / "search").glob("*_*.js"):
-            for link in re.findall(r"'(\.\./[^']+)'", index.read_text(encoding="utf-8")):
-                entries += 1
-                target = urllib.parse.urljoin(index.as_uri(), link)
-                if not self.leads_somewhere(target):
-                    self.find(f"search/{index.name}", f"leads nowhere: {link}")
-        return entries
+    def check_search_data(self):
+        text = (self.directory / "search/searchdata.js").read_text(encoding="utf-8")
+        places = json.loads(text[text.index("["):])
+        for place in places:
+            if not self.leads_somewhere((self.directory / place[0].split("#")[0]).as_uri() + "#" * ("#" in place[0])
+                                        + place[0].partition("#")[2]):
+                self.find("search", f"leads nowhere: {place[0]}")
+        return len(places)
 
 
 def main():
     reader = Reader(sys.argv[1])
     try:
-        if len(sys.argv) > 2:
-            reader.hold(SCREEN, sys.argv[2])
-            reader.open("cursor.html")
-            reader.browser.save_screenshot(sys.argv[3])
-            return 0
         pages = sorted(page.name for page in reader.directory.glob("*.html"))
         for page in pages:
             reader.check_page(page)
-        for size in (TELEPHONE, SCREEN):
-            reader.check_search("index.html", size)
-        entries = reader.check_search_index()
+        reader.check_switch()
+        reader.check_guide()
+        for size in (TELEPHONE, DESKTOP):
+            reader.check_search(size)
+        places = reader.check_search_data()
     finally:
         reader.browser.quit()
     print("\n".join(reader.findings))
-    print(f"{len(pages)} pages, {entries} entries of the search, {len(reader.findings)} findings")
-    return 0 if pages and entries and not reader.findings else 1
+    print(f"{len(pages)} pages, {places} places to search, {len(reader.findings)} findings")
+    return 0 if pages and places and not reader.findings else 1
 
 
 if __name__ == "__main__":

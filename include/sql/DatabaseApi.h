@@ -23,8 +23,12 @@ namespace Morvik::sql {
 ///
 /// IDatabaseApi describes the operations that this class inherits. An object, its statements and its iterators belong
 /// to one thread at a time.
+/// @ingroup facade
 class TKOSQLLITE_EXPORT DatabaseApi : public IDatabaseApi {
 public:
+    /// @name Construction
+    /// @{
+
     /// A facade without a database; code 0 and an empty message.
     DatabaseApi();
 
@@ -50,6 +54,10 @@ public:
     bool ReadTableValues(const std::string& table, DbTableData& data) const override;
     bool ReadValues(const std::string& sql, DbTableData& data) const override;
     int ExistData(const std::string& table, const std::string& condition, int& result) override;
+    /// @}
+
+    /// @name Reading row by row
+    /// @{
 
     /// Ends the query in progress, empties the current row and opens the query `sql` without fetching a row. The query
     /// in progress also ends when the call is rejected.
@@ -83,6 +91,10 @@ public:
     /// Releases the query; CloseDatabase() fails before that. Returns true with code 0, also without a query. Returns
     /// false with SQLite's code and message if the query's last step failed; the query is released anyway.
     bool CloseReadTable() const;
+    /// @}
+
+    /// @name Prepared statements
+    /// @{
 
     /// Prepares the first statement of `sql` for binding and stepping and always returns an SqlCommand. Check its
     /// GetLastError(): a failure leaves a code without a message (21 on a closed database). Execute("EXPLAIN " + sql)
@@ -92,6 +104,10 @@ public:
     ///     SqlCommand insert = database.PrepareStatement("INSERT INTO picture VALUES (?, ?)");
     ///     if (insert.BindText(1, name) && insert.BindBlob(2, bytes) && insert.Step()) { ... }
     SqlCommand PrepareStatement(std::string_view sql) const;
+    /// @}
+
+    /// @name Errors
+    /// @{
 
     /// The facade's result code, set by the last operation that writes the code.
     int GetLastError() const;
@@ -105,6 +121,7 @@ public:
 
     /// The negation of Succeeded().
     bool Failed() const;
+    /// @}
 
 private:
     struct Impl;

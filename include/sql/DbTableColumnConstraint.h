@@ -8,6 +8,7 @@ namespace Morvik::sql {
 
 /// Column constraints. Each value is one bit, so that they combine into DbTableColumnDefinition::constraintFlags
 /// (PrimaryKey | NotNull) and serve as keys of its constraintArguments.
+/// @ingroup tables
 enum DbTableColumnConstraint : std::uint32_t {
     /// PRIMARY KEY; an argument such as "AUTOINCREMENT" follows it.
     PrimaryKey = 1,

@@ -12,6 +12,7 @@ namespace Morvik::sql {
 /// A cell that was read from an SQL NULL carries None, never Null. A cell tagged Null has no SQL text and cannot be
 /// written. A column that is left out of an insert gets its default, which is NULL unless declared otherwise. To write
 /// NULL, bind it or use Execute.
+/// @ingroup rows
 enum class DbTableColumnType : std::int32_t {
     /// No declared type; written like Integer. Also the tag of a cell read from NULL: that cell holds an empty text and
     /// therefore cannot be written back.

@@ -38,6 +38,7 @@ namespace Morvik::sql {
 /// If memory may run out, move cells and read them in place: with the standard library of GCC 12, a program compiled at
 /// -O1 or higher has undefined behaviour when a copy of a single text cell fails to allocate. The library itself copies
 /// no cells.
+/// @ingroup rows
 struct DbTableColumnValue {
     /// How the cell is written, or the storage class that it was read from.
     DbTableColumnType type = DbTableColumnType::None;

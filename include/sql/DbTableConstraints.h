@@ -16,6 +16,7 @@ namespace Morvik::sql {
 /// A table with a foreign key cannot be created: the foreign key's text has one closing parenthesis too many, and
 /// SQLite rejects it. If there is no referenced table, primary key or unique key, the foreign key is left out and the
 /// table is created. Create a table with a foreign key through IDatabaseApi::Execute.
+/// @ingroup tables
 struct DbTableConstraints {
     /// Primary-key columns, one character each. Rows that conflict are skipped silently.
     std::vector<char> primaryKey{};

@@ -14,6 +14,7 @@ namespace Morvik::sql {
 ///     data.columns = {"name", "size"};
 ///     data.rows.push_back({{{.type = DbTableColumnType::Text, .value = "bash"},
 ///                           {.type = DbTableColumnType::Integer, .value = 7164}}});
+/// @ingroup rows
 struct DbTableDataWrite {
     /// Column names, written unquoted and unchecked. If a name contains a blank or a quote or is a keyword, quote it
     /// yourself. Take no name from an untrusted source. Empty names before the first non-empty name are left out; a

@@ -15,6 +15,7 @@ namespace Morvik::sql {
 ///     table.name = "package";
 ///     table.columns = {{.name = "name", .type = DbTableColumnType::Text, .constraintFlags = PrimaryKey},
 ///                      {.name = "size", .type = DbTableColumnType::Integer}};
+/// @ingroup tables
 struct DbTableDefinition {
     /// The table's name, written unquoted. A name that contains a blank or a quote or is a keyword works in quotation
     /// marks ("\"my table\""), but not with every operation: see IDatabaseApi.

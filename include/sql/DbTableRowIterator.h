@@ -19,6 +19,7 @@ class DatabaseApi;
 ///
 /// All iterators of a facade refer to its one current row: advancing any of them, or calling begin() again, replaces
 /// the row that all of them return. The facade must outlive them. An iterator belongs to the same thread as the facade.
+/// @ingroup facade
 class TKOSQLLITE_EXPORT DbTableRowIterator {
 public:
     using iterator_concept = std::input_iterator_tag; ///< Each row can be read only once.

@@ -7,6 +7,7 @@
 namespace Morvik::sql {
 
 /// One row of a result or of a write request.
+/// @ingroup rows
 struct DbTableRowValues {
     /// The row's cells, first column first.
     std::vector<DbTableColumnValue> cells{};

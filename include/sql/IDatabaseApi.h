@@ -56,12 +56,16 @@ namespace Morvik::sql {
 /// AlterTable(). ExistsTable() takes such a name without quotation marks. ExistData(), DropTable() and AlterTable()
 /// (old name) do not work with such a name: with quotation marks they find no table, without them SQLite rejects the
 /// statement. Use Execute() and ReadValues() instead.
+/// @ingroup facade
 class TKOSQLLITE_EXPORT IDatabaseApi {
 public:
     virtual ~IDatabaseApi(); ///< Virtual, so that an object can be destroyed through the interface.
 
     IDatabaseApi(const IDatabaseApi&) = delete;            ///< An open database has one owner.
     IDatabaseApi& operator=(const IDatabaseApi&) = delete; ///< An open database has one owner.
+
+    /// @name Opening and closing
+    /// @{
 
     /// Opens the database file `path` read-only, or read-write and creates it if it is missing. Missing parent
     /// directories are created in both modes. ":memory:" opens a database in memory.
@@ -78,6 +82,10 @@ public:
 
     /// True from a successful OpenDatabase() to a successful CloseDatabase(). Does not change the code or the message.
     virtual bool IsOpen() const = 0;
+    /// @}
+
+    /// @name Tables
+    /// @{
 
     /// Creates the table if no table or view of that name exists. An existing table or view is left unchanged, whatever
     /// its columns.
@@ -106,6 +114,10 @@ public:
     /// Renames a table. Returns true with code 0. Returns false with 111 "Database isn't open.", 113 "No table exists:
     /// " followed by `table` (also when `table` is empty or the test for it failed), or SQLite's code and message.
     virtual bool AlterTable(const std::string& table, const std::string& newName) = 0;
+    /// @}
+
+    /// @name Running SQL and writing
+    /// @{
 
     /// Runs every statement of `sql` in turn and discards result rows; the text ends at its first zero byte.
     ///
@@ -133,6 +145,10 @@ public:
     /// "Missing column names.", or with SQLite's code and message as for WriteTableValues().
     virtual bool UpdateTableValues(const std::string& table, const DbTableDataWrite& data,
                                    const std::string& condition) = 0;
+    /// @}
+
+    /// @name Reading
+    /// @{
 
     /// Appends every row of the table to `data.rows`; see ReadValues().
     virtual bool ReadTableValues(const std::string& table, DbTableData& data) const = 0;
@@ -152,6 +168,7 @@ public:
     /// ExistsTable() does not find), the facade's code of the failed step, or 110 when an exception was caught. Ends a
     /// row-by-row query in progress if the table was found.
     virtual int ExistData(const std::string& table, const std::string& condition, int& result) = 0;
+    /// @}
 
 protected:
     IDatabaseApi() = default; ///< For the classes that implement the interface.

@@ -31,8 +31,12 @@ class SqlDatabase;
 /// The only exception thrown is std::bad_alloc, when memory runs out.
 ///
 /// A moved-from command may only be assigned to or destroyed.
+/// @ingroup wrappers
 class TKOSQLLITE_EXPORT SqlCommand final {
 public:
+    /// @name Construction
+    /// @{
+
     /// A command on `database` without a statement; code 0 and an empty message. The connection may be opened later.
     explicit SqlCommand(SqlDatabase& database);
 
@@ -48,6 +52,10 @@ public:
 
     /// Finalizes a held statement.
     ~SqlCommand();
+    /// @}
+
+    /// @name Running
+    /// @{
 
     /// Runs every statement of `sql` in turn and discards result rows; a prepared statement is not touched. The text
     /// ends at its first zero byte. Returns true with code 0 and an empty message (also for an empty text). On
@@ -63,6 +71,10 @@ public:
     /// otherwise false with SQLite's code and the earlier message: 21 on a closed connection or for a view without data
     /// (a null pointer, such as a default-constructed view).
     bool Prepare(std::string_view sql);
+    /// @}
+
+    /// @name Binding
+    /// @{
 
     /// Binds a 32-bit integer to parameter `index` (from 1). Returns false with code 25 for an index out of range, and
     /// with code 21 for a statement that has been stepped and not reset. This and the other bind operations leave the
@@ -87,6 +99,10 @@ public:
 
     /// Sets every parameter back to NULL. Returns true with code 0; false without a statement.
     bool ClearBindings();
+    /// @}
+
+    /// @name Stepping
+    /// @{
 
     /// Advances to the next row. Returns true with an empty message for a row (code 100, HasRowData() is true) and for
     /// the end (code 101, HasRowData() is false). Returns false with SQLite's code and message when the step fails, and
@@ -101,6 +117,10 @@ public:
     /// Always releases the statement. Returns true with code 0, or false with the code of the last failed step; false
     /// with the record unchanged without a statement.
     bool Finalize();
+    /// @}
+
+    /// @name Reading the current row
+    /// @{
 
     /// The number of columns of the current row; 0 when no row is available. A row is available after a Step() that
     /// returned a row, until the next operation that stores a code (a bind, ClearBindings(), Reset(), Finalize(),
@@ -132,6 +152,10 @@ public:
 
     /// True when the record's code is 100: the last step returned a row.
     bool HasRowData() const;
+    /// @}
+
+    /// @name Errors
+    /// @{
 
     /// The code of the last operation that wrote the record.
     int GetLastError() const;
@@ -139,6 +163,7 @@ public:
     /// The message in the record; the reference is valid until this object is assigned to, moved from or destroyed, the
     /// content until the next operation that writes it.
     const std::string& GetLastErrorMsg() const;
+    /// @}
 
 private:
     class Impl;

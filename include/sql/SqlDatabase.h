@@ -22,8 +22,12 @@ namespace Morvik::sql {
 /// A moved-from SqlDatabase may only be assigned to, and must be given a new value before it is destroyed. No other
 /// operation of it may be called. So assigning from a temporary is not allowed, because the temporary is destroyed at
 /// once.
+/// @ingroup wrappers
 class TKOSQLLITE_EXPORT SqlDatabase final {
 public:
+    /// @name Construction
+    /// @{
+
     /// A closed connection with code 0 and an empty message.
     SqlDatabase();
 
@@ -41,6 +45,10 @@ public:
     /// Closes as Close() does. If that fails because statements are still held, the connection stays unclosed. If
     /// memory also runs out while SQLite's message about that is stored, the process terminates.
     ~SqlDatabase();
+    /// @}
+
+    /// @name The connection
+    /// @{
 
     /// Opens the database file `path` read-only, or read-write and creates it if it is missing.
     ///
@@ -70,6 +78,10 @@ public:
     /// Close(). Only the form GetNativeDatabaseInstance<sqlite3>() exists.
     template <typename Native>
     Native* GetNativeDatabaseInstance() = delete;
+    /// @}
+
+    /// @name Errors
+    /// @{
 
     /// The code of the last connection operation that wrote the record.
     int GetLastError() const;
@@ -77,6 +89,7 @@ public:
     /// The message of the last connection operation that wrote the record; the reference is valid until this object
     /// is assigned to, moved from or destroyed, the content until the next operation.
     const std::string& GetLastErrorMsg() const;
+    /// @}
 
 private:
     class Impl;

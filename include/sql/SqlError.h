@@ -14,16 +14,20 @@ namespace Morvik::sql {
 /// none return false and leave the record unchanged.
 ///
 /// Codes are SQLite's primary result codes, passed through unchanged, or the library's result codes: 111 something that
-/// must be open is not, 112 a needed argument or value is missing or unusable, 113 a named table does not exist. A new
-/// record holds code 0 and an empty message.
+/// must be open is not, 112 a needed argument or value is missing or unusable, 113 a named table does not exist; see
+/// @ref codes "codes and messages". A new record holds code 0 and an empty message.
 ///
 ///     if (!database.Open(path, false)) {
 ///         std::fprintf(stderr, "%d %s\n", database.GetLastError(), database.GetLastErrorMsg().c_str());
 ///     }
 ///
 /// A record belongs to one thread at a time.
+/// @ingroup wrappers
 class TKOSQLLITE_EXPORT SqlError {
 public:
+    /// @name The last call
+    /// @{
+
     /// The code of the last recorded call; 0 in a new record.
     int GetLastError() const { return m_code; }
 
@@ -39,6 +43,10 @@ public:
 
     /// True exactly for code 100: the last step returned a row.
     bool HasRowData() const { return m_code == Row; }
+    /// @}
+
+    /// @name Setting
+    /// @{
 
     /// Stores the code and empties the message, so that no success carries the text of an earlier failure.
     void SetError(int code)
@@ -49,6 +57,7 @@ public:
 
     /// Stores the message and leaves the code unchanged.
     void SetErrorMsg(std::string message) { m_message = std::move(message); }
+    /// @}
 
 protected:
     /// Stores the code and keeps the earlier message. The statement class records preparing, binding, resetting and

@@ -29,8 +29,12 @@ class SqlDatabase;
 /// A moved-from SqlTable may only be assigned to, and must be given a new value before it is destroyed. No other
 /// operation of it may be called. So assigning from a temporary is not allowed, because the temporary is destroyed at
 /// once.
+/// @ingroup wrappers
 class TKOSQLLITE_EXPORT SqlTable final {
 public:
+    /// @name Construction
+    /// @{
+
     /// A closed cursor on `database`; code 0 and an empty message. The connection may be opened later.
     explicit SqlTable(SqlDatabase& database);
 
@@ -45,6 +49,10 @@ public:
 
     /// Closes the cursor. If its connection is closed and a query is still held, the query is not finalized.
     ~SqlTable();
+    /// @}
+
+    /// @name The query
+    /// @{
 
     /// Closes the query held before and compiles the first statement of `sql`, up to its first zero byte; text after
     /// the first statement is silently ignored. No row is fetched.
@@ -74,6 +82,10 @@ public:
     /// Releases the query. Returns true with code 0, and true with the record unchanged on a closed cursor. After a
     /// failed step: false with that step's specific code and message; the query is released anyway.
     bool Close() const;
+    /// @}
+
+    /// @name Reading the current row
+    /// @{
 
     /// The length in bytes of column `column` (from 0) as text or bytes. The reads from this function to GetValue()
     /// check nothing: call them after ReadNext() returned true, with an index below Columns(). Also 0 if SQLite had no
@@ -106,6 +118,10 @@ public:
     /// GetValue(). If there is no such column, a value that wraps nothing: its getters return zeroes and record code
     /// 112 in the value. The cursor's record is not changed.
     SqlValue operator[](const std::string& name) const;
+    /// @}
+
+    /// @name Errors
+    /// @{
 
     /// The code of the last cursor operation that wrote the record.
     int GetLastError() const;
@@ -113,6 +129,7 @@ public:
     /// The message in the record; the reference is valid until this object is assigned to, moved from or destroyed, the
     /// content until the next operation that writes it.
     const std::string& GetLastErrorMsg() const;
+    /// @}
 
 private:
     class Impl;

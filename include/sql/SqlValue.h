@@ -21,8 +21,12 @@ namespace Morvik::sql {
 ///
 /// The record starts as code 0 with an empty message. A failure stays recorded, also after later reads that succeed. A
 /// value belongs to the thread of its cursor.
+/// @ingroup wrappers
 class TKOSQLLITE_EXPORT SqlValue : public SqlError {
 public:
+    /// @name Construction
+    /// @{
+
     /// Wraps `value`, which is still owned by the statement that produced it; null wraps nothing.
     explicit SqlValue(sqlite3_value* value) noexcept : m_value(value) {}
 
@@ -40,6 +44,10 @@ public:
     SqlValue(const SqlValue&) = delete;            ///< Moved, not copied.
     SqlValue& operator=(const SqlValue&) = delete; ///< Moved, not copied.
     ~SqlValue() = default;                         ///< Frees nothing: the statement owns the instance.
+    /// @}
+
+    /// @name Reading
+    /// @{
 
     /// The wrapped instance; null when nothing is wrapped.
     sqlite3_value* ValueInstance() const { return m_value; }
@@ -62,6 +70,7 @@ public:
     /// have set the value to NULL.
     template <typename T>
     T GetValue() = delete;
+    /// @}
 
 private:
     sqlite3_value* m_value;

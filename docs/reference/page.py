@@ -1,0 +1,189 @@
+#!/usr/bin/env python3
+"""Prints a page or a public header of the project for Doxygen, which reads them through this filter.
+
+Doxygen 1.9 does not know a hosting site's Markdown in full. So each page and heading gets a name, links lead to these
+names, a link to a header leads to its class, the name of an operation becomes a link, shell and CMake code is
+highlighted, and the pages of the guide get links to the pages before and after them. Their order is that of the table
+in docs/guide/README.md.
+"""
+
+import html
+import pathlib
+import re
+import sys
+from urllib.parse import unquote
+
+from pygments import lex
+from pygments.lexers import get_lexer_by_name
+from pygments.token import Comment, Keyword, Literal, Name
+
+PROJECT = pathlib.Path(__file__).resolve().parents[2]
+GUIDE = PROJECT / "docs/guide"
+# What Doxygen calls the colours of its own languages.
+COLOURS = {Comment: "comment", Keyword: "keyword", Name.Builtin: "keywordtype", Name.Variable: "preprocessor",
+           Literal.String: "stringliteral"}
+OTHER_LANGUAGES = ["sh", "cmake", "yaml"]
+
+
+def page_name(path):
+    if path.parent == PROJECT and path.stem == "README":
+        return "index"
+    return path.parent.name if path.stem == "README" else path.stem.lower()
+
+
+def slug(heading):
+    """The anchor that hosting sites give a heading."""
+    text = re.sub(r"\[([^]]*)\]\([^)]*\)", r"\1", heading).replace("`", "").lower()
+    return re.sub(r"[^\w\- ]", "", text).replace(" ", "-")
+
+
+def guide_order():
+    links = re.findall(r"^\| \[[^]]+\]\(([^)#/]+\.md)\)", (GUIDE / "README.md").read_text(encoding="utf-8"), re.M)
+    return [GUIDE / target for target in links]
+
+
+def title(page):
+    with page.open(encoding="utf-8") as lines:
+        return next(lines)[2:].strip()
+
+
+def link(page, mark, text, target):
+    text = " ".join(text.split())
+    if mark:
+        return f'<div class="picture"><img src="{pathlib.Path(target).name}" alt="{html.escape(text)}"/></div>'
+    if re.match(r"\w+:|@ref", target):
+        return f"[{text}]({target})"
+    path, _, anchor = unquote(target).partition("#")
+    path = (page.parent / path).resolve() if path else page
+    if path.suffix == ".md":
+        if page == GUIDE / "README.md" and path in guide_order() and not anchor:
+            return f'@subpage {page_name(path)} "{text}"'
+        return reference(page_name(path) + ("-" + anchor if anchor else ""), text)
+    if path.parent == PROJECT / "include/sql":
+        return reference(f"Morvik::sql::{path.stem}", text)
+    where = path.relative_to(PROJECT)  # a file of the sources, which the site does not have
+    return text if str(where) in text or text.strip("`") == path.name else f"{text} (`{where}`)"
+
+
+def reference(name, text):
+    if re.fullmatch("`[^`]*`", text):
+        return f'<code>@ref {name} "{text[1:-1]}"</code>'
+    return f'@ref {name} "{text.replace("`", "")}"'
+
+
+def operations():
+    """The classes that declare each operation. What DatabaseApi overrides is described in IDatabaseApi."""
+    classes = {}
+    headers = list((PROJECT / "include/sql").glob("*.h"))
+    constructors = {path.stem for path in headers}
+    for path in headers:
+        declared = re.findall(r"(?m)^    [\w:<>&* ]*\b([A-Z]\w+)(\([^;{]*)", path.read_text(encoding="utf-8"))
+        for name, rest in declared:
+            if " override" not in rest and name not in constructors:
+                classes.setdefault(name, set()).add(path.stem)
+    return classes
+
+
+def operation_link(code, section, classes):
+    """`Open` in the section SqlTable leads to SqlTable::Open; elsewhere, a name leads to the only class that has it."""
+    if (PROJECT / f"include/sql/{code}.h").is_file():
+        return reference(f"Morvik::sql::{code}", f"`{code}`")
+    named = re.fullmatch(r"(?:(\w+)::)?(\w+)(?:<[\w:<>]*>)?(?:\(\))?", code)
+    if not named:
+        return None
+    owner, name = named.groups()
+    owners = classes.get(name, set())
+    if owner is None:
+        owner = next(iter(owners)) if len(owners) == 1 else section
+    if owner == "DatabaseApi" and owner not in owners:
+        owner = "IDatabaseApi"
+    return reference(f"Morvik::sql::{owner}::{name}", f"`{code}`") if owner in owners else None
+
+
+def prose(lines, page, section):
+    """Changes the links, and the code that names an operation."""
+    parts = re.split(r"(`+[^`]*`+)", "\n".join(lines))
+    for number, part in enumerate(parts):
+        if number % 2 == 1 and not parts[number - 1].endswith("["):
+            code = part.strip("`")  # an apostrophe would end the code between single backticks
+            parts[number] = operation_link(code, section, OPERATIONS) or (f"``{code}``" if "'" in code else part)
+    text = re.sub(r"(!?)\[([^]]*)\]\(([^)\s]*)\)", lambda match: link(page, *match.groups()), "".join(parts))
+    return re.sub(r"</?details>.*", r"\n\\htmlonly[block]\n\g<0>\n\\endhtmlonly\n", text)  # Doxygen splits them
+
+
+def fragment(code, language):
+    """A block of code. Doxygen has no colours for some languages."""
+    if language not in OTHER_LANGUAGES:
+        return "\n".join(["```" + (language or "text"), *code, "```", ""])
+    lines = [""]
+    for token, text in lex("\n".join(code), get_lexer_by_name(language)):
+        colour = next((name for kind, name in COLOURS.items() if token in kind), None)
+        for number, part in enumerate(text.split("\n")):
+            if number:
+                lines.append("")
+            if part:
+                part = html.escape(part)
+                lines[-1] += f'<span class="{colour}">{part}</span>' if colour else part
+    rows = "".join(f'<div class="line">{line}</div>\n' for line in lines[:-1])
+    return f'\\htmlonly[block]\n<div class="fragment">{rows}</div>\n\\endhtmlonly\n'
+
+
+def convert(page):
+    text = page.read_text(encoding="utf-8")
+    name = page_name(page)
+    output, lines, language, section = [], [], None, ""
+    for line in [*text.splitlines(), ""]:
+        fence = re.match(r"\s*```(\w*)", line)
+        head = re.match(r"(#+) (.*)", line)
+        if language is not None and not fence:
+            lines.append(line)
+        elif language is not None:
+            output.append(fragment(lines, language))
+            lines, language = [], None
+        elif fence or head or not line:
+            if lines:
+                output.append(prose(lines, page, section) + "\n")
+            lines, language = [], fence.group(1) if fence else None
+            if head:
+                section = head.group(2)
+                output.append(heading(name, *head.groups()))
+        else:
+            lines.append(line)
+    if name not in ("index", "guide") and text.count("\n## ") > 1:
+        output.insert(1, "[TOC]\n")
+    if page in guide_order():
+        output.append(neighbours(page))
+    return "\n".join(output)
+
+
+def heading(name, marks, text):
+    if marks == "#":
+        return f"# {text} {{#{'mainpage' if name == 'index' else name}}}\n"
+    label = f"{name}-{slug(text)}"
+    if name in ("index", "guide"):  # the navigation tree would have the headings beside the pages
+        return f"<h{len(marks)}>@anchor {label} {text}</h{len(marks)}>\n"
+    return f"{marks} {text} {{#{label}}}\n"
+
+
+def neighbours(page):
+    order = [None, *guide_order(), None]
+    place = order.index(page)
+    before, after = [f"{word}: [{title(path)}](@ref {page_name(path)})" if path else ""
+                     for word, path in (("Previous", order[place - 1]), ("Next", order[place + 1]))]
+    return f'<div class="neighbours"><div>{before}</div><div>{after}</div></div>\n'
+
+
+def convert_header(page):
+    """Indented code in comments gets colours. A template that has only specialisations is not marked as deleted. What
+    a class overrides is listed once, as inherited."""
+    text = re.sub(r"(template <[^\n]*\n[^\n]*) = delete;", r"\1;", page.read_text(encoding="utf-8"))
+    text = re.sub(r"(?m)^    [^~;/]* override;\n", "", text)
+    return re.sub(r"(?m)^(( *///)     .*\n)+", lambda match: "\n".join([
+        match.group(2) + " ```cpp", match.group().rstrip().replace("///     ", "/// "), match.group(2) + " ```", ""]), text)
+
+
+OPERATIONS = operations()
+
+if __name__ == "__main__":
+    path = pathlib.Path(sys.argv[1]).resolve()
+    sys.stdout.write(convert_header(path) if path.suffix == ".h" else convert(path))
