@@ -50,6 +50,7 @@ check_packages()
 }
 step "Looking at the packages" check_packages build/packages "$native"
 check_packages build/packages/armhf "$target"
+"$tests/check-package.sh" build/packages/libtkosqllite-doc_*.deb "$work/doc"
 step "Checking the packages with lintian" \
     quietly lintian --allow-root --fail-on error,warning build/packages/*.deb build/packages/armhf/*.deb
 

@@ -60,9 +60,15 @@ cached()
 {
     inside ldconfig -p | grep "^[[:space:]]*libtkosqllite.so .* /lib/$1/libtkosqllite.so$"
 }
+documented()
+{
+    install "$(package_of libtkosqllite-doc all)" &&
+        inside test -s /usr/share/doc/libtkosqllite-doc/html/index.html -a \
+            -s /usr/share/doc/libtkosqllite-doc/html/search/searchdata.js
+}
 removed()
 {
-    inside apt-get -q -y purge libtkosqllite libtkosqllite:armhf &&
+    inside apt-get -q -y purge libtkosqllite libtkosqllite:armhf libtkosqllite-doc &&
         ! inside ldconfig -p | grep libtkosqllite &&
         ! inside find / -xdev -name '*tkosqllite*' -not -path '/project/*' -not -path '/packages/*' | grep .
 }
@@ -98,6 +104,7 @@ developed_armhf()
 }
 step "Building programs with the development package" quietly developed_native
 step "Building programs for the target with its development package" quietly developed_armhf
+step "Installing the documentation" quietly documented
 step "Removing all of it" quietly removed
 rm -rf "$work"
 echo "== The packages serve a bare Debian"

@@ -1,5 +1,5 @@
-# Debian packages of the library and of its development files, which scripts/packages.sh makes with cpack. They install
-# to /usr, for the machine that the compiler builds for.
+# Debian packages of the library, of its development files and of the documentation, which scripts/packages.sh makes with
+# cpack. They install to /usr, the first two for the machine that the compiler builds for.
 #
 # The library's soname has no version, so its package name has none either. Other packages find it through a symbols
 # file (deb-symbols(5)), because the older shlibs files support only versioned names.
@@ -32,7 +32,8 @@ endforeach()
 
 set(library_package libtkosqllite)
 set(development_package libtkosqllite-dev)
-foreach(component library development)
+set(documentation_package libtkosqllite-doc)
+foreach(component library development documentation)
     set(package ${${component}_package})
     configure_file(${CMAKE_CURRENT_LIST_DIR}/overrides-${component}.in ${folder}/lintian/${package} @ONLY)
     install(FILES ${folder}/lintian/${package}
@@ -40,6 +41,10 @@ foreach(component library development)
     install(FILES ${folder}/changelog.gz ${folder}/changelog.Debian.gz ${folder}/copyright
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${package} COMPONENT ${component} EXCLUDE_FROM_ALL)
 endforeach()
+
+# scripts/reference.sh writes the site.
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/build/reference/html
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${documentation_package} COMPONENT documentation EXCLUDE_FROM_ALL)
 
 # Programs that use any of today's exports need at least this version.
 add_custom_command(OUTPUT ${folder}/symbols
@@ -63,7 +68,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL library development)
+set(CPACK_COMPONENTS_ALL library development) # documentation: see scripts/packages.sh
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${architecture})
@@ -92,6 +97,15 @@ set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "application data in SQLite files - dev
 ${about}
 .
 This package has the headers, a CMake package and a pkg-config file.")
+
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_NAME ${documentation_package})
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_DOCUMENTATION_DESCRIPTION "application data in SQLite files - documentation
+${about}
+.
+This package has the guide and the reference, with a search over both. Open
+/usr/share/doc/${documentation_package}/html/index.html in a browser.")
 
 # For another machine, dpkg-shlibdeps searches that machine's packages, which scripts/sysroot.sh keeps.
 if(CMAKE_CROSSCOMPILING AND TKOSQLLITE_SYSROOT)

@@ -23,7 +23,8 @@ rm -rf "$folder"
 mkdir -p "$(dirname "$folder")"
 dpkg-deb -R "$package" "$folder"
 [ "$(field Version)" = "$version-1" ] || flaw "its version is $(field Version), not $version-1"
-[ "$(field Multi-Arch)" = same ] || flaw "it cannot be installed for two machines at once"
+[ "$(field Architecture)" = all ] || [ "$(field Multi-Arch)" = same ] ||
+    flaw "it cannot be installed for two machines at once"
 [ "$(basename "$package")" = "$(field Package)_$(field Version)_$(field Architecture).deb" ] || flaw "it has another name"
 
 # Every file has a checksum, and it is right.
@@ -40,6 +41,11 @@ if ls "$project"/LICEN[SC]E* "$project"/COPYING* >/dev/null 2>&1; then
     flaw "its copyright file says that there is no licence file"
 fi
 
+if [ "$(field Package)" = libtkosqllite-doc ]; then
+    [ "$(field Architecture):$(field Depends)" = all: ] || flaw "it depends on a machine or on $(field Depends)"
+    diff -r "$project/build/reference/html" "$documents/html" || flaw "it does not have the site"
+    exit 0
+fi
 if [ "$(field Package)" = libtkosqllite-dev ]; then
     [ "$(field Depends)" = "libtkosqllite (= $version-1)" ] || flaw "it depends on $(field Depends)"
     exit 0
