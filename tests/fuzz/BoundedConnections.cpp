@@ -3,9 +3,11 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cstring>
 #include <deque>
+#include <map>
 
-#include "fuzz/PaddedPages.h"
+#include "fuzz/Finding.h"
 
 namespace Morvik::sql::tests {
 
@@ -32,6 +34,52 @@ int Bound(sqlite3* handle, char** /*message*/, const sqlite3_api_routines* /*rou
     sqlite3_limit(handle, SQLITE_LIMIT_ATTACHED, 0);
     sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, LongestValue);
     return SQLITE_OK;
+}
+
+constexpr int Padding = 256;
+
+sqlite3_pcache_methods2 original;
+std::map<sqlite3_pcache*, int> pageSizes;
+
+sqlite3_pcache* Create(int pageSize, int extraSize, int purgeable)
+{
+    sqlite3_pcache* const cache = original.xCreate(pageSize + Padding, extraSize, purgeable);
+    pageSizes[cache] = pageSize;
+    return cache;
+}
+
+void Destroy(sqlite3_pcache* cache)
+{
+    pageSizes.erase(cache);
+    original.xDestroy(cache);
+}
+
+sqlite3_pcache_page* Fetch(sqlite3_pcache* cache, unsigned int key, int create)
+{
+    sqlite3_pcache_page* const page = original.xFetch(cache, key, create);
+    if (page != nullptr) {
+        std::memset(static_cast<char*>(page->pBuf) + pageSizes.at(cache), 0, Padding);
+    }
+    return page;
+}
+
+// Adds zeroes after every page that SQLite holds in memory. A damaged page may make SQLite read a few bytes past its
+// end. Without the zeroes, SQLite's own pointers are there, and two connections to the same file would read different
+// bytes. This must happen before the first connection is opened.
+void PadPages()
+{
+    if (original.xCreate != nullptr) {
+        return;
+    }
+    int code = sqlite3_config(SQLITE_CONFIG_GETPCACHE2, &original);
+    sqlite3_pcache_methods2 padded = original;
+    padded.xCreate = Create;
+    padded.xDestroy = Destroy;
+    padded.xFetch = Fetch;
+    if (code == SQLITE_OK) {
+        code = sqlite3_config(SQLITE_CONFIG_PCACHE2, &padded);
+    }
+    RequireSame("The code of sqlite3_config", std::to_string(code), "0");
 }
 
 using AutoExtension = void (*)();

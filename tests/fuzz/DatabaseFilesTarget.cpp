@@ -1,15 +1,17 @@
-// Opens, reads, walks, counts and writes a file with any content. This must do no harm, and every result must be that
-// of raw SQLite on a copy of the file.
+// Opens, reads, walks, counts and writes a file with any content. This must do no harm, and every outcome must be that
+// of the reference implementation on a copy of the file.
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <span>
 #include <string>
 #include <variant>
 #include <vector>
 
-#include "fuzz/DamagedFile.h"
+#include "fuzz/ComparedFacades.h"
 #include "fuzz/FuzzTarget.h"
-#include "support/Cells.h"
+#include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
 
@@ -27,40 +29,75 @@ std::string Identifier(const std::string& name)
     return identifier + '"';
 }
 
-// The texts in a column of the rows; a damaged file may have other types in that column.
-std::vector<std::string> Texts(const DbTableData& data, std::size_t column)
-{
-    std::vector<std::string> texts;
-    for (const DbTableRowValues& row : data.rows) {
-        const auto* const text =
-            column < row.cells.size() ? std::get_if<std::string>(&row.cells[column].value) : nullptr;
-        if (text != nullptr && !text->empty()) {
-            texts.push_back(*text);
+/// Two copies of one database file with any content: the library uses one, the reference implementation the other.
+class DamagedFile : public ComparedFacades {
+public:
+    explicit DamagedFile(std::span<const std::uint8_t> content)
+        : ComparedFacades(Directory() + "library", Directory() + "reference")
+    {
+        WriteFile("library.db", content);
+        WriteFile("reference.db", content);
+    }
+
+    /// The texts in a column of the query; a damaged file may have other types in that column.
+    std::vector<std::string> Texts(const std::string& sql, std::size_t column)
+    {
+        Both([&](auto& side) { return side.Read(sql); });
+        std::vector<std::string> texts;
+        for (const DbTableRowValues& row : Data().rows) {
+            const auto* const text =
+                column < row.cells.size() ? std::get_if<std::string>(&row.cells[column].value) : nullptr;
+            if (text != nullptr && !text->empty()) {
+                texts.push_back(*text);
+            }
+        }
+        return texts;
+    }
+
+    std::vector<std::string> NamesOfTables()
+    {
+        std::vector<std::string> names = Texts("SELECT name FROM sqlite_master WHERE type IN ('table', 'view')", 0);
+        names.resize(std::min(names.size(), MostTables));
+        return names;
+    }
+
+private:
+    // Created once for all inputs, because creating a directory takes longer than most inputs.
+    static std::string Directory()
+    {
+        static const TemporaryDirectory directory;
+        return directory.Path().string() + '/';
+    }
+
+    static void WriteFile(const std::string& name, std::span<const std::uint8_t> content)
+    {
+        const std::string path = Directory() + name;
+        for (const char* const left : {"-journal", "-wal", "-shm"}) {
+            std::filesystem::remove(path + left);
+        }
+        std::ofstream file(path, std::ios::binary | std::ios::trunc);
+        file << std::string(content.begin(), content.end());
+        if (!file.flush()) {
+            ReportFinding("The file cannot be written: " + path);
         }
     }
-    return texts;
-}
-
-std::vector<std::string> NamesOfTables(DamagedFile& file)
-{
-    std::vector<std::string> names =
-        Texts(file.Read("SELECT name FROM sqlite_master WHERE type IN ('table', 'view')"), 0);
-    names.resize(std::min(names.size(), MostTables));
-    return names;
-}
+};
 
 void ReadAll(DamagedFile& file)
 {
-    for (const std::string& name : NamesOfTables(file)) {
+    file.Both([](auto& side) { return side.Open(".db", true); });
+    for (const std::string& name : file.NamesOfTables()) {
         const std::string table = Identifier(name);
-        file.Exists(name);
-        file.ReadTable(table);
-        file.Read("SELECT * FROM " + table + " ORDER BY 2 DESC");
-        file.Walk("SELECT rowid, * FROM " + table + " WHERE rowid > 1");
+        file.Both([&](auto& side) { return side.Exists(name); });
+        file.Both([&](auto& side) { return side.ReadTable(table); });
+        file.Both([&](auto& side) { return side.Read("SELECT * FROM " + table + " ORDER BY 2 DESC"); });
+        file.Both([&](auto& side) { return side.Walk("SELECT rowid, * FROM " + table + " WHERE rowid > 1"); });
+        file.Both([](auto& side) { return side.CloseTable(); });
         // A count without a condition has no step at which it could be stopped if the pages form a circle.
-        file.Count(name, "WHERE 1");
-        file.Count(name, "WHERE key = 'b' OR key > 3");
+        file.Both([&](auto& side) { return side.Count(name, "WHERE 1"); });
+        file.Both([&](auto& side) { return side.Count(name, "WHERE key = 'b' OR key > 3"); });
     }
+    file.Both([](auto& side) { return side.CloseAll(); });
 }
 
 DbTableDataWrite NewRows(const std::vector<std::string>& columns)
@@ -78,35 +115,22 @@ DbTableDataWrite NewRows(const std::vector<std::string>& columns)
 
 void WriteAll(DamagedFile& file)
 {
-    const std::vector<std::string> names = NamesOfTables(file);
+    file.Both([](auto& side) { return side.Open(".db", false); });
+    file.Both([](auto& side) { return side.Execute("PRAGMA synchronous = OFF"); });
+    const std::vector<std::string> names = file.NamesOfTables();
     for (const std::string& name : names) {
         const std::string table = Identifier(name);
-        std::vector<std::string> columns = Texts(file.Read("PRAGMA table_info(" + table + ")"), 1);
+        std::vector<std::string> columns = file.Texts("PRAGMA table_info(" + table + ")", 1);
         std::ranges::transform(columns, columns.begin(), Identifier);
-        file.Write(table, NewRows(columns));
-        file.Update(table, NewRows(columns), "WHERE rowid % 2 = 0");
+        const DbTableDataWrite rows = NewRows(columns);
+        file.Both([&](auto& side) { return side.Write(table, rows); });
+        file.Both([&](auto& side) { return side.Update(table, rows, "WHERE rowid % 2 = 0"); });
     }
     if (!names.empty()) {
-        file.Rename(names.front(), "renamed");
-        file.Drop(names.back());
+        file.Both([&](auto& side) { return side.Alter(names.front(), "renamed"); });
+        file.Both([&](auto& side) { return side.Drop(names.back()); });
     }
-}
-
-void TryFile(std::span<const std::uint8_t> content)
-{
-    DamagedFile file(content);
-    file.Open(true);
-    ReadAll(file);
-    file.Close();
-
-    file.Open(false);
-    file.Execute("PRAGMA synchronous = OFF");
-    WriteAll(file);
-    file.Close();
-
-    file.Open(true);
-    ReadAll(file);
-    file.Close();
+    file.Both([](auto& side) { return side.CloseAll(); });
 }
 
 } // namespace
@@ -115,6 +139,9 @@ void TryFile(std::span<const std::uint8_t> content)
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    Morvik::sql::tests::TryFile(std::span(data, size));
+    Morvik::sql::tests::DamagedFile file(std::span(data, size));
+    Morvik::sql::tests::ReadAll(file);
+    Morvik::sql::tests::WriteAll(file);
+    Morvik::sql::tests::ReadAll(file);
     return 0;
 }

@@ -1,9 +1,19 @@
 #include "fuzz/Finding.h"
 
+#include <array>
+#include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <iostream>
 
 namespace Morvik::sql::tests {
+
+namespace {
+
+// libFuzzer finds the counters by the name of their section, and clears them before every input.
+[[gnu::section("__libfuzzer_extra_counters")]] std::array<std::uint8_t, 4096> counters;
+
+} // namespace
 
 void ReportFinding(const std::string& finding)
 {
@@ -31,6 +41,11 @@ void RequireSame(const std::string& what, const std::string& actual, const std::
     if (actual != expected) {
         ReportFinding(what + " is [" + Printable(actual) + "] in place of [" + Printable(expected) + "]");
     }
+}
+
+void CountFeature(const std::string& feature)
+{
+    counters[std::hash<std::string>()(feature) % counters.size()] = 1;
 }
 
 } // namespace Morvik::sql::tests

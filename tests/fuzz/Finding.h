@@ -13,4 +13,8 @@ std::string Printable(const std::string& text);
 /// Reports `what` with both texts unless they are equal.
 void RequireSame(const std::string& what, const std::string& actual, const std::string& expected);
 
+/// Tells libFuzzer that the input made `feature` happen, so that it keeps inputs that reach new code in SQLite, which
+/// it cannot observe. Has no other effect.
+void CountFeature(const std::string& feature);
+
 } // namespace Morvik::sql::tests

@@ -1,4 +1,4 @@
-// Any sequence of facade operations must give the results of the facade's model, and leave the same files.
+// Any sequence of facade operations must give the outcomes of the reference implementation, and leave the same files.
 
 #include <span>
 #include <string>

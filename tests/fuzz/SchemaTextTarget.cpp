@@ -1,70 +1,45 @@
 // For any table definition, the library's text must equal that of the reference rendering, and creating the table must
-// have the same result as running that text in raw SQLite.
-
-#include <sql/DatabaseApi.h>
+// have the same outcome as with the reference implementation.
 
 #include <span>
 #include <string>
-#include <variant>
 #include <vector>
 
-#include "fuzz/BoundedConnections.h"
-#include "fuzz/Finding.h"
+#include "fuzz/ComparedFacades.h"
 #include "fuzz/FuzzTarget.h"
-#include "fuzz/StoredValue.h"
 #include "support/AnyDefinition.h"
-#include "support/PlainRendering.h"
-#include "support/RawSqlite.h"
+#include "support/ReferenceRendering.h"
 #include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-const std::string SchemaQuery =
-    "SELECT coalesce(group_concat(type || name || tbl_name || quote(sql)), '') FROM sqlite_master";
-
-void RequirePlainTexts(const DbTableDefinition& definition)
+void RequireReferenceTexts(const DbTableDefinition& definition)
 {
     RequireSame("The table's constraints", definition.TableConstraintAsString(),
-                PlainTableConstraints(definition.constraints));
+                ReferenceTableConstraints(definition.constraints));
     RequireSame("The foreign key", definition.constraints.ForeignKeyConstraintAsString(),
-                PlainForeignKey(definition.constraints));
+                ReferenceForeignKey(definition.constraints));
     for (const DbTableColumnDefinition& column : definition.columns) {
-        RequireSame("The column's constraints", column.ColumnConstraintsAsString(), PlainColumnConstraints(column));
-        RequireSame("The column", column.ColumnDefinitionAsString(), PlainColumn(column));
+        RequireSame("The column's constraints", column.ColumnConstraintsAsString(), ReferenceColumnConstraints(column));
+        RequireSame("The column", column.ColumnDefinitionAsString(), ReferenceColumn(column));
     }
 }
 
-void RequirePlainTable(const DbTableDefinition& definition)
+void RequireReferenceTable(const DbTableDefinition& definition)
 {
-    BoundedConnections connections;
-    DatabaseApi facade;
-    facade.OpenDatabase(":memory:", false);
-    RawSqlite plain(":memory:");
-    const std::string sql = PlainCreateStatement(definition);
-
-    connections.BeginOperation();
-    std::vector<std::string> executed;
-    {
+    ComparedFacades facades;
+    facades.Both([](auto& side) { return side.Open(":memory:", false); });
+    facades.Both([&](auto& side) {
         const SqliteCallRecorder recorded;
-        facade.CreateTable(definition);
-        executed = recorded.Executed();
-    }
-    RequireSame("The number of statements", std::to_string(executed.size()), "1");
-    RequireSame("The statement", executed.front(), sql);
-
-    const RawFailure failure = FailureOfExec(plain.Handle(), sql);
-    RequireSame("The code", std::to_string(facade.GetLastError()), std::to_string(failure.code));
-    RequireSame("The message", facade.GetLastErrorMsg(), failure.message);
-
-    connections.BeginOperation();
-    DbTableData schema;
-    if (!facade.ReadValues(SchemaQuery, schema)) {
-        ReportFinding("The schema cannot be read: " + facade.GetLastErrorMsg());
-    }
-    const auto& actual = std::get<std::string>(schema.rows.at(0).cells.at(0).value);
-    RequireSame("The schema", Quoted(actual), plain.Value(SchemaQuery));
+        StepOutcome created = side.Create(definition);
+        const std::vector<std::string> executed = recorded.Executed();
+        RequireSame("The number of statements", std::to_string(executed.size()), "1");
+        RequireSame("The statement", executed.front(), ReferenceCreateStatement(definition));
+        return created;
+    });
+    facades.Both([](auto& side) { return side.Read("SELECT * FROM sqlite_master"); });
 }
 
 } // namespace
@@ -76,7 +51,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     using namespace Morvik::sql::tests;
     FuzzInput choices(std::span(data, size));
     const Morvik::sql::DbTableDefinition definition = AnyDefinition(choices);
-    RequirePlainTexts(definition);
-    RequirePlainTable(definition);
+    RequireReferenceTexts(definition);
+    RequireReferenceTable(definition);
     return 0;
 }

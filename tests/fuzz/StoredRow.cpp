@@ -3,12 +3,12 @@
 #include <sql/DatabaseApi.h>
 
 #include <algorithm>
-#include <memory>
+#include <cmath>
+#include <cstdlib>
 #include <utility>
 #include <variant>
 
 #include "fuzz/Finding.h"
-#include "fuzz/StoredValue.h"
 #include "support/Cells.h"
 #include "support/RawSqlite.h"
 
@@ -22,15 +22,12 @@ const std::vector<std::string> Columns{"c0", "c1", "c2", "c3", "c4", "c5"};
 const std::string CreateStored = "CREATE TABLE stored (c0, c1, c2, c3, c4, c5)";
 
 /// The table, which is kept open from one input to the next and emptied.
-RawSqlite& PlainTable()
+RawSqlite& RawTable()
 {
-    static const auto plain = [] {
-        auto opened = std::make_unique<RawSqlite>(":memory:");
-        opened->Execute(CreateStored);
-        return opened;
-    }();
-    plain->Execute("DELETE FROM stored");
-    return *plain;
+    static RawSqlite sqlite(":memory:");
+    static const bool created = (sqlite.Execute(CreateStored), true);
+    sqlite.Execute(created ? "DELETE FROM stored" : "");
+    return sqlite;
 }
 
 /// The same table in a database of the facade.
@@ -72,6 +69,50 @@ int NamedColumn(std::string text)
     return text == "rowid" || text == "oid" || text == "_rowid_" ? 0 : -1;
 }
 
+void RequireSameNumber(const std::string& stored, const std::string& literal)
+{
+    const double actual = std::strtod(stored.c_str(), nullptr);
+    const double expected = std::strtod(literal.c_str(), nullptr);
+    // SQLite prints 15 digits, and parses the smallest numbers with fewer.
+    const bool same = std::abs(actual - expected) <= std::max(std::abs(expected) * 1e-14, 1e-290);
+    if (!same || stored.front() == '\'') {
+        ReportFinding("The number " + literal + " is stored as " + stored);
+    }
+}
+
+// The text with its apostrophes doubled, as the library stores it.
+std::string Doubled(const std::string& text)
+{
+    std::string doubled;
+    for (const char c : text) {
+        doubled.append(c == '\'' ? 2 : 1, c);
+    }
+    return doubled;
+}
+
+// The text as RawSqlite::Rows() writes it.
+std::string Quoted(const std::string& text)
+{
+    return "'" + Doubled(text) + "'";
+}
+
+// Reports a finding unless `stored`, a value as RawSqlite::Rows() writes it, is the value of the cell. `literal` is
+// the cell's text in the statement.
+void RequireStoredAs(const DbTableColumnValue& cell, const std::string& literal, const std::string& stored)
+{
+    if (literal.front() != '"') {
+        const bool isTime = cell.type > DbTableColumnType::Null;
+        const bool isText = cell.type != DbTableColumnType::JulianDayNow;
+        isTime ? RequireSame("The time's first character", stored.substr(0, 1), isText ? "'" : "2")
+               : RequireSameNumber(stored, literal);
+    } else if (const auto* const text = std::get_if<std::string>(&cell.value)) {
+        RequireSame("The stored text of " + Printable(*text), stored, Quoted(Doubled(*text)));
+    } else {
+        const auto& bytes = std::get<std::vector<char>>(cell.value);
+        RequireSame("The stored bytes", stored, Quoted(std::string(bytes.begin(), bytes.end())));
+    }
+}
+
 DbTableDataWrite Request(const std::vector<DbTableColumnValue>& cells)
 {
     DbTableDataWrite data;
@@ -90,9 +131,9 @@ void RequireStored(const std::vector<DbTableColumnValue>& cells, const std::vect
         names += (i == 0 ? "" : ",") + Columns[i];
         values += (i == 0 ? "" : ",") + literals[i];
     }
-    RawSqlite& plain = PlainTable();
-    plain.Execute("INSERT INTO stored (" + names + ") VALUES (" + values + ")");
-    const auto rows = plain.Rows("SELECT " + names + " FROM stored");
+    RawSqlite& sqlite = RawTable();
+    sqlite.Execute("INSERT INTO stored (" + names + ") VALUES (" + values + ")");
+    const auto rows = sqlite.Rows("SELECT " + names + " FROM stored");
     for (std::size_t i = 0; i < cells.size(); ++i) {
         RequireStoredAs(cells[i], literals[i], rows.at(0).at(i));
     }

@@ -22,7 +22,7 @@
 #include "model/ValueLiteral.h"
 #include "support/Cells.h"
 #include "support/FuzzInput.h"
-#include "support/PlainRendering.h"
+#include "support/ReferenceRendering.h"
 
 namespace Morvik::sql::tests {
 
@@ -117,7 +117,7 @@ void TryCells(const std::vector<DbTableColumnValue>& cells)
     bool oneValueEach = true;
     for (const DbTableColumnValue& cell : cells) {
         const std::optional<std::string> literal = Literal(cell);
-        RequireSame("The literal", literal.value_or(""), PlainLiteral(cell));
+        RequireSame("The literal", literal.value_or(""), ReferenceLiteral(cell));
         oneValueEach = oneValueEach && literal && !EndsItsLiteral(cell) && !IsNoNumber(cell);
         literals.push_back(literal.value_or(""));
     }

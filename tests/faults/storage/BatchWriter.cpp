@@ -10,7 +10,7 @@
 #include <iostream>
 #include <string_view>
 
-#include "support/WriteBatches.h"
+#include "faults/storage/WriteBatches.h"
 
 namespace {
 

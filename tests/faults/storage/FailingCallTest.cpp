@@ -102,7 +102,7 @@ struct RunResult {
 
 class FailingCallTest : public testing::TestWithParam<Case> {
 protected:
-    template <typename Side>
+    template <typename Facade>
     RunResult RunWith(const FileFault& fault) const
     {
         const StorageScenario& scenario = *GetParam().scenario;
@@ -110,18 +110,18 @@ protected:
         RunResult run;
         {
             FaultInjectionVfs disk;
-            Side side;
-            scenario.prepare(side, m_path);
+            FacadeDriver<Facade> side(m_directory.Path().string() + '/');
+            EXPECT_TRUE(scenario.prepare(side).succeeded);
             if (GetParam().mode == JournalMode::Truncate && !scenario.readOnly) {
                 side.Execute("PRAGMA journal_mode = TRUNCATE");
             }
             disk.Arm(fault);
-            const StepOutcome outcome = scenario.act(side, m_path);
+            const StepOutcome outcome = scenario.act(side);
             run.acknowledged = outcome.succeeded;
-            run.outcomes = outcome.text;
             // Checks that the connection still works afterwards, or fails with the same error.
-            run.outcomes += side.Read("SELECT count(*) FROM reading").text;
-            run.outcomes += side.Close().text;
+            for (const StepOutcome& step : {outcome, side.Read("SELECT count(*) FROM reading"), side.CloseAll()}) {
+                run.outcomes += TextOf(step) + '\n';
+            }
             run.fired = disk.Fired();
         }
         run.content = &ContentLeft();
@@ -151,12 +151,12 @@ protected:
     }
 
     TemporaryDirectory m_directory;
-    std::string m_path = m_directory.File("test.db");
+    std::string m_path = m_directory.File(StorageFile);
     DatabaseFiles m_found = FoundFiles(GetParam().scenario->found, GetParam().mode);
     mutable std::list<std::pair<DatabaseFiles, DatabaseContent>> m_known;
 };
 
-TEST_P(FailingCallTest, LeavesTheRecordOfThePlainCallAndTheContentWhole)
+TEST_P(FailingCallTest, GivesTheReferencesOutcomeAndACompleteContent)
 {
     const std::vector<DatabaseContent> states = States();
     std::set<FileCall> fired;
@@ -166,8 +166,8 @@ TEST_P(FailingCallTest, LeavesTheRecordOfThePlainCallAndTheContentWhole)
         for (fault.position = 1;; ++fault.position) {
             SCOPED_TRACE(Described(fault));
 
-            const RunResult expected = RunWith<PlainSide>(fault);
-            const RunResult actual = RunWith<LibrarySide>(fault);
+            const RunResult expected = RunWith<ReferenceFacade>(fault);
+            const RunResult actual = RunWith<DatabaseApi>(fault);
 
             ASSERT_EQ(actual.outcomes, expected.outcomes);
             ASSERT_EQ(actual.fired, expected.fired);

@@ -8,7 +8,7 @@
 #include <random>
 #include <set>
 
-#include "faults/storage/BatchContent.h"
+#include "faults/storage/WriteBatches.h"
 #include "support/BuiltProgram.h"
 #include "support/DatabaseFiles.h"
 #include "support/KilledProgram.h"
@@ -39,14 +39,12 @@ protected:
     static std::vector<DatabaseContent> Expected(std::uint64_t seed, std::ptrdiff_t acknowledged)
     {
         WriteBatches batches(seed);
-        std::vector<BatchTables> states{{}};
+        std::vector<DatabaseContent> states{{}};
         for (std::ptrdiff_t batch = 0; batch < acknowledged; ++batch) {
             states = {batches.Next().states.back()};
         }
         std::ranges::copy(batches.Next().states, std::back_inserter(states));
-        std::vector<DatabaseContent> contents;
-        std::ranges::transform(states, std::back_inserter(contents), ContentWith);
-        return contents;
+        return states;
     }
 
     bool LeftSomethingToRecover() const

@@ -6,9 +6,9 @@
 #include <memory>
 #include <stdexcept>
 
-#include "faults/storage/BatchContent.h"
+#include "faults/storage/PowerLossVfs.h"
+#include "faults/storage/WriteBatches.h"
 #include "support/DatabaseFiles.h"
-#include "support/PowerLossVfs.h"
 #include "support/SoakMode.h"
 #include "support/TemporaryDirectory.h"
 #include "support/TestSeeds.h"
@@ -36,8 +36,7 @@ enum class Found {
 struct Outcome {
     Found found = Found::AnythingElse;
     bool unsyncedWritesWereLost = false;
-    bool journalWasRolledBack = false;
-    bool logWasReplayed = false;
+    bool recovered = false; // a journal was rolled back, or a log replayed
     std::string description;
 };
 
@@ -50,9 +49,9 @@ protected:
         DatabaseFiles().PutBack(path);
         FuzzInput choices(seed);
         WriteBatches batches(seed);
-        std::vector<BatchTables> earlier{{}};
-        std::vector<BatchTables> expected{
-            {}}; // the acknowledged state, and the states that the last call may have left
+        std::vector<DatabaseContent> earlier{{}};
+        // The acknowledged state, and the states that the last call may have left.
+        std::vector<DatabaseContent> expected{{}};
         int lostSectors = 0;
         {
             PowerLossVfs machine(choices, 1 + static_cast<int>(choices.Below(400)), mode.removals);
@@ -83,19 +82,30 @@ protected:
         const DatabaseFiles left(path);
         try {
             const DatabaseContent content = ContentOf(path);
-            const auto isContent = [&](const BatchTables& tables) { return ContentWith(tables) == content; };
-            outcome.found = std::ranges::any_of(expected, isContent)  ? Found::EverythingAcknowledged
-                            : std::ranges::any_of(earlier, isContent) ? Found::TheLastWriteTakenBack
-                                                                      : Found::AnythingElse;
-            outcome.description = Described(content) + "in place of\n" + Described(ContentWith(expected.front()));
+            const auto has = [&](const auto& states) { return std::ranges::find(states, content) != states.end(); };
+            outcome.found = has(expected)  ? Found::EverythingAcknowledged
+                            : has(earlier) ? Found::TheLastWriteTakenBack
+                                           : Found::AnythingElse;
+            outcome.description = Described(content) + "in place of\n" + Described(expected.front());
         } catch (const std::runtime_error& failure) {
             outcome.description = failure.what();
         }
         const DatabaseFiles recovered(path);
         const bool changed = left.contents.contains("") && left.contents.at("") != recovered.contents.at("");
-        outcome.journalWasRolledBack = changed && left.contents.contains("-journal");
-        outcome.logWasReplayed = changed && left.contents.contains("-wal");
+        outcome.recovered = changed && (left.contents.contains("-journal") || left.contents.contains("-wal"));
         return outcome;
+    }
+
+    /// Calls `check` with the outcome of each round of each seed.
+    template <typename Check>
+    void RunRounds(const DurabilityMode& mode, Check check) const
+    {
+        for (const std::uint64_t seed : TestSeeds()) {
+            for (int round = 0; round < Rounds(50, 500) && !HasFatalFailure(); ++round) {
+                SCOPED_TRACE(Describe(seed) + ", round " + std::to_string(round));
+                check(RunRound(mode, seed + static_cast<std::uint64_t>(round)));
+            }
+        }
     }
 
 private:
@@ -108,17 +118,12 @@ TEST_P(DurableKeepingTest, KeepsWhatWasAcknowledgedAndNoWriteByHalves)
 {
     int roundsWithLoss = 0;
     int roundsWithRecovery = 0;
-    for (const std::uint64_t seed : TestSeeds()) {
-        for (int round = 0; round < Rounds(50, 500); ++round) {
-            SCOPED_TRACE(Describe(seed) + ", round " + std::to_string(round));
 
-            const Outcome outcome = RunRound(GetParam(), seed + static_cast<std::uint64_t>(round));
-
-            ASSERT_EQ(outcome.found, Found::EverythingAcknowledged) << outcome.description;
-            roundsWithLoss += outcome.unsyncedWritesWereLost ? 1 : 0;
-            roundsWithRecovery += outcome.journalWasRolledBack || outcome.logWasReplayed ? 1 : 0;
-        }
-    }
+    RunRounds(GetParam(), [&](const Outcome& outcome) {
+        ASSERT_EQ(outcome.found, Found::EverythingAcknowledged) << outcome.description;
+        roundsWithLoss += outcome.unsyncedWritesWereLost ? 1 : 0;
+        roundsWithRecovery += outcome.recovered ? 1 : 0;
+    });
 
     EXPECT_GT(roundsWithLoss, 0);
     EXPECT_GT(roundsWithRecovery, 0);
@@ -146,16 +151,11 @@ TEST_F(PowerLossTest, AsOpenedARemovalThatAwaitsASyncTakesTheLastWriteBackWhole)
 {
     const DurabilityMode mode{"", "PRAGMA cache_size = 4", Removals::AwaitingASync};
     int takenBack = 0;
-    for (const std::uint64_t seed : TestSeeds()) {
-        for (int round = 0; round < Rounds(50, 500); ++round) {
-            SCOPED_TRACE(Describe(seed) + ", round " + std::to_string(round));
 
-            const Outcome outcome = RunRound(mode, seed + static_cast<std::uint64_t>(round));
-
-            ASSERT_NE(outcome.found, Found::AnythingElse) << outcome.description;
-            takenBack += outcome.found == Found::TheLastWriteTakenBack ? 1 : 0;
-        }
-    }
+    RunRounds(mode, [&](const Outcome& outcome) {
+        ASSERT_NE(outcome.found, Found::AnythingElse) << outcome.description;
+        takenBack += outcome.found == Found::TheLastWriteTakenBack ? 1 : 0;
+    });
 
     EXPECT_GT(takenBack, 0);
     RecordProperty("rounds_taken_back", takenBack);
@@ -166,13 +166,8 @@ TEST_F(PowerLossTest, WithoutSyncsTheSameRoundsFindLossAndDamage)
 {
     const DurabilityMode mode{"", "PRAGMA cache_size = 4; PRAGMA synchronous = OFF", Removals::Lasting};
     int found = 0;
-    for (const std::uint64_t seed : TestSeeds()) {
-        for (int round = 0; round < Rounds(50, 500); ++round) {
-            const Outcome outcome = RunRound(mode, seed + static_cast<std::uint64_t>(round));
 
-            found += outcome.found == Found::EverythingAcknowledged ? 0 : 1;
-        }
-    }
+    RunRounds(mode, [&](const Outcome& outcome) { found += outcome.found == Found::EverythingAcknowledged ? 0 : 1; });
 
     EXPECT_GT(found, 0);
     RecordProperty("rounds_found", found);

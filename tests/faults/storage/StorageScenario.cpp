@@ -1,9 +1,9 @@
 #include "faults/storage/StorageScenario.h"
 
 #include <sstream>
-#include <stdexcept>
 
-#include "support/Cells.h"
+#include "support/RawSqlite.h"
+#include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
 
@@ -12,42 +12,17 @@ namespace {
 using Found = StorageScenario::Found;
 
 constexpr const char* EveryRow = "SELECT * FROM reading ORDER BY id";
-
-void OpenForWriting(StorageSide& side, const std::string& path)
-{
-    if (!side.Open(path, false).succeeded) {
-        throw std::runtime_error("cannot open " + path);
-    }
-}
-
-void OpenForReading(StorageSide& side, const std::string& path)
-{
-    if (!side.Open(path, true).succeeded) {
-        throw std::runtime_error("cannot open " + path);
-    }
-}
-
-void OpenNothing(StorageSide& /*side*/, const std::string& /*path*/) {}
-
-DbTableDefinition Definition()
-{
-    DbTableDefinition definition;
-    definition.name = "event";
-    definition.columns.resize(2);
-    definition.columns[0].name = "id";
-    definition.columns[0].type = DbTableColumnType::Integer;
-    definition.columns[0].constraintFlags = DbTableColumnConstraint::PrimaryKey;
-    definition.columns[1].name = "what";
-    definition.columns[1].type = DbTableColumnType::Text;
-    return definition;
-}
-
 constexpr const char* CreateEvent = "CREATE TABLE event (id INTEGER PRIMARY KEY,what TEXT)";
+
+// A text so long that a few of them fill a page.
+std::string LongText(char letter)
+{
+    return std::string(700, letter);
+}
 
 DbTableDataWrite NewReadings()
 {
-    DbTableDataWrite data;
-    data.columns = {"id", "room", "value"};
+    DbTableDataWrite data{{"id", "room", "value"}, {}};
     for (int id = 101; id <= 110; ++id) {
         data.rows.push_back({{IntegerCell(id), TextCell(LongText('n')), RealCell(0.5)}});
     }
@@ -64,128 +39,93 @@ std::string InsertOfNewReadings()
     return sql.str();
 }
 
+std::string Transaction()
+{
+    return "BEGIN;" + InsertOfNewReadings() + ";DELETE FROM reading WHERE id < 10;" + CreateEvent + ";COMMIT";
+}
+
+// Opens the database with a cache of a few pages, which makes SQLite write into the database before the commit.
+StorageSteps OpenWithSmallCache(const std::string& further = {})
+{
+    return [=](auto& side) {
+        side.Open(StorageFile, false);
+        return side.Execute("PRAGMA cache_size = 2;" + further);
+    };
+}
+
+constexpr auto DoNothing = [](auto& /*side*/) { return StepOutcome{.succeeded = true}; };
+constexpr auto Open = [](auto& side) { return side.Open(StorageFile, false); };
+constexpr auto OpenReadOnly = [](auto& side) { return side.Open(StorageFile, true); };
+constexpr auto Close = [](auto& side) { return side.CloseAll(); };
+constexpr auto ReadEveryRow = [](auto& side) { return side.Read(EveryRow); };
+constexpr auto WriteReadings = [](auto& side) { return side.Write("reading", NewReadings()); };
+constexpr auto CreateTable = [](auto& side) {
+    return side.Create(
+        {"event", {{"id", DbTableColumnType::Integer, 0, PrimaryKey}, {"what", DbTableColumnType::Text}}, {}});
+};
+
 std::vector<StorageScenario> MakeScenarios()
 {
-    using Side = StorageSide;
-    using Path = const std::string;
-    std::vector<StorageScenario> scenarios;
-
-    scenarios.push_back({.name = "OpenNewFile",
-                         .prepare = OpenNothing,
-                         .act = [](Side& side, Path& path) { return side.Open(path, false); },
-                         .found = Found::Nothing});
-    scenarios.push_back({.name = "OpenExistingFile", .prepare = OpenNothing, .act = [](Side& side, Path& path) {
-                             return side.Open(path, false);
-                         }});
-    scenarios.push_back({.name = "OpenReadOnly",
-                         .prepare = OpenNothing,
-                         .act = [](Side& side, Path& path) { return side.Open(path, true); },
-                         .readOnly = true});
-    scenarios.push_back({.name = "CreateFirstTable",
-                         .prepare = OpenForWriting,
-                         .act = [](Side& side, Path&) { return side.Create(Definition()); },
-                         .changes = {CreateEvent},
-                         .found = Found::Nothing});
-    scenarios.push_back({.name = "CreateTable",
-                         .prepare = OpenForWriting,
-                         .act = [](Side& side, Path&) { return side.Create(Definition()); },
-                         .changes = {CreateEvent}});
-    scenarios.push_back({.name = "WriteTableValues",
-                         .prepare = OpenForWriting,
-                         .act = [](Side& side, Path&) { return side.Write("reading", NewReadings()); },
-                         .changes = {InsertOfNewReadings()}});
-    scenarios.push_back(
+    const std::string grow = "UPDATE reading SET room = room || id, value = 7";
+    return {
+        {.name = "OpenNewFile", .act = Open, .prepare = DoNothing, .found = Found::Nothing},
+        {.name = "OpenExistingFile", .act = Open, .prepare = DoNothing},
+        {.name = "OpenReadOnly", .act = OpenReadOnly, .prepare = DoNothing, .readOnly = true},
+        {.name = "CreateFirstTable", .act = CreateTable, .changes = {CreateEvent}, .found = Found::Nothing},
+        {.name = "CreateTable", .act = CreateTable, .changes = {CreateEvent}},
+        {.name = "WriteTableValues", .act = WriteReadings, .changes = {InsertOfNewReadings()}},
         {.name = "UpdateTableValues",
-         .prepare = OpenForWriting,
          .act =
-             [](Side& side, Path&) {
+             [](auto& side) {
                  return side.Update("reading", {{"room"}, {{{TextCell(LongText('u'))}}}}, "WHERE id % 3 = 0");
              },
-         .changes = {"UPDATE reading SET room = '" + LongText('u') + "' WHERE id % 3 = 0"}});
-    scenarios.push_back({.name = "AlterTable",
-                         .prepare = OpenForWriting,
-                         .act = [](Side& side, Path&) { return side.Alter("reading", "old_reading"); },
-                         .changes = {"ALTER TABLE reading RENAME TO old_reading"}});
-    // If the test for the table cannot read the file, the table counts as absent, and the operation succeeds
-    // (TestForTableTest).
-    scenarios.push_back({.name = "DropTable",
-                         .prepare = OpenForWriting,
-                         .act = [](Side& side, Path&) { return side.Drop("reading"); },
-                         .changes = {"DELETE FROM reading", "DROP TABLE reading"},
-                         .acknowledges = false});
-    scenarios.push_back({.name = "ExecuteTransaction",
-                         .prepare = OpenForWriting,
-                         .act =
-                             [](Side& side, Path&) {
-                                 return side.Execute("BEGIN;" + InsertOfNewReadings() +
-                                                     ";DELETE FROM reading WHERE id < 10;" + CreateEvent + ";COMMIT");
-                             },
-                         .changes = {"BEGIN;" + InsertOfNewReadings() + ";DELETE FROM reading WHERE id < 10;" +
-                                     CreateEvent + ";COMMIT"}});
-    // A cache of a few pages makes SQLite write into the database before the commit.
-    scenarios.push_back(
+         .changes = {"UPDATE reading SET room = '" + LongText('u') + "' WHERE id % 3 = 0"}},
+        {.name = "AlterTable",
+         .act = [](auto& side) { return side.Alter("reading", "old_reading"); },
+         .changes = {"ALTER TABLE reading RENAME TO old_reading"}},
+        // If the test for the table cannot read the file, the table counts as absent, and the operation succeeds
+        // (TestForTableTest).
+        {.name = "DropTable",
+         .act = [](auto& side) { return side.Drop("reading"); },
+         .changes = {"DELETE FROM reading", "DROP TABLE reading"},
+         .acknowledges = false},
+        {.name = "ExecuteTransaction",
+         .act = [](auto& side) { return side.Execute(Transaction()); },
+         .changes = {Transaction()}},
         {.name = "ExecuteMoreThanTheCacheHolds",
-         .prepare =
-             [](Side& side, Path& path) {
-                 OpenForWriting(side, path);
-                 side.Execute("PRAGMA cache_size = 2");
-             },
-         .act = [](Side& side, Path&) { return side.Execute("UPDATE reading SET room = room || id, value = 7"); },
-         .changes = {"UPDATE reading SET room = room || id, value = 7"}});
-    scenarios.push_back({.name = "ReadValues",
-                         .prepare = OpenForReading,
-                         .act = [](Side& side, Path&) { return side.Read(EveryRow); },
-                         .readOnly = true});
-    scenarios.push_back({.name = "WalkByReadNextRow", .prepare = OpenForWriting, .act = [](Side& side, Path&) {
-                             return side.Walk(EveryRow);
-                         }});
-    scenarios.push_back({.name = "WalkByIterator", .prepare = OpenForWriting, .act = [](Side& side, Path&) {
-                             return side.Iterate(EveryRow);
-                         }});
-    scenarios.push_back({.name = "ExistsTable", .prepare = OpenForWriting, .act = [](Side& side, Path&) {
-                             return side.Exists("reading");
-                         }});
-    scenarios.push_back({.name = "ExistData", .prepare = OpenForWriting, .act = [](Side& side, Path&) {
-                             return side.Count("reading");
-                         }});
-    scenarios.push_back({.name = "StepThroughRows", .prepare = OpenForWriting, .act = [](Side& side, Path&) {
-                             return side.RunPrepared("SELECT id FROM reading WHERE room > ? ORDER BY id", "a");
-                         }});
-    scenarios.push_back(
+         .act = [=](auto& side) { return side.Execute(grow); },
+         .changes = {grow},
+         .prepare = OpenWithSmallCache()},
+        {.name = "ReadValues", .act = ReadEveryRow, .prepare = OpenReadOnly, .readOnly = true},
+        {.name = "WalkByReadNextRow", .act = [](auto& side) { return side.Walk(EveryRow); }},
+        {.name = "WalkByIterator", .act = [](auto& side) { return side.Iterate(EveryRow); }},
+        {.name = "ExistsTable", .act = [](auto& side) { return side.Exists("reading"); }},
+        {.name = "ExistData", .act = [](auto& side) { return side.Count("reading", ""); }},
+        {.name = "StepThroughRows",
+         .act = [](auto& side) { return side.RunPrepared("SELECT id FROM reading WHERE room > ? ORDER BY id", "a"); }},
         {.name = "StepOfAnInsert",
-         .prepare = OpenForWriting,
-         .act = [](Side& side,
-                   Path&) { return side.RunPrepared("INSERT INTO reading (id, room) VALUES (201, ?)", LongText('p')); },
-         .changes = {"INSERT INTO reading (id, room) VALUES (201, '" + LongText('p') + "')"}});
-    // Closing succeeds even if a call fails; the next connection finishes what is left to do.
-    scenarios.push_back({.name = "CloseAfterAWrite",
-                         .prepare =
-                             [](Side& side, Path& path) {
-                                 OpenForWriting(side, path);
-                                 side.Write("reading", NewReadings());
-                             },
-                         .act = [](Side& side, Path&) { return side.Close(); },
-                         .changes = {InsertOfNewReadings()},
-                         .canFail = false});
-    scenarios.push_back({.name = "CloseInATransaction",
-                         .prepare =
-                             [](Side& side, Path& path) {
-                                 OpenForWriting(side, path);
-                                 side.Execute("PRAGMA cache_size = 2;"
-                                              "BEGIN; UPDATE reading SET room = room || id, value = 7");
-                             },
-                         .act = [](Side& side, Path&) { return side.Close(); },
-                         .canFail = false});
-    scenarios.push_back({.name = "ReadAfterAnUnfinishedWrite",
-                         .prepare = OpenForWriting,
-                         .act = [](Side& side, Path&) { return side.Read(EveryRow); },
-                         .found = Found::Unfinished});
-    scenarios.push_back({.name = "WriteAfterAnUnfinishedWrite",
-                         .prepare = OpenForWriting,
-                         .act = [](Side& side, Path&) { return side.Write("reading", NewReadings()); },
-                         .changes = {InsertOfNewReadings()},
-                         .found = Found::Unfinished});
-    return scenarios;
+         .act =
+             [](auto& side) {
+                 return side.RunPrepared("INSERT INTO reading (id, room) VALUES (201, ?)", LongText('p'));
+             },
+         .changes = {"INSERT INTO reading (id, room) VALUES (201, '" + LongText('p') + "')"}},
+        // Closing succeeds even if a call fails; the next connection finishes what is left to do.
+        {.name = "CloseAfterAWrite",
+         .act = Close,
+         .changes = {InsertOfNewReadings()},
+         .prepare =
+             [](auto& side) {
+                 side.Open(StorageFile, false);
+                 return WriteReadings(side);
+             },
+         .canFail = false},
+        {.name = "CloseInATransaction", .act = Close, .prepare = OpenWithSmallCache("BEGIN;" + grow), .canFail = false},
+        {.name = "ReadAfterAnUnfinishedWrite", .act = ReadEveryRow, .found = Found::Unfinished},
+        {.name = "WriteAfterAnUnfinishedWrite",
+         .act = WriteReadings,
+         .changes = {InsertOfNewReadings()},
+         .found = Found::Unfinished},
+    };
 }
 
 } // namespace
@@ -194,6 +134,30 @@ const std::vector<StorageScenario>& StorageScenarios()
 {
     static const std::vector<StorageScenario> scenarios = MakeScenarios();
     return scenarios;
+}
+
+DatabaseFiles FoundFiles(Found found, JournalMode mode)
+{
+    if (found == Found::Nothing) {
+        return {};
+    }
+    const FaultInjectionVfs withoutAFault; // does not wait for the disk
+    const TemporaryDirectory directory;
+    const std::string path = directory.File("found.db");
+    RawSqlite sqlite(path);
+    sqlite.Execute(mode == JournalMode::WriteAheadLog ? "PRAGMA journal_mode = WAL" : "PRAGMA journal_mode = DELETE");
+    sqlite.Execute("CREATE TABLE reading (id INTEGER PRIMARY KEY, room TEXT, value REAL);"
+                   "CREATE INDEX reading_by_value ON reading (value);"
+                   "WITH RECURSIVE n(id) AS (SELECT 1 UNION ALL SELECT id + 1 FROM n LIMIT 24)"
+                   "INSERT INTO reading SELECT id, '" +
+                   LongText('e') + "', 1.5 FROM n; PRAGMA wal_checkpoint(TRUNCATE)");
+    if (found == Found::Database) {
+        DatabaseFiles files(path);
+        files.contents.erase("-wal"); // is empty
+        return files;
+    }
+    sqlite.Execute("PRAGMA cache_size = 2; BEGIN; UPDATE reading SET room = room || 'unfinished', value = id");
+    return DatabaseFiles(path);
 }
 
 } // namespace Morvik::sql::tests

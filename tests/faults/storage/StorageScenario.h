@@ -5,29 +5,47 @@
 #include <string>
 #include <vector>
 
-#include "faults/storage/StorageSide.h"
+#include "faults/storage/FaultInjectionVfs.h"
 #include "support/DatabaseFiles.h"
-#include "support/FaultInjectionVfs.h"
+#include "support/FacadeDriver.h"
 
 namespace Morvik::sql::tests {
 
 /// How a database keeps its changes apart until they are committed.
 enum class JournalMode { Delete, Truncate, WriteAheadLog };
 
+/// The name of the database file.
+inline constexpr const char* StorageFile = "test.db";
+
+/// Steps that the library and the reference do in the same way.
+class StorageSteps {
+public:
+    template <typename Steps>
+    StorageSteps(Steps steps) : m_onLibrary(steps), m_onReference(steps)
+    {}
+
+    StepOutcome operator()(FacadeDriver<DatabaseApi>& side) const { return m_onLibrary(side); }
+    StepOutcome operator()(FacadeDriver<ReferenceFacade>& side) const { return m_onReference(side); }
+
+private:
+    std::function<StepOutcome(FacadeDriver<DatabaseApi>&)> m_onLibrary;
+    std::function<StepOutcome(FacadeDriver<ReferenceFacade>&)> m_onReference;
+};
+
 /// The operations on a database while a call on its files fails.
 struct StorageScenario {
     std::string name;
 
-    /// The steps before the fault.
-    std::function<void(StorageSide& side, const std::string& path)> prepare;
-
     /// The steps with the fault: the operation that the scenario is named for.
-    std::function<StepOutcome(StorageSide& side, const std::string& path)> act;
+    StorageSteps act;
 
     /// Raw SQL statements that change the content from one state that the operation may leave to the next. The last
     /// statement leads to the state that the operation must leave when it succeeds. Without statements, the operation
     /// leaves the content unchanged.
     std::vector<std::string> changes{};
+
+    /// The steps before the fault.
+    StorageSteps prepare = [](auto& side) { return side.Open(StorageFile, false); };
 
     /// The files before the scenario: none, a database, or a database whose last writer ended between its first write
     /// and its commit.
@@ -41,12 +59,6 @@ struct StorageScenario {
     /// Whether the success of a step proves to the caller that the change is stored.
     bool acknowledges = true;
 };
-
-/// A text so long that a few of them fill a page.
-inline std::string LongText(char letter)
-{
-    return std::string(700, letter);
-}
 
 /// Every scenario.
 const std::vector<StorageScenario>& StorageScenarios();

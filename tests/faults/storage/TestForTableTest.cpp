@@ -4,8 +4,8 @@
 
 #include <sqlite3.h>
 
+#include "faults/storage/FaultInjectionVfs.h"
 #include "support/DatabaseContent.h"
-#include "support/FaultInjectionVfs.h"
 #include "support/HasError.h"
 #include "support/RawSqlite.h"
 #include "support/TemporaryDirectory.h"

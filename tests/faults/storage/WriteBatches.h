@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "support/DatabaseContent.h"
 #include "support/FuzzInput.h"
 
 namespace Morvik::sql {
@@ -14,16 +15,13 @@ class DatabaseApi;
 
 namespace Morvik::sql::tests {
 
-/// For every table, the text of each row by the number of the row.
-using BatchTables = std::map<std::string, std::map<int, std::string>>;
-
 /// One call on a facade that writes.
 struct WriteBatch {
     /// Makes the call; returns whether the facade acknowledged it.
     std::function<bool(DatabaseApi&)> run;
 
     /// The content of the database after each statement of the call; the last is the content after a success.
-    std::vector<BatchTables> states;
+    std::vector<DatabaseContent> states;
 };
 
 /// Calls in an order that a seed decides: new tables, rows, changes, renames, removals and complete transactions. Two
@@ -43,12 +41,17 @@ private:
     WriteBatch Drop();
     WriteBatch Transaction();
 
-    std::string NewName();
+    std::string NewName() { return "t" + std::to_string(++m_names); }
     std::string AnyTable();
     std::string AnyText();
+    DatabaseContent Content() const;
+
+    /// Adds up to twenty rows to the table and calls `written(id, text)` for each of them.
+    template <typename Written>
+    void AddRows(const std::string& table, Written written);
 
     FuzzInput m_choices;
-    BatchTables m_tables;
+    std::map<std::string, std::map<int, std::string>> m_tables; // the text of each row by its id
     int m_names = 0;
     int m_rows = 0;
 };

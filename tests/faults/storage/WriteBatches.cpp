@@ -1,4 +1,4 @@
-#include "support/WriteBatches.h"
+#include "faults/storage/WriteBatches.h"
 
 #include <sql/DatabaseApi.h>
 
@@ -15,11 +15,6 @@ constexpr std::size_t MostRows = 60;
 
 } // namespace
 
-std::string WriteBatches::NewName()
-{
-    return "t" + std::to_string(++m_names);
-}
-
 std::string WriteBatches::AnyTable()
 {
     return std::next(m_tables.begin(), static_cast<std::ptrdiff_t>(m_choices.Below(m_tables.size())))->first;
@@ -30,6 +25,28 @@ std::string WriteBatches::AnyText()
 {
     const std::size_t longest = m_choices.OneIn(8) ? 6000 : 300;
     return std::string(m_choices.Below(longest), static_cast<char>('A' + m_choices.Below(26)));
+}
+
+DatabaseContent WriteBatches::Content() const
+{
+    DatabaseContent content;
+    for (const auto& [table, rows] : m_tables) {
+        auto& written = content[table];
+        for (const auto& [id, note] : rows) {
+            written.push_back({std::to_string(id), "'" + note + "'"});
+        }
+    }
+    return content;
+}
+
+template <typename Written>
+void WriteBatches::AddRows(const std::string& table, Written written)
+{
+    for (std::size_t rows = 1 + m_choices.Below(20); rows > 0; --rows) {
+        const std::string text = AnyText();
+        m_tables[table][++m_rows] = text;
+        written(m_rows, text);
+    }
 }
 
 WriteBatch WriteBatches::Next()
@@ -58,14 +75,9 @@ WriteBatch WriteBatches::Create()
 {
     DbTableDefinition definition;
     definition.name = NewName();
-    definition.columns.resize(2);
-    definition.columns[0].name = "id";
-    definition.columns[0].type = DbTableColumnType::Integer;
-    definition.columns[0].constraintFlags = DbTableColumnConstraint::PrimaryKey;
-    definition.columns[1].name = "note";
-    definition.columns[1].type = DbTableColumnType::Text;
+    definition.columns = {{"id", DbTableColumnType::Integer, 0, PrimaryKey}, {"note", DbTableColumnType::Text}};
     m_tables[definition.name] = {};
-    return {[=](DatabaseApi& facade) { return facade.CreateTable(definition); }, {m_tables}};
+    return {[=](DatabaseApi& facade) { return facade.CreateTable(definition); }, {Content()}};
 }
 
 WriteBatch WriteBatches::Write()
@@ -75,12 +87,8 @@ WriteBatch WriteBatches::Write()
         return Drop();
     }
     DbTableDataWrite data{{"id", "note"}, {}};
-    for (std::size_t rows = 1 + m_choices.Below(20); rows > 0; --rows) {
-        const std::string text = AnyText();
-        m_tables[table][++m_rows] = text;
-        data.rows.push_back({{IntegerCell(m_rows), TextCell(text)}});
-    }
-    return {[=](DatabaseApi& facade) { return facade.WriteTableValues(table, data); }, {m_tables}};
+    AddRows(table, [&](int id, const std::string& text) { data.rows.push_back({{IntegerCell(id), TextCell(text)}}); });
+    return {[=](DatabaseApi& facade) { return facade.WriteTableValues(table, data); }, {Content()}};
 }
 
 WriteBatch WriteBatches::Update()
@@ -93,7 +101,7 @@ WriteBatch WriteBatches::Update()
     }
     const DbTableDataWrite data{{"note"}, {{{TextCell(text)}}}};
     const std::string condition = "WHERE id % " + std::to_string(divisor) + " = 0";
-    return {[=](DatabaseApi& facade) { return facade.UpdateTableValues(table, data, condition); }, {m_tables}};
+    return {[=](DatabaseApi& facade) { return facade.UpdateTableValues(table, data, condition); }, {Content()}};
 }
 
 WriteBatch WriteBatches::Alter()
@@ -103,18 +111,18 @@ WriteBatch WriteBatches::Alter()
     auto renamed = m_tables.extract(table);
     renamed.key() = newName;
     m_tables.insert(std::move(renamed));
-    return {[=](DatabaseApi& facade) { return facade.AlterTable(table, newName); }, {m_tables}};
+    return {[=](DatabaseApi& facade) { return facade.AlterTable(table, newName); }, {Content()}};
 }
 
-// The rows are inserted with a separate statement.
+// The rows are deleted with a separate statement.
 WriteBatch WriteBatches::Drop()
 {
     const std::string table = AnyTable();
     WriteBatch batch{[=](DatabaseApi& facade) { return facade.DropTable(table); }, {}};
     m_tables[table].clear();
-    batch.states.push_back(m_tables);
+    batch.states.push_back(Content());
     m_tables.erase(table);
-    batch.states.push_back(m_tables);
+    batch.states.push_back(Content());
     return batch;
 }
 
@@ -123,13 +131,11 @@ WriteBatch WriteBatches::Transaction()
     const std::string table = AnyTable();
     std::string sql = "BEGIN;DELETE FROM " + table + " WHERE id % 2 = 0";
     std::erase_if(m_tables[table], [](const auto& row) { return row.first % 2 == 0; });
-    for (std::size_t rows = 1 + m_choices.Below(20); rows > 0; --rows) {
-        const std::string text = AnyText();
-        m_tables[table][++m_rows] = text;
-        sql += ";INSERT INTO " + table + " VALUES (" + std::to_string(m_rows) + ",'" + text + "')";
-    }
+    AddRows(table, [&](int id, const std::string& text) {
+        sql += ";INSERT INTO " + table + " VALUES (" + std::to_string(id) + ",'" + text + "')";
+    });
     sql += ";COMMIT";
-    return {[=](DatabaseApi& facade) { return facade.Execute(sql); }, {m_tables}};
+    return {[=](DatabaseApi& facade) { return facade.Execute(sql); }, {Content()}};
 }
 
 } // namespace Morvik::sql::tests

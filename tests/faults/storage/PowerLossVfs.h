@@ -1,12 +1,12 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "faults/storage/VfsShim.h"
 #include "support/FuzzInput.h"
-#include "support/VfsShim.h"
-#include "support/WriteBackFile.h"
 
 namespace Morvik::sql::tests {
 
@@ -18,15 +18,17 @@ namespace Morvik::sql::tests {
 ///     Act();                                       // from the 100th change on, every call fails
 ///     const int lostSectors = machine.ComeBack();  // with everything closed
 ///
-/// It guarantees only what SQLite assumes of a disk: a write changes no byte outside its range (see WriteBackFile).
+/// It guarantees only what SQLite assumes of a disk: a write changes no byte outside its range. Each sector written
+/// since the last sync may be there, be missing, be incomplete, or hold garbage.
 class PowerLossVfs : public VfsShim {
 public:
     /// Whether a removed file stays removed at once, or only after its directory has been synced.
     enum class Removals { Lasting, AwaitingASync };
 
     /// The power fails in the change with this number, counted from 1: a write, truncation, sync, creation or removal.
-    PowerLossVfs(FuzzInput& choices, int changesUntilTheLoss, Removals removals);
-    ~PowerLossVfs() override;
+    PowerLossVfs(FuzzInput& choices, int changesUntilTheLoss, Removals removals)
+        : m_choices(choices), m_changesLeft(changesUntilTheLoss), m_removals(removals)
+    {}
 
     bool IsOut() const { return m_out; }
 
@@ -34,22 +36,37 @@ public:
     /// completely. All files must be closed.
     int ComeBack();
 
+    FileFailure Fails(FileCall call) override;
+
 protected:
     int Open(const char* path, sqlite3_file* real, int flags, int* outFlags) override;
     int Delete(const char* path, int syncDirectory) override;
-    int Access(const char* path, int flags, int& answer) override;
     std::unique_ptr<InterposedFile> Interpose(const char* path, int flags, std::unique_ptr<std::byte[]> real) override;
 
 private:
     class File;
-    using Entry = std::shared_ptr<WriteBackFile>; // null if there is no file
 
-    // Whether the power fails now.
+    // A write or, without bytes, a truncation to the size `position`.
+    struct Change {
+        std::size_t position;
+        std::string bytes;
+    };
+
+    struct StoredFile {
+        std::string synced{};
+        std::vector<Change> changes{};
+    };
+
+    using Entry = std::shared_ptr<StoredFile>; // null if there is no file
+
+    // Counts a change. Returns whether the power fails now.
     bool GoesOut();
 
     // The file that the path currently names.
     Entry& Current(const std::string& path);
     void SyncDirectory();
+    std::string AfterALoss(const StoredFile& file, int& lostSectors);
+    void PutOrLose(std::string& content, const Change& sector, std::size_t lostOneIn, int& lostSectors);
 
     FuzzInput& m_choices;
     int m_changesLeft;

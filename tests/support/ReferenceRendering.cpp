@@ -1,4 +1,4 @@
-#include "support/PlainRendering.h"
+#include "support/ReferenceRendering.h"
 
 #include <algorithm>
 #include <iterator>
@@ -6,8 +6,6 @@
 #include <sstream>
 #include <utility>
 #include <vector>
-
-#include "support/FacadeModel.h"
 
 namespace Morvik::sql::tests {
 
@@ -25,7 +23,7 @@ std::string WithDoubled(const std::string& text, char quote)
     return doubled;
 }
 
-std::string PlainTypeName(DbTableColumnType type)
+std::string TypeName(DbTableColumnType type)
 {
     static const std::map<int, std::string> Names{{1, "INTEGER"}, {2, "REAL"}, {3, "TEXT"},    {4, "BLOB"},
                                                   {6, "TEXT"},    {7, "TEXT"}, {8, "INTEGER"}, {9, "REAL"}};
@@ -34,7 +32,7 @@ std::string PlainTypeName(DbTableColumnType type)
 }
 
 template <typename Items>
-std::string PlainJoined(const Items& items)
+std::string Joined(const Items& items)
 {
     std::ostringstream stream;
     const char* comma = "";
@@ -47,28 +45,7 @@ std::string PlainJoined(const Items& items)
 
 } // namespace
 
-DescribedRow Described(const DbTableRowValues& row)
-{
-    DescribedRow described;
-    for (const DbTableColumnValue& cell : row.cells) {
-        std::ostringstream stream;
-        stream << static_cast<int>(cell.type) << '@' << cell.column << ':' << cell.value.index() << ':';
-        if (const auto* number = std::get_if<int>(&cell.value)) {
-            stream << *number;
-        } else if (const auto* real = std::get_if<double>(&cell.value)) {
-            stream << std::hexfloat << *real;
-        } else if (const auto* text = std::get_if<std::string>(&cell.value)) {
-            stream << *text;
-        } else {
-            const auto& bytes = std::get<std::vector<char>>(cell.value);
-            stream << std::string(bytes.begin(), bytes.end());
-        }
-        described.push_back(stream.str());
-    }
-    return described;
-}
-
-std::string PlainLiteral(const DbTableColumnValue& cell)
+std::string ReferenceLiteral(const DbTableColumnValue& cell)
 {
     std::ostringstream stream;
     switch (static_cast<int>(cell.type)) {
@@ -108,7 +85,7 @@ std::string PlainLiteral(const DbTableColumnValue& cell)
     return stream.str();
 }
 
-std::string PlainColumnConstraints(const DbTableColumnDefinition& column)
+std::string ReferenceColumnConstraints(const DbTableColumnDefinition& column)
 {
     static const std::vector<std::pair<DbTableColumnConstraint, std::string>> Keywords{
         {PrimaryKey, "PRIMARY KEY"}, {NotNull, "NOT NULL"}, {Unique, "UNIQUE"}, {Check, "CHECK"}, {Default, "DEFAULT"}};
@@ -126,17 +103,17 @@ std::string PlainColumnConstraints(const DbTableColumnDefinition& column)
     return stream.str();
 }
 
-std::string PlainColumn(const DbTableColumnDefinition& column)
+std::string ReferenceColumn(const DbTableColumnDefinition& column)
 {
     std::ostringstream stream;
-    stream << column.name << ' ' << PlainTypeName(column.type) << ' ' << PlainColumnConstraints(column);
+    stream << column.name << ' ' << TypeName(column.type) << ' ' << ReferenceColumnConstraints(column);
     return stream.str();
 }
 
-std::string PlainForeignKey(const DbTableConstraints& constraints)
+std::string ReferenceForeignKey(const DbTableConstraints& constraints)
 {
     std::ostringstream stream;
-    const std::string names = PlainJoined(constraints.foreignKey);
+    const std::string names = Joined(constraints.foreignKey);
     if (!constraints.foreignKey.empty()) {
         stream << "FOREIGN KEY (" << names << ')';
         if (!constraints.referenceTable.empty()) {
@@ -147,29 +124,29 @@ std::string PlainForeignKey(const DbTableConstraints& constraints)
     return stream.str();
 }
 
-std::string PlainTableConstraints(const DbTableConstraints& constraints)
+std::string ReferenceTableConstraints(const DbTableConstraints& constraints)
 {
     std::vector<std::string> items;
     if (!constraints.primaryKey.empty()) {
-        items.push_back("PRIMARY KEY (" + PlainJoined(constraints.primaryKey) + ") ON CONFLICT IGNORE");
+        items.push_back("PRIMARY KEY (" + Joined(constraints.primaryKey) + ") ON CONFLICT IGNORE");
     }
     if (!constraints.unique.empty()) {
-        items.push_back("UNIQUE (" + PlainJoined(constraints.unique) + ") ON CONFLICT IGNORE");
+        items.push_back("UNIQUE (" + Joined(constraints.unique) + ") ON CONFLICT IGNORE");
     }
     const bool keyOrReference = !items.empty() || !constraints.referenceTable.empty();
     if (keyOrReference && !constraints.foreignKey.empty()) {
-        items.push_back(PlainForeignKey(constraints));
+        items.push_back(ReferenceForeignKey(constraints));
     }
-    return PlainJoined(items);
+    return Joined(items);
 }
 
-std::string PlainCreateStatement(const DbTableDefinition& definition)
+std::string ReferenceCreateStatement(const DbTableDefinition& definition)
 {
     std::vector<std::string> columns;
-    std::transform(definition.columns.begin(), definition.columns.end(), std::back_inserter(columns), PlainColumn);
-    const std::string constraints = PlainTableConstraints(definition.constraints);
+    std::transform(definition.columns.begin(), definition.columns.end(), std::back_inserter(columns), ReferenceColumn);
+    const std::string constraints = ReferenceTableConstraints(definition.constraints);
     std::ostringstream stream;
-    stream << "CREATE TABLE IF NOT EXISTS " << definition.name << " (" << PlainJoined(columns)
+    stream << "CREATE TABLE IF NOT EXISTS " << definition.name << " (" << Joined(columns)
            << (constraints.empty() ? "" : ",") << constraints << ')';
     return stream.str();
 }

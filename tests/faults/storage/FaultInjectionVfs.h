@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+
+#include "faults/storage/VfsShim.h"
+
+namespace Morvik::sql::tests {
+
+/// A call that fails: the call at `position`, counted from 1 among the calls of its kind. With `lasting`, every later
+/// call of the same kind fails too. The code is SQLite's extended code if there is one.
+struct FileFault {
+    FileCall call = FileCall::Open;
+    int code = 0;
+    int position = 1;
+    bool lasting = false;
+    bool carriedOut = false;
+};
+
+/// Describes the fault, for a message.
+std::string Described(const FileFault& fault);
+
+/// A file system in which a call fails while the object lives. Fired() tells how many calls failed.
+///
+///     for (int position = 1;; ++position) {
+///         FaultInjectionVfs disk;
+///         Prepare();
+///         disk.Arm({FileCall::Write, SQLITE_FULL, position});
+///         Act();
+///         if (disk.Fired() == 0) { break; }   // Act() makes no more calls of this kind
+///     }
+class FaultInjectionVfs : public VfsShim {
+public:
+    /// From now on, counts the calls and makes them fail as `fault` says.
+    void Arm(const FileFault& fault);
+
+    int Fired() const { return m_fired; }
+
+    FileFailure Fails(FileCall call) override;
+
+private:
+    FileFault m_fault{};
+    bool m_armed = false;
+    int m_calls = 0;
+    int m_fired = 0;
+};
+
+} // namespace Morvik::sql::tests

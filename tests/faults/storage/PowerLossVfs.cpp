@@ -1,0 +1,229 @@
+#include "faults/storage/PowerLossVfs.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <utility>
+
+#include "support/ChildProcess.h"
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+constexpr std::size_t SectorSize = 512;
+
+// SQLite's own file system syncs the directory with these flags.
+bool IsNewJournal(int flags)
+{
+    constexpr int Journals = SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_SUPER_JOURNAL | SQLITE_OPEN_WAL;
+    return (flags & SQLITE_OPEN_CREATE) != 0 && (flags & Journals) != 0;
+}
+
+void Put(std::string& content, std::size_t position, const std::string& bytes)
+{
+    content.resize(std::max(content.size(), position + bytes.size()));
+    content.replace(position, bytes.size(), bytes);
+}
+
+} // namespace
+
+class PowerLossVfs::File : public InterposedFile {
+public:
+    File(PowerLossVfs& system, Entry stored, bool isNewJournal, std::unique_ptr<std::byte[]> real)
+        : InterposedFile(system, std::move(real)), m_system(system), m_stored(std::move(stored)),
+          m_directoryAwaitsSync(isNewJournal)
+    {}
+
+    int Write(const void* bytes, int count, sqlite3_int64 offset) override
+    {
+        Keep(offset, std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(count)));
+        return InterposedFile::Write(bytes, count, offset);
+    }
+
+    int Truncate(sqlite3_int64 size) override
+    {
+        Keep(size, {});
+        return InterposedFile::Truncate(size);
+    }
+
+    int Sync() override
+    {
+        const int code = InterposedFile::Sync();
+        if (code == SQLITE_OK) {
+            for (const Change& change : std::exchange(m_stored->changes, {})) {
+                if (change.bytes.empty()) {
+                    m_stored->synced.resize(change.position);
+                } else {
+                    Put(m_stored->synced, change.position, change.bytes);
+                }
+            }
+            if (std::exchange(m_directoryAwaitsSync, false)) {
+                m_system.SyncDirectory();
+            }
+        }
+        return code;
+    }
+
+private:
+    void Keep(sqlite3_int64 position, std::string bytes)
+    {
+        if (!m_system.IsOut()) {
+            m_stored->changes.push_back({static_cast<std::size_t>(position), std::move(bytes)});
+        }
+    }
+
+    PowerLossVfs& m_system;
+    Entry m_stored;
+    bool m_directoryAwaitsSync;
+};
+
+FileFailure PowerLossVfs::Fails(FileCall call)
+{
+    switch (call) {
+    case FileCall::Write:
+        return {GoesOut() ? SQLITE_IOERR_WRITE : SQLITE_OK};
+    case FileCall::Truncate:
+        return {GoesOut() ? SQLITE_IOERR_TRUNCATE : SQLITE_OK};
+    case FileCall::Sync:
+        return {GoesOut() ? SQLITE_IOERR_FSYNC : SQLITE_OK};
+    case FileCall::Read:
+        return {IsOut() ? SQLITE_IOERR_READ : SQLITE_OK};
+    case FileCall::FileSize:
+        return {IsOut() ? SQLITE_IOERR_FSTAT : SQLITE_OK};
+    case FileCall::Access:
+        return {IsOut() ? SQLITE_IOERR_ACCESS : SQLITE_OK};
+    case FileCall::Lock:
+        return {IsOut() ? SQLITE_IOERR_LOCK : SQLITE_OK};
+    default:
+        return {};
+    }
+}
+
+bool PowerLossVfs::GoesOut()
+{
+    m_out = m_out || --m_changesLeft == 0;
+    return m_out;
+}
+
+PowerLossVfs::Entry& PowerLossVfs::Current(const std::string& path)
+{
+    std::vector<Entry>& entries = m_directory[path];
+    if (entries.empty()) {
+        entries.push_back(std::filesystem::exists(path)
+                              ? std::make_shared<StoredFile>(StoredFile{.synced = FileContent(path)})
+                              : nullptr);
+    }
+    return entries.back();
+}
+
+void PowerLossVfs::SyncDirectory()
+{
+    for (auto& [path, entries] : m_directory) {
+        entries.erase(entries.begin(), entries.end() - 1);
+    }
+}
+
+int PowerLossVfs::Open(const char* path, sqlite3_file* real, int flags, int* outFlags)
+{
+    if (IsOut()) {
+        return SQLITE_CANTOPEN;
+    }
+    // A file without a name does not survive its process.
+    if (path != nullptr && Current(path) == nullptr && (flags & SQLITE_OPEN_CREATE) != 0) {
+        m_directory[path].push_back(std::make_shared<StoredFile>());
+        if (GoesOut()) {
+            return SQLITE_CANTOPEN;
+        }
+    }
+    return VfsShim::Open(path, real, flags, outFlags);
+}
+
+int PowerLossVfs::Delete(const char* path, int syncDirectory)
+{
+    if (IsOut()) {
+        return SQLITE_IOERR_DELETE;
+    }
+    if (Current(path) == nullptr) {
+        return SQLITE_IOERR_DELETE_NOENT;
+    }
+    std::vector<Entry>& entries = m_directory[path];
+    entries.push_back(nullptr);
+    if (GoesOut()) {
+        return SQLITE_IOERR_DELETE;
+    }
+    if (m_removals == Removals::Lasting) {
+        entries = {nullptr};
+    }
+    if (syncDirectory != 0) {
+        SyncDirectory();
+    }
+    return VfsShim::Delete(path, 0);
+}
+
+std::unique_ptr<InterposedFile> PowerLossVfs::Interpose(const char* path, int flags, std::unique_ptr<std::byte[]> real)
+{
+    if (path == nullptr) {
+        return VfsShim::Interpose(path, flags, std::move(real));
+    }
+    return std::make_unique<File>(*this, Current(path), IsNewJournal(flags), std::move(real));
+}
+
+// Writes one sector to the disk, or a part of it.
+void PowerLossVfs::PutOrLose(std::string& content, const Change& sector, std::size_t lostOneIn, int& lostSectors)
+{
+    if (!m_choices.OneIn(lostOneIn)) {
+        Put(content, sector.position, sector.bytes);
+        return;
+    }
+    ++lostSectors;
+    std::string bytes = sector.bytes;
+    switch (m_choices.Below(4)) {
+    case 0: // only its beginning
+        bytes.resize(m_choices.Below(bytes.size()));
+        Put(content, sector.position, bytes);
+        break;
+    case 1: // garbage
+        std::ranges::generate(bytes, [&] { return static_cast<char>(m_choices.Below(256)); });
+        Put(content, sector.position, bytes);
+        break;
+    default: // nothing
+        break;
+    }
+}
+
+// The content of the disk when the power fails. Counts the sectors that are not complete.
+std::string PowerLossVfs::AfterALoss(const StoredFile& file, int& lostSectors)
+{
+    std::string content = file.synced;
+    const std::size_t lostOneIn = 2 + m_choices.Below(8);
+    for (const Change& change : file.changes) {
+        if (change.bytes.empty()) {
+            if (!m_choices.OneIn(lostOneIn)) {
+                content.resize(change.position);
+            }
+            continue;
+        }
+        for (std::size_t done = 0; done < change.bytes.size();) {
+            const std::size_t position = change.position + done;
+            const Change sector{position, change.bytes.substr(done, SectorSize - position % SectorSize)};
+            done += sector.bytes.size();
+            PutOrLose(content, sector, lostOneIn, lostSectors);
+        }
+    }
+    return content;
+}
+
+int PowerLossVfs::ComeBack()
+{
+    int lostSectors = 0;
+    for (auto& [path, entries] : m_directory) {
+        std::filesystem::remove(path);
+        if (const Entry& entry = m_choices.Of(entries); entry != nullptr) {
+            std::ofstream(path, std::ios::binary) << AfterALoss(*entry, lostSectors);
+        }
+    }
+    return lostSectors;
+}
+
+} // namespace Morvik::sql::tests
