@@ -19,14 +19,13 @@ namespace {
 // The table's columns. An update reads a text that equals one of them as that column.
 const std::vector<std::string> Columns{"c0", "c1", "c2", "c3", "c4", "c5"};
 
-const std::string CreateStored = "CREATE TABLE stored (c0, c1, c2, c3, c4, c5)";
+const std::string MakeEmptyTable = "CREATE TABLE IF NOT EXISTS stored (c0, c1, c2, c3, c4, c5); DELETE FROM stored";
 
-/// The table, which is kept open from one input to the next and emptied.
+/// The table, emptied. It is kept open from one input to the next.
 RawSqlite& RawTable()
 {
     static RawSqlite sqlite(":memory:");
-    static const bool created = (sqlite.Execute(CreateStored), true);
-    sqlite.Execute(created ? "DELETE FROM stored" : "");
+    sqlite.Execute(MakeEmptyTable);
     return sqlite;
 }
 
@@ -34,8 +33,7 @@ RawSqlite& RawTable()
 DatabaseApi& FacadeTable()
 {
     static DatabaseApi facade;
-    const bool ready = facade.IsOpen() || (facade.OpenDatabase(":memory:", false) && facade.Execute(CreateStored));
-    if (!ready || !facade.Execute("DELETE FROM stored")) {
+    if (!(facade.IsOpen() || facade.OpenDatabase(":memory:", false)) || !facade.Execute(MakeEmptyTable)) {
         ReportFinding("The table cannot be made: " + facade.GetLastErrorMsg());
     }
     return facade;

@@ -6,24 +6,48 @@
 
 namespace Morvik::sql::tests {
 
+namespace {
+
+template <typename Value, typename... Values>
+Value OneOf(FuzzInput& choices, Values... values)
+{
+    return choices.Of(std::vector<Value>{values...});
+}
+
+DbTableColumnValue ChosenCell(FuzzInput& choices)
+{
+    const std::size_t tag = choices.Below(12);
+    DbTableColumnValue cell;
+    // The time functions are left out, because the two databases would compute them at different times.
+    cell.type = static_cast<DbTableColumnType>(tag < 6 || tag > 9 ? static_cast<int>(tag) : static_cast<int>(tag) - 5);
+    cell.column = static_cast<std::uint32_t>(choices.Below(3));
+    const auto bytes = OneOf<std::string>(choices, "", "AB", "\x01\xff", "x");
+    // Sometimes the value is not the tag's alternative.
+    switch (choices.OneIn(12) ? choices.Below(5) : static_cast<std::size_t>(cell.type)) {
+    case 2:
+        cell.value = OneOf<double>(choices, 0.0, -0.0, 0.1, 1234567.0, 1e-300, 3.14159265, 1e300,
+                                   std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN());
+        break;
+    case 3:
+        cell.value =
+            OneOf<std::string>(choices, "", "Ann", "O'Brien", "say \"hi\"", "x", "caf\xc3\xa9", "\xff\xfe", "a;b");
+        break;
+    case 4:
+        cell.value = std::vector<char>(bytes.begin(), bytes.end());
+        break;
+    default:
+        cell.value = OneOf<int>(choices, 0, 1, 2, 3, -7, 42, INT_MAX, INT_MIN);
+        break;
+    }
+    return cell;
+}
+
+} // namespace
+
 std::string ChosenTable(FuzzInput& choices)
 {
-    static const std::vector<std::string> Names{"a",
-                                                "a",
-                                                "a",
-                                                "b",
-                                                "b",
-                                                "B",
-                                                "c",
-                                                "log",
-                                                "order",
-                                                "two words",
-                                                "\"two words\"",
-                                                "it's",
-                                                "",
-                                                "absent",
-                                                "sqlite_master"};
-    return choices.Of(Names);
+    return OneOf<std::string>(choices, "a", "a", "a", "b", "b", "B", "c", "log", "order", "two words", "\"two words\"",
+                              "it's", "", "absent", "sqlite_master");
 }
 
 std::string ChosenCommand(FuzzInput& choices)
@@ -78,55 +102,8 @@ std::string ChosenQuery(FuzzInput& choices)
 
 std::string ChosenCondition(FuzzInput& choices)
 {
-    static const std::vector<std::string> Conditions{"",
-                                                     "",
-                                                     "WHERE x = 1",
-                                                     "WHERE 0",
-                                                     "WHERE x > 1 AND y IS NOT NULL",
-                                                     "nonsense",
-                                                     "UNION SELECT 'text' ORDER BY 1 DESC",
-                                                     "GROUP BY x",
-                                                     "LIMIT 0"};
-    return choices.Of(Conditions);
-}
-
-DbTableColumnValue ChosenCell(FuzzInput& choices)
-{
-    static const std::vector<int> Integers{0, 1, 2, 3, -7, 42, INT_MAX, INT_MIN};
-    static const std::vector<double> Reals{0.0,
-                                           -0.0,
-                                           0.1,
-                                           1234567.0,
-                                           1e-300,
-                                           3.14159265,
-                                           1e300,
-                                           std::numeric_limits<double>::infinity(),
-                                           std::numeric_limits<double>::quiet_NaN()};
-    static const std::vector<std::string> Texts{"",  "Ann",         "O'Brien",  "say \"hi\"",
-                                                "x", "caf\xc3\xa9", "\xff\xfe", "a;b"};
-    static const std::vector<std::string> Bytes{"", "AB", "\x01\xff", "x"};
-    const std::size_t tag = choices.Below(12);
-    DbTableColumnValue cell;
-    // The time functions are left out, because the two databases would compute them at different times.
-    cell.type = static_cast<DbTableColumnType>(tag < 6 || tag > 9 ? static_cast<int>(tag) : static_cast<int>(tag) - 5);
-    cell.column = static_cast<std::uint32_t>(choices.Below(3));
-    const std::string& bytes = choices.Of(Bytes);
-    // Sometimes the value is not the tag's alternative.
-    switch (choices.OneIn(12) ? choices.Below(5) : static_cast<std::size_t>(cell.type)) {
-    case 2:
-        cell.value = choices.Of(Reals);
-        break;
-    case 3:
-        cell.value = choices.Of(Texts);
-        break;
-    case 4:
-        cell.value = std::vector<char>(bytes.begin(), bytes.end());
-        break;
-    default:
-        cell.value = choices.Of(Integers);
-        break;
-    }
-    return cell;
+    return OneOf<std::string>(choices, "", "", "WHERE x = 1", "WHERE 0", "WHERE x > 1 AND y IS NOT NULL", "nonsense",
+                              "UNION SELECT 'text' ORDER BY 1 DESC", "GROUP BY x", "LIMIT 0");
 }
 
 DbTableDataWrite ChosenData(FuzzInput& choices)

@@ -16,6 +16,5 @@ std::string ChosenQuery(FuzzInput& choices);
 std::string ChosenCondition(FuzzInput& choices);
 DbTableDefinition ChosenDefinition(FuzzInput& choices);
 DbTableDataWrite ChosenData(FuzzInput& choices);
-DbTableColumnValue ChosenCell(FuzzInput& choices);
 
 } // namespace Morvik::sql::tests

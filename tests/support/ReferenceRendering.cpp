@@ -1,7 +1,5 @@
 #include "support/ReferenceRendering.h"
 
-#include <algorithm>
-#include <iterator>
 #include <map>
 #include <sstream>
 #include <utility>
@@ -11,24 +9,13 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-std::string WithDoubled(const std::string& text, char quote)
+std::string Doubled(const std::string& text, char quote)
 {
     std::string doubled;
     for (const char c : text) {
-        doubled += c;
-        if (c == quote) {
-            doubled += c;
-        }
+        doubled.append(c == quote ? 2 : 1, c);
     }
     return doubled;
-}
-
-std::string TypeName(DbTableColumnType type)
-{
-    static const std::map<int, std::string> Names{{1, "INTEGER"}, {2, "REAL"}, {3, "TEXT"},    {4, "BLOB"},
-                                                  {6, "TEXT"},    {7, "TEXT"}, {8, "INTEGER"}, {9, "REAL"}};
-    const auto name = Names.find(static_cast<int>(type));
-    return name != Names.end() ? name->second : "";
 }
 
 template <typename Items>
@@ -45,42 +32,38 @@ std::string Joined(const Items& items)
 
 } // namespace
 
+// A default stream writes the numbers. A cell whose value is not the tag's alternative has no text.
 std::string ReferenceLiteral(const DbTableColumnValue& cell)
 {
     std::ostringstream stream;
-    switch (static_cast<int>(cell.type)) {
-    case 0:
-    case 1:
-        if (std::holds_alternative<int>(cell.value)) {
+    try {
+        switch (static_cast<int>(cell.type)) {
+        case 0:
+        case 1:
             stream << std::get<int>(cell.value);
-        }
-        break;
-    case 2:
-        if (std::holds_alternative<double>(cell.value)) {
+            break;
+        case 2:
             stream << std::get<double>(cell.value);
-        }
-        break;
-    case 3:
-        if (std::holds_alternative<std::string>(cell.value)) {
-            stream << '"' << WithDoubled(WithDoubled(std::get<std::string>(cell.value), '\''), '"') << '"';
-        }
-        break;
-    case 4:
-        if (std::holds_alternative<std::vector<char>>(cell.value)) {
+            break;
+        case 3:
+            return '"' + Doubled(Doubled(std::get<std::string>(cell.value), '\''), '"') + '"';
+        case 4: {
             const auto& bytes = std::get<std::vector<char>>(cell.value);
-            stream << '"' << std::string(bytes.begin(), bytes.end()) << '"';
+            return '"' + std::string(bytes.begin(), bytes.end()) + '"';
         }
-        break;
-    case 6:
-        return "datetime('now')";
-    case 7:
-        return "datetime('now','localtime')";
-    case 8:
-        return "strftime('%s', 'now')";
-    case 9:
-        return "julianday('now')";
-    default:
-        break;
+        case 6:
+            return "datetime('now')";
+        case 7:
+            return "datetime('now','localtime')";
+        case 8:
+            return "strftime('%s', 'now')";
+        case 9:
+            return "julianday('now')";
+        default:
+            break;
+        }
+    } catch (const std::bad_variant_access&) {
+        return {};
     }
     return stream.str();
 }
@@ -89,39 +72,38 @@ std::string ReferenceColumnConstraints(const DbTableColumnDefinition& column)
 {
     static const std::vector<std::pair<DbTableColumnConstraint, std::string>> Keywords{
         {PrimaryKey, "PRIMARY KEY"}, {NotNull, "NOT NULL"}, {Unique, "UNIQUE"}, {Check, "CHECK"}, {Default, "DEFAULT"}};
-    std::ostringstream stream;
-    const char* blank = "";
+    std::string text;
     for (const auto& [constraint, keyword] : Keywords) {
         if ((column.constraintFlags & constraint) != 0) {
-            stream << blank << keyword;
-            blank = " ";
-            if (column.constraintArguments.contains(constraint) && !column.constraintArguments.at(constraint).empty()) {
-                stream << ' ' << column.constraintArguments.at(constraint);
+            const auto argument = column.constraintArguments.find(constraint);
+            text += (text.empty() ? "" : " ") + keyword;
+            if (argument != column.constraintArguments.end() && !argument->second.empty()) {
+                text += ' ' + argument->second;
             }
         }
     }
-    return stream.str();
+    return text;
 }
 
 std::string ReferenceColumn(const DbTableColumnDefinition& column)
 {
-    std::ostringstream stream;
-    stream << column.name << ' ' << TypeName(column.type) << ' ' << ReferenceColumnConstraints(column);
-    return stream.str();
+    static const std::map<int, std::string> TypeNames{{1, "INTEGER"}, {2, "REAL"}, {3, "TEXT"},    {4, "BLOB"},
+                                                      {6, "TEXT"},    {7, "TEXT"}, {8, "INTEGER"}, {9, "REAL"}};
+    const auto type = TypeNames.find(static_cast<int>(column.type));
+    return column.name + ' ' + (type != TypeNames.end() ? type->second : "") + ' ' + ReferenceColumnConstraints(column);
 }
 
 std::string ReferenceForeignKey(const DbTableConstraints& constraints)
 {
-    std::ostringstream stream;
     const std::string names = Joined(constraints.foreignKey);
+    std::string text;
     if (!constraints.foreignKey.empty()) {
-        stream << "FOREIGN KEY (" << names << ')';
+        text = "FOREIGN KEY (" + names + ")";
         if (!constraints.referenceTable.empty()) {
-            stream << " REFERENCES " << constraints.referenceTable << '(' << names << ") ON DELETE SET NULL";
+            text += " REFERENCES " + constraints.referenceTable + "(" + names + ") ON DELETE SET NULL";
         }
     }
-    stream << " )";
-    return stream.str();
+    return text + " )";
 }
 
 std::string ReferenceTableConstraints(const DbTableConstraints& constraints)
@@ -143,12 +125,12 @@ std::string ReferenceTableConstraints(const DbTableConstraints& constraints)
 std::string ReferenceCreateStatement(const DbTableDefinition& definition)
 {
     std::vector<std::string> columns;
-    std::transform(definition.columns.begin(), definition.columns.end(), std::back_inserter(columns), ReferenceColumn);
+    for (const DbTableColumnDefinition& column : definition.columns) {
+        columns.push_back(ReferenceColumn(column));
+    }
     const std::string constraints = ReferenceTableConstraints(definition.constraints);
-    std::ostringstream stream;
-    stream << "CREATE TABLE IF NOT EXISTS " << definition.name << " (" << Joined(columns)
-           << (constraints.empty() ? "" : ",") << constraints << ')';
-    return stream.str();
+    return "CREATE TABLE IF NOT EXISTS " + definition.name + " (" + Joined(columns) + (constraints.empty() ? "" : ",") +
+           constraints + ")";
 }
 
 } // namespace Morvik::sql::tests

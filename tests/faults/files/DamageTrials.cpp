@@ -9,10 +9,39 @@
 #include <utility>
 
 #include "support/ChildProcess.h"
+#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
+
+/// A database with the tables "reading" (with the index "by_label") and "note", whose texts and blobs fill several
+/// pages, and with free pages of a dropped table.
+std::string SampleDatabase(std::size_t page)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.File("sample.db");
+    RawSqlite sqlite(path);
+    const auto insert = [&](const std::string& table, int rows, std::size_t labelSize) {
+        const std::string size = "(" + std::to_string(labelSize) + " + i)";
+        sqlite.Execute("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT " + std::to_string(rows) +
+                       ") INSERT INTO " + table + " SELECT i, substr('label ' || (i * 7919 % 1000) || replace(hex(" +
+                       "zeroblob(" + size + ")), '00', char(97 + i % 26)), 1, " + size + "), i / 8.0, NULL FROM n");
+    };
+    sqlite.Execute("PRAGMA synchronous = OFF; PRAGMA page_size = " + std::to_string(page));
+    for (const char* const table : {"reading", "note", "scrap"}) {
+        sqlite.Execute(std::string("CREATE TABLE ") + table +
+                       " (number INTEGER PRIMARY KEY, label TEXT NOT NULL, value REAL, bytes BLOB)");
+    }
+    sqlite.Execute("CREATE INDEX by_label ON reading (label)");
+    insert("scrap", 6, 2 * page);
+    insert("reading", 60, page / 32);
+    insert("note", 6, page);
+    sqlite.Execute("UPDATE reading SET bytes = CAST(label || label || label AS BLOB) WHERE number = 3;"
+                   "UPDATE note SET bytes = CAST(label || label AS BLOB) WHERE number = 2;"
+                   "DELETE FROM scrap; DROP TABLE scrap");
+    return FileContent(path);
+}
 
 using Operations = Transcript (*)(const std::string& path, bool readOnly);
 
@@ -42,7 +71,7 @@ Outcome Run(Operations operations, const std::string& path, const std::string& c
 
 } // namespace
 
-DamageTrials::DamageTrials(std::string content) : m_content(std::move(content))
+DamageTrials::DamageTrials(std::size_t pageSize) : m_content(SampleDatabase(pageSize))
 {
     for (const bool readOnly : {false, true}) {
         const Outcome library = Run(LibraryTranscript, m_path, m_content, readOnly);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <string>
 
@@ -8,12 +9,12 @@
 
 namespace Morvik::sql::tests {
 
-/// Gives damaged copies of one database to the library and to raw SQLite, and expects the same results from both and
-/// the same bytes in the file afterwards.
+/// Gives damaged copies of one database to the library and to the reference implementation, and expects the same
+/// results from both and the same bytes in the file afterwards.
 class DamageTrials {
 public:
-    /// `content` is the undamaged database.
-    explicit DamageTrials(std::string content);
+    /// Creates the undamaged database.
+    explicit DamageTrials(std::size_t pageSize);
 
     const std::string& Content() const { return m_content; }
 

@@ -160,4 +160,36 @@ DatabaseFiles FoundFiles(Found found, JournalMode mode)
     return DatabaseFiles(path);
 }
 
+std::set<FileCall> NecessaryCalls(const StorageScenario& scenario, JournalMode mode)
+{
+    using enum FileCall;
+    const bool log = mode == JournalMode::WriteAheadLog;
+    // A rollback journal is rolled back; a log without a commit is only deleted.
+    if (scenario.name == "CloseInATransaction") {
+        return log ? std::set{Lock, Unlock, Delete} : std::set{Unlock, FileSize, Read, Write, Sync, Delete};
+    }
+    // A commit with a rollback journal is complete. A commit in a log is copied into the database, and the log is
+    // deleted.
+    if (scenario.name == "CloseAfterAWrite") {
+        return log ? std::set{Lock, Unlock, FileSize, Read, Write, Truncate, Sync, Delete} : std::set{Unlock};
+    }
+    // Every scenario reads the database; if it only opens the database, the number of rows is read afterwards.
+    std::set<FileCall> calls{FileSize, Read, Lock, Unlock};
+    const auto add = [&](bool necessary, const std::set<FileCall>& added) {
+        calls.insert(added.begin(), necessary ? added.end() : added.begin());
+    };
+    add(scenario.name.starts_with("Open"), {FileCall::Open});
+    add(!log, {Access});
+    add(log, {LockShared});
+    // The preparation of this scenario already opens the log.
+    add(log && scenario.name != "ExecuteMoreThanTheCacheHolds", {FileCall::Open, Access, MapShared});
+    add(log && !scenario.readOnly, {Delete}); // closing deletes the log
+    const bool rollsBack = scenario.found == Found::Unfinished && !log;
+    const bool writes = rollsBack || !scenario.changes.empty();
+    add(rollsBack, {CheckReservedLock});
+    add(writes, {Write, Sync, mode == JournalMode::Delete ? Delete : Truncate});
+    add(writes && !log, {FileCall::Open}); // the journal
+    return calls;
+}
+
 } // namespace Morvik::sql::tests

@@ -18,76 +18,56 @@ namespace {
 // results, although they are odd.
 class TestForTableTest : public testing::TestWithParam<FileFault> {
 protected:
-    TestForTableTest()
+    // Opens a file with a table and reads its schema, so that the fault happens in the test for the table. Runs the
+    // operation, and expects it to leave the content unchanged.
+    template <typename Operation>
+    void RunWithFault(Operation operation)
     {
-        RawSqlite(m_path).Execute("CREATE TABLE reading (id INTEGER); INSERT INTO reading VALUES (1)");
-    }
+        const TemporaryDirectory directory;
+        const std::string path = directory.File("test.db");
+        RawSqlite(path).Execute("CREATE TABLE reading (id INTEGER); INSERT INTO reading VALUES (1)");
+        {
+            FaultInjectionVfs disk;
+            DatabaseApi facade;
+            int result = -1;
+            ASSERT_TRUE(facade.OpenDatabase(path, false));
+            ASSERT_TRUE(facade.ExistsTable("reading", result));
+            disk.Arm(GetParam());
 
-    // Opens the file and reads its schema, so that the fault happens in the test for the table.
-    void OpenWithFault(FaultInjectionVfs& disk, DatabaseApi& facade) const
-    {
-        int result = -1;
-        ASSERT_TRUE(facade.OpenDatabase(m_path, false));
-        ASSERT_TRUE(facade.ExistsTable("reading", result));
-        disk.Arm(GetParam());
-    }
+            operation(facade);
 
-    const DatabaseContent m_content{{"reading", {{"1"}}}};
-    TemporaryDirectory m_directory;
-    std::string m_path = m_directory.File("test.db");
+            EXPECT_EQ(disk.Fired(), 1);
+            EXPECT_TRUE(facade.CloseDatabase());
+        }
+        EXPECT_EQ(ContentOf(path), (DatabaseContent{{"reading", {{"1"}}}}));
+    }
 };
 
 TEST_P(TestForTableTest, DropTableSucceedsAndDropsNothing)
 {
-    FaultInjectionVfs disk;
-    DatabaseApi facade;
-    OpenWithFault(disk, facade);
-
-    const bool dropped = facade.DropTable("reading");
-
-    EXPECT_TRUE(dropped);
-    EXPECT_THAT(facade, HasError(0, ""));
-    EXPECT_EQ(disk.Fired(), 1);
-    EXPECT_TRUE(facade.CloseDatabase());
-    EXPECT_EQ(ContentOf(m_path), m_content);
+    RunWithFault([](DatabaseApi& facade) {
+        EXPECT_TRUE(facade.DropTable("reading"));
+        EXPECT_THAT(facade, HasError(0, ""));
+    });
 }
 
 TEST_P(TestForTableTest, AlterTableFindsNoTable)
 {
-    FaultInjectionVfs disk;
-    DatabaseApi facade;
-    OpenWithFault(disk, facade);
-
-    const bool altered = facade.AlterTable("reading", "old_reading");
-
-    EXPECT_FALSE(altered);
-    EXPECT_THAT(facade, HasError(113, "No table exists: reading"));
-    EXPECT_EQ(disk.Fired(), 1);
-    EXPECT_TRUE(facade.CloseDatabase());
-    EXPECT_EQ(ContentOf(m_path), m_content);
+    RunWithFault([](DatabaseApi& facade) {
+        EXPECT_FALSE(facade.AlterTable("reading", "old_reading"));
+        EXPECT_THAT(facade, HasError(113, "No table exists: reading"));
+    });
 }
 
 TEST_P(TestForTableTest, ExistsTableAndExistDataFindNothingWithCodeZero)
 {
-    FaultInjectionVfs disk;
-    DatabaseApi facade;
-    OpenWithFault(disk, facade);
-    int existsResult = -1;
-    int dataResult = -1;
+    int result = -1;
+    RunWithFault([&](DatabaseApi& facade) { EXPECT_FALSE(facade.ExistsTable("reading", result)); });
+    EXPECT_EQ(result, 0);
 
-    const bool exists = facade.ExistsTable("reading", existsResult);
-    const int firedAtFirst = disk.Fired();
-    disk.Arm(GetParam());
-    const int count = facade.ExistData("reading", "", dataResult);
-
-    EXPECT_FALSE(exists);
-    EXPECT_EQ(existsResult, 0);
-    EXPECT_EQ(count, 0);
-    EXPECT_EQ(dataResult, 0);
-    EXPECT_EQ(firedAtFirst, 1);
-    EXPECT_EQ(disk.Fired(), 1);
-    EXPECT_TRUE(facade.CloseDatabase());
-    EXPECT_EQ(ContentOf(m_path), m_content);
+    result = -1;
+    RunWithFault([&](DatabaseApi& facade) { EXPECT_EQ(facade.ExistData("reading", "", result), 0); });
+    EXPECT_EQ(result, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Storage, TestForTableTest,

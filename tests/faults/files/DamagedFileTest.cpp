@@ -1,0 +1,214 @@
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "files/DamageTrials.h"
+#include "support/FuzzInput.h"
+#include "support/SoakMode.h"
+#include "support/TestSeeds.h"
+
+// Changes a real database. The library must give the same outcomes as the reference implementation.
+
+namespace Morvik::sql::tests {
+
+namespace {
+
+constexpr std::size_t Page = 1024;
+
+class DamagedFileTest : public testing::Test {
+protected:
+    void ExpectEqualOutcomes(const std::string& damaged, const std::string& damage)
+    {
+        ASSERT_TRUE(trials.Try(damaged, damage));
+    }
+
+    DamageTrials trials{Page};
+    const std::size_t size = trials.Content().size();
+};
+
+// Files that end too early, as a copy or a power failure leaves them, and files that are too long.
+class CutFileTest : public DamagedFileTest {
+protected:
+    void CutTo(std::size_t bytes)
+    {
+        ExpectEqualOutcomes(trials.Content().substr(0, bytes), "cut to " + std::to_string(bytes) + " bytes");
+    }
+};
+
+TEST_F(CutFileTest, CompletePagesGiveEqualOutcomes)
+{
+    for (std::size_t bytes = 0; bytes < size; bytes += Page) {
+        CutTo(bytes);
+    }
+
+    EXPECT_EQ(trials.trials, size / Page);
+    EXPECT_GT(trials.codes[SQLITE_CORRUPT], 20);
+}
+
+TEST_F(CutFileTest, SizesWithinTheHeaderGiveEqualOutcomes)
+{
+    for (std::size_t bytes = 1; bytes < 2 * Page; bytes = bytes * 5 / 4 + 1) {
+        CutTo(bytes);
+    }
+
+    EXPECT_GT(trials.codes[SQLITE_NOTADB], 5);
+    EXPECT_GT(trials.codes[SQLITE_CORRUPT], 0);
+}
+
+TEST_F(CutFileTest, RandomSizesGiveEqualOutcomes)
+{
+    const int sizes = Rounds(100, 1000);
+    for (const std::uint64_t seed : TestSeeds()) {
+        SCOPED_TRACE(Describe(seed));
+        FuzzInput choices(seed);
+        for (int i = 0; i < sizes; ++i) {
+            CutTo(choices.Below(size));
+        }
+    }
+
+    EXPECT_GT(trials.codes[SQLITE_CORRUPT], sizes / 2);
+}
+
+TEST_F(CutFileTest, BytesAfterTheEndGiveEqualOutcomes)
+{
+    for (const std::size_t bytes : {std::size_t{1}, Page - 1, Page, 10 * Page}) {
+        for (const char byte : {'\0', '\x2A'}) {
+            ExpectEqualOutcomes(trials.Content() + std::string(bytes, byte), std::to_string(bytes) + " bytes more");
+        }
+    }
+}
+
+TEST_F(CutFileTest, OneRepeatedByteGivesEqualOutcomes)
+{
+    for (const char byte : {'\0', '\x2A', '\xFF'}) {
+        ExpectEqualOutcomes(std::string(3 * Page, byte), "filled with " + std::to_string(byte));
+    }
+
+    EXPECT_EQ(trials.codes[SQLITE_NOTADB], 3);
+}
+
+// Patterns that flip all bits of a byte, and each bit alone.
+const std::vector<unsigned> AllBits{0xFF};
+const std::vector<unsigned> EachPattern{0xFF, 1, 2, 4, 8, 16, 32, 64, 128};
+
+/// Tries the database with each of the bytes flipped, one at a time, with every pattern. Stops after the first failure.
+void FlipEach(DamageTrials& trials, std::size_t begin, std::size_t end, const std::vector<unsigned>& patterns,
+              std::size_t stride = 1)
+{
+    for (std::size_t offset = begin; offset < end; offset += stride) {
+        for (const unsigned pattern : patterns) {
+            std::string damaged = trials.Content();
+            damaged.at(offset) = static_cast<char>(static_cast<unsigned char>(damaged.at(offset)) ^ pattern);
+            ASSERT_TRUE(trials.Try(damaged, "byte " + std::to_string(offset) + " ^ " + std::to_string(pattern)));
+        }
+    }
+}
+
+using FlippedByteTest = DamagedFileTest;
+
+TEST_F(FlippedByteTest, EveryByteOfTheFirstPageGivesEqualOutcomes)
+{
+    FlipEach(trials, 0, Page, SoakIsOn() ? EachPattern : AllBits);
+
+    EXPECT_GE(trials.codes[SQLITE_NOTADB], 16) << "the file begins with 16 bytes that identify a database";
+    EXPECT_GT(trials.codes[SQLITE_CORRUPT], 100);
+    EXPECT_GT(trials.codes[SQLITE_ERROR], 20) << "the schema is there too";
+    EXPECT_GT(trials.otherContent, 20);
+    EXPECT_LT(trials.unnoticed, trials.trials * 3 / 4);
+}
+
+TEST_F(FlippedByteTest, BytesOfFurtherPagesGiveEqualOutcomes)
+{
+    // Has no common factor with the page size, so that every position in a page is tried.
+    constexpr std::size_t Stride = 97;
+    ASSERT_GT(size, 30 * Page);
+
+    FlipEach(trials, Page, size, AllBits, Stride);
+    if (SoakIsOn()) {
+        FlipEach(trials, Page, 4 * Page, EachPattern);
+    }
+
+    EXPECT_GT(trials.codes[SQLITE_CORRUPT], 20);
+    EXPECT_GT(trials.otherContent, 50) << "texts and blobs are stored without any check";
+}
+
+TEST_F(FlippedByteTest, PagesOfDefaultSizeGiveEqualOutcomes)
+{
+    constexpr std::size_t DefaultPage = 4096;
+    DamageTrials defaultTrials(DefaultPage);
+
+    FlipEach(defaultTrials, 0, 4 * DefaultPage, AllBits, SoakIsOn() ? 1 : 211);
+
+    EXPECT_LT(defaultTrials.unnoticed, defaultTrials.trials);
+}
+
+using HeaderValueTest = DamagedFileTest;
+
+// A number in the header of the file, most significant byte first, and the values to try in addition to the usual
+// ones.
+struct HeaderField {
+    const char* name;
+    std::size_t offset;
+    std::size_t bytes;
+    std::vector<std::uint32_t> values;
+};
+
+// 65536 is written as 1.
+const std::vector<HeaderField> Fields{
+    {"page size", 16, 2, {256, 511, 512, 513, 2048, 4096, 32768, 65535}},
+    {"write and read version", 18, 2, {0x0102, 0x0201, 0x0202, 0x0303}},
+    {"reserved bytes of a page", 20, 1, {64, 255}},
+    {"payload fractions", 21, 2, {0x4040, 0xFFFF}},
+    {"leaf payload fraction", 23, 1, {255}},
+    {"change counter", 24, 4, {}},
+    {"page count", 28, 4, {35, 36, 37}},
+    {"first free page", 32, 4, {35, 36, 37}},
+    {"count of free pages", 36, 4, {5, 100}},
+    {"schema cookie", 40, 4, {}},
+    {"schema format", 44, 4, {4, 5}},
+    {"cache size", 48, 4, {}},
+    {"largest root page", 52, 4, {36}},
+    {"text encoding", 56, 4, {4}},
+    {"user version", 60, 4, {}},
+    {"incremental vacuum", 64, 4, {}},
+    {"application", 68, 4, {}},
+    {"reserved for expansion", 72, 4, {}},
+    {"version valid for", 92, 4, {}},
+    {"version number", 96, 4, {}},
+};
+
+std::string WithValue(std::string content, const HeaderField& field, std::uint32_t value)
+{
+    for (std::size_t i = field.bytes; i > 0; --i) {
+        content[field.offset + i - 1] = static_cast<char>(value & 0xFF);
+        value >>= 8;
+    }
+    return content;
+}
+
+TEST_F(HeaderValueTest, UnlikelyValuesGiveEqualOutcomes)
+{
+    for (const HeaderField& field : Fields) {
+        std::vector<std::uint32_t> values{0, 1, 2, 3, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFE, 0xFFFFFFFF};
+        values.insert(values.end(), field.values.begin(), field.values.end());
+        for (const std::uint32_t value : values) {
+            for (const bool readOnly : {false, true}) {
+                const std::string damage = std::string(field.name) + " " + std::to_string(value);
+                ASSERT_TRUE(trials.Try(WithValue(trials.Content(), field, value), damage, readOnly));
+            }
+        }
+    }
+
+    EXPECT_GT(trials.codes[SQLITE_NOTADB], 20);
+    EXPECT_GT(trials.codes[SQLITE_CORRUPT], 20);
+    EXPECT_GT(trials.codes[SQLITE_ERROR], 0) << "there are schema formats that SQLite does not know";
+    EXPECT_GT(trials.otherContent, 0) << "texts read in another encoding";
+}
+
+} // namespace
+
+} // namespace Morvik::sql::tests
