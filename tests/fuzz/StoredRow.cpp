@@ -5,12 +5,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <utility>
+#include <iterator>
 #include <variant>
 
 #include "fuzz/Finding.h"
 #include "support/Cells.h"
-#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
@@ -21,15 +20,7 @@ const std::vector<std::string> Columns{"c0", "c1", "c2", "c3", "c4", "c5"};
 
 const std::string MakeEmptyTable = "CREATE TABLE IF NOT EXISTS stored (c0, c1, c2, c3, c4, c5); DELETE FROM stored";
 
-/// The table, emptied. It is kept open from one input to the next.
-RawSqlite& RawTable()
-{
-    static RawSqlite sqlite(":memory:");
-    sqlite.Execute(MakeEmptyTable);
-    return sqlite;
-}
-
-/// The same table in a database of the facade.
+/// A facade with the table, emptied. It is kept open from one input to the next.
 DatabaseApi& FacadeTable()
 {
     static DatabaseApi facade;
@@ -39,23 +30,26 @@ DatabaseApi& FacadeTable()
     return facade;
 }
 
-std::vector<DbTableRowValues> Rows(const DatabaseApi& facade)
+std::vector<DbTableRowValues> Rows(const DatabaseApi& facade, const std::string& columns)
 {
     DbTableData data;
-    if (!facade.ReadValues("SELECT rowid, * FROM stored", data)) {
+    if (!facade.ReadValues("SELECT " + columns + " FROM stored", data)) {
         ReportFinding("The table cannot be read: " + facade.GetLastErrorMsg());
     }
     return data.rows;
 }
 
-DbTableRowValues OnlyRow(const DatabaseApi& facade)
+/// The cells of the only row, each as a text.
+std::vector<std::string> OnlyRow(const DatabaseApi& facade, const std::string& columns)
 {
-    std::vector<DbTableRowValues> rows = Rows(facade);
+    const std::vector<DbTableRowValues> rows = Rows(facade, columns);
     RequireSame("The number of rows", std::to_string(rows.size()), "1");
-    return std::move(rows.front());
+    std::vector<std::string> cells;
+    std::ranges::transform(rows.front().cells, std::back_inserter(cells), ValueText);
+    return cells;
 }
 
-/// The index in OnlyRow() of the column that a double-quoted text names; -1 if it names no column.
+/// The index in "rowid, *" of the column that a double-quoted text names; -1 if it names no column.
 int NamedColumn(std::string text)
 {
     std::ranges::transform(text, text.begin(),
@@ -88,14 +82,14 @@ std::string Doubled(const std::string& text)
     return doubled;
 }
 
-// The text as RawSqlite::Rows() writes it.
+// The text as SQLite's quote() writes it.
 std::string Quoted(const std::string& text)
 {
     return "'" + Doubled(text) + "'";
 }
 
-// Reports a finding unless `stored`, a value as RawSqlite::Rows() writes it, is the value of the cell. `literal` is
-// the cell's text in the statement.
+// Reports a finding unless `stored`, a value as SQLite's quote() writes it, is the value of the cell. `literal` is the
+// cell's text in the statement.
 void RequireStoredAs(const DbTableColumnValue& cell, const std::string& literal, const std::string& stored)
 {
     if (literal.front() != '"') {
@@ -121,42 +115,28 @@ DbTableDataWrite Request(const std::vector<DbTableColumnValue>& cells)
 
 } // namespace
 
-void RequireStored(const std::vector<DbTableColumnValue>& cells, const std::vector<std::string>& literals)
-{
-    std::string names;
-    std::string values;
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        names += (i == 0 ? "" : ",") + Columns[i];
-        values += (i == 0 ? "" : ",") + literals[i];
-    }
-    RawSqlite& sqlite = RawTable();
-    sqlite.Execute("INSERT INTO stored (" + names + ") VALUES (" + values + ")");
-    const auto rows = sqlite.Rows("SELECT " + names + " FROM stored");
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        RequireStoredAs(cells[i], literals[i], rows.at(0).at(i));
-    }
-}
-
-void RequireWritten(const std::vector<DbTableColumnValue>& cells)
+void RequireWritten(const std::vector<DbTableColumnValue>& cells, const std::vector<std::string>& literals)
 {
     DatabaseApi& facade = FacadeTable();
     const DbTableDataWrite data = Request(cells);
     if (!facade.WriteTableValues("stored", data)) {
         ReportFinding("WriteTableValues left " + facade.GetLastErrorMsg());
     }
-    const DbTableRowValues written = OnlyRow(facade);
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        const auto rows = Rows(facade, "quote(" + Columns[i] + ")");
+        RequireStoredAs(cells[i], literals[i], std::get<std::string>(rows.at(0).cells.at(0).value));
+    }
+    const std::vector<std::string> written = OnlyRow(facade, "rowid, *");
     if (!facade.UpdateTableValues("stored", data, "")) {
         ReportFinding("UpdateTableValues left " + facade.GetLastErrorMsg());
     }
-    const DbTableRowValues updated = OnlyRow(facade);
+    const std::vector<std::string> updated = OnlyRow(facade, "rowid, *");
     for (std::size_t i = 0; i < cells.size(); ++i) {
         const auto* const text = std::get_if<std::string>(&cells[i].value);
         if (text != nullptr && cells[i].type == DbTableColumnType::Text) {
-            const std::string expected = ValueText(TextCell(Doubled(*text)));
             const int named = NamedColumn(*text);
-            RequireSame("The written text", ValueText(written.cells.at(i + 1)), expected);
-            RequireSame("The updated text", ValueText(updated.cells.at(i + 1)),
-                        named < 0 ? expected : ValueText(written.cells.at(static_cast<std::size_t>(named))));
+            RequireSame("The updated text", updated.at(i + 1),
+                        written.at(named < 0 ? i + 1 : static_cast<std::size_t>(named)));
         }
     }
 }
@@ -166,7 +146,7 @@ void RequireRejected(const std::vector<DbTableColumnValue>& cells)
     DatabaseApi& facade = FacadeTable();
     const bool written = facade.WriteTableValues("stored", Request(cells));
     RequireSame("The code of a text with a zero byte", std::to_string(facade.GetLastError()), "1");
-    if (written || !Rows(facade).empty()) {
+    if (written || !Rows(facade, "*").empty()) {
         ReportFinding("A text with a zero byte is written");
     }
 }

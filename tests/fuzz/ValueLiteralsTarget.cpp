@@ -127,8 +127,7 @@ void TryCells(const std::vector<DbTableColumnValue>& cells)
     if (std::ranges::any_of(cells, HoldsZeroByte)) {
         RequireRejected(cells);
     } else {
-        RequireStored(cells, literals);
-        RequireWritten(cells);
+        RequireWritten(cells, literals);
     }
 }
 
