@@ -7,7 +7,7 @@ set(fuzz_source_operations ${fuzz_directory}/OperationsTarget.cpp)
 set(fuzz_source_database-files ${fuzz_directory}/DatabaseFilesTarget.cpp)
 
 add_library(tkosqllite_fuzz_support OBJECT
-    ${fuzz_directory}/BoundedConnections.cpp
+    ${fuzz_directory}/ComparedFacades.cpp
     ${fuzz_directory}/Finding.cpp
     ${fuzz_directory}/StoredRow.cpp)
 target_include_directories(tkosqllite_fuzz_support

@@ -77,27 +77,32 @@ bool ReferenceFacade::Execute(const std::string& sql)
     return sql.empty() ? Fail(112, "Missing command.") : Run(sql);
 }
 
-bool ReferenceFacade::CreateTable(const DbTableDefinition& definition)
+bool ReferenceFacade::CheckOpen() const
 {
     m_code = 0;
-    if (!IsOpen()) {
-        return Fail(111, "Database isn't open.");
-    }
-    return definition.name.empty() ? Fail(112, "Missing table name.") : Run(ReferenceCreateStatement(definition));
+    return IsOpen() || Fail(111, "Database isn't open.");
 }
 
-bool ReferenceFacade::TestForTable(const std::string& table) const
+bool ReferenceFacade::CheckName(const std::string& table) const
 {
     m_code = 0;
-    if (table.empty()) {
-        return Fail(112, "Missing table name.");
-    }
+    return !table.empty() || Fail(112, "Missing table name.");
+}
+
+bool ReferenceFacade::CreateTable(const DbTableDefinition& definition)
+{
+    return CheckOpen() && CheckName(definition.name) && Run(ReferenceCreateStatement(definition));
+}
+
+// An error of the step is not copied.
+bool ReferenceFacade::TestForTable(const std::string& table) const
+{
     ReferenceTable test(m_database);
-    if (!test.Open("SELECT name FROM sqlite_master WHERE type = 'table' AND name = '" + table + "' COLLATE NOCASE")) {
-        CopyError(test);
-        return false;
-    }
-    return test.ReadNext();
+    return CheckName(table) &&
+           (test.Open("SELECT name FROM sqlite_master WHERE type = 'table' AND name = '" + table +
+                      "' COLLATE NOCASE") ||
+            CopyError(test)) &&
+           test.ReadNext();
 }
 
 bool ReferenceFacade::ExistsTable(const std::string& table, int& result) const
@@ -109,26 +114,19 @@ bool ReferenceFacade::ExistsTable(const std::string& table, int& result) const
 
 bool ReferenceFacade::DropTable(const std::string& table)
 {
-    m_code = 0;
-    if (!IsOpen()) {
-        return Fail(111, "Database isn't open.");
+    if (!CheckOpen()) {
+        return false;
     }
-    if (!TestForTable(table)) {
-        return m_code == 0;
-    }
-    return Run("DELETE FROM " + table) && Run("DROP TABLE IF EXISTS " + table);
+    return TestForTable(table) ? Run("DELETE FROM " + table) && Run("DROP TABLE IF EXISTS " + table) : m_code == 0;
 }
 
 bool ReferenceFacade::AlterTable(const std::string& table, const std::string& newName)
 {
-    m_code = 0;
-    if (!IsOpen()) {
-        return Fail(111, "Database isn't open.");
+    if (!CheckOpen()) {
+        return false;
     }
-    if (!TestForTable(table)) {
-        return Fail(113, "No table exists: " + table);
-    }
-    return Run("ALTER TABLE " + table + " RENAME TO " + newName);
+    return TestForTable(table) ? Run("ALTER TABLE " + table + " RENAME TO " + newName)
+                               : Fail(113, "No table exists: " + table);
 }
 
 // The literals of the row up to the first invalid cell, which leaves its error.
@@ -152,9 +150,8 @@ std::string ReferenceFacade::CellList(const DbTableRowValues& row)
 
 bool ReferenceFacade::WriteTableValues(const std::string& table, const DbTableDataWrite& data)
 {
-    m_code = 0;
-    if (table.empty()) {
-        return Fail(112, "Missing table name.");
+    if (!CheckName(table)) {
+        return false;
     }
     std::string sql = "INSERT INTO " + table + ColumnList(data) + " VALUES";
     for (std::size_t row = 0; row < data.rows.size(); ++row) {
@@ -167,9 +164,8 @@ bool ReferenceFacade::WriteTableValues(const std::string& table, const DbTableDa
 bool ReferenceFacade::UpdateTableValues(const std::string& table, const DbTableDataWrite& data,
                                         const std::string& condition)
 {
-    m_code = 0;
-    if (table.empty()) {
-        return Fail(112, "Missing table name.");
+    if (!CheckName(table)) {
+        return false;
     }
     if (data.columns.empty()) {
         return Fail(112, "Missing column names.");
@@ -182,14 +178,8 @@ bool ReferenceFacade::UpdateTableValues(const std::string& table, const DbTableD
 bool ReferenceFacade::OpenQuery(const std::string& sql) const
 {
     m_table.Close();
-    m_code = 0;
-    if (!IsOpen()) {
-        return Fail(111, "Database isn't open.");
-    }
-    if (sql.empty()) {
-        return Fail(112, "Missing query SQL statement.");
-    }
-    return m_table.Open(sql) || CopyError(m_table);
+    return CheckOpen() && (!sql.empty() || Fail(112, "Missing query SQL statement.")) &&
+           (m_table.Open(sql) || CopyError(m_table));
 }
 
 // While the code of an earlier failure is set, no cell counts as converted.

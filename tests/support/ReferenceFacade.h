@@ -63,6 +63,8 @@ public:
 private:
     bool Fail(int code, const std::string& message) const;
     bool CopyError(const ReferenceError& lower) const;
+    bool CheckOpen() const;
+    bool CheckName(const std::string& table) const;
     bool Run(const std::string& sql);
     bool TestForTable(const std::string& table) const;
     std::string CellList(const DbTableRowValues& row);

@@ -15,46 +15,43 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// Every way in which a call can fail. SQLite's file system reports most failures with these codes. A file system that
-// an application provides may report a full disk in other calls than writes, too.
-const std::vector<FileFault>& Faults()
+// Every way in which a call can fail, once and from then on. SQLite's file system reports most failures with these
+// codes. A file system that an application provides may report a full disk in other calls than writes, too.
+std::vector<FileFault> Faults()
 {
-    static const std::vector<FileFault> faults = [] {
-        std::vector<FileFault> once = {
-            {.call = FileCall::Open, .code = SQLITE_CANTOPEN},
-            {.call = FileCall::Open, .code = SQLITE_IOERR},
-            {.call = FileCall::Open, .code = SQLITE_FULL},
-            {.call = FileCall::Read, .code = SQLITE_IOERR_READ},
-            {.call = FileCall::Read, .code = SQLITE_FULL},
-            {.call = FileCall::Write, .code = SQLITE_IOERR_WRITE},
-            {.call = FileCall::Write, .code = SQLITE_FULL},
-            {.call = FileCall::Write, .code = SQLITE_FULL, .carriedOut = true},
-            {.call = FileCall::Truncate, .code = SQLITE_IOERR_TRUNCATE},
-            {.call = FileCall::Truncate, .code = SQLITE_FULL},
-            {.call = FileCall::Sync, .code = SQLITE_IOERR_FSYNC},
-            {.call = FileCall::Sync, .code = SQLITE_FULL},
-            {.call = FileCall::FileSize, .code = SQLITE_IOERR_FSTAT},
-            {.call = FileCall::FileSize, .code = SQLITE_FULL},
-            {.call = FileCall::Delete, .code = SQLITE_IOERR_DELETE},
-            {.call = FileCall::Delete, .code = SQLITE_FULL},
-            {.call = FileCall::Delete, .code = SQLITE_IOERR_DIR_FSYNC, .carriedOut = true},
-            {.call = FileCall::Access, .code = SQLITE_IOERR_ACCESS},
-            {.call = FileCall::Lock, .code = SQLITE_BUSY},
-            {.call = FileCall::Lock, .code = SQLITE_IOERR_LOCK},
-            {.call = FileCall::Lock, .code = SQLITE_FULL},
-            {.call = FileCall::Unlock, .code = SQLITE_IOERR_UNLOCK},
-            {.call = FileCall::CheckReservedLock, .code = SQLITE_IOERR_CHECKRESERVEDLOCK},
-            {.call = FileCall::MapShared, .code = SQLITE_IOERR_SHMMAP},
-            {.call = FileCall::LockShared, .code = SQLITE_BUSY},
-            {.call = FileCall::LockShared, .code = SQLITE_IOERR_SHMLOCK},
-        };
-        std::vector<FileFault> all = once;
-        for (FileFault fault : once) {
-            fault.lasting = true;
-            all.push_back(fault);
-        }
-        return all;
-    }();
+    using enum FileCall;
+    std::vector<FileFault> faults{
+        {Open, SQLITE_CANTOPEN},
+        {Open, SQLITE_IOERR},
+        {Open, SQLITE_FULL},
+        {Read, SQLITE_IOERR_READ},
+        {Read, SQLITE_FULL},
+        {Write, SQLITE_IOERR_WRITE},
+        {Write, SQLITE_FULL},
+        {.call = Write, .code = SQLITE_FULL, .carriedOut = true},
+        {Truncate, SQLITE_IOERR_TRUNCATE},
+        {Truncate, SQLITE_FULL},
+        {Sync, SQLITE_IOERR_FSYNC},
+        {Sync, SQLITE_FULL},
+        {FileSize, SQLITE_IOERR_FSTAT},
+        {FileSize, SQLITE_FULL},
+        {Delete, SQLITE_IOERR_DELETE},
+        {Delete, SQLITE_FULL},
+        {.call = Delete, .code = SQLITE_IOERR_DIR_FSYNC, .carriedOut = true},
+        {Access, SQLITE_IOERR_ACCESS},
+        {Lock, SQLITE_BUSY},
+        {Lock, SQLITE_IOERR_LOCK},
+        {Lock, SQLITE_FULL},
+        {Unlock, SQLITE_IOERR_UNLOCK},
+        {CheckReservedLock, SQLITE_IOERR_CHECKRESERVEDLOCK},
+        {MapShared, SQLITE_IOERR_SHMMAP},
+        {LockShared, SQLITE_BUSY},
+        {LockShared, SQLITE_IOERR_SHMLOCK},
+    };
+    for (std::size_t fault = 0, once = faults.size(); fault < once; ++fault) {
+        faults.push_back(faults[fault]);
+        faults.back().lasting = true;
+    }
     return faults;
 }
 
@@ -85,11 +82,6 @@ std::vector<Case> CasesOf(JournalMode mode)
         }
     }
     return cases;
-}
-
-std::string NameOf(const testing::TestParamInfo<Case>& info)
-{
-    return info.param.scenario->name;
 }
 
 // The results of a run of the scenario, and the content that it left.
@@ -209,6 +201,8 @@ TEST(FailingCallTableTest, EveryFaultIsOfACallThatSomeScenarioCannotDoWithout)
         EXPECT_TRUE(necessary.contains(fault.call)) << Described(fault);
     }
 }
+
+constexpr auto NameOf = [](const auto& tested) { return tested.param.scenario->name; };
 
 // A suite for each mode: they run at the same time.
 INSTANTIATE_TEST_SUITE_P(DeletedJournal, FailingCallTest, testing::ValuesIn(CasesOf(JournalMode::Delete)), NameOf);

@@ -1,4 +1,4 @@
-#include "fuzz/BoundedConnections.h"
+#include "fuzz/ComparedFacades.h"
 
 #include <sqlite3.h>
 
@@ -6,8 +6,6 @@
 #include <cstring>
 #include <deque>
 #include <map>
-
-#include "fuzz/Finding.h"
 
 namespace Morvik::sql::tests {
 
