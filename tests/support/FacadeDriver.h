@@ -23,7 +23,7 @@ struct StepOutcome {
     /// What the operation read or set, such as rows, each as one text.
     std::vector<std::string> results{};
 
-    /// What the facade says of itself afterwards, and the row of the driver's iterator.
+    /// Whether the database is open and the facade reports success, and the row of the driver's iterator.
     std::string state{};
 
     friend bool operator==(const StepOutcome&, const StepOutcome&) = default;
