@@ -1,18 +1,10 @@
 #include <sql/SqlCommand.h>
 
-#include <sql/SqlDatabase.h>
-
-#include <gmock/gmock.h>
-#include <sqlite3.h>
-
 #include <limits>
 #include <new>
-#include <string>
 #include <string_view>
 
-#include "support/HasError.h"
-#include "support/SqliteCallRecorder.h"
-#include "support/WithOpenDatabase.h"
+#include "support/OpenConnection.h"
 
 namespace Morvik::sql::tests {
 
@@ -22,44 +14,88 @@ using namespace std::string_view_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class SqlCommandColumnTest : public WithOpenDatabase {
+class SqlCommandColumnTest : public ConnectedCommand {
 protected:
-    void StepTo(const std::string& sql)
+    // Every column read returns its default without calling SQLite. The values of the row, 12 and NULL, are different.
+    void ExpectNoRow() const
     {
-        ASSERT_TRUE(command.Prepare(sql));
-        ASSERT_TRUE(command.Step());
-        ASSERT_TRUE(command.HasRowData());
-    }
+        const SqliteCallRecorder sqlite;
 
-    SqlCommand command{database};
+        EXPECT_EQ(command.ColumnCount(), 0);
+        EXPECT_FALSE(command.ColumnIsNull(1));
+        EXPECT_EQ(command.ColumnInt(0), 0);
+        EXPECT_EQ(command.ColumnInt64(0), 0);
+        EXPECT_EQ(command.ColumnDouble(0), 0.0);
+        EXPECT_EQ(command.ColumnText(0), "");
+        EXPECT_EQ(command.ColumnBlob(0).data(), nullptr);
+        EXPECT_EQ(command.ColumnBlob(0).size(), 0U);
+        EXPECT_THAT(sqlite.Calls(), IsEmpty());
+    }
 };
 
-TEST_F(SqlCommandColumnTest, ReadsPassTheIndexAndLeaveTheRecord)
+TEST_F(SqlCommandColumnTest, NoRowIsAvailableBeforeTheFirstStep)
 {
-    StepTo("SELECT 10, 11, 12, 13");
+    ExpectNoRow();
+    command.Prepare("SELECT 12, NULL");
+    ExpectNoRow();
+}
+
+TEST_F(SqlCommandColumnTest, NoRowIsAvailableAfterAnyOperationButAStepToARow)
+{
+    struct Ending {
+        const char* name;
+        void (*run)(SqlCommand& command);
+        std::optional<int> next; // what the step after the operation reads
+    };
+    const Ending endings[] = {{"the end", [](SqlCommand& ended) { ended.Step(), ended.Step(); }, 12},
+                              {"Reset", [](SqlCommand& ended) { ended.Reset(); }, 12},
+                              {"a bind", [](SqlCommand& ended) { ended.BindInteger(1, 1); }, 13},
+                              {"ClearBindings", [](SqlCommand& ended) { ended.ClearBindings(); }, 13},
+                              {"Execute", [](SqlCommand& ended) { ended.Execute("SELECT 1"); }, 13},
+                              {"Finalize", [](SqlCommand& ended) { ended.Finalize(); }, std::nullopt}};
+    for (const Ending& ending : endings) {
+        SCOPED_TRACE(ending.name);
+        StepTo("SELECT 12, NULL UNION ALL SELECT 13, ?");
+
+        ending.run(command);
+
+        ExpectNoRow();
+        EXPECT_EQ(NextInteger(command), ending.next);
+        command.Finalize();
+    }
+}
+
+TEST_F(SqlCommandColumnTest, NoRowIsAvailableWhenFinalizeReturnsTheCodeOfARow)
+{
+    StepTo("SELECT 12, NULL");
+    {
+        SqliteCallRecorder sqlite;
+        sqlite.ReplaceNextResult("sqlite3_finalize", SQLITE_ROW, true);
+        command.Finalize();
+        EXPECT_FALSE(sqlite.Pending());
+    }
+
+    EXPECT_TRUE(command.HasRowData());
+    ExpectNoRow();
+}
+
+TEST_F(SqlCommandColumnTest, ReadsMakeTheirCallsAndLeaveTheRecord)
+{
+    StepTo("SELECT 10, 11, 12, 13, 'ab', x'0102'");
     const SqliteCallRecorder sqlite;
 
-    EXPECT_EQ(command.ColumnCount(), 4);
+    EXPECT_EQ(command.ColumnCount(), 6);
     EXPECT_FALSE(command.ColumnIsNull(0));
     EXPECT_EQ(command.ColumnInt(1), 11);
     EXPECT_EQ(command.ColumnInt64(2), 12);
     EXPECT_EQ(command.ColumnDouble(3), 13.0);
+    EXPECT_EQ(command.ColumnText(4), "ab");
+    EXPECT_THAT(command.ColumnBlob(5), ElementsAre(1, 2));
 
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_count()", "sqlite3_column_type(0)", "sqlite3_column_int(1)",
-                                            "sqlite3_column_int64(2)", "sqlite3_column_double(3)"));
-    EXPECT_THAT(command, HasError(SQLITE_ROW, ""));
-}
-
-TEST_F(SqlCommandColumnTest, BytesAreCountedBeforeTextAndBlob)
-{
-    StepTo("SELECT 'ab', x'0102'");
-    const SqliteCallRecorder sqlite;
-
-    EXPECT_EQ(command.ColumnText(0), "ab");
-    EXPECT_THAT(command.ColumnBlob(1), ElementsAre(1, 2));
-
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_bytes(0)", "sqlite3_column_text(0)",
-                                            "sqlite3_column_bytes(1)", "sqlite3_column_blob(1)"));
+    EXPECT_THAT(sqlite.Calls(),
+                ElementsAre("sqlite3_column_count()", "sqlite3_column_type(0)", "sqlite3_column_int(1)",
+                            "sqlite3_column_int64(2)", "sqlite3_column_double(3)", "sqlite3_column_bytes(4)",
+                            "sqlite3_column_text(4)", "sqlite3_column_bytes(5)", "sqlite3_column_blob(5)"));
     EXPECT_THAT(command, HasError(SQLITE_ROW, ""));
 }
 
@@ -71,13 +107,14 @@ TEST_F(SqlCommandColumnTest, OnlyNullIsNull)
     for (int column = 1; column < 5; ++column) {
         EXPECT_FALSE(command.ColumnIsNull(column)) << column;
     }
-    EXPECT_TRUE(command.ColumnIsNull(5)) << "SQLite answers NULL for a column that is not there";
+    EXPECT_TRUE(command.ColumnIsNull(5)) << "SQLite returns NULL for a column that does not exist";
     EXPECT_THAT(command, HasError(SQLITE_ROW, ""));
 }
 
-TEST_F(SqlCommandColumnTest, IntegersKeepTheirWidth)
+TEST_F(SqlCommandColumnTest, NumbersKeepTheirWidth)
 {
-    StepTo("SELECT -2147483648, 2147483647, 5000000000, 9007199254740993, -9223372036854775807 - 1");
+    StepTo("SELECT -2147483648, 2147483647, 5000000000, 9007199254740993, -9223372036854775807 - 1, "
+           "0.5, -1048576.125, 9e999");
 
     EXPECT_EQ(command.ColumnInt(0), std::numeric_limits<int>::min());
     EXPECT_EQ(command.ColumnInt(1), std::numeric_limits<int>::max());
@@ -85,15 +122,9 @@ TEST_F(SqlCommandColumnTest, IntegersKeepTheirWidth)
     EXPECT_EQ(command.ColumnInt64(2), 5000000000);
     EXPECT_EQ(command.ColumnInt64(3), 9007199254740993);
     EXPECT_EQ(command.ColumnInt64(4), std::numeric_limits<long long>::min());
-}
-
-TEST_F(SqlCommandColumnTest, RealsAreReadAsTheyAre)
-{
-    StepTo("SELECT 0.5, -1048576.125, 9e999");
-
-    EXPECT_EQ(command.ColumnDouble(0), 0.5);
-    EXPECT_EQ(command.ColumnDouble(1), -1048576.125);
-    EXPECT_EQ(command.ColumnDouble(2), std::numeric_limits<double>::infinity());
+    EXPECT_EQ(command.ColumnDouble(5), 0.5);
+    EXPECT_EQ(command.ColumnDouble(6), -1048576.125);
+    EXPECT_EQ(command.ColumnDouble(7), std::numeric_limits<double>::infinity());
 }
 
 TEST_F(SqlCommandColumnTest, SqliteConvertsBetweenStorageClasses)
@@ -108,7 +139,7 @@ TEST_F(SqlCommandColumnTest, SqliteConvertsBetweenStorageClasses)
     EXPECT_EQ(command.ColumnText(1), "1.5");
 }
 
-TEST_F(SqlCommandColumnTest, TextHoldsExactlyItsBytes)
+TEST_F(SqlCommandColumnTest, TextHasExactlyItsBytes)
 {
     StepTo("SELECT 'a' || char(0) || 'b', 'it''s', CAST(x'FF80' AS TEXT), char(0)");
 
@@ -118,38 +149,27 @@ TEST_F(SqlCommandColumnTest, TextHoldsExactlyItsBytes)
     EXPECT_EQ(command.ColumnText(3), "\0"sv);
 }
 
-TEST_F(SqlCommandColumnTest, EmptyTextAndNullAreEmpty)
-{
-    StepTo("SELECT '', NULL, x''");
-    const SqliteCallRecorder sqlite;
-
-    EXPECT_EQ(command.ColumnText(0), "");
-    EXPECT_EQ(command.ColumnText(1), "");
-    EXPECT_EQ(command.ColumnText(2), "");
-
-    EXPECT_THAT(sqlite.CallsOf("sqlite3_column_text"), IsEmpty());
-}
-
 TEST_F(SqlCommandColumnTest, BlobIsAViewOfSqlitesBytes)
 {
     StepTo("SELECT x'00FF00', 'ab', x'07'");
 
     EXPECT_THAT(command.ColumnBlob(0), ElementsAre(0x00, 0xFF, 0x00));
-    sqlite3_stmt* const statement = sqlite3_next_stmt(database.GetNativeDatabaseInstance<sqlite3>(), nullptr);
-    EXPECT_EQ(command.ColumnBlob(0).data(), sqlite3_column_blob(statement, 0));
+    EXPECT_EQ(command.ColumnBlob(0).data(), sqlite3_column_blob(sqlite3_next_stmt(Handle(), nullptr), 0));
     EXPECT_THAT(command.ColumnBlob(1), ElementsAre('a', 'b'));
     EXPECT_THAT(command.ColumnBlob(2), ElementsAre(0x07));
 }
 
-TEST_F(SqlCommandColumnTest, EmptyBlobAndNullAreAnEmptyViewWithoutData)
+TEST_F(SqlCommandColumnTest, EmptyValuesAndNullHaveNoBytes)
 {
-    StepTo("SELECT x'', NULL, '', zeroblob(0)");
+    StepTo("SELECT '', NULL, x'', zeroblob(0)");
     const SqliteCallRecorder sqlite;
 
     for (int column = 0; column < 4; ++column) {
+        EXPECT_EQ(command.ColumnText(column), "") << column;
         EXPECT_EQ(command.ColumnBlob(column).data(), nullptr) << column;
         EXPECT_EQ(command.ColumnBlob(column).size(), 0U) << column;
     }
+    EXPECT_THAT(sqlite.CallsOf("sqlite3_column_text"), IsEmpty());
     EXPECT_THAT(sqlite.CallsOf("sqlite3_column_blob"), IsEmpty());
 }
 
@@ -164,7 +184,7 @@ TEST_F(SqlCommandColumnTest, TextOfAUtf16DatabaseIsReadAsUtf8)
     EXPECT_EQ(command.ColumnText(1), "abc");
 }
 
-TEST_F(SqlCommandColumnTest, BytesThatCannotBeHandedOutAreOutOfMemory)
+TEST_F(SqlCommandColumnTest, BytesThatSqliteCannotReturnAreOutOfMemory)
 {
     StepTo("SELECT 'ab', x'0102'");
     SqliteCallRecorder sqlite;

@@ -1,17 +1,7 @@
 #include <sql/SqlCommand.h>
 
-#include <sql/SqlDatabase.h>
-
-#include <gmock/gmock.h>
-#include <sqlite3.h>
-
-#include <string>
-
 #include "support/AbandonedConnection.h"
-#include "support/HasError.h"
-#include "support/RawSqlite.h"
-#include "support/SqliteCallRecorder.h"
-#include "support/WithOpenDatabase.h"
+#include "support/OpenConnection.h"
 
 namespace Morvik::sql::tests {
 
@@ -20,39 +10,27 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class SqlCommandStepTest : public WithOpenDatabase {
+class SqlCommandStepTest : public ConnectedCommand {
 protected:
     SqlCommandStepTest() { command.Execute("CREATE TABLE t(a UNIQUE); INSERT INTO t VALUES (1)"); }
 
-    // Leaves a failure's message in the record, so that a test can check whether it stays.
-    std::string LeaveMessage()
-    {
-        EXPECT_FALSE(command.Execute("nonsense"));
-        EXPECT_NE(command.GetLastErrorMsg(), "");
-        return command.GetLastErrorMsg();
-    }
-
-    // Prepares a statement whose step fails, and returns the result of the same statement in raw SQLite.
-    RawFailure PrepareFailingStep()
+    // Prepares a statement whose step fails. Returns the message of the same statement in raw SQLite.
+    std::string PrepareFailingStep()
     {
         static constexpr char Sql[] = "INSERT INTO t VALUES (1)";
         EXPECT_TRUE(command.Prepare(Sql));
-        return FailureOfExec(RawSqlite(path).Handle(), Sql);
+        const RawFailure raw = FailureOfExec(RawSqlite(path).Handle(), Sql);
+        EXPECT_EQ(raw.code, SQLITE_CONSTRAINT);
+        return raw.message;
     }
-
-    SqlCommand command{database};
 };
 
 TEST_F(SqlCommandStepTest, RowLeavesItsCodeAndNoMessage)
 {
     LeaveMessage();
     command.Prepare("SELECT 7");
-    const SqliteCallRecorder sqlite;
 
-    const bool stepped = command.Step();
-
-    EXPECT_TRUE(stepped);
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_step()"));
+    EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(command.Step()); }), ElementsAre("sqlite3_step()"));
     EXPECT_THAT(command, HasError(SQLITE_ROW, ""));
     EXPECT_TRUE(command.HasRowData());
 }
@@ -61,53 +39,29 @@ TEST_F(SqlCommandStepTest, EndIsASuccessWithoutARowAndWithoutAMessage)
 {
     LeaveMessage();
     command.Prepare("SELECT 7 WHERE 0");
-    const SqliteCallRecorder sqlite;
 
-    const bool stepped = command.Step();
-
-    EXPECT_TRUE(stepped);
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_step()"));
+    EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(command.Step()); }), ElementsAre("sqlite3_step()"));
     EXPECT_THAT(command, HasError(SQLITE_DONE, ""));
     EXPECT_FALSE(command.HasRowData());
     EXPECT_EQ(command.ColumnCount(), 0);
 }
 
-TEST_F(SqlCommandStepTest, StepAfterTheEndStartsOver)
-{
-    command.Prepare("SELECT 7");
-    command.Step();
-    command.Step();
-
-    const bool stepped = command.Step();
-
-    EXPECT_TRUE(stepped);
-    EXPECT_TRUE(command.HasRowData());
-}
-
 TEST_F(SqlCommandStepTest, WithoutAStatementReturnsFalseAndLeavesTheRecord)
 {
     const std::string message = LeaveMessage();
-    const SqliteCallRecorder sqlite;
 
-    const bool stepped = command.Step();
-
-    EXPECT_FALSE(stepped);
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
+    EXPECT_THAT(CallsDuring([&] { EXPECT_FALSE(command.Step()); }), IsEmpty());
     EXPECT_THAT(command, HasError(SQLITE_ERROR, message));
 }
 
 TEST_F(SqlCommandStepTest, FailureLeavesSqlitesCodeAndMessage)
 {
     LeaveMessage();
-    const RawFailure plain = PrepareFailingStep();
-    const SqliteCallRecorder sqlite;
+    const std::string message = PrepareFailingStep();
 
-    const bool stepped = command.Step();
-
-    EXPECT_FALSE(stepped);
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_step()", "sqlite3_errmsg(handle)"));
-    EXPECT_THAT(command, HasError(SQLITE_CONSTRAINT, plain.message));
-    EXPECT_EQ(plain.code, SQLITE_CONSTRAINT);
+    EXPECT_THAT(CallsDuring([&] { EXPECT_FALSE(command.Step()); }),
+                ElementsAre("sqlite3_step()", "sqlite3_errmsg(handle)"));
+    EXPECT_THAT(command, HasError(SQLITE_CONSTRAINT, message));
     EXPECT_FALSE(command.HasRowData());
 }
 
@@ -117,11 +71,10 @@ TEST_F(SqlCommandStepTest, AnyOtherResultCountsAsAFailureWithAMessage)
     SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_step", SQLITE_OK, false);
 
-    const bool stepped = command.Step();
+    EXPECT_FALSE(command.Step());
 
-    EXPECT_FALSE(stepped);
     EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(command, HasError(SQLITE_OK, sqlite3_errmsg(database.GetNativeDatabaseInstance<sqlite3>())));
+    EXPECT_THAT(command, HasError(SQLITE_OK, sqlite3_errmsg(Handle())));
 }
 
 TEST_F(SqlCommandStepTest, LockedDatabaseIsReportedAndTheStatementMayBeTriedAgain)
@@ -144,9 +97,7 @@ TEST_F(SqlCommandStepTest, StatementIsCompiledAgainAfterASchemaChange)
     command.Prepare("SELECT * FROM t");
     RawSqlite(path).Execute("ALTER TABLE t ADD COLUMN b");
 
-    const bool stepped = command.Step();
-
-    EXPECT_TRUE(stepped);
+    EXPECT_TRUE(command.Step());
     EXPECT_EQ(command.ColumnCount(), 2);
 }
 
@@ -155,9 +106,7 @@ TEST_F(SqlCommandStepTest, MessageOfAFailedStepIsThatOfTheCurrentConnection)
     PrepareFailingStep();
     const AbandonedConnection raw(database);
 
-    const bool stepped = command.Step();
-
-    EXPECT_FALSE(stepped);
+    EXPECT_FALSE(command.Step());
     EXPECT_THAT(command, HasError(SQLITE_CONSTRAINT, sqlite3_errmsg(nullptr)));
     EXPECT_FALSE(command.Finalize());
 }
@@ -169,44 +118,36 @@ TEST_F(SqlCommandStepTest, ResetRewindsAndKeepsTheBindings)
     command.Step();
     command.Step();
 
-    const bool reset = command.Reset();
-
-    EXPECT_TRUE(reset);
+    EXPECT_TRUE(command.Reset());
     EXPECT_THAT(command, HasError(0, ""));
-    EXPECT_TRUE(command.Step());
-    EXPECT_EQ(command.ColumnInt(0), 7);
+    EXPECT_EQ(NextInteger(command), 7);
 }
 
 TEST_F(SqlCommandStepTest, ResetAfterAFailedStepReportsItAgainBesideItsMessage)
 {
-    const RawFailure plain = PrepareFailingStep();
+    const std::string message = PrepareFailingStep();
     command.Step();
 
-    const bool reset = command.Reset();
-
-    EXPECT_FALSE(reset);
-    EXPECT_THAT(command, HasError(SQLITE_CONSTRAINT, plain.message));
+    EXPECT_FALSE(command.Reset());
+    EXPECT_THAT(command, HasError(SQLITE_CONSTRAINT, message));
     EXPECT_TRUE(command.Reset());
-    EXPECT_THAT(command, HasError(0, plain.message));
+    EXPECT_THAT(command, HasError(0, message));
 }
 
 TEST_F(SqlCommandStepTest, FinalizeAfterAFailedStepReportsItAgainAndReleasesTheStatement)
 {
-    const RawFailure plain = PrepareFailingStep();
+    const std::string message = PrepareFailingStep();
     command.Step();
 
-    const bool finalized = command.Finalize();
-
-    EXPECT_FALSE(finalized);
-    EXPECT_THAT(command, HasError(SQLITE_CONSTRAINT, plain.message));
+    EXPECT_FALSE(command.Finalize());
+    EXPECT_THAT(command, HasError(SQLITE_CONSTRAINT, message));
     EXPECT_TRUE(command.Prepare("SELECT 1"));
-    EXPECT_THAT(command, HasError(0, plain.message));
+    EXPECT_THAT(command, HasError(0, message));
 }
 
 TEST_F(SqlCommandStepTest, FinalizeReleasesTheStatement)
 {
-    command.Prepare("SELECT 1");
-    command.Step();
+    StepTo("SELECT 1");
 
     EXPECT_TRUE(command.Finalize());
     EXPECT_THAT(command, HasError(0, ""));

@@ -1,25 +1,19 @@
-#include <sql/SqlCommand.h>
 #include <sql/SqlDatabase.h>
 
-#include <gmock/gmock.h>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <utility>
 
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 #include <sys/stat.h>
 
-#include <filesystem>
-#include <fstream>
-#include <set>
-#include <string>
-#include <utility>
-
 #include "support/DatabaseContent.h"
-#include "support/HasError.h"
 #include "support/OomInjector.h"
+#include "support/OpenConnection.h"
 #include "support/ScopedPermissions.h"
 #include "support/ScopedWorkingDirectory.h"
-#include "support/SqliteCallRecorder.h"
-#include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
 
@@ -39,14 +33,9 @@ protected:
     {
         for (const bool readOnly : {false, true}) {
             SqlDatabase database;
-            const SqliteCallRecorder sqlite;
-
-            const bool opened = database.Open(path, readOnly);
-
-            EXPECT_FALSE(opened);
+            EXPECT_THAT(CallsDuring([&] { EXPECT_FALSE(database.Open(path, readOnly)); }), IsEmpty());
             EXPECT_THAT(database, HasError(111, "Create directory failed: " + path));
             EXPECT_FALSE(database.IsOpen());
-            EXPECT_THAT(sqlite.Calls(), IsEmpty());
         }
     }
 
@@ -63,45 +52,33 @@ protected:
     const TemporaryDirectory directory;
 };
 
-TEST_F(SqlDatabaseDirectoryTest, FileAmongTheAncestorsLeavesNoDirectoryToCreate)
+TEST_F(SqlDatabaseDirectoryTest, FailureIsReportedWithTheCompletePath)
 {
     std::ofstream(directory.File("file")) << "content";
+    fs::create_symlink("loop", directory.Path() / "loop");
 
+    ExpectNoDirectoryFor("/proc/self/missing/new.db"); // nobody may create it
     ExpectNoDirectoryFor(directory.File("file/sub/new.db"));
+    ExpectNoDirectoryFor(directory.File("loop/new.db"));
+    ExpectNoDirectoryFor(directory.File(std::string(300, 'x') + "/new.db"));
 
     EXPECT_EQ(fs::file_size(directory.File("file")), 7U);
 }
 
-TEST_F(SqlDatabaseDirectoryTest, DirectoryThatNobodyMayCreateIsReportedWithTheWholePath)
-{
-    ExpectNoDirectoryFor("/proc/self/missing/new.db");
-}
-
-TEST_F(SqlDatabaseDirectoryTest, DirectoryThatCannotBeInspectedIsReportedWithTheWholePath)
-{
-    fs::create_symlink("loop", directory.Path() / "loop");
-
-    ExpectNoDirectoryFor(directory.File("loop/new.db"));
-    ExpectNoDirectoryFor(directory.File(std::string(300, 'x') + "/new.db"));
-}
-
-TEST_F(SqlDatabaseDirectoryTest, DirectoryWithoutPermissionCannotBeInspected)
+TEST_F(SqlDatabaseDirectoryTest, DirectoryWithoutPermissionCannotBeInspectedOrCreated)
 {
     OpenToEverybody(directory.Path());
     fs::create_directory(directory.Path() / "locked");
-    const ScopedPermissions locked(directory.Path() / "locked", fs::perms::none);
-
-    ExpectNoDirectoryFor(directory.File("locked/sub/new.db"));
-}
-
-TEST_F(SqlDatabaseDirectoryTest, DirectoryWithoutPermissionCannotBeCreated)
-{
-    OpenToEverybody(directory.Path());
+    {
+        const ScopedPermissions locked(directory.Path() / "locked", fs::perms::none);
+        ExpectNoDirectoryFor(directory.File("locked/sub/new.db"));
+    }
     {
         const ScopedPermissions readable(directory.Path(), ReadableDirectory);
         ExpectNoDirectoryFor(directory.File("sub/new.db"));
     }
-    EXPECT_TRUE(fs::is_empty(directory.Path()));
+    EXPECT_TRUE(fs::is_empty(directory.Path() / "locked"));
+    EXPECT_FALSE(fs::exists(directory.Path() / "sub"));
 }
 
 // Boost 1.74 ends the process if memory runs out while it creates an ancestor of the requested directory.
@@ -189,18 +166,6 @@ TEST_F(SqlDatabaseDirectoryTest, MissingDirectoriesAreThoseThatBoostCreates)
             EXPECT_EQ(made, expected);
         }
     }
-}
-
-TEST_F(SqlDatabaseDirectoryTest, OpenAfterAFailedDirectoryStepSucceeds)
-{
-    SqlDatabase database;
-    database.Open("/proc/self/missing/new.db", false);
-    ASSERT_EQ(database.GetLastError(), 111);
-
-    const bool opened = database.Open(directory.File("new.db"), false);
-
-    EXPECT_TRUE(opened);
-    EXPECT_THAT(database, HasError(0, ""));
 }
 
 } // namespace

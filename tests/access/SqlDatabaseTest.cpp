@@ -1,23 +1,13 @@
 #include <sql/SqlDatabase.h>
 
-#include <sql/SqlCommand.h>
-
-#include <gmock/gmock.h>
-#include <sqlite3.h>
-
 #include <csignal>
 #include <filesystem>
-#include <memory>
-#include <optional>
-#include <string>
 #include <type_traits>
 #include <utility>
 
 #include "support/AbandonedConnection.h"
-#include "support/HasError.h"
-#include "support/RawSqlite.h"
-#include "support/SqliteCallRecorder.h"
-#include "support/WithOpenDatabase.h"
+#include "support/NoDestructor.h"
+#include "support/OpenConnection.h"
 
 namespace Morvik::sql::tests {
 
@@ -27,6 +17,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 static_assert(!std::is_polymorphic_v<SqlDatabase> && sizeof(SqlDatabase) == sizeof(void*));
+static_assert(!std::is_copy_constructible_v<SqlDatabase> && !std::is_copy_assignable_v<SqlDatabase>);
+static_assert(std::is_nothrow_move_constructible_v<SqlDatabase> && std::is_nothrow_move_assignable_v<SqlDatabase>);
 
 template <typename Native>
 concept NativeInstance = requires(SqlDatabase& database)
@@ -37,39 +29,47 @@ concept NativeInstance = requires(SqlDatabase& database)
 static_assert(NativeInstance<sqlite3>);
 static_assert(!NativeInstance<sqlite3_stmt> && !NativeInstance<void> && !NativeInstance<const sqlite3>);
 
-class SqlDatabaseTest : public WithOpenDatabase {};
+class SqlDatabaseTest : public OpenConnection {
+protected:
+    // Leaves the failure of a missing file in the record of a closed connection, and returns its message.
+    std::string LeaveMessage(SqlDatabase& closed) const
+    {
+        EXPECT_FALSE(closed.Open(directory.File("missing.db"), true));
+        EXPECT_NE(closed.GetLastErrorMsg(), "");
+        return closed.GetLastErrorMsg();
+    }
+};
 
-TEST_F(SqlDatabaseTest, FreshConnectionIsClosedWithoutAnError)
+TEST_F(SqlDatabaseTest, StartsClosedWithoutAnErrorAndIsDestroyedWithoutACall)
 {
-    SqlDatabase fresh;
+    const SqliteCallRecorder sqlite;
+    {
+        SqlDatabase closed;
 
-    EXPECT_THAT(fresh, HasError(0, ""));
-    EXPECT_FALSE(fresh.IsOpen());
-    EXPECT_EQ(fresh.GetNativeDatabaseInstance<sqlite3>(), nullptr);
+        EXPECT_THAT(closed, HasError(0, ""));
+        EXPECT_FALSE(closed.IsOpen());
+        EXPECT_EQ(closed.GetNativeDatabaseInstance<sqlite3>(), nullptr);
+    }
+    EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
-TEST_F(SqlDatabaseTest, OpenConnectionHandsOutItsHandle)
+TEST_F(SqlDatabaseTest, OpenConnectionReturnsItsHandle)
 {
-    sqlite3* const handle = database.GetNativeDatabaseInstance<sqlite3>();
-
     EXPECT_TRUE(database.IsOpen());
     EXPECT_THAT(database, HasError(0, ""));
-    ASSERT_NE(handle, nullptr);
-    EXPECT_EQ(sqlite3_exec(handle, "CREATE TABLE t(a)", nullptr, nullptr, nullptr), SQLITE_OK);
+    ASSERT_NE(Handle(), nullptr);
+    EXPECT_EQ(sqlite3_exec(Handle(), "CREATE TABLE t(a)", nullptr, nullptr, nullptr), SQLITE_OK);
     EXPECT_EQ(RawSqlite(path).Value("SELECT name FROM sqlite_master"), "'t'");
 }
 
 TEST_F(SqlDatabaseTest, SecondOpenLeavesTheConnectionAndTheRecordAlone)
 {
-    sqlite3* const handle = database.GetNativeDatabaseInstance<sqlite3>();
-    const SqliteCallRecorder sqlite;
+    sqlite3* const handle = Handle();
 
-    const bool opened = database.Open(directory.File("missing/other.db"), false);
-
-    EXPECT_FALSE(opened);
+    EXPECT_THAT(CallsDuring([&] { EXPECT_FALSE(database.Open(directory.File("missing/other.db"), false)); }),
+                IsEmpty());
     EXPECT_THAT(database, HasError(0, ""));
-    EXPECT_EQ(database.GetNativeDatabaseInstance<sqlite3>(), handle);
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
+    EXPECT_EQ(Handle(), handle);
     EXPECT_FALSE(std::filesystem::exists(directory.File("missing")));
 }
 
@@ -80,65 +80,42 @@ TEST_F(SqlDatabaseTest, SecondOpenKeepsAnEarlierFailureInTheRecord)
     ASSERT_FALSE(database.Close());
     const std::string message = database.GetLastErrorMsg();
 
-    const bool opened = database.Open(path, false);
-
-    EXPECT_FALSE(opened);
+    EXPECT_FALSE(database.Open(path, false));
     EXPECT_THAT(database, HasError(SQLITE_BUSY, message));
     EXPECT_TRUE(database.IsOpen());
 }
 
-TEST_F(SqlDatabaseTest, CloseReleasesTheHandle)
+TEST_F(SqlDatabaseTest, CloseReleasesTheHandleOnce)
 {
-    const SqliteCallRecorder sqlite;
-
-    const bool closed = database.Close();
-
-    EXPECT_TRUE(closed);
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)"));
+    EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(database.Close()); }), ElementsAre("sqlite3_close(handle)"));
     EXPECT_THAT(database, HasError(0, ""));
     EXPECT_FALSE(database.IsOpen());
-    EXPECT_EQ(database.GetNativeDatabaseInstance<sqlite3>(), nullptr);
-}
+    EXPECT_EQ(Handle(), nullptr);
 
-TEST_F(SqlDatabaseTest, SecondCloseSucceedsWithoutACall)
-{
-    database.Close();
-    const SqliteCallRecorder sqlite;
-
-    const bool closed = database.Close();
-
-    EXPECT_TRUE(closed);
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
+    EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(database.Close()); }), IsEmpty());
     EXPECT_THAT(database, HasError(0, ""));
 }
 
 TEST_F(SqlDatabaseTest, CloseWhileClosedKeepsAnEarlierFailureInTheRecord)
 {
     SqlDatabase closed;
-    closed.Open(directory.File("missing.db"), true);
-    const std::string message = closed.GetLastErrorMsg();
-    ASSERT_NE(message, "");
+    const std::string message = LeaveMessage(closed);
 
-    const bool succeeded = closed.Close();
-
-    EXPECT_TRUE(succeeded);
+    EXPECT_TRUE(closed.Close());
     EXPECT_THAT(closed, HasError(SQLITE_CANTOPEN, message));
 }
 
-TEST_F(SqlDatabaseTest, CloseIsRefusedWhileAStatementIsHeld)
+TEST_F(SqlDatabaseTest, CloseFailsWhileAStatementIsHeld)
 {
-    sqlite3* const handle = database.GetNativeDatabaseInstance<sqlite3>();
+    sqlite3* const handle = Handle();
     SqlCommand command(database);
     command.Prepare("SELECT 1");
 
-    {
-        const SqliteCallRecorder sqlite;
-        EXPECT_FALSE(database.Close());
-        EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)", "sqlite3_errmsg(handle)"));
-    }
+    EXPECT_THAT(CallsDuring([&] { EXPECT_FALSE(database.Close()); }),
+                ElementsAre("sqlite3_close(handle)", "sqlite3_errmsg(handle)"));
     EXPECT_THAT(database, HasError(SQLITE_BUSY, FailureOfCloseWithAStatement().message));
     EXPECT_TRUE(database.IsOpen());
-    EXPECT_EQ(database.GetNativeDatabaseInstance<sqlite3>(), handle);
+    EXPECT_EQ(Handle(), handle);
 
     command.Finalize();
     EXPECT_TRUE(database.Close());
@@ -151,49 +128,94 @@ TEST_F(SqlDatabaseTest, ReopensAfterAClose)
     SqlCommand(database).Execute("CREATE TABLE t(a); INSERT INTO t VALUES (7)");
     database.Close();
 
-    const bool opened = database.Open(path, true);
-
-    EXPECT_TRUE(opened);
-    EXPECT_EQ(RawSqlite(path).Value("SELECT a FROM t"), "7");
+    EXPECT_TRUE(database.Open(path, true));
+    SqlCommand command(database);
+    command.Prepare("SELECT a FROM t");
+    EXPECT_EQ(NextInteger(command), 7);
 }
 
 TEST_F(SqlDatabaseTest, DestructorClosesOnce)
 {
-    auto other = std::make_unique<SqlDatabase>();
+    std::optional<SqlDatabase> other(std::in_place);
     other->Open(path, false);
-    const SqliteCallRecorder sqlite;
 
-    other.reset();
-
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)"));
-}
-
-TEST_F(SqlDatabaseTest, DestructorOfAClosedConnectionCallsNothing)
-{
-    auto other = std::make_unique<SqlDatabase>();
-    const SqliteCallRecorder sqlite;
-
-    other.reset();
-
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
+    EXPECT_THAT(CallsDuring([&] { other.reset(); }), ElementsAre("sqlite3_close(handle)"));
 }
 
 TEST_F(SqlDatabaseTest, DestructorAbandonsAConnectionWithAHeldStatement)
 {
-    auto other = std::make_unique<SqlDatabase>();
+    std::optional<SqlDatabase> other(std::in_place);
     other->Open(path, false);
     const AbandonedConnection raw(other->GetNativeDatabaseInstance<sqlite3>());
     sqlite3_stmt* statement = nullptr;
     ASSERT_EQ(sqlite3_prepare_v2(raw.Handle(), "SELECT 7", -1, &statement, nullptr), SQLITE_OK);
 
-    {
-        const SqliteCallRecorder sqlite;
-        other.reset();
-        EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)", "sqlite3_errmsg(handle)"));
-    }
+    EXPECT_THAT(CallsDuring([&] { other.reset(); }), ElementsAre("sqlite3_close(handle)", "sqlite3_errmsg(handle)"));
 
     EXPECT_EQ(sqlite3_step(statement), SQLITE_ROW);
     EXPECT_EQ(sqlite3_column_int(statement, 0), 7);
+}
+
+TEST_F(SqlDatabaseTest, MoveTakesTheRecordOver)
+{
+    NoDestructor<SqlDatabase> source;
+    const std::string message = LeaveMessage(*source);
+    const SqliteCallRecorder sqlite;
+
+    const SqlDatabase target(std::move(*source));
+
+    EXPECT_THAT(target, HasError(SQLITE_CANTOPEN, message));
+    EXPECT_FALSE(target.IsOpen());
+    EXPECT_THAT(sqlite.Calls(), IsEmpty());
+}
+
+TEST_F(SqlDatabaseTest, MoveKeepsTheHandleOpen)
+{
+    NoDestructor<SqlDatabase> source;
+    source->Open(path, false);
+    sqlite3* const handle = source->GetNativeDatabaseInstance<sqlite3>();
+
+    SqlDatabase target(std::move(*source));
+
+    EXPECT_TRUE(target.IsOpen());
+    EXPECT_EQ(target.GetNativeDatabaseInstance<sqlite3>(), handle);
+    EXPECT_TRUE(SqlCommand(target).Execute("SELECT 1"));
+}
+
+TEST_F(SqlDatabaseTest, MovedFromConnectionMayBeAssignedTo)
+{
+    SqlDatabase source;
+    SqlDatabase target(std::move(source));
+    NoDestructor<SqlDatabase> opened;
+    opened->Open(path, false);
+
+    source = std::move(*opened);
+
+    EXPECT_TRUE(source.IsOpen());
+    EXPECT_FALSE(target.IsOpen());
+}
+
+TEST_F(SqlDatabaseTest, MoveAssignmentDropsTheOldConnectionWithoutClosingIt)
+{
+    const AbandonedConnection raw(Handle());
+    NoDestructor<SqlDatabase> source;
+    source->Open(":memory:", false);
+    sqlite3* const handle = source->GetNativeDatabaseInstance<sqlite3>();
+
+    EXPECT_THAT(CallsDuring([&] { database = std::move(*source); }), IsEmpty());
+
+    EXPECT_EQ(Handle(), handle);
+    EXPECT_EQ(sqlite3_exec(raw.Handle(), "CREATE TABLE t(a)", nullptr, nullptr, nullptr), SQLITE_OK);
+}
+
+TEST_F(SqlDatabaseTest, MoveAssignmentReplacesTheRecord)
+{
+    SqlDatabase target;
+    LeaveMessage(target);
+    NoDestructor<SqlDatabase> source;
+
+    EXPECT_EQ(&(target = std::move(*source)), &target);
+    EXPECT_THAT(target, HasError(0, ""));
 }
 
 using SqlDatabaseDeathTest = SqlDatabaseTest;

@@ -1,20 +1,11 @@
 #include <sql/SqlTable.h>
 
-#include <sql/SqlDatabase.h>
-
-#include <gmock/gmock.h>
-#include <sqlite3.h>
-
-#include <memory>
-#include <string>
+#include <functional>
 #include <utility>
 
 #include "support/AbandonedConnection.h"
-#include "support/HasError.h"
 #include "support/NoDestructor.h"
-#include "support/RawSqlite.h"
-#include "support/SqliteCallRecorder.h"
-#include "support/WithOpenDatabase.h"
+#include "support/OpenConnection.h"
 
 namespace Morvik::sql::tests {
 
@@ -23,109 +14,71 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class SqlTableCloseTest : public WithOpenDatabase {
+class SqlTableCloseTest : public OpenConnection {
 protected:
-    // Makes the step of the open query fail, and returns the result of finalizing a similar statement in raw SQLite.
-    RawFailure LeaveFailedStep()
+    // Makes the step of the open query fail. Returns the code of finalizing a similar statement in raw SQLite.
+    int LeaveFailedStep()
     {
         static constexpr char Sql[] = "SELECT abs(-9223372036854775807 - 1)";
         EXPECT_TRUE(table->Open(Sql));
         EXPECT_FALSE(table->ReadNext());
         EXPECT_NE(table->GetLastErrorMsg(), "");
-
-        return LegacyWalk(RawSqlite(path).Handle(), Sql).finalize;
+        return LegacyWalk(RawSqlite(path).Handle(), Sql).finalize.code;
     }
 
-    std::unique_ptr<SqlTable> table = std::make_unique<SqlTable>(database);
+    std::optional<SqlTable> table{std::in_place, database};
 };
 
 TEST_F(SqlTableCloseTest, ReleasesTheQuery)
 {
     table->Open("SELECT 7");
     table->ReadNext();
-    const SqliteCallRecorder sqlite;
 
-    const bool closed = table->Close();
-
-    EXPECT_TRUE(closed);
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)"));
+    EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(table->Close()); }), ElementsAre("sqlite3_finalize(statement)"));
     EXPECT_THAT(*table, HasError(0, ""));
     EXPECT_FALSE(table->IsOpen());
     EXPECT_EQ(table->Columns(), 0);
 }
 
-TEST_F(SqlTableCloseTest, ClosedCursorSucceedsAndLeavesTheRecord)
-{
-    table->Open("nonsense");
-    const std::string message = table->GetLastErrorMsg();
-    const SqliteCallRecorder sqlite;
-
-    const bool closed = table->Close();
-
-    EXPECT_TRUE(closed);
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(*table, HasError(SQLITE_ERROR, message));
-}
-
 // A null message cannot become a string. That exception represents any exception thrown while the message is stored.
 TEST_F(SqlTableCloseTest, ExceptionWhileTheMessageIsStoredIsDroppedAndLeavesTheCode)
 {
-    const RawFailure plain = LeaveFailedStep();
-    SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult("sqlite3_errmsg", 0, false);
+    const auto close = [&] { EXPECT_FALSE(table->Close()); };
+    const auto open = [&] { EXPECT_FALSE(table->Open("SELECT 7")); };
+    const auto destroy = [&] { table.reset(); };
+    for (const std::function<void()>& operation : std::initializer_list<std::function<void()>>{close, open, destroy}) {
+        const int code = LeaveFailedStep();
+        SqliteCallRecorder sqlite;
+        sqlite.ReplaceNextResult("sqlite3_errmsg", 0, false);
 
-    const bool closed = table->Close();
+        operation();
 
-    EXPECT_FALSE(closed);
-    EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(*table, HasError(plain.code, ""));
-    table.reset();
-    EXPECT_EQ(sqlite.CallsOf("sqlite3_finalize").size(), 1U);
+        EXPECT_FALSE(sqlite.Pending());
+        EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)", "sqlite3_errmsg(handle)"));
+        if (table.has_value()) {
+            EXPECT_THAT(*table, HasError(code, ""));
+            EXPECT_FALSE(table->IsOpen());
+        }
+    }
 }
 
-TEST_F(SqlTableCloseTest, NothingIsCompiledWhenAnExceptionEndsTheClosingOfThePreviousQuery)
-{
-    const RawFailure plain = LeaveFailedStep();
-    SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult("sqlite3_errmsg", 0, false);
-
-    const bool opened = table->Open("SELECT 7");
-
-    EXPECT_FALSE(opened);
-    EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)", "sqlite3_errmsg(handle)"));
-    EXPECT_THAT(*table, HasError(plain.code, ""));
-    EXPECT_TRUE(table->Open("SELECT 7"));
-}
-
-TEST_F(SqlTableCloseTest, DestructorDropsAnExceptionToo)
-{
-    LeaveFailedStep();
-    SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult("sqlite3_errmsg", 0, false);
-
-    table.reset();
-
-    EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)", "sqlite3_errmsg(handle)"));
-}
-
-TEST_F(SqlTableCloseTest, QueryOnAConnectionThatWasClosedMeanwhileIsKept)
+// A query is held on a connection that is closed: it is kept, and Close() and Open() return what the record has.
+TEST_F(SqlTableCloseTest, QueryOnAClosedConnectionIsKept)
 {
     table->Open("SELECT 7");
     table->ReadNext();
     const AbandonedConnection raw(database);
     const SqliteCallRecorder sqlite;
 
-    const bool closed = table->Close();
+    EXPECT_TRUE(table->Close());
+    EXPECT_TRUE(table->Open("nonsense"));
 
-    EXPECT_TRUE(closed);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
     EXPECT_THAT(*table, HasError(SQLITE_ROW, ""));
     EXPECT_TRUE(table->IsOpen());
 }
 
-TEST_F(SqlTableCloseTest, FailedQueryOnAConnectionThatWasClosedMeanwhileKeepsTheRecord)
+TEST_F(SqlTableCloseTest, FailedQueryOnAClosedConnectionKeepsTheRecord)
 {
     LeaveFailedStep();
     const int code = table->GetLastError();
@@ -133,42 +86,12 @@ TEST_F(SqlTableCloseTest, FailedQueryOnAConnectionThatWasClosedMeanwhileKeepsThe
     const AbandonedConnection raw(database);
     const SqliteCallRecorder sqlite;
 
-    const bool closed = table->Close();
+    EXPECT_FALSE(table->Close());
+    EXPECT_FALSE(table->Open("SELECT 7"));
 
-    EXPECT_FALSE(closed);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
     EXPECT_THAT(*table, HasError(code, message));
     EXPECT_TRUE(table->IsOpen());
-}
-
-TEST_F(SqlTableCloseTest, NothingIsCompiledWhileAQueryIsHeldOnAClosedConnection)
-{
-    table->Open("SELECT 7");
-    table->ReadNext();
-    const AbandonedConnection raw(database);
-    const SqliteCallRecorder sqlite;
-
-    const bool opened = table->Open("nonsense");
-
-    EXPECT_TRUE(opened);
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(*table, HasError(SQLITE_ROW, ""));
-    EXPECT_TRUE(table->IsOpen());
-}
-
-TEST_F(SqlTableCloseTest, EarlierFailureIsAnsweredWhileAQueryIsHeldOnAClosedConnection)
-{
-    LeaveFailedStep();
-    const int code = table->GetLastError();
-    const std::string message = table->GetLastErrorMsg();
-    const AbandonedConnection raw(database);
-    const SqliteCallRecorder sqlite;
-
-    const bool opened = table->Open("SELECT 7");
-
-    EXPECT_FALSE(opened);
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(*table, HasError(code, message));
 }
 
 TEST_F(SqlTableCloseTest, DestructorLeavesAQueryOnAClosedConnectionUnfinalized)
@@ -176,12 +99,7 @@ TEST_F(SqlTableCloseTest, DestructorLeavesAQueryOnAClosedConnectionUnfinalized)
     table->Open("SELECT 7");
     const AbandonedConnection raw(database);
 
-    {
-        const SqliteCallRecorder sqlite;
-        table.reset();
-        EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    }
-
+    EXPECT_THAT(CallsDuring([&] { table.reset(); }), IsEmpty());
     ASSERT_NE(raw.Statement(), nullptr);
     EXPECT_EQ(sqlite3_step(raw.Statement()), SQLITE_ROW);
 }
@@ -192,12 +110,7 @@ TEST_F(SqlTableCloseTest, MoveAssignmentLeavesAQueryOnAClosedConnectionUnfinaliz
     const AbandonedConnection raw(database);
     NoDestructor<SqlTable> source(database);
 
-    {
-        const SqliteCallRecorder sqlite;
-        *table = std::move(*source);
-        EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    }
-
+    EXPECT_THAT(CallsDuring([&] { *table = std::move(*source); }), IsEmpty());
     EXPECT_NE(raw.Statement(), nullptr);
     EXPECT_FALSE(table->IsOpen());
 }

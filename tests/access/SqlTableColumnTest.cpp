@@ -1,20 +1,12 @@
 #include <sql/SqlTable.h>
 
-#include <sql/SqlDatabase.h>
-
-#include <gmock/gmock.h>
-#include <sqlite3.h>
-
 #include <cstring>
 #include <limits>
 #include <new>
 #include <stdexcept>
-#include <string>
 
 #include "support/AbandonedConnection.h"
-#include "support/HasError.h"
-#include "support/SqliteCallRecorder.h"
-#include "support/WithOpenDatabase.h"
+#include "support/OpenConnection.h"
 
 namespace Morvik::sql::tests {
 
@@ -22,18 +14,11 @@ namespace {
 
 using namespace std::string_literals;
 using testing::ElementsAre;
+using testing::ThrowsMessage;
 
-class SqlTableColumnTest : public WithOpenDatabase {
+class SqlTableColumnTest : public ConnectedCursor {
 protected:
-    void ReadRow(const std::string& sql)
-    {
-        ASSERT_TRUE(table.Open(sql));
-        ASSERT_TRUE(table.ReadNext());
-    }
-
-    sqlite3_stmt* Statement() { return sqlite3_next_stmt(database.GetNativeDatabaseInstance<sqlite3>(), nullptr); }
-
-    const SqlTable table{database};
+    sqlite3_stmt* Statement() { return sqlite3_next_stmt(Handle(), nullptr); }
 };
 
 TEST_F(SqlTableColumnTest, EveryReadMakesItsCallsAndLeavesTheRecord)
@@ -58,10 +43,8 @@ TEST_F(SqlTableColumnTest, EveryReadMakesItsCallsAndLeavesTheRecord)
 TEST_F(SqlTableColumnTest, ColumnsAreCountedWhileAQueryIsHeld)
 {
     table.Open("SELECT 1, 2, 3");
-    const SqliteCallRecorder sqlite;
 
-    EXPECT_EQ(table.Columns(), 3);
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_count()"));
+    EXPECT_THAT(CallsDuring([&] { EXPECT_EQ(table.Columns(), 3); }), ElementsAre("sqlite3_column_count()"));
     EXPECT_THAT(table, HasError(0, ""));
 }
 
@@ -103,23 +86,28 @@ TEST_F(SqlTableColumnTest, BlobIsSqlitesOwn)
     EXPECT_EQ(table.GetLength(2), 0);
 }
 
-TEST_F(SqlTableColumnTest, TextOfNullIsALogicError)
+// The type is asked first, so that a conversion without memory is not taken for NULL.
+TEST_F(SqlTableColumnTest, TextOfNullIsALogicErrorEvenOnAnAbandonedConnection)
 {
     ReadRow("SELECT NULL");
+    const auto getText = [&] { table.GetText(0); };
 
-    EXPECT_THROW(table.GetText(0), std::logic_error);
+    EXPECT_THAT(CallsDuring([&] { EXPECT_THAT(getText, ThrowsMessage<std::logic_error>("SQL NULL has no text.")); }),
+                ElementsAre("sqlite3_column_type(0)"));
     EXPECT_THAT(table, HasError(SQLITE_ROW, ""));
+
+    const AbandonedConnection abandoned(database);
+    EXPECT_THROW(table.GetText(0), std::logic_error);
 }
 
-TEST(SqlTableWithoutDatabaseTest, TextOfNoRowThrowsAsThatOfNullDoes)
+TEST_F(SqlTableColumnTest, TextOfACursorWithoutAConnectionIsALogicError)
 {
     SqlDatabase closed;
-    const SqlTable table(closed);
 
-    EXPECT_THROW(table.GetText(0), std::logic_error);
+    EXPECT_THROW(SqlTable(closed).GetText(0), std::logic_error);
 }
 
-TEST_F(SqlTableColumnTest, TextThatCannotBeHandedOutIsOutOfMemory)
+TEST_F(SqlTableColumnTest, TextThatSqliteCannotReturnIsOutOfMemory)
 {
     ReadRow("SELECT 'text'");
     SqliteCallRecorder sqlite;
@@ -131,47 +119,22 @@ TEST_F(SqlTableColumnTest, TextThatCannotBeHandedOutIsOutOfMemory)
     EXPECT_EQ(table.GetText(0), "text");
 }
 
-TEST_F(SqlTableColumnTest, TextAsksForTheTypeFirst)
-{
-    ReadRow("SELECT NULL");
-    SqliteCallRecorder sqlite;
-
-    EXPECT_THROW(table.GetText(0), std::logic_error);
-
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_type(0)"));
-}
-
-TEST_F(SqlTableColumnTest, TextOfNullIsALogicErrorOnAConnectionThatWasAssignedOver)
-{
-    ReadRow("SELECT NULL");
-    const AbandonedConnection abandoned(database);
-
-    EXPECT_THROW(table.GetText(0), std::logic_error);
-}
-
-TEST_F(SqlTableColumnTest, IndexOutOfRangeIsPassedToSqliteUnchecked)
-{
-    ReadRow("SELECT 1");
-    const SqliteCallRecorder sqlite;
-
-    EXPECT_EQ(table.GetInteger(7), 0);
-    EXPECT_EQ(table.GetInt64(-1), 0);
-
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_column_int(7)", "sqlite3_column_int64(-1)"));
-    EXPECT_THAT(table, HasError(SQLITE_ROW, ""));
-}
-
-TEST_F(SqlTableColumnTest, ReadsOfAClosedCursorArePassedToSqliteUnchecked)
+TEST_F(SqlTableColumnTest, IndexOutOfRangeAndClosedCursorArePassedToSqliteUnchecked)
 {
     const SqliteCallRecorder sqlite;
-
     EXPECT_EQ(table.GetInteger(0), 0);
     EXPECT_EQ(table.GetLength(0), 0);
     EXPECT_EQ(table.GetBlob(0), nullptr);
-
+    EXPECT_THAT(table, HasError(0, ""));
     EXPECT_THAT(sqlite.Calls(),
                 ElementsAre("sqlite3_column_int(0)", "sqlite3_column_bytes(0)", "sqlite3_column_blob(0)"));
-    EXPECT_THAT(table, HasError(0, ""));
+
+    ReadRow("SELECT 1");
+    EXPECT_EQ(table.GetInteger(7), 0);
+    EXPECT_EQ(table.GetInt64(-1), 0);
+    EXPECT_THAT(table, HasError(SQLITE_ROW, ""));
+    EXPECT_THAT(sqlite.CallsOf("sqlite3_column_int"), ElementsAre("sqlite3_column_int(0)", "sqlite3_column_int(7)"));
+    EXPECT_THAT(sqlite.CallsOf("sqlite3_column_int64"), ElementsAre("sqlite3_column_int64(-1)"));
 }
 
 TEST_F(SqlTableColumnTest, ValueWrapsTheColumnOfTheStatement)
@@ -210,26 +173,21 @@ TEST_F(SqlTableColumnTest, NameMatchesExactlyItsBytes)
     }
 }
 
-TEST_F(SqlTableColumnTest, FirstOfTwoColumnsOfOneNameWins)
+TEST_F(SqlTableColumnTest, FirstColumnWithTheNameWinsAndOneWithoutANameIsSkipped)
 {
     ReadRow("SELECT 10 AS other, 11 AS id, 12 AS id");
-
     EXPECT_EQ(table["id"].GetValue<int>(), 11);
-}
 
-TEST_F(SqlTableColumnTest, ColumnWhoseNameIsNotThereIsSkipped)
-{
-    ReadRow("SELECT 10 AS id, 11 AS id");
     SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult("sqlite3_column_name", 0, false);
-
-    EXPECT_EQ(table["id"].GetValue<int>(), 11);
-
+    sqlite.ReplaceNextResult("sqlite3_column_name", 0, false, 1);
+    EXPECT_EQ(table["id"].GetValue<int>(), 12);
     EXPECT_FALSE(sqlite.Pending());
 }
 
 TEST_F(SqlTableColumnTest, UnknownNameGivesAValueWithoutAnInstanceAndLeavesTheRecord)
 {
+    EXPECT_EQ(table["id"].ValueInstance(), nullptr) << "on a closed cursor";
+    EXPECT_THAT(table, HasError(0, ""));
     ReadRow("SELECT 10 AS id");
 
     SqlValue value = table["ID"];
@@ -239,12 +197,6 @@ TEST_F(SqlTableColumnTest, UnknownNameGivesAValueWithoutAnInstanceAndLeavesTheRe
     EXPECT_EQ(value.GetValue<int>(), 0);
     EXPECT_THAT(value, HasError(112, "No value instance exists."));
     EXPECT_THAT(table, HasError(SQLITE_ROW, ""));
-}
-
-TEST_F(SqlTableColumnTest, LookupOnAClosedCursorFindsNothing)
-{
-    EXPECT_EQ(table["id"].ValueInstance(), nullptr);
-    EXPECT_THAT(table, HasError(0, ""));
 }
 
 } // namespace

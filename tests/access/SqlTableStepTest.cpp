@@ -1,19 +1,7 @@
 #include <sql/SqlTable.h>
 
-#include <sql/SqlDatabase.h>
-
-#include <gmock/gmock.h>
-#include <sqlite3.h>
-
-#include <optional>
-#include <string>
-#include <utility>
-
-#include "support/HasError.h"
+#include "support/OpenConnection.h"
 #include "support/RawLegacyStatement.h"
-#include "support/RawSqlite.h"
-#include "support/SqliteCallRecorder.h"
-#include "support/WithOpenDatabase.h"
 
 namespace Morvik::sql::tests {
 
@@ -22,57 +10,39 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class SqlTableStepTest : public WithOpenDatabase {
-protected:
-    const SqlTable table{database};
-};
+class SqlTableStepTest : public ConnectedCursor {};
 
-TEST_F(SqlTableStepTest, RowsEndWithCodeZeroAndNoMessage)
+TEST_F(SqlTableStepTest, RowsEndWithCodeZeroAndNoMessageAndStartOver)
 {
-    table.Open("SELECT 1");
-    const SqliteCallRecorder sqlite;
-
-    EXPECT_TRUE(table.ReadNext());
+    table.Open("SELECT 7");
+    EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(table.ReadNext()); }), ElementsAre("sqlite3_step()"));
     EXPECT_THAT(table, HasError(SQLITE_ROW, ""));
-    EXPECT_FALSE(table.ReadNext());
+
+    EXPECT_THAT(CallsDuring([&] { EXPECT_FALSE(table.ReadNext()); }), ElementsAre("sqlite3_step()"));
     EXPECT_THAT(table, HasError(0, ""));
     EXPECT_TRUE(table.IsOpen());
     EXPECT_EQ(table.Columns(), 1);
-    EXPECT_THAT(sqlite.CallsOf("sqlite3_step"), ElementsAre("sqlite3_step()", "sqlite3_step()"));
-    EXPECT_THAT(sqlite.CallsOf("sqlite3_errmsg"), IsEmpty());
+
+    EXPECT_EQ(NextInteger(table), 7);
 }
 
 TEST_F(SqlTableStepTest, EndOfAQueryWithoutRowsIsNoFailure)
 {
     table.Open("SELECT 1 WHERE 0");
 
-    const bool read = table.ReadNext();
-
-    EXPECT_FALSE(read);
+    EXPECT_FALSE(table.ReadNext());
     EXPECT_THAT(table, HasError(0, ""));
 }
 
-TEST_F(SqlTableStepTest, ReadAfterTheEndStartsOver)
+TEST_F(SqlTableStepTest, ClosedCursorMakesNoCallAndLeavesTheRecord)
 {
-    table.Open("SELECT 7");
-    table.ReadNext();
-    table.ReadNext();
-
-    const bool read = table.ReadNext();
-
-    EXPECT_TRUE(read);
-    EXPECT_EQ(table.GetInteger(0), 7);
-}
-
-TEST_F(SqlTableStepTest, ReadOnAClosedCursorLeavesTheRecord)
-{
-    table.Open("nonsense");
-    const std::string message = table.GetLastErrorMsg();
+    const std::string message = LeaveMessage();
     const SqliteCallRecorder sqlite;
 
-    const bool read = table.ReadNext();
+    EXPECT_FALSE(table.ReadNext());
+    EXPECT_TRUE(table.Reset());
+    EXPECT_TRUE(table.Close());
 
-    EXPECT_FALSE(read);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
     EXPECT_THAT(table, HasError(SQLITE_ERROR, message));
 }
@@ -83,40 +53,20 @@ TEST_F(SqlTableStepTest, AnyOtherResultCountsAsAFailureWithAMessage)
     SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_step", SQLITE_OK, false);
 
-    const bool read = table.ReadNext();
+    EXPECT_FALSE(table.ReadNext());
 
-    EXPECT_FALSE(read);
     EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(table, HasError(SQLITE_OK, sqlite3_errmsg(database.GetNativeDatabaseInstance<sqlite3>())));
+    EXPECT_THAT(table, HasError(SQLITE_OK, sqlite3_errmsg(Handle())));
 }
 
 TEST_F(SqlTableStepTest, ResetRewindsToBeforeTheFirstRow)
 {
-    table.Open("SELECT 7 UNION ALL SELECT 8");
+    ReadRow("SELECT 7 UNION ALL SELECT 8");
     table.ReadNext();
-    table.ReadNext();
-    const SqliteCallRecorder sqlite;
 
-    const bool reset = table.Reset();
-
-    EXPECT_TRUE(reset);
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_reset()"));
+    EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(table.Reset()); }), ElementsAre("sqlite3_reset()"));
     EXPECT_THAT(table, HasError(0, ""));
-    EXPECT_TRUE(table.ReadNext());
-    EXPECT_EQ(table.GetInteger(0), 7);
-}
-
-TEST_F(SqlTableStepTest, ResetOfAClosedCursorSucceedsAndLeavesTheRecord)
-{
-    table.Open("nonsense");
-    const std::string message = table.GetLastErrorMsg();
-    const SqliteCallRecorder sqlite;
-
-    const bool reset = table.Reset();
-
-    EXPECT_TRUE(reset);
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(table, HasError(SQLITE_ERROR, message));
+    EXPECT_EQ(NextInteger(table), 7);
 }
 
 // Statements whose step fails, run in the cursor and in a raw legacy statement. SQLite chooses the codes; the cursor
@@ -127,18 +77,18 @@ struct FailingStep {
     const char* meanwhile;
 };
 
-class SqlTableFailingStepTest : public SqlTableStepTest, public testing::WithParamInterface<FailingStep> {
+class SqlTableFailingStepTest : public ConnectedCursor, public testing::WithParamInterface<FailingStep> {
 protected:
     SqlTableFailingStepTest()
     {
         RawSqlite(path).Execute("CREATE TABLE t(a UNIQUE); INSERT INTO t VALUES (1)");
         EXPECT_TRUE(table.Open(GetParam().sql));
-        legacy.emplace(*plain, GetParam().sql);
+        legacy.emplace(raw, GetParam().sql);
         other.Execute(GetParam().meanwhile);
     }
 
     RawSqlite other{path};
-    std::optional<RawSqlite> plain{std::in_place, path};
+    RawSqlite raw{path};
     std::optional<RawLegacyStatement> legacy;
 };
 
@@ -146,12 +96,9 @@ TEST_P(SqlTableFailingStepTest, LeavesTheCodeAndMessageOfTheLegacyInterface)
 {
     const RawFailure step = legacy->Step();
     legacy->Reset();
-    const SqliteCallRecorder sqlite;
 
-    const bool read = table.ReadNext();
-
-    EXPECT_FALSE(read);
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_step()", "sqlite3_errmsg(handle)"));
+    EXPECT_THAT(CallsDuring([&] { EXPECT_FALSE(table.ReadNext()); }),
+                ElementsAre("sqlite3_step()", "sqlite3_errmsg(handle)"));
     EXPECT_THAT(table, HasError(step.code, step.message));
     EXPECT_NE(step.message, "");
     EXPECT_TRUE(table.IsOpen());
@@ -162,12 +109,8 @@ TEST_P(SqlTableFailingStepTest, ResetReportsTheStepAgainWithoutAMessage)
     legacy->Step();
     const RawFailure reset = legacy->Reset();
     table.ReadNext();
-    const SqliteCallRecorder sqlite;
 
-    const bool succeeded = table.Reset();
-
-    EXPECT_FALSE(succeeded);
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_reset()"));
+    EXPECT_THAT(CallsDuring([&] { EXPECT_FALSE(table.Reset()); }), ElementsAre("sqlite3_reset()"));
     EXPECT_THAT(table, HasError(reset.code, ""));
     EXPECT_NE(reset.code, SQLITE_OK);
 }
@@ -177,12 +120,9 @@ TEST_P(SqlTableFailingStepTest, CloseReportsTheStepAgainWithItsMessageAndRelease
     legacy->Step();
     const RawFailure finalize = legacy->Finalize();
     table.ReadNext();
-    const SqliteCallRecorder sqlite;
 
-    const bool closed = table.Close();
-
-    EXPECT_FALSE(closed);
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)", "sqlite3_errmsg(handle)"));
+    EXPECT_THAT(CallsDuring([&] { EXPECT_FALSE(table.Close()); }),
+                ElementsAre("sqlite3_finalize(statement)", "sqlite3_errmsg(handle)"));
     EXPECT_THAT(table, HasError(finalize.code, finalize.message));
     EXPECT_NE(finalize.message, "");
     EXPECT_FALSE(table.IsOpen());

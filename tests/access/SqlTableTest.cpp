@@ -1,25 +1,16 @@
 #include <sql/SqlTable.h>
 
-#include <sql/SqlDatabase.h>
-
-#include <gmock/gmock.h>
-#include <sqlite3.h>
-
-#include <memory>
-#include <string>
 #include <type_traits>
 #include <utility>
 
-#include "support/HasError.h"
 #include "support/NoDestructor.h"
-#include "support/RawSqlite.h"
-#include "support/SqliteCallRecorder.h"
-#include "support/WithOpenDatabase.h"
+#include "support/OpenConnection.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
+using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -29,31 +20,34 @@ static_assert(std::is_constructible_v<SqlTable, SqlDatabase&> && !std::is_conver
 static_assert(!std::is_constructible_v<SqlTable, SqlDatabase>, "a temporary connection would not outlive it");
 static_assert(!std::is_polymorphic_v<SqlTable> && sizeof(SqlTable) == sizeof(void*));
 
-class SqlTableTest : public WithOpenDatabase {};
+class SqlTableTest : public OpenConnection {};
 
-TEST_F(SqlTableTest, FreshCursorIsClosedWithoutAnError)
+TEST_F(SqlTableTest, StartsClosedWithoutAnErrorAndIsDestroyedWithoutACall)
 {
     const SqliteCallRecorder sqlite;
-    const SqlTable table(database);
+    {
+        const SqlTable table(database);
 
-    EXPECT_THAT(table, HasError(0, ""));
-    EXPECT_FALSE(table.IsOpen());
-    EXPECT_EQ(table.Columns(), 0);
+        EXPECT_THAT(table, HasError(0, ""));
+        EXPECT_FALSE(table.IsOpen());
+        EXPECT_EQ(table.Columns(), 0);
+    }
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
-TEST_F(SqlTableTest, ConstantCursorIsWalked)
+TEST_F(SqlTableTest, ConstantCursorIsWalkedAndKeepsItsConnectionOpen)
 {
     const SqlTable table(database);
 
     EXPECT_TRUE(table.Open("SELECT 7 UNION ALL SELECT 8"));
-    EXPECT_TRUE(table.ReadNext());
-    EXPECT_EQ(table.GetInteger(0), 7);
-    EXPECT_TRUE(table.ReadNext());
-    EXPECT_EQ(table.GetInteger(0), 8);
-    EXPECT_FALSE(table.ReadNext());
+    EXPECT_EQ(NextInteger(table), 7);
+    EXPECT_EQ(NextInteger(table), 8);
+    EXPECT_EQ(NextInteger(table), std::nullopt);
     EXPECT_TRUE(table.Reset());
+    EXPECT_FALSE(database.Close());
+    EXPECT_EQ(database.GetLastError(), SQLITE_BUSY);
     EXPECT_TRUE(table.Close());
+    EXPECT_TRUE(database.Close());
 }
 
 TEST_F(SqlTableTest, CursorMadeBeforeTheConnectionOpensWorksAfterwards)
@@ -64,44 +58,16 @@ TEST_F(SqlTableTest, CursorMadeBeforeTheConnectionOpensWorksAfterwards)
     late.Open(path, false);
 
     EXPECT_TRUE(table.Open("SELECT 7"));
-    EXPECT_TRUE(table.ReadNext());
-    EXPECT_EQ(table.GetInteger(0), 7);
-}
-
-TEST_F(SqlTableTest, OpenCursorKeepsItsConnectionFromClosing)
-{
-    const SqlTable table(database);
-    table.Open("SELECT 7");
-
-    EXPECT_FALSE(database.Close());
-    EXPECT_EQ(database.GetLastError(), SQLITE_BUSY);
-
-    table.Close();
-    EXPECT_TRUE(database.Close());
+    EXPECT_EQ(NextInteger(table), 7);
 }
 
 TEST_F(SqlTableTest, DestructorFinalizesTheQueryOnce)
 {
-    auto table = std::make_unique<SqlTable>(database);
+    std::optional<SqlTable> table(std::in_place, database);
     table->Open("SELECT 7");
 
-    {
-        const SqliteCallRecorder sqlite;
-        table.reset();
-        EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)"));
-    }
-
+    EXPECT_THAT(CallsDuring([&] { table.reset(); }), ElementsAre("sqlite3_finalize(statement)"));
     EXPECT_TRUE(database.Close());
-}
-
-TEST_F(SqlTableTest, DestructorOfAClosedCursorCallsNothing)
-{
-    auto table = std::make_unique<SqlTable>(database);
-    const SqliteCallRecorder sqlite;
-
-    table.reset();
-
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
 TEST_F(SqlTableTest, MoveTakesTheQueryAndTheRecordOver)
@@ -116,8 +82,7 @@ TEST_F(SqlTableTest, MoveTakesTheQueryAndTheRecordOver)
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
     EXPECT_THAT(target, HasError(SQLITE_ROW, ""));
     EXPECT_EQ(target.GetInteger(0), 7);
-    EXPECT_TRUE(target.ReadNext());
-    EXPECT_EQ(target.GetInteger(0), 8);
+    EXPECT_EQ(NextInteger(target), 8);
 }
 
 TEST_F(SqlTableTest, MovedFromCursorMayBeAssignedTo)
@@ -141,13 +106,8 @@ TEST_F(SqlTableTest, MoveAssignmentFinalizesThePreviousQuery)
     SqlTable target(database);
     target.Open("SELECT 8");
 
-    {
-        const SqliteCallRecorder sqlite;
-        SqlTable& result = target = std::move(*source);
-        EXPECT_EQ(&result, &target);
-        EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)"));
-    }
-
+    EXPECT_THAT(CallsDuring([&] { EXPECT_EQ(&(target = std::move(*source)), &target); }),
+                ElementsAre("sqlite3_finalize(statement)"));
     EXPECT_FALSE(target.IsOpen());
     EXPECT_THAT(target, HasError(SQLITE_ERROR, message));
     EXPECT_TRUE(database.Close());
@@ -164,6 +124,118 @@ TEST_F(SqlTableTest, MoveAssignmentTakesTheConnectionOver)
     target = std::move(*source);
 
     EXPECT_TRUE(target.Open("SELECT * FROM t"));
+}
+
+class SqlTableOpenTest : public ConnectedCursor {};
+
+TEST_F(SqlTableOpenTest, CompilesWithTheLegacyCallUpToTheTerminatorAndWithoutATail)
+{
+    EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(table.Open("SELECT 7")); }),
+                ElementsAre("sqlite3_prepare(handle, SELECT 7, -1)"));
+    EXPECT_THAT(table, HasError(0, ""));
+    EXPECT_TRUE(table.IsOpen());
+    EXPECT_EQ(table.Columns(), 1);
+}
+
+TEST_F(SqlTableOpenTest, OnlyTheFirstStatementBeforeAZeroByteIsCompiled)
+{
+    for (const std::string& sql : {"SELECT 7\0nonsense"s, "SELECT 7; nonsense"s}) {
+        EXPECT_TRUE(table.Open(sql));
+        EXPECT_EQ(NextInteger(table), 7);
+        EXPECT_FALSE(table.ReadNext());
+        EXPECT_THAT(table, HasError(0, ""));
+    }
+}
+
+TEST_F(SqlTableOpenTest, TextWithoutAStatementSucceedsAndStaysClosed)
+{
+    for (const char* sql : {"", " \n", "-- comment"}) {
+        EXPECT_TRUE(table.Open(sql)) << sql;
+        EXPECT_FALSE(table.IsOpen()) << sql;
+        EXPECT_EQ(table.Columns(), 0) << sql;
+        EXPECT_FALSE(table.ReadNext()) << sql;
+        EXPECT_THAT(table, HasError(0, "")) << sql;
+    }
+}
+
+TEST_F(SqlTableOpenTest, RejectedTextLeavesSqlitesErrorUntilASuccess)
+{
+    for (const char* sql : {"nonsense", "SELECT * FROM missing", "SELECT"}) {
+        const RawFailure raw = FailureOfPrepare(RawSqlite(path).Handle(), sql);
+        EXPECT_NE(raw.message, "");
+
+        EXPECT_THAT(CallsDuring([&] { EXPECT_FALSE(table.Open(sql)); }),
+                    ElementsAre("sqlite3_prepare(handle, "s + sql + ", -1)", "sqlite3_errmsg(handle)"));
+        EXPECT_THAT(table, HasError(SQLITE_ERROR, raw.message));
+        EXPECT_FALSE(table.IsOpen());
+    }
+    EXPECT_TRUE(table.Open("SELECT 7"));
+    EXPECT_THAT(table, HasError(0, ""));
+}
+
+TEST_F(SqlTableOpenTest, SecondOpenFinalizesTheFirstQueryAndCompilesTheSecond)
+{
+    ReadRow("SELECT 8, 9");
+    for (const char* sql : {"SELECT 7", "SELECT 7"}) { // the same text is not rewound, but compiled again
+        EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(table.Open(sql)); }),
+                    ElementsAre("sqlite3_finalize(statement)", "sqlite3_prepare(handle, SELECT 7, -1)"));
+        EXPECT_EQ(table.Columns(), 1);
+        EXPECT_EQ(NextInteger(table), 7);
+    }
+}
+
+TEST_F(SqlTableOpenTest, RejectedSecondTextLeavesTheCursorClosed)
+{
+    table.Open("SELECT 7");
+
+    LeaveMessage();
+
+    EXPECT_FALSE(table.IsOpen());
+    EXPECT_TRUE(database.Close());
+}
+
+TEST_F(SqlTableOpenTest, FailureOfFinalizingTheFirstQueryIsOverwritten)
+{
+    table.Open("SELECT abs(-9223372036854775807 - 1)");
+    ASSERT_FALSE(table.ReadNext());
+    ASSERT_NE(table.GetLastErrorMsg(), "");
+
+    EXPECT_THAT(
+        CallsDuring([&] { EXPECT_TRUE(table.Open("SELECT 7")); }),
+        ElementsAre("sqlite3_finalize(statement)", "sqlite3_errmsg(handle)", "sqlite3_prepare(handle, SELECT 7, -1)"));
+    EXPECT_THAT(table, HasError(0, ""));
+}
+
+TEST_F(SqlTableOpenTest, ClosedConnectionIsPassedToSqliteWhichRejectsIt)
+{
+    SqlDatabase closed;
+    const SqlTable onClosed(closed);
+
+    EXPECT_THAT(CallsDuring([&] { EXPECT_FALSE(onClosed.Open("SELECT 7")); }),
+                ElementsAre("sqlite3_prepare(null, SELECT 7, -1)", "sqlite3_errmsg(null)"));
+    EXPECT_THAT(onClosed, HasError(SQLITE_MISUSE, sqlite3_errmsg(nullptr)));
+}
+
+// If finalizing succeeds, its code replaces the earlier one, so the failure is reported as a success.
+TEST_F(SqlTableOpenTest, StatementReturnedByAFailingCompilationIsFinalizedAndItsCodeRemains)
+{
+    for (const int finalized : {SQLITE_OK, SQLITE_CORRUPT}) {
+        SqliteCallRecorder sqlite;
+        sqlite.ReplaceNextResult("sqlite3_prepare", SQLITE_NOMEM, true);
+        sqlite.ReplaceNextResult("sqlite3_finalize", finalized, true);
+
+        EXPECT_EQ(table.Open("SELECT 7"), finalized == SQLITE_OK);
+
+        EXPECT_FALSE(sqlite.Pending());
+        std::vector<std::string> calls{"sqlite3_prepare(handle, SELECT 7, -1)", "sqlite3_errmsg(handle)",
+                                       "sqlite3_finalize(statement)"};
+        if (finalized != SQLITE_OK) {
+            calls.emplace_back("sqlite3_errmsg(handle)");
+        }
+        EXPECT_EQ(sqlite.Calls(), calls);
+        EXPECT_THAT(table, HasError(finalized, finalized == SQLITE_OK ? "" : sqlite3_errmsg(Handle())));
+        EXPECT_FALSE(table.IsOpen());
+    }
 }
 
 } // namespace

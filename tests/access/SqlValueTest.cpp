@@ -1,24 +1,15 @@
 #include <sql/SqlValue.h>
 
-#include <sql/SqlDatabase.h>
-#include <sql/SqlTable.h>
-
-#include <gmock/gmock.h>
-#include <sqlite3.h>
-
 #include <concepts>
 #include <cstddef>
 #include <limits>
 #include <new>
 #include <stdexcept>
-#include <string>
 #include <string_view>
 #include <type_traits>
-#include <vector>
+#include <utility>
 
-#include "support/HasError.h"
-#include "support/SqliteCallRecorder.h"
-#include "support/WithOpenDatabase.h"
+#include "support/OpenConnection.h"
 
 namespace Morvik::sql::tests {
 
@@ -26,9 +17,12 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::ThrowsMessage;
 
 static_assert(std::is_base_of_v<SqlError, SqlValue> && std::is_convertible_v<SqlValue*, SqlError*>);
 static_assert(!std::is_polymorphic_v<SqlValue>);
+static_assert(!std::is_copy_constructible_v<SqlValue> && !std::is_copy_assignable_v<SqlValue>);
+static_assert(std::is_nothrow_move_constructible_v<SqlValue> && std::is_nothrow_move_assignable_v<SqlValue>);
 static_assert(!std::is_default_constructible_v<SqlValue> && std::is_constructible_v<SqlValue, std::nullptr_t>);
 static_assert(std::is_constructible_v<SqlValue, sqlite3_value*> && !std::is_convertible_v<sqlite3_value*, SqlValue>);
 
@@ -49,19 +43,9 @@ static_assert(!Readable<const char*> && !Readable<std::string_view> && !Readable
 static_assert(!Readable<const int> && !Readable<int&>);
 static_assert(!Readable<int, const SqlValue>, "a read may write the record");
 
-class SqlValueTest : public WithOpenDatabase {
-protected:
-    // Steps to the row of `sql`, so that its columns can be read as values.
-    void ReadRow(const std::string& sql)
-    {
-        ASSERT_TRUE(table.Open(sql));
-        ASSERT_TRUE(table.ReadNext());
-    }
+class SqlValueTest : public ConnectedCursor {};
 
-    const SqlTable table{database};
-};
-
-TEST_F(SqlValueTest, WrapsTheInstanceWithAFreshRecord)
+TEST_F(SqlValueTest, WrapsTheInstanceWithANewRecord)
 {
     ReadRow("SELECT 7");
     sqlite3_value* const instance = table[0].ValueInstance();
@@ -76,20 +60,17 @@ TEST_F(SqlValueTest, WrapsTheInstanceWithAFreshRecord)
 TEST_F(SqlValueTest, StorageClassIsSqlites)
 {
     ReadRow("SELECT 1, 1.5, 'a', x'01', NULL, '', x''");
-
-    EXPECT_EQ(table[0].GetValueType(), 1);
-    EXPECT_EQ(table[1].GetValueType(), 2);
-    EXPECT_EQ(table[2].GetValueType(), 3);
-    EXPECT_EQ(table[3].GetValueType(), 4);
-    EXPECT_EQ(table[4].GetValueType(), 5);
-    EXPECT_EQ(table[5].GetValueType(), 3);
-    EXPECT_EQ(table[6].GetValueType(), 4);
+    int column = 0;
+    for (const int type : {1, 2, 3, 4, 5, 3, 4}) {
+        EXPECT_EQ(table[column++].GetValueType(), type) << "of column " << column;
+    }
 }
 
 TEST_F(SqlValueTest, EveryReadMakesItsCallAndLeavesTheRecord)
 {
     ReadRow("SELECT 7");
     SqlValue value = table[0];
+    value.SetError(5);
     const SqliteCallRecorder sqlite;
 
     EXPECT_EQ(value.GetValueType(), 1);
@@ -102,7 +83,7 @@ TEST_F(SqlValueTest, EveryReadMakesItsCallAndLeavesTheRecord)
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_value_type()", "sqlite3_value_int()", "sqlite3_value_int64()",
                                             "sqlite3_value_double()", "sqlite3_value_type()", "sqlite3_value_text()",
                                             "sqlite3_value_bytes()", "sqlite3_value_blob()"));
-    EXPECT_THAT(value, HasError(0, ""));
+    EXPECT_THAT(value, HasError(5, ""));
 }
 
 TEST_F(SqlValueTest, IntegersKeepTheirWidth)
@@ -129,7 +110,7 @@ TEST_F(SqlValueTest, SqliteConvertsBetweenStorageClasses)
     EXPECT_EQ(table[2].GetValue<std::string>(), "12");
 }
 
-TEST_F(SqlValueTest, NullReadsAsZeroAndAsNoBytes)
+TEST_F(SqlValueTest, NullReadsAsZeroAsNoBytesAndNotAsText)
 {
     ReadRow("SELECT NULL");
     SqlValue value = table[0];
@@ -138,19 +119,11 @@ TEST_F(SqlValueTest, NullReadsAsZeroAndAsNoBytes)
     EXPECT_EQ(value.GetValue<long long>(), 0);
     EXPECT_EQ(value.GetValue<double>(), 0.0);
     EXPECT_THAT(value.GetValue<std::vector<char>>(), IsEmpty());
+    EXPECT_THAT([&] { value.GetValue<std::string>(); }, ThrowsMessage<std::logic_error>("SQL NULL has no text."));
     EXPECT_THAT(value, HasError(0, ""));
 }
 
-TEST_F(SqlValueTest, TextOfNullIsALogicError)
-{
-    ReadRow("SELECT NULL");
-    SqlValue value = table[0];
-
-    EXPECT_THROW(value.GetValue<std::string>(), std::logic_error);
-    EXPECT_THAT(value, HasError(0, ""));
-}
-
-TEST_F(SqlValueTest, BytesAreWholeAndTextEndsAtItsFirstZeroByte)
+TEST_F(SqlValueTest, BytesAreCompleteAndTextEndsAtItsFirstZeroByte)
 {
     ReadRow("SELECT x'0100FF00', 'ab' || char(0) || 'cd', x'', '', zeroblob(3)");
 
@@ -166,17 +139,15 @@ TEST_F(SqlValueTest, BytesAreWholeAndTextEndsAtItsFirstZeroByte)
 // converted text.
 TEST_F(SqlValueTest, BytesOfAUtf16TextAreReadAsUtf8)
 {
-    ASSERT_EQ(sqlite3_exec(database.GetNativeDatabaseInstance<sqlite3>(),
-                           "PRAGMA encoding = 'UTF-16'; CREATE TABLE t(a); INSERT INTO t VALUES ('abc')", nullptr,
-                           nullptr, nullptr),
-              SQLITE_OK);
+    ASSERT_TRUE(
+        SqlCommand(database).Execute("PRAGMA encoding = 'UTF-16'; CREATE TABLE t(a); INSERT INTO t VALUES ('abc')"));
     ReadRow("SELECT a, a FROM t");
 
     EXPECT_THAT(table[0].GetValue<std::vector<char>>(), ElementsAre('a', 'b', 'c'));
     EXPECT_EQ(table[1].GetValue<std::string>(), "abc");
 }
 
-TEST_F(SqlValueTest, DataThatCannotBeHandedOutIsOutOfMemory)
+TEST_F(SqlValueTest, DataThatSqliteCannotReturnIsOutOfMemory)
 {
     ReadRow("SELECT 'text', x'07'");
     SqliteCallRecorder sqlite;
@@ -188,6 +159,84 @@ TEST_F(SqlValueTest, DataThatCannotBeHandedOutIsOutOfMemory)
 
     EXPECT_FALSE(sqlite.Pending());
     EXPECT_EQ(table[0].GetValue<std::string>(), "text");
+}
+
+TEST_F(SqlValueTest, MoveTakesTheInstanceAndStartsANewRecord)
+{
+    ReadRow("SELECT 7");
+    SqlValue source(nullptr);
+    source.GetValue<int>();
+    source = table[0];
+    sqlite3_value* const instance = source.ValueInstance();
+
+    const SqlValue target(std::move(source));
+
+    EXPECT_EQ(target.ValueInstance(), instance);
+    EXPECT_THAT(target, HasError(0, ""));
+    // NOLINTBEGIN(bugprone-use-after-move): what the source is left with is the point
+    EXPECT_EQ(source.ValueInstance(), nullptr);
+    EXPECT_EQ(source.GetValueType(), -1);
+    EXPECT_THAT(source, HasError(112, "No value instance exists."));
+    // NOLINTEND(bugprone-use-after-move)
+}
+
+TEST_F(SqlValueTest, MoveAssignmentExchangesTheInstancesAndLeavesTheRecords)
+{
+    ReadRow("SELECT 7, 8");
+    SqlValue first = table[0];
+    SqlValue second = table[1];
+    first.SetError(5);
+    first.SetErrorMsg("first");
+    sqlite3_value* const instances[] = {first.ValueInstance(), second.ValueInstance()};
+
+    EXPECT_EQ(&(first = std::move(second)), &first);
+
+    EXPECT_EQ(first.ValueInstance(), instances[1]);
+    EXPECT_THAT(first, HasError(5, "first"));
+    // NOLINTBEGIN(bugprone-use-after-move): what the source is left with is the point
+    EXPECT_EQ(second.ValueInstance(), instances[0]);
+    EXPECT_THAT(second, HasError(0, ""));
+    // NOLINTEND(bugprone-use-after-move)
+
+    SqlValue& same = first;
+    first = std::move(same);
+
+    EXPECT_EQ(first.ValueInstance(), instances[1]) << "self-assignment changes nothing";
+    EXPECT_THAT(first, HasError(5, "first"));
+}
+
+// Checks a read of the type: a missing value reads as the zero of the type and leaves its failure in the record, over
+// an earlier error and through reads that succeed.
+template <typename T>
+void ExpectMissingValue(SqlValue existing)
+{
+    SqlValue value(nullptr);
+    EXPECT_EQ(value.GetValueType(), -1);
+    EXPECT_THAT(value, HasError(0, ""));
+    for (const int earlier : {0, 5}) {
+        value.SetError(earlier);
+        value.SetErrorMsg("other");
+
+        EXPECT_THAT(CallsDuring([&] { EXPECT_EQ(value.GetValue<T>(), T{}); }), IsEmpty());
+        EXPECT_THAT(value, HasError(112, "No value instance exists."));
+        EXPECT_TRUE(value.Failed());
+    }
+
+    value = std::move(existing);
+    EXPECT_NE(value.GetValue<T>(), T{});
+    EXPECT_THAT(value, HasError(112, "No value instance exists."));
+    EXPECT_TRUE(value.Failed());
+}
+
+TEST_F(SqlValueTest, MissingValueReadsAsZeroAndStaysAFailure)
+{
+    ReadRow("SELECT 7");
+
+    ExpectMissingValue<int>(table[0]);
+    ExpectMissingValue<long long>(table[0]);
+    ExpectMissingValue<double>(table[0]);
+    ExpectMissingValue<std::string>(table[0]);
+    ExpectMissingValue<std::vector<char>>(table[0]);
 }
 
 } // namespace
