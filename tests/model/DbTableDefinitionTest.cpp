@@ -1,11 +1,8 @@
 #include <sql/DbTableDefinition.h>
 
-#include <gtest/gtest.h>
-
-#include <ostream>
-#include <string>
 #include <type_traits>
-#include <vector>
+
+#include <gtest/gtest.h>
 
 namespace Morvik::sql::tests {
 
@@ -25,76 +22,60 @@ TEST(DbTableDefinitionTest, StartsEmpty)
     EXPECT_EQ(definition.TableConstraintAsString(), "");
 }
 
-struct ConstraintsCase {
-    const char* name;
-    DbTableConstraints constraints;
-    const char* list;
+TEST(DbTableDefinitionTest, ConstraintListHasPrimaryKeyUniqueKeyAndForeignKey)
+{
+    const struct {
+        const char* name;
+        DbTableConstraints constraints;
+        std::string list;
+    } cases[] = {
+        {"primary key", {{'a', 'b'}, {}, "", {}}, "PRIMARY KEY (a,b) ON CONFLICT IGNORE"},
+        {"primary key of one column", {{'a'}, {}, "", {}}, "PRIMARY KEY (a) ON CONFLICT IGNORE"},
+        {"unique key", {{}, {'c'}, "", {}}, "UNIQUE (c) ON CONFLICT IGNORE"},
+        {"unique key of three columns", {{}, {'c', 'd', 'e'}, "", {}}, "UNIQUE (c,d,e) ON CONFLICT IGNORE"},
+        {"both keys",
+         {{'a'}, {'c', 'd'}, "", {}},
+         "PRIMARY KEY (a) ON CONFLICT IGNORE,UNIQUE (c,d) ON CONFLICT IGNORE"},
+        {"foreign key",
+         {{}, {}, "owner", {"owner_id"}},
+         "FOREIGN KEY (owner_id) REFERENCES owner(owner_id) ON DELETE SET NULL )"},
+        {"primary key, foreign key without a table",
+         {{'a'}, {}, "", {"x", "y"}},
+         "PRIMARY KEY (a) ON CONFLICT IGNORE,FOREIGN KEY (x,y) )"},
+        {"unique key, foreign key without a table",
+         {{}, {'c'}, "", {"x"}},
+         "UNIQUE (c) ON CONFLICT IGNORE,FOREIGN KEY (x) )"},
+        {"primary key, foreign key",
+         {{'a'}, {}, "t", {"x"}},
+         "PRIMARY KEY (a) ON CONFLICT IGNORE,FOREIGN KEY (x) REFERENCES t(x) ON DELETE SET NULL )"},
+        {"unique key, foreign key",
+         {{}, {'c'}, "t", {"x"}},
+         "UNIQUE (c) ON CONFLICT IGNORE,FOREIGN KEY (x) REFERENCES t(x) ON DELETE SET NULL )"},
+        {"all three",
+         {{'a'}, {'c'}, "t", {"p", "q"}},
+         "PRIMARY KEY (a) ON CONFLICT IGNORE,UNIQUE (c) ON CONFLICT IGNORE,"
+         "FOREIGN KEY (p,q) REFERENCES t(p,q) ON DELETE SET NULL )"},
+        {"only a foreign key without a table", {{}, {}, "", {"x"}}, ""},
+        {"only a referenced table", {{}, {}, "owner", {}}, ""},
+        {"both keys, referenced table without a foreign key",
+         {{'a'}, {'c'}, "owner", {}},
+         "PRIMARY KEY (a) ON CONFLICT IGNORE,UNIQUE (c) ON CONFLICT IGNORE"},
+        {"nothing", {}, ""},
+        {"foreign key with an empty name",
+         {{'a'}, {}, "", {""}},
+         "PRIMARY KEY (a) ON CONFLICT IGNORE,FOREIGN KEY () )"},
+        {"digits and signs", {{'1', ',', '\''}, {}, "", {}}, "PRIMARY KEY (1,,,') ON CONFLICT IGNORE"},
+        {"bytes beyond ASCII", {{}, {'\xE9', '\xFF'}, "", {}}, "UNIQUE (\xE9,\xFF) ON CONFLICT IGNORE"},
+        {"zero byte", {{'\0', 'a'}, {}, "", {}}, "PRIMARY KEY (\0,a) ON CONFLICT IGNORE"s},
+    };
+    for (const auto& [name, constraints, list] : cases) {
+        const DbTableDefinition alone{"", {}, constraints};
+        const DbTableDefinition withColumns{
+            "sensor_log", {{"a", DbTableColumnType::Integer, 0, PrimaryKey | Unique}}, constraints};
 
-    friend void PrintTo(const ConstraintsCase& constraintsCase, std::ostream* stream)
-    {
-        *stream << constraintsCase.name;
+        EXPECT_EQ(alone.TableConstraintAsString(), list) << name;
+        EXPECT_EQ(withColumns.TableConstraintAsString(), list) << name;
     }
-};
-
-class TableConstraintListTest : public testing::TestWithParam<ConstraintsCase> {};
-
-TEST_P(TableConstraintListTest, NamesPrimaryKeyUniqueKeyAndForeignKey)
-{
-    const DbTableDefinition definition{"", {}, GetParam().constraints};
-
-    EXPECT_EQ(definition.TableConstraintAsString(), GetParam().list);
-}
-
-TEST_P(TableConstraintListTest, ReadsNothingButTheConstraints)
-{
-    const DbTableDefinition definition{
-        "sensor_log", {{"a", DbTableColumnType::Integer, 0, PrimaryKey | Unique}}, GetParam().constraints};
-
-    EXPECT_EQ(definition.TableConstraintAsString(), GetParam().list);
-}
-
-const ConstraintsCase Lists[] = {
-    {"PrimaryKey", {{'a', 'b'}, {}, "", {}}, "PRIMARY KEY (a,b) ON CONFLICT IGNORE"},
-    {"PrimaryKeyOfOneColumn", {{'a'}, {}, "", {}}, "PRIMARY KEY (a) ON CONFLICT IGNORE"},
-    {"Unique", {{}, {'c'}, "", {}}, "UNIQUE (c) ON CONFLICT IGNORE"},
-    {"UniqueOfThreeColumns", {{}, {'c', 'd', 'e'}, "", {}}, "UNIQUE (c,d,e) ON CONFLICT IGNORE"},
-    {"BothKeys", {{'a'}, {'c', 'd'}, "", {}}, "PRIMARY KEY (a) ON CONFLICT IGNORE,UNIQUE (c,d) ON CONFLICT IGNORE"},
-    {"ForeignKey",
-     {{}, {}, "owner", {"owner_id"}},
-     "FOREIGN KEY (owner_id) REFERENCES owner(owner_id) ON DELETE SET NULL )"},
-    {"PrimaryKeyAndUnreferencedForeignKey",
-     {{'a'}, {}, "", {"x", "y"}},
-     "PRIMARY KEY (a) ON CONFLICT IGNORE,FOREIGN KEY (x,y) )"},
-    {"UniqueAndUnreferencedForeignKey", {{}, {'c'}, "", {"x"}}, "UNIQUE (c) ON CONFLICT IGNORE,FOREIGN KEY (x) )"},
-    {"PrimaryKeyAndForeignKey",
-     {{'a'}, {}, "t", {"x"}},
-     "PRIMARY KEY (a) ON CONFLICT IGNORE,FOREIGN KEY (x) REFERENCES t(x) ON DELETE SET NULL )"},
-    {"UniqueAndForeignKey",
-     {{}, {'c'}, "t", {"x"}},
-     "UNIQUE (c) ON CONFLICT IGNORE,FOREIGN KEY (x) REFERENCES t(x) ON DELETE SET NULL )"},
-    {"AllThree",
-     {{'a'}, {'c'}, "t", {"p", "q"}},
-     "PRIMARY KEY (a) ON CONFLICT IGNORE,UNIQUE (c) ON CONFLICT IGNORE,"
-     "FOREIGN KEY (p,q) REFERENCES t(p,q) ON DELETE SET NULL )"},
-    {"UnreferencedForeignKeyAloneIsDropped", {{}, {}, "", {"x"}}, ""},
-    {"ReferencedTableAloneIsDropped", {{}, {}, "owner", {}}, ""},
-    {"ReferencedTableWithoutForeignKeyAddsNothing",
-     {{'a'}, {'c'}, "owner", {}},
-     "PRIMARY KEY (a) ON CONFLICT IGNORE,UNIQUE (c) ON CONFLICT IGNORE"},
-    {"Nothing", {}, ""},
-    {"EmptyNameIsAForeignKeyStill", {{'a'}, {}, "", {""}}, "PRIMARY KEY (a) ON CONFLICT IGNORE,FOREIGN KEY () )"},
-    {"DigitsAndSignsAreCharacters", {{'1', ',', '\''}, {}, "", {}}, "PRIMARY KEY (1,,,') ON CONFLICT IGNORE"},
-    {"BytesBeyondAsciiAreCharacters", {{}, {'\xE9', '\xFF'}, "", {}}, "UNIQUE (\xE9,\xFF) ON CONFLICT IGNORE"},
-};
-
-INSTANTIATE_TEST_SUITE_P(Lists, TableConstraintListTest, testing::ValuesIn(Lists),
-                         [](const auto& constraintsCase) { return constraintsCase.param.name; });
-
-TEST(DbTableDefinitionTest, KeyColumnOfAZeroByteIsWrittenAsThatByte)
-{
-    const DbTableDefinition definition{"", {}, {{'\0', 'a'}, {}, "", {}}};
-
-    EXPECT_EQ(definition.TableConstraintAsString(), "PRIMARY KEY (\0,a) ON CONFLICT IGNORE"s);
 }
 
 TEST(DbTableDefinitionTest, CopyIsIndependentOfItsSource)

@@ -1,19 +1,21 @@
 #include "model/NumberText.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <cstdint>
 #include <limits>
-#include <sstream>
-#include <vector>
+
+#include <gtest/gtest.h>
 
 #include "model/SqlBuffer.h"
 #include "support/NumberLocales.h"
+#include "support/OomInjector.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
+
+using Integers = std::numeric_limits<std::int32_t>;
+
+constexpr std::size_t LongestNumber = 13;
 
 template <typename Number>
 std::string Appended(Number number)
@@ -24,92 +26,13 @@ std::string Appended(Number number)
     return text.Release();
 }
 
-template <typename Number>
-std::string Streamed(Number number)
-{
-    std::ostringstream stream;
-    stream << '=' << number;
-    return stream.str();
-}
-
-template <typename Number>
-void ExpectStreamedText(const std::vector<Number>& numbers)
-{
-    for (const Number number : numbers) {
-        EXPECT_EQ(Appended(number), Streamed(number));
-    }
-}
-
-const std::vector<std::int32_t> Integers{0, 1, -1, 9, 10, 999, 1000, -1000, 1234567, INT32_MAX, INT32_MIN};
-const std::vector<double> Reals{0.0,
-                                1.0,
-                                9.999995,
-                                9.999994999,
-                                99999.95,
-                                999999.0,
-                                0.99999949,
-                                0.9999995,
-                                2.000005,
-                                1.0000005,
-                                12.5,
-                                100000.5,
-                                100001.5,
-                                7.0 / 3,
-                                -7.0 / 3,
-                                -0.0,
-                                0.1,
-                                3.14159265,
-                                100.0,
-                                123456.0,
-                                999999.5,
-                                999999.4,
-                                1234567.0,
-                                0.0001,
-                                0.00001,
-                                9007199254740993.0,
-                                std::numeric_limits<double>::max(),
-                                std::numeric_limits<double>::lowest(),
-                                std::numeric_limits<double>::min(),
-                                std::numeric_limits<double>::denorm_min(),
-                                std::numeric_limits<double>::infinity(),
-                                -std::numeric_limits<double>::infinity(),
-                                std::numeric_limits<double>::quiet_NaN(),
-                                std::copysign(std::numeric_limits<double>::quiet_NaN(), -1.0)};
-
-TEST(NumberTextTest, WritesWhatAStreamWritesInTheClassicLocale)
-{
-    ExpectStreamedText(Integers);
-    ExpectStreamedText(Reals);
-}
-
-TEST(NumberTextTest, WritesWhatAStreamWritesWithADecimalCommaAndDigitGroups)
-{
-    const ScopedGlobalLocale locale;
-
-    ExpectStreamedText(Integers);
-    ExpectStreamedText(Reals);
-    EXPECT_EQ(Appended(std::int32_t{1234567}), "=1.234.567");
-    EXPECT_EQ(Appended(0.5), "=0,5");
-}
-
-TEST(NumberTextTest, SizesAreNeverTooSmallInTheClassicLocale)
-{
-    for (const std::int32_t number : Integers) {
-        EXPECT_GE(NumberSize(number), Streamed(number).size() - 1) << number;
-        EXPECT_LE(NumberSize(number), Streamed(number).size()) << number;
-    }
-    for (const double number : Reals) {
-        EXPECT_GE(NumberSize(number), Streamed(number).size() - 1) << number;
-        EXPECT_LE(NumberSize(number), 13U) << number;
-    }
-}
-
 TEST(NumberTextTest, FollowsTheLocaleOfTheMoment)
 {
     EXPECT_EQ(Appended(0.5), "=0.5");
     {
         const ScopedGlobalLocale locale;
         EXPECT_EQ(Appended(0.5), "=0,5");
+        EXPECT_EQ(Appended(std::int32_t{1234567}), "=1.234.567");
     }
     EXPECT_EQ(Appended(0.5), "=0.5");
 }
@@ -123,6 +46,87 @@ TEST(NumberTextTest, FollowsTheRoundingModeOfTheMoment)
         EXPECT_EQ(Appended(-2.0000009), "=-2");
     }
     EXPECT_EQ(Appended(2.0000001), "=2");
+}
+
+// The expected size decides how much memory a statement takes, so the tests compare it exactly.
+TEST(NumberTextTest, SizeOfAnIntegerIsItsDigitsOrOneMore)
+{
+    const std::pair<std::int32_t, std::size_t> sizes[] = {{0, 1},
+                                                          {1, 1},
+                                                          {-1, 2},
+                                                          {7, 1},
+                                                          {8, 2},
+                                                          {-9, 3},
+                                                          {1000, 4},
+                                                          {1024, 4},
+                                                          {Integers::max(), 10},
+                                                          {Integers::min(), 11}};
+    for (const auto& [number, size] : sizes) {
+        EXPECT_EQ(NumberSize(number), size) << number;
+    }
+}
+
+TEST(NumberTextTest, SizeOfADoubleIsAPointAndSevenDigitsOrTheLongestNumber)
+{
+    for (const double number : {0.1, 0.15, 0.5, 1.0, 499999.0, 500000.0, 999999.0}) {
+        EXPECT_EQ(NumberSize(number), 8U) << number;
+        EXPECT_EQ(NumberSize(-number), 9U) << -number;
+    }
+    for (const double number : {0.0, 0.09999, 1e6, 1e300, std::numeric_limits<double>::infinity()}) {
+        EXPECT_EQ(NumberSize(number), LongestNumber) << number;
+        EXPECT_EQ(NumberSize(-number), LongestNumber) << -number;
+    }
+}
+
+TEST(NumberTextTest, NumbersFitWhereTheLongestDoes)
+{
+    const std::string before(100, 'x');
+    const auto expectFits = [&](auto number) {
+        SqlBuffer text(before.size() + LongestNumber);
+        text.Append(before);
+        const OomInjector failing(0, FailureExtent::ForEver);
+        AppendNumber(text, number);
+        EXPECT_FALSE(failing.Fired()) << number;
+    };
+
+    expectFits(Integers::min());
+    expectFits(-1.5);
+    expectFits(-1.23457e+300);
+}
+
+// Numbers of common size are written without the standard library's conversion, which takes several times as long.
+bool TakesTheShortcut(double number)
+{
+    SixDigits found{};
+    return FindSixDigits(std::abs(number), found);
+}
+
+TEST(NumberTextTest, ShortcutServesNumbersWithoutAnExponentFromOneUp)
+{
+    for (const double number : {1.0, 1.5, 2.0, 9.0, 9.99999, 12.5, 499999.9, 500000.25, 999999.0, 999999.25}) {
+        EXPECT_TRUE(TakesTheShortcut(number)) << number;
+        EXPECT_TRUE(TakesTheShortcut(-number)) << -number;
+    }
+    for (const double power : {10.0, 100.0, 1000.0, 10000.0, 100000.0}) {
+        EXPECT_TRUE(TakesTheShortcut(power)) << power;
+        EXPECT_TRUE(TakesTheShortcut(std::nextafter(power, 0.0) / 2)) << power;
+    }
+}
+
+// 9.999999 becomes 10.0000, whose first digit has the next higher exponent.
+TEST(NumberTextTest, ShortcutLeavesTheRestToTheStandardLibrary)
+{
+    for (const double number :
+         {0.0, 0.5, 0.999, 9.999999, 99999.99, 999999.5, 1000000.0, 1e100, HUGE_VAL, std::nan("")}) {
+        EXPECT_FALSE(TakesTheShortcut(number)) << number;
+    }
+    for (const double half : {123456.5, 200000.5}) {
+        EXPECT_FALSE(TakesTheShortcut(half)) << half;
+        for (const double side : {-1.0, 1.0}) {
+            EXPECT_FALSE(TakesTheShortcut(half + side * 0.8e-9)) << half;
+            EXPECT_TRUE(TakesTheShortcut(half + side * 1.2e-9)) << half;
+        }
+    }
 }
 
 } // namespace

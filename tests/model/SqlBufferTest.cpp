@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "model/Strings.h"
 #include "support/NumberLocales.h"
 #include "support/OomInjector.h"
 
@@ -9,16 +10,21 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-TEST(SqlBufferTest, HoldsItsPiecesInOrder)
+using namespace std::string_literals;
+using namespace std::string_view_literals;
+
+TEST(SqlBufferTest, HasItsPiecesInOrderAndDropsTheTruncatedEnd)
 {
     SqlBuffer text(64);
 
     text.Append("INSERT");
     text.Append(' ');
-    text.Append(std::string_view("in\0to", 5));
+    text.Append("in\0to("sv);
+    EXPECT_EQ(text.Size(), 13U);
+    text.Truncate(12);
+    text.Append("1");
 
-    EXPECT_EQ(text.Size(), 12U);
-    EXPECT_EQ(text.Release(), std::string("INSERT in\0to", 12));
+    EXPECT_EQ(text.Release(), "INSERT in\0to1"s);
 }
 
 TEST(SqlBufferTest, GrowsBeyondItsExpectedSize)
@@ -27,10 +33,10 @@ TEST(SqlBufferTest, GrowsBeyondItsExpectedSize)
     std::string expected;
 
     for (int i = 0; i < 1000; ++i) {
-        text.Append(static_cast<char>('a' + i % 26));
+        const auto letter = static_cast<char>('a' + i % 26);
+        text.Append(letter);
         text.Append("piece");
-        expected += static_cast<char>('a' + i % 26);
-        expected += "piece";
+        expected += letter + "piece"s;
     }
 
     EXPECT_EQ(text.Release(), expected);
@@ -48,27 +54,13 @@ TEST(SqlBufferTest, GrowingTakesAboutTwiceAtMost)
     EXPECT_LE(largest.Size(), 2001U);
 }
 
-TEST(SqlBufferTest, KeepsWhatIsWrittenInItsRoom)
+TEST(SqlBufferTest, KeepsWhatIsWrittenInItsReservedBytes)
 {
     SqlBuffer text(0);
 
-    char* const end = text.Reserve(8);
-    end[0] = 'x';
-    end[1] = 'y';
-    text.SetEnd(end + 2);
+    text.SetEnd(std::copy_n("xyz", 2, text.Reserve(8)));
 
     EXPECT_EQ(text.Release(), "xy");
-}
-
-TEST(SqlBufferTest, TruncationDropsTheEnd)
-{
-    SqlBuffer text(16);
-    text.Append("UPDATE t SET=(");
-
-    text.Truncate(13);
-    text.Append("1");
-
-    EXPECT_EQ(text.Release(), "UPDATE t SET=1");
 }
 
 TEST(SqlBufferTest, KnowsWhetherNumbersNeedAStream)
@@ -78,6 +70,21 @@ TEST(SqlBufferTest, KnowsWhetherNumbersNeedAStream)
     const ScopedGlobalLocale locale;
 
     EXPECT_FALSE(SqlBuffer(0).HasPlainNumbers());
+}
+
+TEST(StringsTest, PiecesAreConcatenatedInOneAllocationOfTheirSize)
+{
+    const std::string part(100, 'x');
+    std::string text;
+    {
+        const OomInjector failing(1);
+        text = StrCat({part, "", "t\0wo"sv, part});
+        EXPECT_FALSE(failing.Fired());
+    }
+
+    EXPECT_EQ(text, part + "t\0wo"s + part);
+    EXPECT_EQ(text.capacity(), 204U);
+    EXPECT_EQ(StrCat({}), "");
 }
 
 } // namespace
