@@ -1,10 +1,17 @@
-#include <gmock/gmock.h>
+#include <sql/DatabaseApi.h>
 
+#include <chrono>
 #include <memory>
-#include <string>
-#include <vector>
+#include <sstream>
+#include <thread>
 
-#include "contention/ContendedFile.h"
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+
+#include "support/Cells.h"
+#include "support/ChildProcess.h"
+#include "support/DatabaseContent.h"
+#include "support/HasError.h"
 #include "support/RawSqlite.h"
 #include "support/SoakMode.h"
 
@@ -12,63 +19,157 @@ namespace Morvik::sql::tests {
 
 namespace {
 
+using testing::ElementsAre;
+
 constexpr std::size_t Writers = 3;
 constexpr std::size_t Readers = 2;
 
-// Several processes on one file: an operation that cannot be done returns an error, and every acknowledged entry is in
-// the file exactly once.
-class ContentionTest : public ContendedFile {
-protected:
-    /// Runs writers and readers at the same time and collects their output.
-    void Contend(const std::string& timeout)
-    {
-        const double seconds = Rounds(2, 60);
-        std::vector<std::unique_ptr<ChildProcess>> contenders;
-        for (std::size_t i = 0; i < Writers + Readers; ++i) {
-            const std::string role = i < Writers ? "writer" : "reader";
-            contenders.push_back(
-                std::make_unique<ChildProcess>(Contender(role, std::to_string(i + 1), seconds, timeout)));
-        }
-        for (std::size_t i = 0; i < contenders.size(); ++i) {
-            const ContenderReport report = Report(contenders[i]->Wait());
-            refusals += report.refusals;
-            if (i < Writers) {
-                EXPECT_FALSE(report.entries.empty()) << "writer " << i + 1 << " never came in";
-                writers.push_back(report);
-            } else {
-                EXPECT_GT(report.reads, 0) << "reader " << i + 1 << " never came in";
-            }
-        }
-    }
+/// The output of a worker.
+struct WorkerReport {
+    /// The numbers of the committed entries, in their order.
+    std::vector<int> entries;
 
-    std::vector<ContenderReport> writers;
-    int refusals = 0;
+    int reads = 0;
+    int rejections = 0;
 };
 
-TEST_F(ContentionTest, RefusedProcessesAreToldAndNoEntryIsLostOrDoubled)
-{
-    Contend("0");
+// Several processes on one file, which has a balance and no entries: an operation that cannot be done returns an error,
+// and every committed entry is in the file exactly once.
+class ContentionTest : public testing::Test {
+protected:
+    ContentionTest()
+    {
+        RawSqlite(path).Execute("CREATE TABLE entry (writer INTEGER, number INTEGER, amount INTEGER);"
+                                "CREATE TABLE balance (amount INTEGER); INSERT INTO balance VALUES (0)");
+    }
 
-    EXPECT_GT(refusals, 0) << "nobody was in anybody's way";
-    ExpectExactly(writers);
+    /// The command line of one worker; StressWorker.cpp lists its arguments.
+    std::vector<std::string> Worker(const std::string& role, const std::string& which, double seconds,
+                                    const std::string& timeout) const
+    {
+        return {TKOSQLLITE_STRESS_WORKER, role, path, which, std::to_string(seconds), timeout};
+    }
+
+    /// Parses the output of a worker. Fails the test if the worker did not end with 0.
+    static WorkerReport Report(const ChildResult& result)
+    {
+        EXPECT_EQ(result.status, 0) << "signal " << result.signal << ": " << result.err;
+        EXPECT_EQ(result.err, "");
+        WorkerReport report;
+        std::istringstream words(result.out);
+        for (std::string word; words >> word;) {
+            if (word == "entry") {
+                words >> report.entries.emplace_back();
+            } else if (word == "read") {
+                ++report.reads;
+            } else {
+                EXPECT_EQ(word, "busy");
+                ++report.rejections;
+            }
+        }
+        return report;
+    }
+
+    /// Runs writers and readers at the same time. Expects exactly the entries that the writers committed in the file,
+    /// and a balance that agrees with them. Returns how many operations were rejected.
+    int Contend(const std::string& timeout) const
+    {
+        const double seconds = Rounds(2, 60);
+        std::vector<std::unique_ptr<ChildProcess>> workers;
+        for (std::size_t i = 1; i <= Writers + Readers; ++i) {
+            const std::string role = i <= Writers ? "writer" : "reader";
+            workers.push_back(std::make_unique<ChildProcess>(Worker(role, std::to_string(i), seconds, timeout)));
+        }
+        int rejections = 0;
+        std::vector<std::vector<std::string>> written;
+        for (std::size_t i = 1; i <= workers.size(); ++i) {
+            const WorkerReport report = Report(workers[i - 1]->Wait());
+            rejections += report.rejections;
+            EXPECT_EQ(report.entries.empty(), i > Writers) << "worker " << i << " wrote nothing";
+            EXPECT_EQ(report.reads == 0, i <= Writers) << "worker " << i << " read nothing";
+            for (const int entry : report.entries) {
+                written.push_back({std::to_string(i), std::to_string(entry)});
+            }
+        }
+
+        RawSqlite raw(path);
+        EXPECT_EQ(raw.Value("PRAGMA integrity_check"), "'ok'");
+        EXPECT_EQ(raw.Rows("SELECT writer, number FROM entry ORDER BY writer, rowid"), written);
+        EXPECT_EQ(raw.Value("SELECT amount FROM balance"), raw.Value("SELECT sum(amount) FROM entry"));
+        return rejections;
+    }
+
+    const TemporaryDirectory directory;
+    const std::string path = directory.File("contended.db");
+};
+
+TEST_F(ContentionTest, RejectedOperationsAreReportedAndNoEntryIsLostOrDoubled)
+{
+    EXPECT_GT(Contend("0"), 0) << "no operation was rejected";
 }
 
-TEST_F(ContentionTest, ProcessesThatMayWaitAreNeverRefused)
+TEST_F(ContentionTest, ProcessesThatMayWaitAreNeverRejected)
 {
-    Contend("120000");
-
-    EXPECT_EQ(refusals, 0);
-    ExpectExactly(writers);
+    EXPECT_EQ(Contend("120000"), 0);
 }
 
-TEST_F(ContentionTest, ReadersBesideAWriteAheadLogSeeWholeChanges)
+TEST_F(ContentionTest, ReadersBesideAWriteAheadLogSeeCompleteChanges)
 {
     ASSERT_EQ(RawSqlite(path).Value("PRAGMA journal_mode = WAL"), "'wal'");
 
-    Contend("0");
+    EXPECT_GT(Contend("0"), 0) << "no operation was rejected";
+}
 
-    EXPECT_GT(refusals, 0) << "nobody was in anybody's way";
-    ExpectExactly(writers);
+class BusyTimeoutTest : public ContentionTest {
+protected:
+    BusyTimeoutTest() { EXPECT_TRUE(database.OpenDatabase(path, false)); }
+
+    bool WriteEntry() { return database.WriteTableValues("entry", entry); }
+
+    const DbTableDataWrite entry{{"writer", "number", "amount"}, {{{IntegerCell(1), IntegerCell(1), IntegerCell(0)}}}};
+    DatabaseApi database;
+};
+
+TEST_F(BusyTimeoutTest, WriterWaitsAsLongAsTheTimeoutSays)
+{
+    const std::string mark = directory.File("locked");
+    ChildProcess holder(Worker("holder", mark, 0.5, "0"));
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!std::filesystem::exists(mark) && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    ASSERT_TRUE(std::filesystem::exists(mark)) << "the file was never locked";
+
+    EXPECT_FALSE(WriteEntry());
+    EXPECT_THAT(database, HasError(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
+    ASSERT_TRUE(database.Execute("PRAGMA busy_timeout = 60000"));
+    EXPECT_TRUE(WriteEntry()) << database.GetLastErrorMsg();
+
+    EXPECT_THAT(Report(holder.Wait()).entries, ElementsAre(1));
+    EXPECT_THAT(RawSqlite(path).Rows("SELECT writer FROM entry ORDER BY rowid"),
+                ElementsAre(ElementsAre("0"), ElementsAre("1")))
+        << "the writer did not wait for the other program's commit";
+    EXPECT_EQ(RawSqlite(path).Value("PRAGMA integrity_check"), "'ok'");
+}
+
+TEST_F(BusyTimeoutTest, TimeoutThatIsTooShortEndsInTheSameError)
+{
+    DbTableData data;
+    ASSERT_TRUE(database.Execute("PRAGMA busy_timeout = 50"));
+    RawSqlite other(path);
+    other.Execute("BEGIN EXCLUSIVE");
+    const auto begin = std::chrono::steady_clock::now();
+
+    EXPECT_FALSE(WriteEntry());
+    EXPECT_THAT(database, HasError(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
+    EXPECT_FALSE(database.ReadTableValues("entry", data));
+    EXPECT_THAT(database, HasError(SQLITE_BUSY, sqlite3_errstr(SQLITE_BUSY)));
+
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2 * 50));
+    other.Execute("COMMIT");
+    EXPECT_TRUE(WriteEntry());
+    EXPECT_TRUE(database.CloseDatabase());
+    EXPECT_EQ(ContentOf(path), (DatabaseContent{{"balance", {{"0"}}}, {"entry", {{"1", "1", "0"}}}}));
 }
 
 } // namespace

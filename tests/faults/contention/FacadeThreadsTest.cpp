@@ -1,12 +1,12 @@
 #include <sql/DatabaseApi.h>
 
-#include <gmock/gmock.h>
-
 #include <array>
 #include <atomic>
-#include <string>
+#include <functional>
 #include <thread>
-#include <vector>
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include "support/Cells.h"
 #include "support/FacadeOperations.h"
@@ -23,9 +23,9 @@ namespace {
 
 constexpr std::size_t Threads = 2;
 
-/// Runs `work(number)` on every thread at once. Returns what went wrong on each thread, empty for nothing.
+/// Runs `work(number)`, which returns what went wrong, on every thread at once, and expects no failure.
 template <typename Work>
-std::array<std::string, Threads> OnThreads(Work work)
+void ExpectNoFailureOnThreads(Work work)
 {
     std::array<std::string, Threads> failures;
     std::atomic<std::size_t> ready = 0;
@@ -38,10 +38,10 @@ std::array<std::string, Threads> OnThreads(Work work)
             failures.at(number) = work(number);
         });
     }
-    for (std::thread& thread : threads) {
-        thread.join();
+    for (std::size_t number = 0; number < Threads; ++number) {
+        threads[number].join();
+        EXPECT_EQ(failures.at(number), "") << "on thread " << number;
     }
-    return failures;
 }
 
 /// Creates, fills, changes, reads, walks and drops a table, and makes some operations fail. Returns what went wrong.
@@ -50,45 +50,40 @@ std::string UseEveryOperation(DatabaseApi& database, int round)
     int result = -1;
     DbTableData data;
     DbTableRowValues row;
-    const auto failure = [&](const char* operation) {
-        return std::string(operation) + ": " + std::to_string(database.GetLastError()) + " " +
-               database.GetLastErrorMsg();
-    };
     const DbTableDefinition definition{
         "log", {{"number", DbTableColumnType::Integer, 0, PrimaryKey}, {"text", DbTableColumnType::Text}}, {}};
     const DbTableDataWrite rows{{}, {{{IntegerCell(1), TextCell("it's")}}, {{IntegerCell(2), TextCell("two")}}}};
-    if (!database.CreateTable(definition) || !database.WriteTableValues("log", rows)) {
-        return failure("make");
-    }
-    if (!database.UpdateTableValues("log", {{"text"}, {{{RealCell(round + 0.5)}}}}, "WHERE number=2")) {
-        return failure("update");
-    }
-    if (database.WriteTableValues("log", rows) || database.GetLastError() != 19) {
-        return failure("write twice");
-    }
-    if (database.ReadTableValues("absent", data) || database.GetLastError() != 1) {
-        return failure("read what is absent");
-    }
-    if (!database.ReadTableValues("log", data) || data.rows.size() != 2) {
-        return failure("read");
-    }
-    if (!database.SqlQueryBegin("SELECT text FROM log ORDER BY number DESC") || !database.ReadNextRow(row) ||
-        !database.CloseReadTable() || ValueText(row.cells.at(0)) != "string(" + std::to_string(round) + ".5)") {
-        return failure("walk");
-    }
-    if (database.ExistData("log", "WHERE number>1", result) != 1 || !database.ExistsTable("LOG", result)) {
-        return failure("test");
-    }
-    {
-        SqlCommand command = database.PrepareStatement("INSERT INTO log VALUES (?, ?)");
-        if (!command.BindInt64(1, 3) || !command.BindText(2, "three") || !command.Step()) {
-            return failure("bind");
+    const DbTableDataWrite update{{"text"}, {{{RealCell(round + 0.5)}}}};
+    const std::string updated = "string(" + std::to_string(round) + ".5)";
+    const auto failsWith = [&](int code, bool succeeded) { return !succeeded && database.GetLastError() == code; };
+    const auto bind = [](SqlCommand command) {
+        return command.BindInt64(1, 3) && command.BindText(2, "three") && command.Step();
+    };
+
+    const std::pair<const char*, std::function<bool()>> operations[] = {
+        {"create", [&] { return database.CreateTable(definition); }},
+        {"write", [&] { return database.WriteTableValues("log", rows); }},
+        {"update", [&] { return database.UpdateTableValues("log", update, "WHERE number=2"); }},
+        {"write twice", [&] { return failsWith(SQLITE_CONSTRAINT, database.WriteTableValues("log", rows)); }},
+        {"read what is absent", [&] { return failsWith(SQLITE_ERROR, database.ReadTableValues("absent", data)); }},
+        {"read", [&] { return database.ReadTableValues("log", data) && data.rows.size() == 2; }},
+        {"begin", [&] { return database.SqlQueryBegin("SELECT text FROM log ORDER BY number DESC"); }},
+        {"walk", [&] { return database.ReadNextRow(row) && ValueText(row.cells.at(0)) == updated; }},
+        {"end", [&] { return database.CloseReadTable(); }},
+        {"count", [&] { return database.ExistData("log", "WHERE number>1", result) == 1; }},
+        {"test", [&] { return database.ExistsTable("LOG", result); }},
+        {"bind", [&] { return bind(database.PrepareStatement("INSERT INTO log VALUES (?, ?)")); }},
+        {"rename", [&] { return database.AlterTable("log", "old"); }},
+        {"drop", [&] { return database.DropTable("old") && !database.ExistsTable("old", result); }},
+        {"run nothing", [&] { return failsWith(112, database.Execute("")); }},
+    };
+    for (const auto& [name, succeeds] : operations) {
+        if (!succeeds()) {
+            return std::string(name) + ": " + std::to_string(database.GetLastError()) + " " +
+                   database.GetLastErrorMsg();
         }
     }
-    if (!database.AlterTable("log", "old") || !database.DropTable("old") || database.ExistsTable("old", result)) {
-        return failure("drop");
-    }
-    return database.Execute("") ? "an empty command ran" : "";
+    return "";
 }
 
 TEST(FacadeThreadsTest, FacadesOfTwoThreadsDoEverythingAtOnce)
@@ -96,7 +91,7 @@ TEST(FacadeThreadsTest, FacadesOfTwoThreadsDoEverythingAtOnce)
     const TemporaryDirectory directory;
     const int rounds = Rounds(30, 1000);
 
-    const auto failures = OnThreads([&](std::size_t number) {
+    ExpectNoFailureOnThreads([&](std::size_t number) {
         std::string failure;
         for (int round = 0; round < rounds && failure.empty(); ++round) {
             DatabaseApi database;
@@ -108,19 +103,16 @@ TEST(FacadeThreadsTest, FacadesOfTwoThreadsDoEverythingAtOnce)
         }
         return failure;
     });
-
-    for (const std::string& failure : failures) {
-        EXPECT_EQ(failure, "");
-    }
 }
 
 TEST(FacadeThreadsTest, ChosenOperationsOfTwoThreadsAnswerAsRawSqlite)
 {
     for (const std::uint64_t seed : TestSeeds()) {
+        SCOPED_TRACE(Describe(seed));
         const TemporaryDirectory directory;
         const int operations = Rounds(1500, 50000);
 
-        const auto failures = OnThreads([&](std::size_t number) {
+        ExpectNoFailureOnThreads([&](std::size_t number) {
             FuzzInput choices(seed + number);
             FacadeOperations facade(directory.Path() / std::to_string(number),
                                     FacadeOperations::GlobalLocale::Unchanged);
@@ -130,10 +122,6 @@ TEST(FacadeThreadsTest, ChosenOperationsOfTwoThreadsAnswerAsRawSqlite)
             }
             return difference.empty() ? facade.CompareFiles() : difference;
         });
-
-        for (const std::string& failure : failures) {
-            EXPECT_EQ(failure, "") << Describe(seed);
-        }
     }
 }
 

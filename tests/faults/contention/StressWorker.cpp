@@ -1,0 +1,215 @@
+#include <sql/DatabaseApi.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+#include <thread>
+
+#include <sqlite3.h>
+
+// One of several processes that use one database file at the same time:
+//
+//   writer FILE NUMBER SECONDS TIMEOUT     adds entries until the time is over
+//   reader FILE NUMBER SECONDS TIMEOUT     reads the balance and the entries until then
+//   holder FILE MARK SECONDS TIMEOUT       locks the file, makes the directory MARK, later adds an entry
+//
+// A writer or reader that has not succeeded even once continues until it does: SQLite does not promise fair turns.
+// TIMEOUT is SQLite's busy timeout in milliseconds. The program prints "entry N" for every committed entry, "read" for
+// every read, and "busy" for every operation that fails with SQLite's busy code and the text for that code; any other
+// failure ends the program with status 1.
+
+namespace {
+
+using namespace Morvik::sql;
+using std::chrono::steady_clock;
+
+constexpr int AmountOfOneEntry = 3;
+
+void ThrowUnless(bool holds, const std::string& failure)
+{
+    if (!holds) {
+        throw std::runtime_error(failure);
+    }
+}
+
+void Pause()
+{
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+}
+
+DbTableColumnValue Integer(int value)
+{
+    return {DbTableColumnType::Integer, 0, value};
+}
+
+class StressWorker {
+public:
+    StressWorker(const std::string& path, int number, const std::string& timeout)
+        : m_number(number), m_waits(timeout != "0")
+    {
+        // The power does not fail in this test, and workers that do not wait for the disk compete more often. The
+        // statement also reads the file.
+        Require(m_database.OpenDatabase(path, false) &&
+                m_database.Execute("PRAGMA busy_timeout = 60000; PRAGMA synchronous = OFF; PRAGMA busy_timeout = " +
+                                   timeout));
+    }
+
+    void AddEntries(steady_clock::time_point end)
+    {
+        bool succeeded = false;
+        for (int entry = 1; steady_clock::now() < end || !succeeded; ++entry, Pause()) {
+            if (entry % 2 == 0 ? DoneOrBusy(Insert(entry, 0)) : AddToBalance(entry)) {
+                succeeded = true;
+                std::cout << "entry " << entry << '\n';
+            }
+        }
+    }
+
+    void Read(steady_clock::time_point end)
+    {
+        bool succeeded = false;
+        for (int entriesBefore = 0; steady_clock::now() < end || !succeeded; Pause()) {
+            int entries = 0;
+            if (DoneOrBusy(ReadTotals(entries)) && DoneOrBusy(WalkEntries(entries))) {
+                succeeded = true;
+                ThrowUnless(entries >= entriesBefore, "an entry is gone");
+                entriesBefore = entries;
+                std::cout << "read\n";
+            } else {
+                m_database.CloseReadTable(); // returns the code of the failed step again
+            }
+        }
+    }
+
+    void Hold(const std::string& mark, std::chrono::milliseconds duration)
+    {
+        Require(m_database.Execute("BEGIN EXCLUSIVE"));
+        std::filesystem::create_directory(mark);
+        std::this_thread::sleep_for(duration);
+        Require(Insert(1, 0) && m_database.Execute("COMMIT"));
+        std::cout << "entry 1\n";
+    }
+
+private:
+    void Require(bool succeeded)
+    {
+        ThrowUnless(succeeded, std::to_string(m_database.GetLastError()) + " " + m_database.GetLastErrorMsg());
+    }
+
+    // Returns whether an operation succeeded. If it failed, the code must be SQLite's busy code.
+    bool DoneOrBusy(bool succeeded)
+    {
+        if (!succeeded) {
+            Require(m_database.GetLastError() == SQLITE_BUSY &&
+                    m_database.GetLastErrorMsg() == sqlite3_errstr(SQLITE_BUSY));
+            std::cout << "busy\n";
+        }
+        return succeeded;
+    }
+
+    bool Insert(int entry, int amount)
+    {
+        const DbTableRowValues row{{Integer(m_number), Integer(entry), Integer(amount)}};
+        return m_database.WriteTableValues("entry", {{"writer", "number", "amount"}, {row}});
+    }
+
+    // Reads the balance, adds to it and writes it back: another writer's change between the two would be lost.
+    bool AddToBalance(int entry)
+    {
+        // SQLite returns at once where waiting would be a deadlock: when a connection that holds a read lock wants to
+        // write.
+        const bool reserved = m_waits || entry % 4 == 1;
+        if (!DoneOrBusy(m_database.Execute(reserved ? "BEGIN IMMEDIATE" : "BEGIN"))) {
+            return false;
+        }
+        DbTableData data;
+        if (DoneOrBusy(m_database.ReadTableValues("balance", data)) && DoneOrBusy(m_database.CloseReadTable())) {
+            const int balance = std::get<int>(data.rows.at(0).cells.at(0).value) + AmountOfOneEntry;
+            if (DoneOrBusy(Insert(entry, AmountOfOneEntry)) &&
+                DoneOrBusy(m_database.UpdateTableValues("balance", {{"amount"}, {{{Integer(balance)}}}}, "")) &&
+                Commit()) {
+                return true;
+            }
+        }
+        m_database.CloseReadTable();
+        Require(m_database.Execute("ROLLBACK"));
+        return false;
+    }
+
+    // A rejected commit leaves the transaction open, so the commit can be repeated.
+    bool Commit()
+    {
+        constexpr int Attempts = 3;
+        for (int attempt = 0; attempt < Attempts; ++attempt, Pause()) {
+            if (DoneOrBusy(m_database.Execute("COMMIT"))) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    bool ReadTotals(int& entries)
+    {
+        DbTableData data;
+        if (!m_database.ReadValues("SELECT count(*), coalesce(sum(amount), 0), (SELECT amount FROM balance) FROM entry",
+                                   data)) {
+            return false;
+        }
+        const std::vector<DbTableColumnValue>& totals = data.rows.at(0).cells;
+        ThrowUnless(totals.at(1).value == totals.at(2).value, "half of a change was read");
+        entries = std::get<int>(totals.at(0).value);
+        return true;
+    }
+
+    bool WalkEntries(int atLeast)
+    {
+        if (!m_database.SqlQueryBegin("SELECT amount FROM entry")) {
+            return false;
+        }
+        int rows = 0;
+        for (const DbTableRowValues& row : m_database) {
+            ThrowUnless(row.cells.size() == 1, "a row is incomplete");
+            ++rows;
+        }
+        if (m_database.Failed()) {
+            return false;
+        }
+        ThrowUnless(rows >= atLeast, "a walk left an entry out");
+        return m_database.CloseReadTable();
+    }
+
+    int m_number;
+    bool m_waits;
+    DatabaseApi m_database;
+};
+
+void Work(const std::string& role, const std::string& path, const std::string& which, double seconds,
+          const std::string& timeout)
+{
+    const auto duration = std::chrono::milliseconds(static_cast<int>(seconds * 1000));
+    const auto end = steady_clock::now() + duration;
+    StressWorker worker(path, role == "holder" ? 0 : std::stoi(which), timeout);
+    if (role == "holder") {
+        worker.Hold(which, duration);
+    } else if (role == "writer") {
+        worker.AddEntries(end);
+    } else {
+        worker.Read(end);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        ThrowUnless(argc == 6, "ROLE FILE NUMBER SECONDS TIMEOUT");
+        Work(argv[1], argv[2], argv[3], std::stod(argv[4]), argv[5]);
+        return EXIT_SUCCESS;
+    } catch (const std::exception& failure) {
+        std::cerr << failure.what() << '\n';
+        return EXIT_FAILURE;
+    }
+}
