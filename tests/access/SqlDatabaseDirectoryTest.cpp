@@ -13,7 +13,6 @@
 #include "support/OomInjector.h"
 #include "support/OpenConnection.h"
 #include "support/ScopedPermissions.h"
-#include "support/ScopedWorkingDirectory.h"
 
 namespace Morvik::sql::tests {
 

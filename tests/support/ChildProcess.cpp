@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
@@ -16,35 +17,12 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-class FileActions {
-public:
-    FileActions() { Check(posix_spawn_file_actions_init(&m_actions)); }
-    ~FileActions() { posix_spawn_file_actions_destroy(&m_actions); }
-    FileActions(const FileActions&) = delete;
-    FileActions& operator=(const FileActions&) = delete;
-
-    void Open(int descriptor, const std::string& path, int flags)
-    {
-        Check(posix_spawn_file_actions_addopen(&m_actions, descriptor, path.c_str(), flags, 0600));
+void ThrowOnError(int error, const std::string& what)
+{
+    if (error != 0) {
+        throw std::system_error(error, std::generic_category(), what);
     }
-
-    void ChangeDirectory(const std::string& path)
-    {
-        Check(posix_spawn_file_actions_addchdir_np(&m_actions, path.c_str()));
-    }
-
-    const posix_spawn_file_actions_t* Get() const { return &m_actions; }
-
-private:
-    static void Check(int error)
-    {
-        if (error != 0) {
-            throw std::system_error(error, std::generic_category(), "posix_spawn_file_actions");
-        }
-    }
-
-    posix_spawn_file_actions_t m_actions{};
-};
+}
 
 } // namespace
 
@@ -60,18 +38,22 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Sett
     std::ofstream(m_files.File("out")).close();
     std::ofstream(m_files.File("err")).close();
 
-    FileActions actions;
-    actions.Open(STDIN_FILENO, "/dev/null", O_RDONLY);
-    actions.Open(STDOUT_FILENO, settings.output.empty() ? m_files.File("out") : settings.output, O_WRONLY | O_CREAT);
-    actions.Open(STDERR_FILENO, m_files.File("err"), O_WRONLY | O_CREAT);
+    posix_spawn_file_actions_t actions{};
+    ThrowOnError(posix_spawn_file_actions_init(&actions), "posix_spawn_file_actions_init");
+    const auto destroy = [](posix_spawn_file_actions_t* owned) { posix_spawn_file_actions_destroy(owned); };
+    const std::unique_ptr<posix_spawn_file_actions_t, decltype(destroy)> owner(&actions, destroy);
+    const auto open = [&](int descriptor, const std::string& path, int flags) {
+        ThrowOnError(posix_spawn_file_actions_addopen(&actions, descriptor, path.c_str(), flags, 0600), path);
+    };
+    open(STDIN_FILENO, "/dev/null", O_RDONLY);
+    open(STDOUT_FILENO, settings.output.empty() ? m_files.File("out") : settings.output, O_WRONLY | O_CREAT);
+    open(STDERR_FILENO, m_files.File("err"), O_WRONLY | O_CREAT);
     if (!settings.directory.empty()) {
-        actions.ChangeDirectory(settings.directory);
+        ThrowOnError(posix_spawn_file_actions_addchdir_np(&actions, settings.directory.c_str()), settings.directory);
     }
-    const int error = posix_spawnp(&m_id, pointers.front(), actions.Get(), nullptr, pointers.data(), environ);
-    if (error != 0) {
-        m_id = -1;
-        throw std::system_error(error, std::generic_category(), arguments.front());
-    }
+    pid_t id = -1;
+    ThrowOnError(posix_spawnp(&id, pointers.front(), &actions, nullptr, pointers.data(), environ), arguments.front());
+    m_id = id;
 }
 
 ChildProcess::~ChildProcess()
@@ -84,9 +66,7 @@ ChildProcess::~ChildProcess()
 
 void ChildProcess::Signal(int signal)
 {
-    if (kill(m_id, signal) != 0) {
-        throw std::system_error(errno, std::generic_category(), "kill");
-    }
+    ThrowOnError(kill(m_id, signal) == 0 ? 0 : errno, "kill");
 }
 
 ChildResult ChildProcess::Wait()
@@ -96,9 +76,7 @@ ChildResult ChildProcess::Wait()
     do {
         ended = waitpid(m_id, &ending, 0);
     } while (ended < 0 && errno == EINTR);
-    if (ended < 0) {
-        throw std::system_error(errno, std::generic_category(), "waitpid");
-    }
+    ThrowOnError(ended < 0 ? errno : 0, "waitpid");
     m_id = -1;
 
     ChildResult result;
@@ -110,16 +88,6 @@ ChildResult ChildProcess::Wait()
     result.err = FileContent(m_files.File("err"));
     result.out = FileContent(m_files.File("out"));
     return result;
-}
-
-ChildResult RunChild(const std::vector<std::string>& arguments)
-{
-    return ChildProcess(arguments).Wait();
-}
-
-ChildResult RunChild(const std::vector<std::string>& arguments, const ChildProcess::Settings& settings)
-{
-    return ChildProcess(arguments, settings).Wait();
 }
 
 std::string FileContent(const std::string& path)

@@ -21,21 +21,22 @@ struct ChildResult {
     std::string err;
 };
 
+struct ChildSettings {
+    /// The child's working directory; empty for that of the test.
+    std::string directory{};
+
+    /// The file for its standard output; empty to keep the output for the result.
+    std::string output{};
+};
+
 /// A program that runs in parallel with the test; its standard input is empty. Errors in starting it or waiting for it
 /// throw std::runtime_error. If the child still runs when the object is destroyed, it is killed.
 class ChildProcess {
 public:
-    struct Settings {
-        /// The child's working directory; empty for that of the test.
-        std::string directory{};
-
-        /// The file for its standard output; empty to keep the output for the result.
-        std::string output{};
-    };
+    using Settings = ChildSettings;
 
     /// Starts `arguments`, the first of which is the program, looked up in PATH if it is a bare name.
-    explicit ChildProcess(const std::vector<std::string>& arguments) : ChildProcess(arguments, Settings()) {}
-    ChildProcess(const std::vector<std::string>& arguments, const Settings& settings);
+    explicit ChildProcess(const std::vector<std::string>& arguments, const Settings& settings = {});
     ~ChildProcess();
 
     ChildProcess(const ChildProcess&) = delete;
@@ -53,8 +54,10 @@ private:
 };
 
 /// Runs a program to its end.
-ChildResult RunChild(const std::vector<std::string>& arguments);
-ChildResult RunChild(const std::vector<std::string>& arguments, const ChildProcess::Settings& settings);
+inline ChildResult RunChild(const std::vector<std::string>& arguments, const ChildProcess::Settings& settings = {})
+{
+    return ChildProcess(arguments, settings).Wait();
+}
 
 /// The content of a file; throws std::runtime_error if it cannot be read.
 std::string FileContent(const std::string& path);

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <map>
-#include <string>
-#include <vector>
+#include <stdexcept>
+
+#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
@@ -12,9 +13,35 @@ using DatabaseContent = std::map<std::string, std::vector<std::vector<std::strin
 
 /// Opens a database file with raw SQLite, as any program would after a fault, and reads all tables. Throws
 /// std::runtime_error when the file cannot be read or SQLite's integrity check finds an error.
-DatabaseContent ContentOf(const std::string& path);
+inline DatabaseContent ContentOf(const std::string& path)
+{
+    RawSqlite raw(path);
+    if (const std::string finding = raw.Value("PRAGMA integrity_check"); finding != "'ok'") {
+        throw std::runtime_error("damaged: " + finding);
+    }
+    DatabaseContent content;
+    for (const auto& row : raw.Rows("SELECT name FROM sqlite_master WHERE type = 'table'")) {
+        const std::string name = row.front().substr(1, row.front().size() - 2);
+        content[name] = raw.Rows("SELECT * FROM \"" + name + "\" ORDER BY 1");
+    }
+    return content;
+}
 
 /// The content as one text.
-std::string Described(const DatabaseContent& content);
+inline std::string Described(const DatabaseContent& content)
+{
+    std::string text;
+    for (const auto& [table, rows] : content) {
+        text += table + ":\n";
+        for (const auto& row : rows) {
+            for (const std::string& value : row) {
+                const std::string left = "... of " + std::to_string(value.size());
+                text += ' ' + (value.size() > 20 ? value.substr(0, 20) + left : value);
+            }
+            text += '\n';
+        }
+    }
+    return text;
+}
 
 } // namespace Morvik::sql::tests

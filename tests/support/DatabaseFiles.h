@@ -1,7 +1,10 @@
 #pragma once
 
+#include <filesystem>
+#include <fstream>
 #include <map>
-#include <string>
+
+#include "support/ChildProcess.h"
 
 namespace Morvik::sql::tests {
 
@@ -12,15 +15,34 @@ public:
     /// No files.
     DatabaseFiles() = default;
 
-    explicit DatabaseFiles(const std::string& path);
+    explicit DatabaseFiles(const std::string& path)
+    {
+        for (const char* ending : Endings) {
+            if (std::filesystem::exists(path + ending)) {
+                contents[ending] = FileContent(path + ending);
+            }
+        }
+    }
 
     /// Restores the files at `path`, and deletes those that the copy does not have.
-    void PutBack(const std::string& path) const;
+    void PutBack(const std::string& path) const
+    {
+        std::filesystem::remove(path + "-shm"); // an index, which SQLite creates again
+        for (const char* ending : Endings) {
+            std::filesystem::remove(path + ending);
+        }
+        for (const auto& [ending, content] : contents) {
+            std::ofstream(path + ending, std::ios::binary) << content;
+        }
+    }
 
     bool operator==(const DatabaseFiles&) const = default;
 
-    /// The content of each file, by the suffix of its name: "", "-journal", "-wal".
+    /// The content of each file, by the suffix of its name.
     std::map<std::string, std::string> contents{};
+
+private:
+    static constexpr const char* Endings[] = {"", "-journal", "-wal"};
 };
 
 } // namespace Morvik::sql::tests

@@ -3,15 +3,21 @@
 #include <sqlite3.h>
 
 #include <stdexcept>
+#include <string_view>
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-std::runtime_error Failure(int code, sqlite3* handle, const std::string& what)
+// The result `code` of a call, with the connection's message if the call failed.
+RawFailure ResultOf(int code, sqlite3* handle)
 {
-    return std::runtime_error("plain SQLite: code " + std::to_string(code) + ", " + sqlite3_errmsg(handle) + ": " +
-                              what);
+    return {code, code != SQLITE_OK ? sqlite3_errmsg(handle) : ""};
+}
+
+std::runtime_error Error(int code, sqlite3* handle, const std::string& what)
+{
+    return std::runtime_error("raw SQLite: code " + std::to_string(code) + ", " + sqlite3_errmsg(handle) + ": " + what);
 }
 
 std::string Hex(const unsigned char* bytes, int count)
@@ -27,28 +33,24 @@ std::string Hex(const unsigned char* bytes, int count)
 
 std::string Quoted(sqlite3_stmt* statement, int column)
 {
-    switch (sqlite3_column_type(statement, column)) {
-    case SQLITE_NULL:
+    const int type = sqlite3_column_type(statement, column);
+    if (type == SQLITE_NULL) {
         return "NULL";
-    case SQLITE_BLOB: {
+    }
+    if (type == SQLITE_BLOB) {
         const int count = sqlite3_column_bytes(statement, column);
         return Hex(static_cast<const unsigned char*>(sqlite3_column_blob(statement, column)), count);
     }
-    case SQLITE_TEXT: {
-        const int count = sqlite3_column_bytes(statement, column);
-        std::string text = "'";
-        for (const char c : std::string(reinterpret_cast<const char*>(sqlite3_column_text(statement, column)),
-                                        static_cast<std::size_t>(count))) {
-            text += c;
-            if (c == '\'') {
-                text += c;
-            }
-        }
-        return text + "'";
+    const auto* const characters = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+    const std::string_view text(characters, static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
+    if (type != SQLITE_TEXT) {
+        return std::string(text);
     }
-    default:
-        return reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+    std::string quoted = "'";
+    for (const char c : text) {
+        quoted.append(c == '\'' ? 2 : 1, c);
     }
+    return quoted + "'";
 }
 
 } // namespace
@@ -57,7 +59,7 @@ RawSqlite::RawSqlite(const std::string& path)
 {
     const int code = sqlite3_open(path.c_str(), &m_handle);
     if (code != SQLITE_OK) {
-        const std::runtime_error failure = Failure(code, m_handle, path);
+        const std::runtime_error failure = Error(code, m_handle, path);
         sqlite3_close(m_handle);
         throw failure;
     }
@@ -72,7 +74,7 @@ void RawSqlite::Execute(const std::string& sql)
 {
     const int code = sqlite3_exec(m_handle, sql.c_str(), nullptr, nullptr, nullptr);
     if (code != SQLITE_OK) {
-        throw Failure(code, m_handle, sql);
+        throw Error(code, m_handle, sql);
     }
 }
 
@@ -91,7 +93,7 @@ std::vector<std::vector<std::string>> RawSqlite::Rows(const std::string& sql)
     }
     sqlite3_finalize(statement);
     if (code != SQLITE_DONE) {
-        throw Failure(code, m_handle, sql);
+        throw Error(code, m_handle, sql);
     }
     return rows;
 }
@@ -104,9 +106,8 @@ std::string RawSqlite::Value(const std::string& sql)
 RawFailure FailureOfOpen(const std::string& path, int flags)
 {
     sqlite3* handle = nullptr;
-    RawFailure failure;
-    failure.code = sqlite3_open_v2(path.c_str(), &handle, flags, nullptr);
-    failure.message = failure.code != SQLITE_OK ? sqlite3_errmsg(handle) : "";
+    const int code = sqlite3_open_v2(path.c_str(), &handle, flags, nullptr);
+    RawFailure failure = ResultOf(code, handle);
     sqlite3_close(handle);
     return failure;
 }
@@ -114,9 +115,8 @@ RawFailure FailureOfOpen(const std::string& path, int flags)
 RawFailure FailureOfExec(sqlite3* handle, const std::string& sql)
 {
     char* text = nullptr;
-    RawFailure failure;
-    failure.code = sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, &text);
-    failure.message = text != nullptr ? text : "";
+    const int code = sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, &text);
+    RawFailure failure{code, text != nullptr ? text : ""};
     sqlite3_free(text);
     return failure;
 }
@@ -124,21 +124,18 @@ RawFailure FailureOfExec(sqlite3* handle, const std::string& sql)
 RawFailure FailureOfPrepare(sqlite3* handle, const std::string& sql)
 {
     sqlite3_stmt* statement = nullptr;
-    RawFailure failure;
-    failure.code = sqlite3_prepare(handle, sql.c_str(), -1, &statement, nullptr);
-    failure.message = failure.code != SQLITE_OK ? sqlite3_errmsg(handle) : "";
+    const int code = sqlite3_prepare(handle, sql.c_str(), -1, &statement, nullptr);
+    RawFailure failure = ResultOf(code, handle);
     sqlite3_finalize(statement);
     return failure;
 }
 
 RawFailure FailureOfCloseWithAStatement()
 {
-    RawSqlite plain(":memory:");
+    RawSqlite raw(":memory:");
     sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v2(plain.Handle(), "SELECT 1", -1, &statement, nullptr);
-    RawFailure failure;
-    failure.code = sqlite3_close(plain.Handle());
-    failure.message = sqlite3_errmsg(plain.Handle());
+    sqlite3_prepare_v2(raw.Handle(), "SELECT 1", -1, &statement, nullptr);
+    RawFailure failure = ResultOf(sqlite3_close(raw.Handle()), raw.Handle());
     sqlite3_finalize(statement);
     return failure;
 }
@@ -148,15 +145,14 @@ PlainWalk LegacyWalk(sqlite3* handle, const std::string& sql)
     sqlite3_stmt* statement = nullptr;
     const int prepared = sqlite3_prepare(handle, sql.c_str(), -1, &statement, nullptr);
     if (prepared != SQLITE_OK) {
-        throw Failure(prepared, handle, sql);
+        throw Error(prepared, handle, sql);
     }
     PlainWalk walk;
     while ((walk.step.code = sqlite3_step(statement)) == SQLITE_ROW) {
         ++walk.rows;
     }
     walk.step.message = walk.step.code != SQLITE_DONE ? sqlite3_errmsg(handle) : "";
-    walk.finalize.code = sqlite3_finalize(statement);
-    walk.finalize.message = walk.finalize.code != SQLITE_OK ? sqlite3_errmsg(handle) : "";
+    walk.finalize = ResultOf(sqlite3_finalize(statement), handle);
     return walk;
 }
 

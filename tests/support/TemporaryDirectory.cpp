@@ -20,4 +20,15 @@ TemporaryDirectory::~TemporaryDirectory()
     std::filesystem::remove_all(m_path, ignored);
 }
 
+ScopedWorkingDirectory::ScopedWorkingDirectory(const std::filesystem::path& path)
+{
+    std::filesystem::current_path(path);
+}
+
+ScopedWorkingDirectory::~ScopedWorkingDirectory()
+{
+    std::error_code ignored;
+    std::filesystem::current_path(m_previous, ignored);
+}
+
 } // namespace Morvik::sql::tests

@@ -10,7 +10,6 @@ class TemporaryDirectory {
 public:
     TemporaryDirectory();
     ~TemporaryDirectory();
-
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
@@ -21,6 +20,19 @@ public:
 
 private:
     std::filesystem::path m_path;
+};
+
+/// Makes a directory the working directory during the lifetime of the object, for tests that need a file name without a
+/// directory.
+class ScopedWorkingDirectory {
+public:
+    explicit ScopedWorkingDirectory(const std::filesystem::path& path);
+    ~ScopedWorkingDirectory();
+    ScopedWorkingDirectory(const ScopedWorkingDirectory&) = delete;
+    ScopedWorkingDirectory& operator=(const ScopedWorkingDirectory&) = delete;
+
+private:
+    const std::filesystem::path m_previous = std::filesystem::current_path();
 };
 
 } // namespace Morvik::sql::tests
