@@ -15,7 +15,7 @@ using testing::IsEmpty;
 
 class SqlCommandPrepareTest : public ConnectedCommand {};
 
-TEST_F(SqlCommandPrepareTest, ByteCountIsTheViewsSizeUnlessItEndsInAZeroByte)
+TEST_F(SqlCommandPrepareTest, ViewEndingInAZeroByteHasNoByteCount)
 {
     const std::pair<std::string_view, const char*> calls[] = {
         {"SELECT 12"sv, "sqlite3_prepare_v2(handle, SELECT 12, 9)"},

@@ -134,7 +134,7 @@ TEST_F(SqlCommandStepTest, ResetAfterAFailedStepReportsItAgainBesideItsMessage)
     EXPECT_THAT(command, HasError(0, message));
 }
 
-TEST_F(SqlCommandStepTest, FinalizeAfterAFailedStepReportsItAgainAndReleasesTheStatement)
+TEST_F(SqlCommandStepTest, FinalizeAfterAFailedStepReportsItAgain)
 {
     const std::string message = PrepareFailingStep();
     command.Step();

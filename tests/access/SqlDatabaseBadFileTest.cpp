@@ -103,7 +103,7 @@ TEST_F(SqlDatabaseBadFileTest, DirectoryIsNoDatabase)
     EXPECT_TRUE(fs::is_empty(path));
 }
 
-TEST_F(SqlDatabaseBadFileTest, PathThatEndsInASeparatorCreatesTheDirectoryAndNoFile)
+TEST_F(SqlDatabaseBadFileTest, PathEndingInASeparatorCreatesOnlyTheDirectory)
 {
     ExpectCannotOpen(path + "/", false);
 

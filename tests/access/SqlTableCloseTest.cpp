@@ -41,7 +41,7 @@ TEST_F(SqlTableCloseTest, ReleasesTheQuery)
 }
 
 // A null message cannot become a string. That exception represents any exception thrown while the message is stored.
-TEST_F(SqlTableCloseTest, ExceptionWhileTheMessageIsStoredIsDroppedAndLeavesTheCode)
+TEST_F(SqlTableCloseTest, ExceptionWhileClosingLeavesTheCode)
 {
     const auto close = [&] { EXPECT_FALSE(table->Close()); };
     const auto open = [&] { EXPECT_FALSE(table->Open("SELECT 7")); };

@@ -62,7 +62,7 @@ TEST_F(SqlTableColumnTest, NumbersKeepTheirWidth)
     EXPECT_EQ(table.GetInt64(6), 12);
 }
 
-TEST_F(SqlTableColumnTest, TextEndsAtItsFirstZeroByteAndTheLengthDoesNot)
+TEST_F(SqlTableColumnTest, TextEndsAtItsFirstZeroByteUnlikeTheLength)
 {
     ReadRow("SELECT 'ab' || char(0) || 'cd', '', char(0), CAST(x'FF80' AS TEXT), 12");
 
@@ -87,7 +87,7 @@ TEST_F(SqlTableColumnTest, BlobIsSqlitesOwn)
 }
 
 // The type is asked first, so that a conversion without memory is not taken for NULL.
-TEST_F(SqlTableColumnTest, TextOfNullIsALogicErrorEvenOnAnAbandonedConnection)
+TEST_F(SqlTableColumnTest, TextOfNullIsALogicError)
 {
     ReadRow("SELECT NULL");
     const auto getText = [&] { table.GetText(0); };
@@ -119,7 +119,7 @@ TEST_F(SqlTableColumnTest, TextThatSqliteCannotReturnIsOutOfMemory)
     EXPECT_EQ(table.GetText(0), "text");
 }
 
-TEST_F(SqlTableColumnTest, IndexOutOfRangeAndClosedCursorArePassedToSqliteUnchecked)
+TEST_F(SqlTableColumnTest, IndexAndCursorAreNotChecked)
 {
     const SqliteCallRecorder sqlite;
     EXPECT_EQ(table.GetInteger(0), 0);
@@ -173,7 +173,7 @@ TEST_F(SqlTableColumnTest, NameMatchesExactlyItsBytes)
     }
 }
 
-TEST_F(SqlTableColumnTest, FirstColumnWithTheNameWinsAndOneWithoutANameIsSkipped)
+TEST_F(SqlTableColumnTest, FirstColumnWithTheNameWins)
 {
     ReadRow("SELECT 10 AS other, 11 AS id, 12 AS id");
     EXPECT_EQ(table["id"].GetValue<int>(), 11);
@@ -184,7 +184,7 @@ TEST_F(SqlTableColumnTest, FirstColumnWithTheNameWinsAndOneWithoutANameIsSkipped
     EXPECT_FALSE(sqlite.Pending());
 }
 
-TEST_F(SqlTableColumnTest, UnknownNameGivesAValueWithoutAnInstanceAndLeavesTheRecord)
+TEST_F(SqlTableColumnTest, UnknownNameGivesAValueWithoutAnInstance)
 {
     EXPECT_EQ(table["id"].ValueInstance(), nullptr) << "on a closed cursor";
     EXPECT_THAT(table, HasError(0, ""));

@@ -115,7 +115,7 @@ TEST_P(SqlTableFailingStepTest, ResetReportsTheStepAgainWithoutAMessage)
     EXPECT_NE(reset.code, SQLITE_OK);
 }
 
-TEST_P(SqlTableFailingStepTest, CloseReportsTheStepAgainWithItsMessageAndReleasesTheQuery)
+TEST_P(SqlTableFailingStepTest, CloseReportsTheStepAgainWithItsMessage)
 {
     legacy->Step();
     const RawFailure finalize = legacy->Finalize();

@@ -128,7 +128,7 @@ TEST_F(SqlTableTest, MoveAssignmentTakesTheConnectionOver)
 
 class SqlTableOpenTest : public ConnectedCursor {};
 
-TEST_F(SqlTableOpenTest, CompilesWithTheLegacyCallUpToTheTerminatorAndWithoutATail)
+TEST_F(SqlTableOpenTest, CompilesWithTheLegacyCallAndWithoutATail)
 {
     EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(table.Open("SELECT 7")); }),
                 ElementsAre("sqlite3_prepare(handle, SELECT 7, -1)"));
@@ -217,7 +217,7 @@ TEST_F(SqlTableOpenTest, ClosedConnectionIsPassedToSqliteWhichRejectsIt)
 }
 
 // If finalizing succeeds, its code replaces the earlier one, so the failure is reported as a success.
-TEST_F(SqlTableOpenTest, StatementReturnedByAFailingCompilationIsFinalizedAndItsCodeRemains)
+TEST_F(SqlTableOpenTest, CodeOfFinalizingReplacesThatOfAFailedCompilation)
 {
     for (const int finalized : {SQLITE_OK, SQLITE_CORRUPT}) {
         SqliteCallRecorder sqlite;

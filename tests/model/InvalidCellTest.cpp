@@ -33,7 +33,7 @@ TEST(InvalidCellTest, TagAndValueMustBelongTogether)
     }
 }
 
-TEST(InvalidCellTest, NullAndUnknownTagsHaveNoLiteralWhateverValueTheCellHas)
+TEST(InvalidCellTest, NullAndUnknownTagsHaveNoLiteral)
 {
     using Limits = std::numeric_limits<std::int32_t>;
     for (const std::int32_t tag : {5, 10, 11, 12, 256, -1, -5, Limits::max(), Limits::min()}) {
@@ -67,7 +67,7 @@ TEST(InvalidCellTest, TextThatAFacetWroteBeforeItThrewIsTheLiteral)
     EXPECT_EQ(LiteralOf({DbTableColumnType::Integer, 0, 42}), "12");
 }
 
-TEST(InvalidCellTest, StatementThatCannotGrowIsOutOfMemoryAndNotAnInvalidCell)
+TEST(InvalidCellTest, StatementThatCannotGrowIsOutOfMemory)
 {
     const DbTableColumnValue cells[] = {{DbTableColumnType::Text, 0, std::string(100, 'x')},
                                         {DbTableColumnType::Blob, 0, std::vector<char>(100, 'x')},

@@ -17,35 +17,22 @@ using Integers = std::numeric_limits<std::int32_t>;
 
 constexpr std::size_t LongestNumber = 13;
 
-template <typename Number>
-std::string Appended(Number number)
+std::string Appended(double number)
 {
     SqlBuffer text(0);
-    text.Append('=');
     AppendNumber(text, number);
     return text.Release();
 }
 
-TEST(NumberTextTest, FollowsTheLocaleOfTheMoment)
-{
-    EXPECT_EQ(Appended(0.5), "=0.5");
-    {
-        const ScopedGlobalLocale locale;
-        EXPECT_EQ(Appended(0.5), "=0,5");
-        EXPECT_EQ(Appended(std::int32_t{1234567}), "=1.234.567");
-    }
-    EXPECT_EQ(Appended(0.5), "=0.5");
-}
-
 TEST(NumberTextTest, FollowsTheRoundingModeOfTheMoment)
 {
-    EXPECT_EQ(Appended(2.0000001), "=2");
+    EXPECT_EQ(Appended(2.0000001), "2");
     {
         const ScopedRounding upward(FE_UPWARD);
-        EXPECT_EQ(Appended(2.0000001), "=2.00001");
-        EXPECT_EQ(Appended(-2.0000009), "=-2");
+        EXPECT_EQ(Appended(2.0000001), "2.00001");
+        EXPECT_EQ(Appended(-2.0000009), "-2");
     }
-    EXPECT_EQ(Appended(2.0000001), "=2");
+    EXPECT_EQ(Appended(2.0000001), "2");
 }
 
 // The expected size decides how much memory a statement takes, so the tests compare it exactly.
@@ -66,7 +53,7 @@ TEST(NumberTextTest, SizeOfAnIntegerIsItsDigitsOrOneMore)
     }
 }
 
-TEST(NumberTextTest, SizeOfADoubleIsAPointAndSevenDigitsOrTheLongestNumber)
+TEST(NumberTextTest, SizeOfADoubleDependsOnItsExponent)
 {
     for (const double number : {0.1, 0.15, 0.5, 1.0, 499999.0, 500000.0, 999999.0}) {
         EXPECT_EQ(NumberSize(number), 8U) << number;
