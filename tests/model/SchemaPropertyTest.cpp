@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/AnyDefinition.h"
-#include "support/PlainRendering.h"
+#include "support/ReferenceRendering.h"
 #include "support/SqliteCallRecorder.h"
 #include "support/TestSeeds.h"
 
@@ -23,16 +23,16 @@ TEST(SchemaPropertyTest, EveryDefinitionReadsAsItsReferenceRendering)
             const DbTableDefinition definition = AnyDefinition(choices);
             const DbTableConstraints& constraints = definition.constraints;
 
-            ASSERT_EQ(definition.TableConstraintAsString(), PlainTableConstraints(constraints));
-            ASSERT_EQ(constraints.ForeignKeyConstraintAsString(), PlainForeignKey(constraints));
+            ASSERT_EQ(definition.TableConstraintAsString(), ReferenceTableConstraints(constraints));
+            ASSERT_EQ(constraints.ForeignKeyConstraintAsString(), ReferenceForeignKey(constraints));
             for (const DbTableColumnDefinition& column : definition.columns) {
-                ASSERT_EQ(column.ColumnConstraintsAsString(), PlainColumnConstraints(column));
-                ASSERT_EQ(column.ColumnDefinitionAsString(), PlainColumn(column));
+                ASSERT_EQ(column.ColumnConstraintsAsString(), ReferenceColumnConstraints(column));
+                ASSERT_EQ(column.ColumnDefinitionAsString(), ReferenceColumn(column));
             }
 
             const SqliteCallRecorder recorded;
             database.CreateTable(definition);
-            ASSERT_EQ(recorded.Executed(), std::vector<std::string>{PlainCreateStatement(definition)});
+            ASSERT_EQ(recorded.Executed(), std::vector<std::string>{ReferenceCreateStatement(definition)});
         }
     }
 }

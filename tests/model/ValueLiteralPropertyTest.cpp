@@ -9,7 +9,7 @@
 #include "model/LiteralOf.h"
 #include "support/FuzzInput.h"
 #include "support/NumberLocales.h"
-#include "support/PlainRendering.h"
+#include "support/ReferenceRendering.h"
 #include "support/TestSeeds.h"
 
 namespace Morvik::sql::tests {
@@ -69,7 +69,7 @@ void ExpectReferenceLiterals(FuzzInput choices)
 
         const std::optional<std::string> literal = LiteralOf(cell);
 
-        ASSERT_EQ(literal.value_or(""), PlainLiteral(cell))
+        ASSERT_EQ(literal.value_or(""), ReferenceLiteral(cell))
             << "tag " << static_cast<std::int32_t>(cell.type) << " with alternative " << cell.value.index()
             << " in cell " << i;
         withLiteral += literal.has_value() ? 1 : 0;
@@ -99,7 +99,7 @@ TEST(ValueLiteralPropertyTest, ExpectedSizeIsEnoughForEveryValueWithoutQuotes)
             if (auto* const text = std::get_if<std::string>(&cell.value)) {
                 *text = choices.TextOf("ab \0"sv, 300);
             }
-            const std::string literal = PlainLiteral(cell);
+            const std::string literal = ReferenceLiteral(cell);
 
             ASSERT_GE(ColumnValueSize(cell), literal.size()) << literal;
             ASSERT_LE(ColumnValueSize(cell), literal.size() + 13) << literal;
