@@ -5,7 +5,7 @@
 #   scripts/in-debian.sh --bare RELEASE COMMAND...
 #
 # The first form makes the system in build/debian/RELEASE at the first call, reuses it afterwards, and installs the
-# packages that are missing. Of this machine, the command sees only /dev and the project. The second form makes a
+# packages that are missing. Of this machine, the command sees only /dev and the project; its /tmp is empty. The second form makes a
 # minimal system for this call only, with the files of the last commit, and removes it when the command succeeds.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
@@ -31,10 +31,11 @@ inside=(chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/
 made()
 {
     rm -rf "$root" && mkdir -p "$root" && debootstrap --variant=minbase "$release" "$root" "$mirror" &&
-        mkdir -p "$root$project" && touch "$root/.made"
+        touch "$root/.made"
 }
 copied()
 {
+    mkdir -p "$root$project"
     git archive HEAD | tar -x -C "$root$project"
 }
 installed()
@@ -61,7 +62,10 @@ unshare --mount --propagation private sh -euc '
     shift 3
     mount --rbind /dev "$root/dev"
     mount -t proc proc "$root/proc"
-    mount -t tmpfs tmpfs "$root/tmp"
-    [ -n "$bare" ] || mount --bind "$project" "$root$project"
+    if [ -z "$bare" ]; then
+        mount -t tmpfs tmpfs "$root/tmp"
+        mkdir -p "$root$project"
+        mount --bind "$project" "$root$project"
+    fi
     exec "$@"' sh "$root" "$project" "$bare" "${inside[@]}" sh -euc 'cd "$1" && shift && exec "$@"' sh "$project" "$@"
 [ -z "$bare" ] || rm -rf "$root"
