@@ -5,8 +5,9 @@
 #   scripts/in-debian.sh --bare RELEASE COMMAND...
 #
 # The first form makes the system in build/debian/RELEASE at the first call, reuses it afterwards, and installs the
-# packages that are missing. Of this machine, the command sees only /dev and the project; its /tmp is empty. The second form makes a
-# minimal system for this call only, with the files of the last commit, and removes it when the command succeeds.
+# packages that are missing. Of this machine, the command sees only /dev and the project; its /tmp is empty. The second
+# form makes a minimal system for this call only, with the files of the last commit, and removes it when the command
+# succeeds.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
 
