@@ -1,21 +1,17 @@
-#include <sql/DatabaseApi.h>
-
 #include <gmock/gmock.h>
 
 #include <fstream>
 #include <functional>
 #include <limits>
-#include <locale>
 #include <map>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "docs/codes/CodesTable.h"
+#include "docs/codes/DocumentTable.h"
 #include "docs/codes/Situation.h"
 #include "support/DoubleQuotedTexts.h"
 #include "support/NumberLocales.h"
-#include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
 
@@ -31,44 +27,41 @@ using testing::Not;
 struct MessagesRow {
     int code = 0;
     std::string message;
-    std::string happened;
+    std::string cause;
 
-    friend void PrintTo(const MessagesRow& row, std::ostream* stream) { *stream << row.code << ": " << row.happened; }
+    friend void PrintTo(const MessagesRow& row, std::ostream* stream) { *stream << row.code << ": " << row.cause; }
 };
 
-std::vector<MessagesRow> ReadMessagesTable()
+std::vector<MessagesRow> MessagesRows()
 {
     std::vector<MessagesRow> rows;
-    std::ifstream file(TKOSQLLITE_MESSAGES_DOCUMENT);
-    for (std::string line; std::getline(file, line);) {
-        if (!line.starts_with("|") || line.starts_with("| ---") || line.starts_with("| Code |")) {
-            continue;
-        }
-        const std::vector<std::string> cells = CellsOfTableLine(line);
-        const std::string message = WithoutBackticks(cells.at(1));
-        rows.push_back({std::stoi(cells.at(0)), message == "(none)" ? "" : message, WithoutBackticks(cells.at(2))});
+    for (const std::vector<std::string>& cells : TableRows(TKOSQLLITE_MESSAGES_DOCUMENT)) {
+        const std::string message = WithoutBackticks(cells.at(2));
+        rows.push_back({std::stoi(cells.at(1)), message == "(none)" ? "" : message, WithoutBackticks(cells.at(3))});
     }
     return rows;
 }
 
-const DbTableColumnValue Kitchen{.type = DbTableColumnType::Text, .value = "kitchen"};
-const DbTableColumnValue Null{.type = DbTableColumnType::Null};
-const DbTableColumnValue ReadFromNull{.type = DbTableColumnType::None, .value = ""};
 const DbTableColumnValue IntInReal{.type = DbTableColumnType::Real, .value = 3};
+const DbTableDataWrite NoRows{.columns = {"b"}, .rows = {}};
+const std::string SecondInsertion = "INSERT INTO t VALUES (2, 'two')";
 
 DbTableDataWrite OneCell(const DbTableColumnValue& cell)
 {
     return {.columns = {"b"}, .rows = {{.cells = {cell}}}};
 }
 
-const DbTableDataWrite NoRows{.columns = {"b"}, .rows = {}};
-
-DbTableDefinition WithConstraint(DbTableColumnConstraint constraint)
+DbTableDataWrite OneText(const std::string& text)
 {
-    return {.name = "n", .columns = {{.name = "b", .constraintFlags = constraint}}};
+    return OneCell({.type = DbTableColumnType::Text, .value = text});
 }
 
-/// A facade on a temporary file with the table t, whose column a is 1, and a list of the failures.
+DbTableDataWrite OneReal(double number)
+{
+    return OneCell({.type = DbTableColumnType::Real, .value = number});
+}
+
+/// A facade on a temporary file with the table t, whose column a is 1, and a list of its failures.
 struct Failures {
     Failures()
     {
@@ -76,87 +69,51 @@ struct Failures {
         database.Execute("CREATE TABLE t (a INTEGER UNIQUE, b TEXT); INSERT INTO t VALUES (1, 'one')");
     }
 
-    /// Adds the error of the operation on the facade to the list, or a note that the operation succeeded.
-    void Add(bool succeeded) { records.push_back(succeeded ? Record{-1, "succeeded"} : RecordOf(database)); }
-
-    /// Does the same for a prepared statement.
-    void Add(bool succeeded, const SqlCommand& command)
+    /// Adds the error of the operation to the list, or a note that the operation succeeded.
+    template <typename Object>
+    void Add(bool succeeded, const Object& object)
     {
-        records.push_back(succeeded ? Record{-1, "succeeded"} : RecordOf(command));
+        errors.push_back(succeeded ? CodeAndMessage{-1, "succeeded"} : ErrorOf(object));
     }
+
+    /// The same for an operation of the facade.
+    void Add(bool succeeded) { Add(succeeded, database); }
+
+    void Execute(const std::string& sql) { Add(database.Execute(sql)); }
+    void Write(const DbTableDataWrite& request, const std::string& table = "t")
+    {
+        Add(database.WriteTableValues(table, request));
+    }
+    void Update(const DbTableDataWrite& request, const std::string& condition)
+    {
+        Add(database.UpdateTableValues("t", request, condition));
+    }
+    void Create(const DbTableColumnDefinition& column, const DbTableConstraints& constraints = {})
+    {
+        Add(database.CreateTable({.name = "n", .columns = {column}, .constraints = constraints}));
+    }
+    void Open(const std::string& file, bool readOnly = false) { Add(database.OpenDatabase(file, readOnly)); }
+    void Read() { Add(database.ReadTableValues("t", data)); }
+    void Fetch() { Add(database.ReadNextRow(row)); }
 
     const TemporaryDirectory directory;
     const std::string path = directory.File("test.db");
     DatabaseApi database;
-    std::vector<Record> records;
+    DbTableData data;
+    DbTableRowValues row;
+    int result = 0;
+    std::vector<CodeAndMessage> errors;
 };
 
-using Happening = std::function<void(Failures&)>;
-
-Happening Write(DbTableDataWrite data, std::string table = "t")
-{
-    return [=](Failures& failures) { failures.Add(failures.database.WriteTableValues(table, data)); };
-}
-
-Happening Run(const std::string& sql)
-{
-    return [=](Failures& failures) { failures.Add(failures.database.Execute(sql)); };
-}
-
-void WriteOfAReadNull(Failures& failures)
-{
-    failures.Add(failures.database.WriteTableValues("t", OneCell(Null)));
-    failures.Add(failures.database.WriteTableValues("t", OneCell(ReadFromNull)));
-}
-
-void ForeignKey(Failures& failures)
-{
-    failures.Add(failures.database.CreateTable(
-        {.name = "n", .columns = {{.name = "a"}}, .constraints = {.referenceTable = "t", .foreignKey = {"a"}}}));
-}
-
-void MissingArgument(Failures& failures)
-{
-    failures.Add(failures.database.CreateTable(WithConstraint(Check)));
-    failures.Add(failures.database.CreateTable(WithConstraint(Default)));
-}
-
-Happening InvalidUpdate(const std::string& condition)
-{
-    return [=](Failures& failures) {
-        failures.Add(failures.database.UpdateTableValues("t", OneCell(IntInReal), condition));
-        failures.Add(failures.database.UpdateTableValues("t", NoRows, condition));
-    };
-}
-
-void ConditionWithoutWhere(Failures& failures)
-{
-    failures.Add(failures.database.UpdateTableValues("t", OneCell(Kitchen), "a = 1"));
-}
-
-void CountWithoutWhere(Failures& failures)
-{
-    int result = 0;
-    failures.database.ExistData("t", "a = 1", result);
-    failures.Add(result == 0);
-}
-
-void DecimalComma(Failures& failures)
-{
-    const std::locale before = std::locale::global(NumberLocales()[1].locale);
-    failures.Add(failures.database.WriteTableValues("t", OneCell({.type = DbTableColumnType::Real, .value = 2.5})));
-    std::locale::global(before);
-}
-
-void DoubleQuotedTextsOff(Failures& failures)
+void WriteWithoutDoubleQuotedTexts(Failures& failures)
 {
     failures.database.CloseDatabase();
     const DoubleQuotedTexts off(false);
     failures.database.OpenDatabase(failures.path, false);
-    failures.Add(failures.database.WriteTableValues("t", OneCell({.type = DbTableColumnType::Text, .value = "TEXT"})));
+    failures.Write(OneText("TEXT"));
 
     // Newer versions of SQLite quote the name and add a hint.
-    std::string& message = failures.records.back().message;
+    std::string& message = failures.errors.back().message;
     if (message == R"(no such column: "TEXT" - should this be a string literal in single-quotes?)") {
         message = "no such column: TEXT";
     }
@@ -169,189 +126,189 @@ void RejectedStatement(Failures& failures)
     failures.Add(command.Step(), command);
 }
 
-void CommitAfterRollback(Failures& failures)
-{
-    failures.database.Execute("BEGIN; INSERT OR ROLLBACK INTO t VALUES (1, 'again')");
-    failures.Add(failures.database.Execute("COMMIT"));
-}
-
 void WriteWhileAnotherWrites(Failures& failures)
 {
     DatabaseApi other;
     other.OpenDatabase(failures.path, false);
     other.Execute("BEGIN IMMEDIATE");
-    failures.Add(failures.database.Execute("INSERT INTO t VALUES (2, 'two')"));
+    failures.Execute(SecondInsertion);
 }
 
 void WriteFromAnOldState(Failures& failures)
 {
-    DbTableData mode;
-    failures.database.ReadValues("PRAGMA journal_mode = WAL", mode);
+    failures.database.ReadValues("PRAGMA journal_mode = WAL", failures.data);
     failures.database.Execute("PRAGMA busy_timeout = 10000");
     DatabaseApi other;
     other.OpenDatabase(failures.path, false);
-    DbTableRowValues row;
     failures.database.SqlQueryBegin("SELECT a FROM t");
-    failures.database.ReadNextRow(row);
-    other.Execute("INSERT INTO t VALUES (2, 'two')");
-    failures.Add(failures.database.Execute("INSERT INTO t VALUES (3, 'three')"));
-}
-
-void CloseAfterARead(Failures& failures)
-{
-    DbTableData data;
-    failures.database.ReadTableValues("t", data);
-    failures.Add(failures.database.CloseDatabase());
-}
-
-void DropDuringAWalk(Failures& failures)
-{
-    DbTableRowValues row;
-    failures.database.SqlQueryBegin("SELECT a FROM t UNION ALL SELECT a FROM t");
-    failures.database.ReadNextRow(row);
-    failures.Add(failures.database.DropTable("t"));
-}
-
-void WriteReadOnly(Failures& failures)
-{
-    failures.database.CloseDatabase();
-    failures.database.OpenDatabase(failures.path, true);
-    failures.Add(failures.database.Execute("INSERT INTO t VALUES (2, 'two')"));
-}
-
-void OpenOfWhatIsNoFile(Failures& failures)
-{
-    failures.database.CloseDatabase();
-    failures.Add(failures.database.OpenDatabase(failures.directory.File("absent.db"), true));
-    failures.Add(failures.database.OpenDatabase(failures.directory.Path().string(), false));
+    failures.database.ReadNextRow(failures.row);
+    other.Execute(SecondInsertion);
+    failures.Execute("INSERT INTO t VALUES (3, 'three')");
 }
 
 void WriteOnAClosedFacade(Failures& failures)
 {
-    DatabaseApi fresh;
-    const bool executed = fresh.Execute("SELECT 1");
-    failures.records.push_back(executed ? Record{} : RecordOf(fresh));
-    const bool written = fresh.WriteTableValues("t", OneCell(Kitchen));
-    failures.records.push_back(written ? Record{} : RecordOf(fresh));
+    DatabaseApi closed;
+    failures.Add(closed.Execute("SELECT 1"), closed);
+    failures.Add(closed.WriteTableValues("t", OneText("kitchen")), closed);
 }
 
-void BindAfterStep(Failures& failures)
+void Bind(Failures& failures, bool stepped, int index)
 {
     SqlCommand command = failures.database.PrepareStatement("SELECT ?");
-    command.Step();
-    failures.Add(command.BindInteger(1, 1), command);
+    if (stepped) {
+        command.Step();
+    }
+    failures.Add(command.BindInteger(index, 1), command);
 }
 
-void BindWithIndexZero(Failures& failures)
-{
-    SqlCommand command = failures.database.PrepareStatement("SELECT ?");
-    failures.Add(command.BindInteger(0, 1), command);
-}
-
-void NoDatabase(Failures& failures)
+void UseWhatIsNoDatabase(Failures& failures)
 {
     failures.database.CloseDatabase();
     std::ofstream(failures.path) << std::string(1000, 'x');
     failures.database.OpenDatabase(failures.path, false);
-    DbTableData data;
-    failures.Add(failures.database.ReadTableValues("t", data));
-    failures.Add(failures.database.Execute("CREATE TABLE n (a)"));
+    failures.Read();
+    failures.Execute("CREATE TABLE n (a)");
 }
 
-void ReadOnAClosedFacade(Failures& failures)
+using Cause = std::function<void(Failures&)>;
+
+Cause Write(const DbTableDataWrite& data, const std::string& table = "t")
 {
-    failures.database.CloseDatabase();
-    DbTableData data;
-    failures.Add(failures.database.ReadTableValues("t", data));
-    failures.Add(failures.database.SqlQueryBegin("SELECT 1"));
+    return [=](Failures& failures) { failures.Write(data, table); };
 }
 
-void FetchWithoutAQuery(Failures& failures)
+Cause InvalidUpdates(const std::string& condition)
 {
-    DbTableRowValues row;
-    failures.database.SqlQueryBegin("SELECT 1");
-    failures.database.CloseReadTable();
-    failures.Add(failures.database.ReadNextRow(row));
-    int result = 0;
-    failures.database.SqlQueryBegin("SELECT 1");
-    failures.database.ExistData("t", "", result);
-    failures.Add(failures.database.ReadNextRow(row));
-}
-
-void RenameOfAQuotedName(Failures& failures)
-{
-    failures.database.Execute("CREATE TABLE \"my table\" (a)");
-    failures.Add(failures.database.AlterTable("\"my table\"", "n"));
-}
-
-const std::map<std::string, Happening>& Happenings()
-{
-    static const std::map<std::string, Happening> All{
-        {"WriteTableValues with a Real cell that holds an int", Write(OneCell(IntInReal))},
-        {"WriteTableValues with a Null cell, or one that was read from NULL", WriteOfAReadNull},
-        {"CreateTable with a foreign key", ForeignKey},
-        {"CreateTable with Check or Default without an argument", MissingArgument},
-        {"UpdateTableValues with a first cell that is invalid, or without rows", InvalidUpdate("WHERE a = 1")},
-        {"WriteTableValues without rows", Write(NoRows)},
-        {"UpdateTableValues without rows or with an invalid first cell, and without a condition", InvalidUpdate("")},
-        {"UpdateTableValues with the condition a = 1", ConditionWithoutWhere},
-        {"ExistData with the condition a = 1", CountWithoutWhere},
-        {"a write to the table my table", Write(OneCell(Kitchen), "my table")},
-        {"a row with fewer cells than columns", Write({.columns = {"a", "b"}, .rows = {{.cells = {Kitchen}}}})},
-        {"a Real cell of 2.5 under a locale with a decimal comma", DecimalComma},
-        {"a text with a zero byte", Write(OneCell({.type = DbTableColumnType::Text, .value = std::string("a\0b", 3)}))},
-        {"a blob cell that holds a double quotation mark",
-         Write(OneCell({.type = DbTableColumnType::Blob, .value = std::vector<char>{'a', '"', 'b'}}))},
-        {"a text cell TEXT, with a SQLite that has double-quoted texts off", DoubleQuotedTextsOff},
-        {"a Real cell that holds infinity",
-         Write(OneCell({.type = DbTableColumnType::Real, .value = std::numeric_limits<double>::infinity()}))},
-        {"a text without apostrophes in a condition or a query", Run("SELECT a FROM t WHERE b = kitchen")},
-        {"a write to a table that is not there", Write(OneCell(Kitchen), "room")},
-        {"PrepareStatement with a text that SQLite rejects, and a Step after that", RejectedStatement},
-        {"COMMIT after a failure that ended the transaction", CommitAfterRollback},
-        {"a write while another connection writes", WriteWhileAnotherWrites},
-        {"a write during a walk in WAL mode, after another connection wrote", WriteFromAnOldState},
-        {"CloseDatabase after a read", CloseAfterARead},
-        {"DropTable of the table that is walked", DropDuringAWalk},
-        {"a write after opening read-only", WriteReadOnly},
-        {"opening a file that is not there read-only, or a directory", OpenOfWhatIsNoFile},
-        {"a write of a key that is there", Run("INSERT INTO t VALUES (1, 'again')")},
-        {"Execute or a write on a facade that is not open", WriteOnAClosedFacade},
-        {"a bind after Step without Reset", BindAfterStep},
-        {"a bind with index 0", BindWithIndexZero},
-        {"the first use of a file that is not a database", NoDatabase},
-        {"a read on a facade that is not open", ReadOnAClosedFacade},
-        {"ReadNextRow after CloseReadTable or a counting ExistData", FetchWithoutAQuery},
-        {"AlterTable with a quoted name", RenameOfAQuotedName},
+    return [=](Failures& failures) {
+        failures.Update(OneCell(IntInReal), condition);
+        failures.Update(NoRows, condition);
     };
-    return All;
 }
+
+const std::map<std::string, Cause> Causes{
+    {"WriteTableValues with a Real cell that holds an int", Write(OneCell(IntInReal))},
+    {"WriteTableValues with a Null cell, or one that was read from NULL",
+     [](Failures& failures) {
+         failures.Write(OneCell({.type = DbTableColumnType::Null}));
+         failures.Write(OneCell({.type = DbTableColumnType::None, .value = ""}));
+     }},
+    {"CreateTable with a foreign key",
+     [](Failures& failures) { failures.Create({.name = "a"}, {.referenceTable = "t", .foreignKey = {"a"}}); }},
+    {"CreateTable with Check or Default without an argument",
+     [](Failures& failures) {
+         failures.Create({.name = "b", .constraintFlags = Check});
+         failures.Create({.name = "b", .constraintFlags = Default});
+     }},
+    {"UpdateTableValues with a first cell that is invalid, or without rows", InvalidUpdates("WHERE a = 1")},
+    {"WriteTableValues without rows", Write(NoRows)},
+    {"UpdateTableValues without rows or with an invalid first cell, and without a condition", InvalidUpdates("")},
+    {"UpdateTableValues with the condition a = 1",
+     [](Failures& failures) { failures.Update(OneText("kitchen"), "a = 1"); }},
+    {"ExistData with the condition a = 1",
+     [](Failures& failures) {
+         failures.database.ExistData("t", "a = 1", failures.result);
+         failures.Add(failures.result == 0);
+     }},
+    {"a write to the table my table", Write(OneText("kitchen"), "my table")},
+    {"a row with fewer cells than columns", Write({.columns = {"a", "b"}, .rows = OneText("kitchen").rows})},
+    {"a Real cell of 2.5 under a locale with a decimal comma",
+     [](Failures& failures) {
+         const ScopedGlobalLocale comma;
+         failures.Write(OneReal(2.5));
+     }},
+    {"a text with a zero byte", Write(OneText(std::string("a\0b", 3)))},
+    {"a blob cell that holds a double quotation mark",
+     Write(OneCell({.type = DbTableColumnType::Blob, .value = std::vector<char>{'a', '"', 'b'}}))},
+    {"a text cell TEXT, with a SQLite that has double-quoted texts off", WriteWithoutDoubleQuotedTexts},
+    {"a Real cell that holds infinity", Write(OneReal(std::numeric_limits<double>::infinity()))},
+    {"a text without apostrophes in a condition or a query",
+     [](Failures& failures) { failures.Execute("SELECT a FROM t WHERE b = kitchen"); }},
+    {"a write to a table that is not there", Write(OneText("kitchen"), "room")},
+    {"PrepareStatement with a text that SQLite rejects, and a Step after that", RejectedStatement},
+    {"COMMIT after a failure that ended the transaction",
+     [](Failures& failures) {
+         failures.database.Execute("BEGIN; INSERT OR ROLLBACK INTO t VALUES (1, 'again')");
+         failures.Execute("COMMIT");
+     }},
+    {"a write while another connection writes", WriteWhileAnotherWrites},
+    {"a write during a walk in WAL mode, after another connection wrote", WriteFromAnOldState},
+    {"CloseDatabase after a read",
+     [](Failures& failures) {
+         failures.database.ReadTableValues("t", failures.data);
+         failures.Add(failures.database.CloseDatabase());
+     }},
+    {"DropTable of the table that is walked",
+     [](Failures& failures) {
+         failures.database.SqlQueryBegin("SELECT a FROM t UNION ALL SELECT a FROM t");
+         failures.database.ReadNextRow(failures.row);
+         failures.Add(failures.database.DropTable("t"));
+     }},
+    {"a write after opening read-only",
+     [](Failures& failures) {
+         failures.database.CloseDatabase();
+         failures.database.OpenDatabase(failures.path, true);
+         failures.Execute(SecondInsertion);
+     }},
+    {"opening a file that is not there read-only, or a directory",
+     [](Failures& failures) {
+         failures.database.CloseDatabase();
+         failures.Open(failures.directory.File("absent.db"), true);
+         failures.Open(failures.directory.Path().string());
+     }},
+    {"a write of a key that is there",
+     [](Failures& failures) { failures.Execute("INSERT INTO t VALUES (1, 'again')"); }},
+    {"Execute or a write on a facade that is not open", WriteOnAClosedFacade},
+    {"a bind after Step without Reset", [](Failures& failures) { Bind(failures, true, 1); }},
+    {"a bind with index 0", [](Failures& failures) { Bind(failures, false, 0); }},
+    {"the first use of a file that is not a database", UseWhatIsNoDatabase},
+    {"a read on a facade that is not open",
+     [](Failures& failures) {
+         failures.database.CloseDatabase();
+         failures.Read();
+         failures.Add(failures.database.SqlQueryBegin("SELECT 1"));
+     }},
+    {"ReadNextRow after CloseReadTable or a counting ExistData",
+     [](Failures& failures) {
+         failures.database.SqlQueryBegin("SELECT 1");
+         failures.database.CloseReadTable();
+         failures.Fetch();
+         failures.database.SqlQueryBegin("SELECT 1");
+         failures.database.ExistData("t", "", failures.result);
+         failures.Fetch();
+     }},
+    {"AlterTable with a quoted name",
+     [](Failures& failures) {
+         failures.database.Execute("CREATE TABLE \"my table\" (a)");
+         failures.Add(failures.database.AlterTable("\"my table\"", "n"));
+     }},
+};
 
 class MessagesTest : public testing::TestWithParam<MessagesRow> {};
 
 TEST_P(MessagesTest, RowTellsTheCause)
 {
     const MessagesRow& row = GetParam();
-    const auto happening = Happenings().find(row.happened);
-    ASSERT_NE(happening, Happenings().end()) << "no test does this: " << row.happened;
+    const auto cause = Causes.find(row.cause);
+    ASSERT_NE(cause, Causes.end()) << "no test does this: " << row.cause;
 
     Failures failures;
-    happening->second(failures);
+    cause->second(failures);
 
-    EXPECT_THAT(failures.records, Not(IsEmpty()));
-    EXPECT_THAT(failures.records, Each(Record{row.code, row.message}));
+    EXPECT_THAT(failures.errors, Not(IsEmpty()));
+    EXPECT_THAT(failures.errors, Each(CodeAndMessage{row.code, row.message}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, MessagesTest, testing::ValuesIn(ReadMessagesTable()));
+INSTANTIATE_TEST_SUITE_P(Rows, MessagesTest, testing::ValuesIn(MessagesRows()));
 
-TEST(MessagesDocumentTest, HasARowForEveryHappening)
+TEST(MessagesDocumentTest, HasARowForEveryCause)
 {
     std::set<std::string> rows;
-    for (const MessagesRow& row : ReadMessagesTable()) {
-        rows.insert(row.happened);
+    for (const MessagesRow& row : MessagesRows()) {
+        rows.insert(row.cause);
     }
 
-    EXPECT_EQ(rows.size(), Happenings().size());
+    EXPECT_EQ(rows.size(), Causes.size());
 }
 
 } // namespace

@@ -1,54 +1,47 @@
 #include <string>
 
-#include "docs/codes/SituationFacade.h"
+#include "docs/codes/Situation.h"
 #include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-const std::string ReadTable = "IDatabaseApi::ReadTableValues";
-const std::string Read = "IDatabaseApi::ReadValues";
+/// SQLite's result for the text of a read.
+using AskSqlite = RawFailure (*)(sqlite3*, const std::string&);
 
-/// Reads the table or the query `what` with the operation.
-Outcome Reads(SituationFacade& facade, const std::string& operation, const std::string& what,
-              std::optional<RawFailure> plain = std::nullopt)
+RawFailure FailureOfStep(sqlite3* handle, const std::string& sql)
 {
-    facade.FailBefore();
-    return Observe(
-        facade.database,
-        [&] {
-            DbTableData data;
-            return operation == Read ? facade.database.ReadValues(what, data)
-                                     : facade.database.ReadTableValues(what, data);
-        },
-        std::move(plain));
+    return LegacyWalk(handle, sql).step;
 }
 
-std::function<Outcome()> Reading(const std::string& operation, const std::string& what, bool open = true)
+Run ReadingQuery(const std::string& sql, AskSqlite ask, bool open = true)
 {
     return [=] {
         SituationFacade facade(open);
-        const std::string sql = operation == Read ? what : "SELECT * FROM " + what;
-        return Reads(facade, operation, what, FailureOfPrepare(facade.plain.Handle(), sql));
+        DbTableData data;
+        return Observe(facade.database, ask(facade.raw.Handle(), sql),
+                       [&] { return facade.database.ReadValues(sql, data); });
     };
 }
 
-std::function<Outcome()> ReadingUntilAStepFails(const std::string& operation, const std::string& what)
+Run ReadingTable(const std::string& table, AskSqlite ask, bool open = true)
 {
     return [=] {
-        SituationFacade facade;
-        return Reads(facade, operation, what, LegacyWalk(facade.plain.Handle(), "SELECT * FROM failing").step);
+        SituationFacade facade(open);
+        DbTableData data;
+        return Observe(facade.database, ask(facade.raw.Handle(), "SELECT * FROM " + table),
+                       [&] { return facade.database.ReadTableValues(table, data); });
     };
 }
 
-std::function<Outcome()> ReadingARowThatCannotBeConverted(const std::string& operation, const std::string& what)
+/// SQLite has no value for a column.
+Run WithoutAValue(const Run& reading)
 {
     return [=] {
-        SituationFacade facade;
         SqliteCallRecorder sqlite;
         sqlite.ReplaceNextResult("sqlite3_column_value", 0, false);
-        return Reads(facade, operation, what);
+        return reading();
     };
 }
 
@@ -56,18 +49,19 @@ std::function<Outcome()> ReadingARowThatCannotBeConverted(const std::string& ope
 
 Situations ReadingSituations()
 {
-    const std::string all = "SELECT * FROM failing";
+    const std::string table = "IDatabaseApi::ReadTableValues";
+    const std::string query = "IDatabaseApi::ReadValues";
     return {
-        {ReadTable, "the database is closed", Reading(ReadTable, "t", false)},
-        {ReadTable, "the name is empty", Reading(ReadTable, "")},
-        {ReadTable, "there is no such table", Reading(ReadTable, "absent")},
-        {ReadTable, "a step fails", ReadingUntilAStepFails(ReadTable, "failing")},
-        {ReadTable, "a row cannot be converted", ReadingARowThatCannotBeConverted(ReadTable, "t")},
-        {Read, "the database is closed", Reading(Read, "SELECT 1", false)},
-        {Read, "the text is empty", Reading(Read, "")},
-        {Read, "SQLite rejects the text", Reading(Read, "nonsense")},
-        {Read, "a step fails", ReadingUntilAStepFails(Read, all)},
-        {Read, "a row cannot be converted", ReadingARowThatCannotBeConverted(Read, "SELECT a FROM t")},
+        {table, "the database is closed", ReadingTable("t", FailureOfPrepare, false)},
+        {table, "the name is empty", ReadingTable("", FailureOfPrepare)},
+        {table, "there is no such table", ReadingTable("absent", FailureOfPrepare)},
+        {table, "a step fails", ReadingTable("failing", FailureOfStep)},
+        {table, "a row cannot be converted", WithoutAValue(ReadingTable("t", FailureOfPrepare))},
+        {query, "the database is closed", ReadingQuery("SELECT 1", FailureOfPrepare, false)},
+        {query, "the text is empty", ReadingQuery("", FailureOfPrepare)},
+        {query, "SQLite rejects the text", ReadingQuery("nonsense", FailureOfPrepare)},
+        {query, "a step fails", ReadingQuery("SELECT * FROM failing", FailureOfStep)},
+        {query, "a row cannot be converted", WithoutAValue(ReadingQuery("SELECT a FROM t", FailureOfPrepare))},
     };
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <sql/DatabaseApi.h>
+#include <sql/SqlDatabase.h>
+
 #include <functional>
 #include <map>
 #include <new>
@@ -10,62 +13,61 @@
 #include <vector>
 
 #include "support/RawSqlite.h"
+#include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
 
-/// A code and its message, by value.
-struct Record {
+/// An error by value.
+struct CodeAndMessage {
     int code = 0;
     std::string message;
 
-    friend bool operator==(const Record&, const Record&) = default;
+    friend bool operator==(const CodeAndMessage&, const CodeAndMessage&) = default;
 
-    friend void PrintTo(const Record& record, std::ostream* stream)
+    friend void PrintTo(const CodeAndMessage& error, std::ostream* stream)
     {
-        *stream << record.code << " \"" << record.message << '"';
+        *stream << error.code << " \"" << error.message << '"';
     }
 };
+
+template <typename Object>
+CodeAndMessage ErrorOf(const Object& object)
+{
+    return {object.GetLastError(), object.GetLastErrorMsg()};
+}
 
 /// The result of a situation.
 struct Outcome {
     std::string returned;
-    Record before;
-    Record after;
+    CodeAndMessage before;
+    CodeAndMessage after;
 
     /// SQLite's result in the same situation, for rows with "SQLite's".
-    std::optional<RawFailure> plain{};
+    std::optional<RawFailure> raw;
 
     /// The values that the document's message contains.
     std::map<std::string, std::string> names{};
 };
 
+using Run = std::function<Outcome()>;
+
 /// A situation of the document: how to create it, and its result.
 struct Situation {
     std::string operation;
     std::string name;
-    std::function<Outcome()> run;
+    Run run;
 };
 
 using Situations = std::vector<Situation>;
 
 Situations OpeningSituations();
 Situations TableSituations();
-Situations CountingSituations();
 Situations WritingSituations();
-Situations UpdatingSituations();
 Situations ReadingSituations();
 Situations WalkingSituations();
-Situations ConnectionSituations();
 Situations CommandSituations();
-Situations BindingSituations();
 Situations CursorSituations();
 Situations ValueSituations();
-
-template <typename Recorded>
-Record RecordOf(const Recorded& recorded)
-{
-    return {recorded.GetLastError(), recorded.GetLastErrorMsg()};
-}
 
 inline std::string ReturnedText(bool value)
 {
@@ -82,11 +84,11 @@ inline std::string ReturnedText(std::string text)
     return text;
 }
 
-/// Runs one operation on an object, or on another object whose failures are copied to that object's record.
-template <typename Recorded, typename Act>
-Outcome Observe(const Recorded& recorded, Act act, std::optional<RawFailure> plain = std::nullopt)
+/// Runs one operation on an object, or on another object whose failures are copied to that object.
+template <typename Object, typename Act>
+Outcome Observe(const Object& object, std::optional<RawFailure> raw, Act act)
 {
-    Outcome outcome{"", RecordOf(recorded), {}, std::move(plain)};
+    Outcome outcome{"", ErrorOf(object), {}, std::move(raw)};
     try {
         outcome.returned = ReturnedText(act());
     } catch (const std::bad_alloc&) {
@@ -94,8 +96,53 @@ Outcome Observe(const Recorded& recorded, Act act, std::optional<RawFailure> pla
     } catch (const std::logic_error&) {
         outcome.returned = "throws std::logic_error";
     }
-    outcome.after = RecordOf(recorded);
+    outcome.after = ErrorOf(object);
     return outcome;
 }
+
+inline bool OpenAt(const std::string& path, bool readOnly, DatabaseApi& database)
+{
+    return database.OpenDatabase(path, readOnly);
+}
+
+inline bool OpenAt(const std::string& path, bool readOnly, SqlDatabase& database)
+{
+    return database.Open(path, readOnly);
+}
+
+/// A database on a separate file, and a raw SQLite connection to it that gives SQLite's result. The file holds the
+/// table t, whose column a is 1, 2 and 3, and the view failing, which fails at its second row.
+template <typename Database>
+struct SituationFile {
+    explicit SituationFile(bool open = true)
+    {
+        raw.Execute("CREATE TABLE t (a UNIQUE); INSERT INTO t VALUES (1), (2), (3);"
+                    "CREATE VIEW failing AS SELECT abs(-9223372036854775807 + 1 - a) AS a FROM t");
+        if (open && !OpenAt(path, false, database)) {
+            throw std::runtime_error(database.GetLastErrorMsg());
+        }
+    }
+
+    const TemporaryDirectory directory;
+    const std::string path = directory.File("test.db");
+    RawSqlite raw{path};
+    Database database;
+};
+
+using SituationConnection = SituationFile<SqlDatabase>;
+
+/// The same for a facade, whose error is 112 "Missing command.".
+struct SituationFacade : SituationFile<DatabaseApi> {
+    explicit SituationFacade(bool open = true) : SituationFile(open) { FailBefore(); }
+
+    void FailBefore() { database.Execute(""); }
+
+    void ReopenReadOnly()
+    {
+        database.CloseDatabase();
+        database.OpenDatabase(path, true);
+        raw.Execute("PRAGMA query_only = ON");
+    }
+};
 
 } // namespace Morvik::sql::tests

@@ -1,162 +1,166 @@
+#include <sqlite3.h>
+
 #include <string>
 
-#include "docs/codes/SituationFacade.h"
+#include "docs/codes/Situation.h"
+#include "support/OomInjector.h"
 #include "support/RawLegacyStatement.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-const std::string Apostrophe = "it's";
-const DbTableDefinition OneColumn{"n", {{"a", DbTableColumnType::Integer}}};
-
-/// The result of an operation on a table; its first value says whether the operation succeeded.
-template <typename Operation>
-Outcome OnTables(SituationFacade& facade, Operation operation, std::optional<RawFailure> plain = std::nullopt)
+/// Creates a table; `sql` gives SQLite's result.
+Run Creating(const DbTableDefinition& definition, const std::string& sql = "", bool open = true)
 {
-    return Observe(
-        facade.database, [&] { return operation(facade.database); }, std::move(plain));
+    return [=] {
+        SituationFacade facade(open);
+        return Observe(facade.database, FailureOfExec(facade.raw.Handle(), sql),
+                       [&] { return facade.database.CreateTable(definition); });
+    };
 }
 
-Outcome Created(const DbTableDefinition& definition, const std::string& sql)
+Outcome CreatedReadOnly()
 {
     SituationFacade facade;
-    return OnTables(
-        facade, [&](DatabaseApi& database) { return database.CreateTable(definition); },
-        FailureOfExec(facade.plain.Handle(), sql));
+    facade.ReopenReadOnly();
+    return Observe(facade.database, FailureOfExec(facade.raw.Handle(), "CREATE TABLE n (a)"), [&] {
+        return facade.database.CreateTable({"n", {{"a"}}});
+    });
 }
 
-Outcome CreatedWithoutItsForeignKey()
+/// An operation that tests whether a table exists, on a table.
+using TableOperation = std::function<std::string(DatabaseApi&, const std::string&)>;
+
+std::string Exists(DatabaseApi& database, const std::string& table)
 {
-    SituationFacade facade;
-    facade.FailBefore();
-    DbTableDefinition definition = OneColumn;
-    definition.constraints.foreignKey = {"a"};
-    return OnTables(facade, [&](DatabaseApi& database) { return database.CreateTable(definition); });
+    int result = -1;
+    const bool exists = database.ExistsTable(table, result);
+    return ReturnedText(exists) + ", result " + std::to_string(result);
 }
 
-Outcome CreatedOnAReadOnlyDatabase()
+std::string Drop(DatabaseApi& database, const std::string& table)
 {
-    SituationFacade facade(false);
-    facade.database.OpenDatabase(facade.path, true);
-    facade.plain.Execute("PRAGMA query_only = ON");
-    return OnTables(
-        facade, [](DatabaseApi& database) { return database.CreateTable(OneColumn); },
-        FailureOfExec(facade.plain.Handle(), "CREATE TABLE n (a)"));
+    return ReturnedText(database.DropTable(table));
 }
 
-Outcome CreatedOnAClosedDatabase()
+TableOperation RenameTo(const std::string& newName)
 {
-    SituationFacade facade(false);
-    return OnTables(facade, [](DatabaseApi& database) { return database.CreateTable(OneColumn); });
+    return [=](DatabaseApi& database, const std::string& table) {
+        return ReturnedText(database.AlterTable(table, newName));
+    };
 }
 
-Outcome Tested(SituationFacade& facade, const std::string& table, std::optional<RawFailure> plain = std::nullopt)
+TableOperation CountWhere(const std::string& condition)
 {
-    facade.FailBefore();
-    return Observe(
-        facade.database,
-        [&] {
-            int result = -1;
-            const bool exists = facade.database.ExistsTable(table, result);
-            return ReturnedText(exists) + ", result " + std::to_string(result);
-        },
-        std::move(plain));
+    return [=](DatabaseApi& database, const std::string& table) {
+        int result = -1;
+        const int count = database.ExistData(table, condition, result);
+        return ReturnedText(count) + ", result " + std::to_string(result);
+    };
 }
 
-Outcome TestedOnAClosedDatabase()
+Outcome RanOn(SituationFacade& facade, const TableOperation& operation, const std::string& table,
+              const std::optional<RawFailure>& raw)
 {
-    SituationFacade facade(false);
-    return Tested(facade, "t", FailureOfPrepare(nullptr, TableExistsQuery("t")));
-}
-
-Outcome Dropped(SituationFacade& facade, const std::string& table, std::optional<RawFailure> plain = std::nullopt)
-{
-    facade.FailBefore();
-    return OnTables(
-        facade, [&](DatabaseApi& database) { return database.DropTable(table); }, std::move(plain));
-}
-
-Outcome DroppedThoughRowsCannotBeDeleted()
-{
-    SituationFacade facade;
-    facade.plain.Execute("CREATE TRIGGER keep BEFORE DELETE ON t BEGIN SELECT RAISE(ABORT, 'kept'); END");
-    return Dropped(facade, "t", FailureOfExec(facade.plain.Handle(), "DELETE FROM t"));
-}
-
-Outcome DroppedWhileItIsRead()
-{
-    RawSqlite plain(":memory:");
-    plain.Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2)");
-    RawLegacyStatement reading(plain, "SELECT a FROM t");
-    reading.Step();
-    plain.Execute("DELETE FROM t");
-    const RawFailure failure = FailureOfExec(plain.Handle(), "DROP TABLE t");
-
-    SituationFacade facade;
-    facade.database.SqlQueryBegin("SELECT a FROM t");
-    facade.database.begin();
-    return Dropped(facade, "t", failure);
-}
-
-Outcome Renamed(SituationFacade& facade, const std::string& table, const std::string& newName)
-{
-    const std::string sql = "ALTER TABLE " + table + " RENAME TO " + newName;
-    Outcome outcome = OnTables(
-        facade, [&](DatabaseApi& database) { return database.AlterTable(table, newName); },
-        FailureOfExec(facade.plain.Handle(), sql));
+    Outcome outcome = Observe(facade.database, raw, [&] { return operation(facade.database, table); });
     outcome.names["name"] = table;
     return outcome;
 }
 
-std::function<Outcome()> Renaming(const std::string& table, const std::string& newName, bool open = true)
-{
-    return [=] {
-        SituationFacade facade(open);
-        facade.plain.Execute("CREATE TABLE u (a)");
-        return Renamed(facade, table, newName);
-    };
-}
-
-/// The facade has already read the schema, so the query for the table compiles; the lock of another connection makes
-/// its step fail.
-template <typename Operation>
-std::function<Outcome()> WhileTheStepFails(Operation operation)
+/// Runs the operation on the table t; `arrange` returns SQLite's result in the same situation.
+Run OnTheTable(const TableOperation& operation, const std::function<RawFailure(SituationFacade&)>& arrange)
 {
     return [=] {
         SituationFacade facade;
-        facade.LockAfterTheSchemaWasRead();
-        return operation(facade, "t", std::nullopt);
+        return RanOn(facade, operation, "t", arrange(facade));
+    };
+}
+
+/// Runs the operation on a table whose test gives SQLite's result.
+Run OnATable(const TableOperation& operation, const std::string& table, bool open = true)
+{
+    return [=] {
+        SituationFacade facade(open);
+        sqlite3* const handle = open ? facade.raw.Handle() : nullptr;
+        return RanOn(facade, operation, table, FailureOfPrepare(handle, TableExistsQuery(table)));
     };
 }
 
 /// Reading the schema fails, so the query for the table does not compile.
-template <typename Operation>
-std::function<Outcome()> WhileTheFileIsLocked(Operation operation)
+RawFailure LockTheFile(SituationFacade& facade)
 {
-    return [=] {
-        SituationFacade facade;
-        const RawSqlite other(facade.path);
-        facade.plain.Execute("BEGIN EXCLUSIVE");
-        return operation(facade, "t", FailureOfPrepare(other.Handle(), TableExistsQuery("t")));
-    };
+    const RawSqlite other(facade.path);
+    facade.raw.Execute("BEGIN EXCLUSIVE");
+    return FailureOfPrepare(other.Handle(), TableExistsQuery("t"));
 }
 
-Outcome RenamedBesideALock(SituationFacade& facade, const std::string& table, std::optional<RawFailure>)
+/// The facade has read the schema, so the query for the table compiles, and its step fails.
+RawFailure LockTheFileAfterTheSchemaWasRead(SituationFacade& facade)
 {
-    Outcome outcome = OnTables(facade, [&](DatabaseApi& database) { return database.AlterTable(table, "n"); });
-    outcome.names["name"] = table;
-    return outcome;
+    facade.database.Execute("SELECT * FROM t");
+    facade.FailBefore();
+    facade.raw.Execute("BEGIN EXCLUSIVE");
+    return {};
 }
 
-template <typename Operation>
-std::function<Outcome()> On(Operation operation, const std::string& table, bool open = true)
+RawFailure KeepTheRows(SituationFacade& facade)
 {
-    return [=] {
-        SituationFacade facade(open);
-        return operation(facade, table, FailureOfPrepare(facade.plain.Handle(), TableExistsQuery(table)));
-    };
+    facade.raw.Execute("CREATE TRIGGER keep BEFORE DELETE ON t BEGIN SELECT RAISE(ABORT, 'kept'); END");
+    return FailureOfExec(facade.raw.Handle(), "DELETE FROM t");
+}
+
+RawFailure WalkTheTable(SituationFacade& facade)
+{
+    RawSqlite raw(":memory:");
+    raw.Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2)");
+    RawLegacyStatement reading(raw, "SELECT a FROM t");
+    reading.Step();
+    raw.Execute("DELETE FROM t");
+    facade.database.SqlQueryBegin("SELECT a FROM t");
+    facade.database.begin();
+    return FailureOfExec(raw.Handle(), "DROP TABLE t");
+}
+
+RawFailure AddTheTableU(SituationFacade& facade)
+{
+    facade.raw.Execute("CREATE TABLE u (a)");
+    return FailureOfExec(facade.raw.Handle(), "ALTER TABLE t RENAME TO u");
+}
+
+RawFailure RenameToNothing(SituationFacade& facade)
+{
+    return FailureOfExec(facade.raw.Handle(), "ALTER TABLE t RENAME TO ");
+}
+
+Run CountingWhere(const std::string& condition, RawFailure (*failure)(sqlite3*, const std::string&))
+{
+    return OnTheTable(CountWhere(condition), [=](SituationFacade& facade) {
+        return failure(facade.raw.Handle(), "SELECT count(*) FROM t " + condition);
+    });
+}
+
+RawFailure FailureOfFinalize(sqlite3* handle, const std::string& sql)
+{
+    return LegacyWalk(handle, sql).finalize;
+}
+
+std::string CountWithoutMemory(DatabaseApi& database, const std::string& table)
+{
+    const TableOperation count = CountWhere("");
+    const OomInjector failing(0);
+    return count(database, table);
+}
+
+/// The first call of sqlite3_finalize ends the test for the table, the second call ends the query.
+Outcome CountedWithAFailedClosing()
+{
+    SituationFacade facade;
+    SqliteCallRecorder sqlite;
+    sqlite.ReplaceNextResult("sqlite3_finalize", SQLITE_IOERR, true, 1);
+    return RanOn(facade, CountWhere(""), "t", RawFailure{SQLITE_IOERR, sqlite3_errmsg(facade.raw.Handle())});
 }
 
 } // namespace
@@ -164,47 +168,41 @@ std::function<Outcome()> On(Operation operation, const std::string& table, bool 
 Situations TableSituations()
 {
     const std::string create = "IDatabaseApi::CreateTable";
-    const std::string exists = "IDatabaseApi::ExistsTable";
     const std::string drop = "IDatabaseApi::DropTable";
     const std::string alter = "IDatabaseApi::AlterTable";
-    const DbTableDefinition foreign{"n", OneColumn.columns, {{}, {}, "t", {"a"}}};
-    return {
-        {create, "the database is closed", CreatedOnAClosedDatabase},
-        {create, "the name is empty",
-         [] {
-             return Created({"", OneColumn.columns}, "SELECT");
-         }},
-        {create, "there are no columns", [] { return Created({"n"}, "CREATE TABLE n ()"); }},
-        {create, "there is a foreign key alone, which is left out", CreatedWithoutItsForeignKey},
+    const std::string exist = "IDatabaseApi::ExistData";
+    const std::vector<DbTableColumnDefinition> columns{{"a", DbTableColumnType::Integer}};
+    const std::string foreign = "CREATE TABLE n (a INTEGER ,FOREIGN KEY (a) REFERENCES t(a) ON DELETE SET NULL ))";
+    Situations all{
+        {create, "the database is closed", Creating({"n", columns}, "", false)},
+        {create, "the name is empty", Creating({"", columns})},
+        {create, "there are no columns", Creating({"n"}, "CREATE TABLE n ()")},
+        {create, "there is a foreign key alone, which is left out", Creating({"n", columns, {{}, {}, "", {"a"}}})},
         {create, "there is a foreign key that references a table",
-         [=] {
-             return Created(foreign,
-                            "CREATE TABLE n (a INTEGER ,FOREIGN KEY (a) REFERENCES t(a) ON DELETE SET NULL ))");
-         }},
-        {create, "the database is read only", CreatedOnAReadOnlyDatabase},
-        {exists, "there is no such table", On(Tested, "absent")},
-        {exists, "the name is empty", On(Tested, "")},
-        {exists, "the name holds an apostrophe", On(Tested, Apostrophe)},
-        {exists, "the database is closed", TestedOnAClosedDatabase},
-        {exists, "the file is locked and its schema was not read", WhileTheFileIsLocked(Tested)},
-        {exists, "the test's step fails", WhileTheStepFails(Tested)},
-        {drop, "there is no such table", On(Dropped, "absent")},
-        {drop, "the database is closed", On(Dropped, "t", false)},
-        {drop, "the name is empty", On(Dropped, "")},
-        {drop, "the name holds an apostrophe", On(Dropped, Apostrophe)},
-        {drop, "the file is locked and its schema was not read", WhileTheFileIsLocked(Dropped)},
-        {drop, "the test's step fails", WhileTheStepFails(Dropped)},
-        {drop, "the rows cannot be deleted", DroppedThoughRowsCannotBeDeleted},
-        {drop, "the emptied table cannot be dropped", DroppedWhileItIsRead},
-        {alter, "the database is closed", Renaming("t", "n", false)},
-        {alter, "there is no such table", Renaming("absent", "n")},
-        {alter, "the name is empty", Renaming("", "n")},
-        {alter, "the name holds an apostrophe", Renaming(Apostrophe, "n")},
-        {alter, "the file is locked and its schema was not read", WhileTheFileIsLocked(RenamedBesideALock)},
-        {alter, "the test's step fails", WhileTheStepFails(RenamedBesideALock)},
-        {alter, "the new name is taken", Renaming("t", "u")},
-        {alter, "the new name is empty", Renaming("t", "")},
+         Creating({"n", columns, {{}, {}, "t", {"a"}}}, foreign)},
+        {create, "the database is read only", CreatedReadOnly},
+        {drop, "the rows cannot be deleted", OnTheTable(Drop, KeepTheRows)},
+        {drop, "the emptied table cannot be dropped", OnTheTable(Drop, WalkTheTable)},
+        {alter, "the new name is taken", OnTheTable(RenameTo("u"), AddTheTableU)},
+        {alter, "the new name is empty", OnTheTable(RenameTo(""), RenameToNothing)},
+        {exist, "SQLite rejects the condition", CountingWhere("WHERE absent = 1", FailureOfPrepare)},
+        {exist, "the query's step fails", CountingWhere("WHERE abs(-9223372036854775807 - a)", FailureOfFinalize)},
+        {exist, "the first cell holds no integer",
+         OnATable(CountWhere("WHERE 0 GROUP BY a UNION ALL SELECT 'text'"), "t")},
+        {exist, "memory runs out", OnATable(CountWithoutMemory, "t")},
+        {exist, "the query's closing fails", CountedWithAFailedClosing},
     };
+    const std::map<std::string, TableOperation> operations{
+        {"IDatabaseApi::ExistsTable", Exists}, {drop, Drop}, {alter, RenameTo("n")}, {exist, CountWhere("")}};
+    for (const auto& [name, operation] : operations) {
+        all.push_back({name, "there is no such table", OnATable(operation, "absent")});
+        all.push_back({name, "the name is empty", OnATable(operation, "")});
+        all.push_back({name, "the name holds an apostrophe", OnATable(operation, "it's")});
+        all.push_back({name, "the database is closed", OnATable(operation, "t", false)});
+        all.push_back({name, "the file is locked and its schema was not read", OnTheTable(operation, LockTheFile)});
+        all.push_back({name, "the test's step fails", OnTheTable(operation, LockTheFileAfterTheSchemaWasRead)});
+    }
+    return all;
 }
 
 } // namespace Morvik::sql::tests

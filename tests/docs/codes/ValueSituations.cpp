@@ -4,65 +4,56 @@
 #include <string>
 #include <vector>
 
-#include "docs/codes/SituationConnection.h"
+#include "docs/codes/Situation.h"
 #include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-/// The zero of every type, in the words of the document.
-std::string TextOf(double number)
+/// A number, or whether a text or blob is empty, in the words of the document.
+template <typename Value>
+std::string TextOf(const Value& value)
 {
-    return number == 0.0 ? "0" : "not 0";
+    if constexpr (std::is_arithmetic_v<Value>) {
+        return value == 0 ? "0" : "not 0";
+    } else {
+        return value.empty() ? "empty" : "not empty";
+    }
 }
 
-template <typename Sequence>
-std::string TextOf(const Sequence& sequence)
-{
-    return sequence.empty() ? "empty" : "not empty";
-}
-
-std::string TextOf(int number)
-{
-    return std::to_string(number);
-}
-
-std::string TextOf(long long number)
-{
-    return std::to_string(number);
-}
-
-template <typename T>
+template <typename Value>
 Outcome OfNothing()
 {
     SqlValue value(nullptr);
-    return Observe(value, [&] { return TextOf(value.GetValue<T>()); });
+    return Observe(value, std::nullopt, [&] { return TextOf(value.GetValue<Value>()); });
 }
 
 Outcome TypeOfNothing()
 {
     SqlValue value(nullptr);
     value.GetValue<int>();
-    return Observe(value, [&] { return value.GetValueType(); });
+    return Observe(value, std::nullopt, [&] { return value.GetValueType(); });
 }
 
-/// Reads a column of a row as a value whose record already holds a failure.
-template <typename T>
-Outcome OfAColumn(const std::string& sql, const std::string& replaced = "")
+/// Reads a column of a row as a value that already has an error. `function` of SQLite then returns null once.
+template <typename Value>
+Run OfAColumn(const std::string& sql, const std::string& function = "")
 {
-    SituationConnection connection;
-    const SqlTable table(connection.database);
-    table.Open(sql);
-    table.ReadNext();
-    SqlValue value = table.GetValue(0);
-    value.SetError(112);
-    value.SetErrorMsg("earlier");
-    SqliteCallRecorder sqlite;
-    if (!replaced.empty()) {
-        sqlite.ReplaceNextResult(replaced, 0, false);
-    }
-    return Observe(value, [&] { return TextOf(value.GetValue<T>()); });
+    return [=] {
+        SituationConnection connection;
+        const SqlTable table(connection.database);
+        table.Open(sql);
+        table.ReadNext();
+        SqlValue value = table.GetValue(0);
+        value.SetError(112);
+        value.SetErrorMsg("earlier");
+        SqliteCallRecorder sqlite;
+        if (!function.empty()) {
+            sqlite.ReplaceNextResult(function, 0, false);
+        }
+        return Observe(value, std::nullopt, [&] { return TextOf(value.GetValue<Value>()); });
+    };
 }
 
 } // namespace
@@ -70,21 +61,20 @@ Outcome OfAColumn(const std::string& sql, const std::string& replaced = "")
 Situations ValueSituations()
 {
     using Bytes = std::vector<char>;
-    const std::string get = "SqlValue::GetValue";
-    const std::string missing = "nothing is wrapped";
+    const std::string text = "SqlValue::GetValue<std::string>";
+    const std::string bytes = "SqlValue::GetValue<std::vector<char>>";
     const std::string noMemory = "SQLite has no memory for the value";
     return {
-        {"SqlValue::GetValueType", missing, TypeOfNothing},
-        {get + "<int>", missing, OfNothing<int>},
-        {get + "<long long>", missing, OfNothing<long long>},
-        {get + "<double>", missing, OfNothing<double>},
-        {get + "<std::string>", missing, OfNothing<std::string>},
-        {get + "<std::vector<char>>", missing, OfNothing<Bytes>},
-        {get + "<std::string>", "the value is NULL", [] { return OfAColumn<std::string>("SELECT NULL"); }},
-        {get + "<std::string>", noMemory, [] { return OfAColumn<std::string>("SELECT 'text'", "sqlite3_value_text"); }},
-        {get + "<std::vector<char>>", noMemory, [] { return OfAColumn<Bytes>("SELECT X'01'", "sqlite3_value_blob"); }},
-        {get + "<std::vector<char>>", "SQLite has no memory to convert the value",
-         [] { return OfAColumn<Bytes>("SELECT 1", "sqlite3_value_bytes"); }},
+        {"SqlValue::GetValueType", "nothing is wrapped", TypeOfNothing},
+        {"SqlValue::GetValue<int>", "nothing is wrapped", OfNothing<int>},
+        {"SqlValue::GetValue<long long>", "nothing is wrapped", OfNothing<long long>},
+        {"SqlValue::GetValue<double>", "nothing is wrapped", OfNothing<double>},
+        {text, "nothing is wrapped", OfNothing<std::string>},
+        {bytes, "nothing is wrapped", OfNothing<Bytes>},
+        {text, "the value is NULL", OfAColumn<std::string>("SELECT NULL")},
+        {text, noMemory, OfAColumn<std::string>("SELECT 'text'", "sqlite3_value_text")},
+        {bytes, noMemory, OfAColumn<Bytes>("SELECT X'01'", "sqlite3_value_blob")},
+        {bytes, "SQLite has no memory to convert the value", OfAColumn<Bytes>("SELECT 1", "sqlite3_value_bytes")},
     };
 }
 

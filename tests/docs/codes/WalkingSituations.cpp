@@ -1,86 +1,92 @@
 #include <string>
 
-#include "docs/codes/SituationFacade.h"
+#include "docs/codes/Situation.h"
 #include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-const std::string Next = "DatabaseApi::ReadNextRow";
-const std::string Begin = "DatabaseApi::begin";
-const std::string Advance = "DbTableRowIterator::operator++";
+const std::string Failing = "SELECT a FROM failing";
 
-/// Fetches a row with one of the three operations; the last operation first fetches another row.
-Outcome Fetched(DatabaseApi& database, const std::string& operation, std::optional<RawFailure> plain = std::nullopt)
+/// One of the three operations that fetch a row, and the rows that it must have fetched before.
+struct Fetch {
+    std::string name;
+    bool advances;
+    std::function<std::string(DatabaseApi&, DbTableRowIterator&)> run;
+};
+
+std::string EndOrRow(bool atEnd)
 {
-    if (operation == Next) {
-        return Observe(
-            database,
-            [&] {
-                DbTableRowValues row;
-                return database.ReadNextRow(row);
-            },
-            std::move(plain));
-    }
-    DbTableRowIterator row = operation == Begin ? database.end() : database.begin();
-    return Observe(
-        database,
-        [&] {
-            const DbTableRowIterator now = operation == Begin ? database.begin() : ++row;
-            return std::string(now == database.end() ? "the end" : "a row");
-        },
-        std::move(plain));
+    return atEnd ? "the end" : "a row";
 }
 
-std::function<Outcome()> WithoutAQuery(const std::string& operation)
+const std::vector<Fetch> Fetches{
+    {"DatabaseApi::ReadNextRow", false,
+     [](DatabaseApi& database, DbTableRowIterator&) {
+         DbTableRowValues row;
+         return ReturnedText(database.ReadNextRow(row));
+     }},
+    {"DatabaseApi::begin", false,
+     [](DatabaseApi& database, DbTableRowIterator&) { return EndOrRow(database.begin() == database.end()); }},
+    {"DbTableRowIterator::operator++", true,
+     [](DatabaseApi& database, DbTableRowIterator& row) { return EndOrRow(++row == database.end()); }},
+};
+
+Outcome Fetched(SituationFacade& facade, const Fetch& fetch, std::optional<RawFailure> raw = std::nullopt)
+{
+    DbTableRowIterator row = fetch.advances ? facade.database.begin() : facade.database.end();
+    return Observe(facade.database, std::move(raw), [&] { return fetch.run(facade.database, row); });
+}
+
+Run AtTheEnd(const Fetch& fetch)
 {
     return [=] {
         SituationFacade facade;
-        return Fetched(facade.database, operation);
+        facade.database.SqlQueryBegin(fetch.advances ? "SELECT 1" : "SELECT 1 WHERE 0");
+        return Fetched(facade, fetch);
     };
 }
 
-std::function<Outcome()> AtTheEnd(const std::string& operation)
+Run WithAFailingStep(const Fetch& fetch)
 {
     return [=] {
         SituationFacade facade;
-        facade.database.SqlQueryBegin(operation == Advance ? "SELECT 1" : "SELECT 1 WHERE 0");
-        return Fetched(facade.database, operation);
-    };
-}
-
-std::function<Outcome()> WithAFailingStep(const std::string& operation)
-{
-    return [=] {
-        SituationFacade facade;
-        facade.database.SqlQueryBegin("SELECT a FROM failing");
-        if (operation != Advance) {
+        facade.database.SqlQueryBegin(Failing);
+        if (!fetch.advances) {
             facade.database.begin();
         }
-        return Fetched(facade.database, operation, LegacyWalk(facade.plain.Handle(), "SELECT a FROM failing").step);
+        return Fetched(facade, fetch, LegacyWalk(facade.raw.Handle(), Failing).step);
     };
 }
 
 /// Replaces the result of reading the column: no value at all, or a storage class that does not exist.
-std::function<Outcome()> WithABadColumn(const std::string& operation, const std::string& function)
+Run WithABadColumn(const Fetch& fetch, const std::string& function)
 {
     return [=] {
         SituationFacade facade;
         facade.database.SqlQueryBegin("SELECT a FROM t");
         SqliteCallRecorder sqlite;
-        sqlite.ReplaceNextResult(function, 0, false, operation == Advance ? 1 : 0);
-        return Fetched(facade.database, operation);
+        sqlite.ReplaceNextResult(function, 0, false, fetch.advances ? 1 : 0);
+        return Fetched(facade, fetch);
     };
 }
 
-std::function<Outcome()> AfterAnotherFailure(const std::string& operation)
+Run WithoutAQuery(const Fetch& fetch)
+{
+    return [=] {
+        SituationFacade facade;
+        return Fetched(facade, fetch);
+    };
+}
+
+Run AfterAnotherFailure(const Fetch& fetch)
 {
     return [=] {
         SituationFacade facade;
         facade.database.SqlQueryBegin("SELECT a FROM t");
         facade.FailBefore();
-        return Fetched(facade.database, operation);
+        return Fetched(facade, fetch);
     };
 }
 
@@ -90,46 +96,41 @@ Outcome AdvancedAfterClosing()
     facade.database.SqlQueryBegin("SELECT a FROM t");
     DbTableRowIterator row = facade.database.begin();
     facade.database.CloseReadTable();
-    return Observe(facade.database, [&] { return std::string(++row == facade.database.end() ? "the end" : "a row"); });
+    return Observe(facade.database, std::nullopt, [&] { return EndOrRow(++row == facade.database.end()); });
 }
 
-std::function<Outcome()> Beginning(const std::string& sql, bool open = true)
+Run Beginning(const std::string& sql, bool open = true)
 {
     return [=] {
         SituationFacade facade(open);
-        return Observe(
-            facade.database, [&] { return facade.database.SqlQueryBegin(sql); },
-            FailureOfPrepare(facade.plain.Handle(), sql));
+        return Observe(facade.database, FailureOfPrepare(facade.raw.Handle(), sql),
+                       [&] { return facade.database.SqlQueryBegin(sql); });
     };
 }
 
 Outcome ClosedWithoutAQuery()
 {
     SituationFacade facade;
-    facade.FailBefore();
-    return Observe(facade.database, [&] { return facade.database.CloseReadTable(); });
+    return Observe(facade.database, std::nullopt, [&] { return facade.database.CloseReadTable(); });
 }
 
 Outcome ClosedAfterAFailedStep()
 {
     SituationFacade facade;
-    const std::string sql = "SELECT a FROM failing";
     DbTableData data;
-    facade.database.ReadValues(sql, data);
-    return Observe(
-        facade.database, [&] { return facade.database.CloseReadTable(); },
-        LegacyWalk(facade.plain.Handle(), sql).finalize);
+    facade.database.ReadValues(Failing, data);
+    return Observe(facade.database, LegacyWalk(facade.raw.Handle(), Failing).finalize,
+                   [&] { return facade.database.CloseReadTable(); });
 }
 
-std::function<Outcome()> Preparing(const std::string& sql, bool open = true)
+Run PreparingACommand(const std::string& sql, bool open = true)
 {
     return [=] {
         SituationFacade facade(open);
-        facade.FailBefore();
-        return Observe(facade.database, [&] {
-            const SqlCommand command = facade.database.PrepareStatement(sql);
-            return "a command with code " + std::to_string(command.GetLastError()) + " and " +
-                   (command.GetLastErrorMsg().empty() ? "no message" : command.GetLastErrorMsg());
+        return Observe(facade.database, std::nullopt, [&] {
+            const CodeAndMessage error = ErrorOf(facade.database.PrepareStatement(sql));
+            return "a command with code " + std::to_string(error.code) + " and " +
+                   (error.message.empty() ? "no message" : error.message);
         });
     };
 }
@@ -144,19 +145,19 @@ Situations WalkingSituations()
         {"DatabaseApi::SqlQueryBegin", "SQLite rejects the text", Beginning("nonsense")},
         {"DatabaseApi::CloseReadTable", "no query is held", ClosedWithoutAQuery},
         {"DatabaseApi::CloseReadTable", "the last step failed", ClosedAfterAFailedStep},
-        {"DatabaseApi::PrepareStatement", "SQLite rejects the text", Preparing("nonsense")},
-        {"DatabaseApi::PrepareStatement", "the database is closed", Preparing("SELECT 1", false)},
-        {Advance, "the query was closed meanwhile", AdvancedAfterClosing},
+        {"DatabaseApi::PrepareStatement", "SQLite rejects the text", PreparingACommand("nonsense")},
+        {"DatabaseApi::PrepareStatement", "the database is closed", PreparingACommand("SELECT 1", false)},
+        {"DbTableRowIterator::operator++", "the query was closed meanwhile", AdvancedAfterClosing},
     };
-    for (const std::string& operation : {Next, Begin, Advance}) {
-        all.push_back({operation, "the rows are at their end", AtTheEnd(operation)});
-        all.push_back({operation, "the step fails", WithAFailingStep(operation)});
-        all.push_back({operation, "a column has no value", WithABadColumn(operation, "sqlite3_column_value")});
-        all.push_back({operation, "a column's type is unknown", WithABadColumn(operation, "sqlite3_value_type")});
-    }
-    for (const std::string& operation : {Next, Begin}) {
-        all.push_back({operation, "no query is held", WithoutAQuery(operation)});
-        all.push_back({operation, "another operation's failure is on record", AfterAnotherFailure(operation)});
+    for (const Fetch& fetch : Fetches) {
+        all.push_back({fetch.name, "the rows are at their end", AtTheEnd(fetch)});
+        all.push_back({fetch.name, "the step fails", WithAFailingStep(fetch)});
+        all.push_back({fetch.name, "a column has no value", WithABadColumn(fetch, "sqlite3_column_value")});
+        all.push_back({fetch.name, "a column's type is unknown", WithABadColumn(fetch, "sqlite3_value_type")});
+        if (!fetch.advances) {
+            all.push_back({fetch.name, "no query is held", WithoutAQuery(fetch)});
+            all.push_back({fetch.name, "another operation's failure is on record", AfterAnotherFailure(fetch)});
+        }
     }
     return all;
 }
