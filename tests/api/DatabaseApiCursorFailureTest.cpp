@@ -1,10 +1,8 @@
-#include <gmock/gmock.h>
 #include <sqlite3.h>
 
 #include <string>
 
-#include "support/Cells.h"
-#include "support/OpenFacade.h"
+#include "api/FacadeTest.h"
 #include "support/RawLegacyStatement.h"
 #include "support/SqliteCallRecorder.h"
 
@@ -15,83 +13,76 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A row-by-row query that fails after some rows, and a query that continues while an earlier failure is in the record.
+// A row-by-row query that fails after its first row, and one that continues after the failure of another operation.
 
-class DatabaseApiCursorFailureTest : public OpenFacade {
+class DatabaseApiCursorFailureTest : public FacadeTest {
 protected:
-    DatabaseApiCursorFailureTest()
+    /// Begins the query that fails, and fetches its first row into the current row.
+    void BeginFailing()
     {
-        EXPECT_TRUE(database.Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1), (-9223372036854775808), (3)"));
+        ASSERT_NE(raw.step.code, SQLITE_DONE);
+        ASSERT_TRUE(database.SqlQueryBegin(failing));
+        ASSERT_NE(database.begin(), database.end());
     }
 
-    const std::string failing = "SELECT abs(a) FROM t";
-    DbTableRowValues row;
+    const std::string failing = "SELECT abs(iif(a = 2, -9223372036854775808, a)) FROM t";
+    const PlainWalk raw = LegacyWalk(RawSqlite(path).Handle(), failing);
 };
 
-TEST_F(DatabaseApiCursorFailureTest, FailedStepTakesOverSqlitesRecordAndLeavesTheRow)
+TEST_F(DatabaseApiCursorFailureTest, FailedStepCopiesSqlitesErrorAndLeavesTheRow)
 {
-    const PlainWalk plain = LegacyWalk(RawSqlite(path).Handle(), failing);
-    ASSERT_NE(plain.step.code, SQLITE_DONE);
-    ASSERT_TRUE(database.SqlQueryBegin(failing));
-    ASSERT_TRUE(database.ReadNextRow(row));
+    BeginFailing();
+    row.cells = {TextCell("kept")};
 
     EXPECT_FALSE(database.ReadNextRow(row));
 
-    EXPECT_THAT(database, HasError(plain.step.code, plain.step.message));
+    EXPECT_THAT(database, HasErrorOf(raw.step));
     EXPECT_TRUE(database.Failed());
-    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(1)"));
+    EXPECT_THAT(CellTexts(row), ElementsAre("0:Text string(kept)"));
 }
 
 TEST_F(DatabaseApiCursorFailureTest, FailedStepMakesBeginReturnTheEndAndLeavesTheCurrentRow)
 {
-    const PlainWalk plain = LegacyWalk(RawSqlite(path).Handle(), failing);
     ASSERT_TRUE(database.SqlQueryBegin(failing));
     const DbTableRowValues& current = *database.begin();
 
     EXPECT_EQ(database.begin(), database.end());
 
-    EXPECT_THAT(database, HasError(plain.step.code, plain.step.message));
+    EXPECT_THAT(database, HasErrorOf(raw.step));
     EXPECT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
 }
 
-TEST_F(DatabaseApiCursorFailureTest, CloseReadTableRepeatsTheFailedStepsRecordAndReleasesTheQueryAllTheSame)
+TEST_F(DatabaseApiCursorFailureTest, CloseReadTableRepeatsTheFailureAndReleasesTheQuery)
 {
-    const PlainWalk plain = LegacyWalk(RawSqlite(path).Handle(), failing);
-    ASSERT_NE(plain.finalize.code, SQLITE_OK);
-    ASSERT_TRUE(database.SqlQueryBegin(failing));
-    ASSERT_TRUE(database.ReadNextRow(row));
+    ASSERT_NE(raw.finalize.code, SQLITE_OK);
+    BeginFailing();
     ASSERT_FALSE(database.ReadNextRow(row));
     {
         const SqliteCallRecorder sqlite;
-
         EXPECT_FALSE(database.CloseReadTable());
-
         EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)", "sqlite3_errmsg(handle)"));
     }
-    EXPECT_THAT(database, HasError(plain.finalize.code, plain.finalize.message));
-    EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasError(111, "Table isn't open."));
+    EXPECT_THAT(database, HasErrorOf(raw.finalize));
+    ExpectNoWalk();
     EXPECT_TRUE(database.CloseReadTable());
     EXPECT_TRUE(database.CloseDatabase());
 }
 
 TEST_F(DatabaseApiCursorFailureTest, NewQueryForgetsTheFailedOne)
 {
-    ASSERT_TRUE(database.SqlQueryBegin(failing));
-    ASSERT_TRUE(database.ReadNextRow(row));
+    BeginFailing();
     ASSERT_FALSE(database.ReadNextRow(row));
 
     EXPECT_TRUE(database.SqlQueryBegin("SELECT 5"));
 
     EXPECT_TRUE(database.Succeeded());
-    EXPECT_TRUE(database.ReadNextRow(row));
-    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(5)"));
+    EXPECT_THAT(NextRow(), ElementsAre("0:Integer int(5)"));
 }
 
 TEST_F(DatabaseApiCursorFailureTest, SchemaChangedAfterTheQueryBeganFailsItsFirstStep)
 {
-    RawSqlite plain(path);
-    RawLegacyStatement statement(plain, "SELECT a FROM t");
+    RawSqlite other(path);
+    RawLegacyStatement statement(other, "SELECT a FROM t");
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
     RawSqlite(path).Execute("CREATE TABLE made (a)");
     const RawFailure stepped = statement.Step();
@@ -99,29 +90,19 @@ TEST_F(DatabaseApiCursorFailureTest, SchemaChangedAfterTheQueryBeganFailsItsFirs
     ASSERT_NE(stepped.code, SQLITE_ROW);
 
     EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasError(stepped.code, stepped.message));
+    EXPECT_THAT(database, HasErrorOf(stepped));
 
     EXPECT_FALSE(database.CloseReadTable());
     EXPECT_EQ(finalized.code, SQLITE_SCHEMA);
-    EXPECT_THAT(database, HasError(finalized.code, finalized.message));
+    EXPECT_THAT(database, HasErrorOf(finalized));
 }
 
-class DatabaseApiStaleFailureTest : public OpenFacade {
-protected:
-    /// Begins a query of three rows, fetches the first row and then leaves the record 112 "Missing command.".
-    void BeginAndFail()
-    {
-        ASSERT_TRUE(database.SqlQueryBegin("SELECT 1 AS a UNION SELECT 2 UNION SELECT 3 ORDER BY a"));
-        ASSERT_TRUE(database.ReadNextRow(row));
-        FailWithMissingCommand();
-    }
+using DatabaseApiEarlierFailureTest = FacadeTest;
 
-    DbTableRowValues row;
-};
-
-TEST_F(DatabaseApiStaleFailureTest, FetchesConsumeRowsWithoutCellsUntilTheEndResetsTheCode)
+TEST_F(DatabaseApiEarlierFailureTest, FetchesConsumeRowsWithoutCellsUntilTheEndResetsTheCode)
 {
-    BeginAndFail();
+    BeginWalk();
+    FailWithMissingCommand();
     const SqliteCallRecorder sqlite;
 
     for (int fetch = 2; fetch <= 3; ++fetch) {
@@ -138,9 +119,9 @@ TEST_F(DatabaseApiStaleFailureTest, FetchesConsumeRowsWithoutCellsUntilTheEndRes
     EXPECT_EQ(sqlite.CallsOf("sqlite3_step").size(), 3U);
 }
 
-TEST_F(DatabaseApiStaleFailureTest, BeginConsumesARowAndReturnsTheEndWithoutCellsInTheCurrentRow)
+TEST_F(DatabaseApiEarlierFailureTest, BeginConsumesARowAndReturnsTheEndWithoutCellsInTheCurrentRow)
 {
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT 1 AS a UNION SELECT 2 UNION SELECT 3 ORDER BY a"));
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
     const DbTableRowValues& current = *database.begin();
     ASSERT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
     FailWithMissingCommand();
@@ -154,45 +135,31 @@ TEST_F(DatabaseApiStaleFailureTest, BeginConsumesARowAndReturnsTheEndWithoutCell
     EXPECT_THAT(CellTexts(current), ElementsAre("0:Integer int(3)"));
 }
 
-TEST_F(DatabaseApiStaleFailureTest, AnotherOperationsSuccessLetsTheWalkGoOn)
+TEST_F(DatabaseApiEarlierFailureTest, SuccessOfAnotherOperationLetsTheWalkContinue)
 {
-    BeginAndFail();
+    BeginWalk();
+    FailWithMissingCommand();
     ASSERT_TRUE(database.Execute("SELECT 0"));
 
-    EXPECT_TRUE(database.ReadNextRow(row));
-
-    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)"));
+    EXPECT_THAT(NextRow(), ElementsAre("0:Integer int(2)"));
     EXPECT_THAT(database, HasError(0, "Missing command."));
 }
 
-TEST_F(DatabaseApiStaleFailureTest, FailedConversionStaysRecordedUntilTheEnd)
+TEST_F(DatabaseApiEarlierFailureTest, FailedConversionRemainsUntilTheEnd)
 {
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT 1 UNION SELECT 2 UNION SELECT 3"));
-    {
-        SqliteCallRecorder sqlite;
-        sqlite.ReplaceNextResult("sqlite3_value_type", 9, false);
-        EXPECT_FALSE(database.ReadNextRow(row));
-        EXPECT_FALSE(sqlite.Pending());
-    }
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+    SqliteCallRecorder sqlite;
+    sqlite.ReplaceNextResult("sqlite3_value_type", 9, false);
 
-    for (int fetch = 2; fetch <= 3; ++fetch) {
+    for (int fetch = 1; fetch <= 3; ++fetch) {
         EXPECT_FALSE(database.ReadNextRow(row));
         EXPECT_THAT(database, HasError(112, "Unknown value type."));
         EXPECT_THAT(row.cells, IsEmpty());
     }
     EXPECT_FALSE(database.ReadNextRow(row));
 
+    EXPECT_FALSE(sqlite.Pending());
     EXPECT_THAT(database, HasError(0, ""));
-}
-
-TEST_F(DatabaseApiStaleFailureTest, BeginningAQueryResetsTheCode)
-{
-    BeginAndFail();
-
-    EXPECT_TRUE(database.SqlQueryBegin("SELECT 5"));
-
-    EXPECT_THAT(database, HasError(0, "Missing command."));
-    EXPECT_TRUE(database.ReadNextRow(row));
 }
 
 } // namespace

@@ -1,9 +1,6 @@
-#include <gmock/gmock.h>
-
 #include <string>
 
-#include "support/Cells.h"
-#include "support/OpenFacade.h"
+#include "api/FacadeTest.h"
 #include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
@@ -13,15 +10,9 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class DatabaseApiCursorTest : public OpenFacade {
-protected:
-    DatabaseApiCursorTest()
-    {
-        EXPECT_TRUE(database.Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, 'one'), (2, 'two')"));
-    }
+// A row-by-row query: its rows, and what ends it.
 
-    DbTableRowValues row;
-};
+using DatabaseApiCursorTest = FacadeTest;
 
 TEST_F(DatabaseApiCursorTest, QueryIsOpenedWithoutFetchingARow)
 {
@@ -35,14 +26,12 @@ TEST_F(DatabaseApiCursorTest, QueryIsOpenedWithoutFetchingARow)
 
 TEST_F(DatabaseApiCursorTest, RowsComeInOrderAndTheEndLeavesTheLastRow)
 {
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t WHERE a < 3"));
 
-    EXPECT_TRUE(database.ReadNextRow(row));
-    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(1)", "1:Text string(one)"));
-    EXPECT_TRUE(database.ReadNextRow(row));
-    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)", "1:Text string(two)"));
-
+    EXPECT_THAT(NextRow(), ElementsAre("0:Integer int(1)", "1:Text string(one)"));
+    EXPECT_THAT(NextRow(), ElementsAre("0:Integer int(2)", "1:Text string(two)"));
     EXPECT_FALSE(database.ReadNextRow(row));
+
     EXPECT_THAT(database, HasError(0, ""));
     EXPECT_TRUE(database.Succeeded());
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)", "1:Text string(two)"));
@@ -53,9 +42,7 @@ TEST_F(DatabaseApiCursorTest, RowIsClearedBeforeItIsFilled)
     row.cells.assign(5, TextCell("old"));
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
 
-    EXPECT_TRUE(database.ReadNextRow(row));
-
-    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(1)"));
+    EXPECT_THAT(NextRow(), ElementsAre("0:Integer int(1)"));
 }
 
 TEST_F(DatabaseApiCursorTest, FetchAfterTheEndStartsOver)
@@ -64,9 +51,7 @@ TEST_F(DatabaseApiCursorTest, FetchAfterTheEndStartsOver)
     ASSERT_TRUE(database.ReadNextRow(row));
     ASSERT_FALSE(database.ReadNextRow(row));
 
-    EXPECT_TRUE(database.ReadNextRow(row));
-
-    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)"));
+    EXPECT_THAT(NextRow(), ElementsAre("0:Integer int(2)"));
 }
 
 TEST_F(DatabaseApiCursorTest, QueryWithoutRowsEndsWithTheFirstFetch)
@@ -81,14 +66,13 @@ TEST_F(DatabaseApiCursorTest, QueryWithoutRowsEndsWithTheFirstFetch)
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Text string(kept)"));
 }
 
-TEST_F(DatabaseApiCursorTest, EndReplacesAnEarlierMessageAndBeginningDoesNot)
+TEST_F(DatabaseApiCursorTest, EndReplacesAnEarlierMessageAndAFetchDoesNot)
 {
     FailWithMissingCommand();
-
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t WHERE a=1"));
-    EXPECT_THAT(database, HasError(0, "Missing command."));
     ASSERT_TRUE(database.ReadNextRow(row));
     EXPECT_THAT(database, HasError(0, "Missing command."));
+
     EXPECT_FALSE(database.ReadNextRow(row));
 
     EXPECT_THAT(database, HasError(0, ""));
@@ -99,9 +83,7 @@ TEST_F(DatabaseApiCursorTest, FetchWithoutAQueryFailsAndLeavesTheRow)
     row.cells = {TextCell("kept")};
     const SqliteCallRecorder sqlite;
 
-    EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasError(111, "Table isn't open."));
-
+    ExpectNoWalk();
     EXPECT_TRUE(database.CloseReadTable());
     EXPECT_EQ(database.begin(), database.end());
     EXPECT_THAT(database, HasError(111, "Table isn't open."));
@@ -110,35 +92,92 @@ TEST_F(DatabaseApiCursorTest, FetchWithoutAQueryFailsAndLeavesTheRow)
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
-TEST(DatabaseApiClosedTest, FetchAsksForAQueryNotForADatabase)
-{
-    DatabaseApi database;
-    DbTableRowValues row;
-
-    EXPECT_FALSE(database.ReadNextRow(row));
-
-    EXPECT_THAT(database, HasError(111, "Table isn't open."));
-}
-
-TEST(DatabaseApiClosedTest, QueryIsRejectedBeforeItsTextIsLookedAt)
-{
-    DatabaseApi database;
-    const SqliteCallRecorder sqlite;
-
-    for (const char* sql : {"SELECT 1", ""}) {
-        EXPECT_FALSE(database.SqlQueryBegin(sql));
-        EXPECT_THAT(database, HasError(111, "Database isn't open."));
-    }
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
-}
-
 TEST_F(DatabaseApiCursorTest, TextWithoutAStatementBeginsNoQuery)
 {
     EXPECT_TRUE(database.SqlQueryBegin("-- nothing"));
-    EXPECT_THAT(database, HasError(0, ""));
 
+    EXPECT_THAT(database, HasError(0, ""));
+    ExpectNoWalk();
+}
+
+TEST_F(DatabaseApiCursorTest, NewQueryEndsTheOneBefore)
+{
+    BeginWalk();
+    const SqliteCallRecorder sqlite;
+
+    EXPECT_TRUE(database.SqlQueryBegin("SELECT b FROM t"));
+
+    EXPECT_THAT(sqlite.Calls(),
+                ElementsAre("sqlite3_finalize(statement)", "sqlite3_prepare(handle, SELECT b FROM t, -1)"));
+    EXPECT_THAT(NextRow(), ElementsAre("0:Text string(one)"));
+}
+
+TEST_F(DatabaseApiCursorTest, RejectedQueryEndsTheOneBeforeAndEmptiesTheCurrentRow)
+{
+    const RawFailure failure = RejectedQuery("SELECT missing FROM t");
+    for (const auto& [sql, error] : {std::pair("", RawFailure{112, "Missing query SQL statement."}),
+                                     std::pair("SELECT missing FROM t", failure)}) {
+        ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+        const DbTableRowValues& current = *database.begin();
+        ASSERT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
+
+        EXPECT_FALSE(database.SqlQueryBegin(sql));
+
+        EXPECT_THAT(database, HasErrorOf(error));
+        EXPECT_THAT(current.cells, IsEmpty());
+        ExpectNoWalk();
+    }
+    EXPECT_TRUE(database.CloseDatabase());
+}
+
+TEST_F(DatabaseApiCursorTest, SuccessfulQueryEmptiesTheCurrentRow)
+{
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+    const DbTableRowValues& current = *database.begin();
+    ASSERT_FALSE(current.cells.empty());
+
+    EXPECT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+
+    EXPECT_THAT(current.cells, IsEmpty());
+}
+
+TEST_F(DatabaseApiCursorTest, QueryMayBeBegunWithATextOfTheCurrentRow)
+{
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT 'SELECT b AS a_name_that_is_too_long_for_the_string_itself FROM t'"));
+    const DbTableRowIterator iterator = database.begin();
+    ASSERT_NE(iterator, database.end());
+
+    EXPECT_TRUE(database.SqlQueryBegin(std::get<std::string>(iterator->cells.at(0).value)));
+
+    EXPECT_THAT(NextRow(), ElementsAre("0:Text string(one)"));
+}
+
+TEST_F(DatabaseApiCursorTest, CloseReadTableReleasesTheQueryAndLeavesTheCurrentRow)
+{
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+    const DbTableRowValues& current = *database.begin();
+    const SqliteCallRecorder sqlite;
+
+    EXPECT_TRUE(database.CloseReadTable());
+    EXPECT_TRUE(database.CloseReadTable()) << "without a query";
+
+    EXPECT_THAT(database, HasError(0, ""));
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)"));
+    EXPECT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
+    ExpectNoWalk();
+}
+
+TEST_F(DatabaseApiCursorTest, CompleteReadEndsTheQueryAndTheNextFetchContinuesOnTheReadsStatement)
+{
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+    const DbTableRowValues& current = *database.begin();
+
+    EXPECT_TRUE(database.ReadValues("SELECT b FROM t WHERE a=3", data));
+
+    EXPECT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
+    EXPECT_THAT(NextRow(), ElementsAre("0:Text string(three)")) << "a finished statement starts over";
     EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasError(111, "Table isn't open."));
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 } // namespace

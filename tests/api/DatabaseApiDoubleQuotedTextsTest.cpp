@@ -1,20 +1,13 @@
-#include <sql/DatabaseApi.h>
-
-#include <gmock/gmock.h>
-
 #include <string>
 
-#include "support/Cells.h"
+#include "api/FacadeTest.h"
 #include "support/DoubleQuotedTexts.h"
-#include "support/HasError.h"
-#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::StartsWith;
 
 // Text and blob cells are written between double quotation marks. A SQLite that was built with SQLITE_DQS=0, as its
@@ -22,10 +15,11 @@ using testing::StartsWith;
 
 class DatabaseApiDoubleQuotedTextsTest : public testing::Test {
 protected:
+    /// Opens a database with one row.
     void Open()
     {
         ASSERT_TRUE(database.OpenDatabase(":memory:", false));
-        ASSERT_TRUE(database.Execute("CREATE TABLE room (name TEXT, n INTEGER)"));
+        ASSERT_TRUE(database.Execute("CREATE TABLE room (name TEXT, n INTEGER); INSERT INTO room VALUES ('hall', 1)"));
     }
 
     bool Write(const DbTableColumnValue& cell) { return database.WriteTableValues("room", {{"name"}, {{{cell}}}}); }
@@ -50,12 +44,12 @@ protected:
         return HasError(1, failure.message);
     }
 
+    const DoubleQuotedTexts rejected{false};
     DatabaseApi database;
 };
 
-TEST_F(DatabaseApiDoubleQuotedTextsTest, RejectedOnesAreAnUnknownColumn)
+TEST_F(DatabaseApiDoubleQuotedTextsTest, RejectedOnesAreAnUnknownColumnAndChangeNothing)
 {
-    const DoubleQuotedTexts rejected(false);
     Open();
 
     EXPECT_FALSE(Write(TextCell("kitchen")));
@@ -64,44 +58,33 @@ TEST_F(DatabaseApiDoubleQuotedTextsTest, RejectedOnesAreAnUnknownColumn)
     EXPECT_THAT(database, UnknownColumn(""));
     EXPECT_FALSE(Write(BlobCell("ab")));
     EXPECT_THAT(database, UnknownColumn("ab"));
-
-    EXPECT_THAT(Stored(), IsEmpty());
-}
-
-TEST_F(DatabaseApiDoubleQuotedTextsTest, RejectedOnesLeaveARowAsItWas)
-{
-    const DoubleQuotedTexts rejected(false);
-    Open();
-    ASSERT_TRUE(database.Execute("INSERT INTO room VALUES ('hall', 1)"));
-
     EXPECT_FALSE(Update(TextCell("kitchen")));
-
     EXPECT_THAT(database, UnknownColumn("kitchen"));
+
     EXPECT_THAT(Stored(), ElementsAre(ElementsAre("0:Text string(hall)", "1:Integer int(1)")));
 }
 
 TEST_F(DatabaseApiDoubleQuotedTextsTest, NumbersAndBoundTextsDoNotNeedThem)
 {
-    const DoubleQuotedTexts rejected(false);
     Open();
 
-    EXPECT_TRUE(database.WriteTableValues("room", {{"n"}, {{{IntegerCell(1)}}}}));
+    EXPECT_TRUE(database.UpdateTableValues("room", {{"n"}, {{{IntegerCell(2)}}}}, ""));
     SqlCommand update = database.PrepareStatement("UPDATE room SET name = ?");
     EXPECT_TRUE(update.BindText(1, "kitchen") && update.Step());
 
-    EXPECT_THAT(Stored(), ElementsAre(ElementsAre("0:Text string(kitchen)", "1:Integer int(1)")));
+    EXPECT_THAT(Stored(), ElementsAre(ElementsAre("0:Text string(kitchen)", "1:Integer int(2)")));
 }
 
-TEST_F(DatabaseApiDoubleQuotedTextsTest, AnApplicationCanSwitchThemOn)
+TEST_F(DatabaseApiDoubleQuotedTextsTest, ApplicationCanSwitchThemOn)
 {
-    const DoubleQuotedTexts rejected(false);
     const DoubleQuotedTexts accepted(true);
     Open();
 
-    EXPECT_TRUE(Write(TextCell("hall")));
     EXPECT_TRUE(Update(TextCell("kitchen")));
+    EXPECT_TRUE(Write(TextCell("attic")));
 
-    EXPECT_THAT(Stored(), ElementsAre(ElementsAre("0:Text string(kitchen)", "1:None string()")));
+    EXPECT_THAT(Stored(), ElementsAre(ElementsAre("0:Text string(kitchen)", "1:Integer int(1)"),
+                                      ElementsAre("0:Text string(attic)", "1:None string()")));
 }
 
 } // namespace

@@ -1,10 +1,7 @@
-#include <gmock/gmock.h>
-
 #include <new>
 #include <string>
 
-#include "support/Cells.h"
-#include "support/OpenFacade.h"
+#include "api/FacadeTest.h"
 #include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
@@ -13,117 +10,87 @@ namespace {
 
 using testing::ElementsAre;
 
-/// A column that cannot be converted: the SQLite function that fails, the value that it returns, and the code that
+/// A column that cannot be converted: the SQLite function that fails, the value that it returns, and the message that
 /// fetching the row leaves.
-struct FailureCase {
+struct FailedConversion {
     const char* name;
     const char* function;
     int result;
     const char* message;
 };
 
-class DatabaseApiFailedConversionTest : public OpenFacade, public testing::WithParamInterface<FailureCase> {
+class DatabaseApiFailedConversionTest : public FacadeTest, public testing::WithParamInterface<FailedConversion> {
 protected:
-    DatabaseApiFailedConversionTest()
+    /// Checks that `act` fails with the code and message if the conversion of one column fails, after `converted` ones.
+    template <typename Act>
+    void ExpectFailure(int converted, int code, const std::string& message, Act act)
     {
-        EXPECT_TRUE(database.Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, 10), (2, 20), (3, 30)"));
+        SqliteCallRecorder sqlite;
+        sqlite.ReplaceNextResult(GetParam().function, GetParam().result, false, converted);
+        EXPECT_FALSE(act());
+        EXPECT_FALSE(sqlite.Pending());
+        EXPECT_THAT(database, HasError(code, message));
+        EXPECT_FALSE(database.Succeeded());
+        EXPECT_EQ(sqlite.CallsOf("sqlite3_step").size(), static_cast<std::size_t>(converted / 2 + 1));
     }
-
-    DbTableData data;
-    DbTableRowValues row;
 };
 
-TEST_P(DatabaseApiFailedConversionTest, WholeReadKeepsTheRowsBeforeItAndEndsWithTheStepsRecord)
+TEST_P(DatabaseApiFailedConversionTest, CompleteReadKeepsTheRowsBeforeItAndEndsWithTheStepsError)
 {
-    SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult(GetParam().function, GetParam().result, false, 3);
+    ExpectFailure(3, 100, "", [&] { return database.ReadValues("SELECT a, b FROM t", data); });
 
-    EXPECT_FALSE(database.ReadValues("SELECT a, b FROM t", data));
-
-    EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(database, HasError(100, ""));
-    EXPECT_FALSE(database.Succeeded());
-    EXPECT_TRUE(database.Failed());
-    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)", "1:Integer int(10)")));
-    EXPECT_EQ(sqlite.CallsOf("sqlite3_step").size(), 2U);
+    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)", "1:Text string(one)")));
 }
 
-TEST_P(DatabaseApiFailedConversionTest, SingleRowKeepsTheCellsBeforeItAndTheMessage)
+TEST_P(DatabaseApiFailedConversionTest, FirstAndLaterRowsKeepTheCellsBeforeIt)
 {
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
-    SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult(GetParam().function, GetParam().result, false, 1);
+    for (const std::string first : {"1", "2"}) {
+        ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t WHERE a >= " + first)); // the second row has old cells
+        ExpectFailure(1, 112, GetParam().message, [&] { return database.ReadNextRow(row); });
 
-    EXPECT_FALSE(database.ReadNextRow(row));
-
-    EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(database, HasError(112, GetParam().message));
-    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(1)"));
-}
-
-TEST_P(DatabaseApiFailedConversionTest, LaterRowKeepsTheCellsBeforeItToo)
-{
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
-    ASSERT_TRUE(database.ReadNextRow(row));
-    SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult(GetParam().function, GetParam().result, false, 1);
-
-    EXPECT_FALSE(database.ReadNextRow(row));
-
-    EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(database, HasError(112, GetParam().message));
-    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)"));
+        EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(" + first + ")"));
+        row.cells.assign(2, TextCell("old"));
+    }
 }
 
 TEST_P(DatabaseApiFailedConversionTest, BeginReturnsTheEndWithTheMessage)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
-    SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult(GetParam().function, GetParam().result, false);
 
-    EXPECT_EQ(database.begin(), database.end());
-
-    EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(database, HasError(112, GetParam().message));
+    ExpectFailure(0, 112, GetParam().message, [&] { return database.begin() != database.end(); });
 }
 
 INSTANTIATE_TEST_SUITE_P(Columns, DatabaseApiFailedConversionTest,
-                         testing::Values(FailureCase{"NoValue", "sqlite3_column_value", 0, "No value exists."},
-                                         FailureCase{"NegativeType", "sqlite3_value_type", -1, "No value exists."},
-                                         FailureCase{"TypeZero", "sqlite3_value_type", 0, "Unknown value type."},
-                                         FailureCase{"TypeSix", "sqlite3_value_type", 6, "Unknown value type."},
-                                         FailureCase{"TypeNine", "sqlite3_value_type", 9, "Unknown value type."}),
-                         [](const auto& failureCase) { return failureCase.param.name; });
+                         testing::Values(FailedConversion{"NoValue", "sqlite3_column_value", 0, "No value exists."},
+                                         FailedConversion{"NegativeType", "sqlite3_value_type", -1, "No value exists."},
+                                         FailedConversion{"TypeZero", "sqlite3_value_type", 0, "Unknown value type."},
+                                         FailedConversion{"TypeSix", "sqlite3_value_type", 6, "Unknown value type."},
+                                         FailedConversion{"TypeNine", "sqlite3_value_type", 9, "Unknown value type."}),
+                         [](const auto& failed) { return failed.param.name; });
 
-// SQLite has no memory for a text.
-class DatabaseApiLostTextTest : public OpenFacade {
+/// SQLite has no memory for the text of the second row.
+class DatabaseApiLostTextTest : public FacadeTest {
 protected:
-    const std::string sql = "SELECT 1, 'a' UNION ALL SELECT 2, 'b'";
-    DbTableData data;
-    DbTableRowValues row;
+    DatabaseApiLostTextTest() { sqlite.ReplaceNextResult("sqlite3_value_text", 0, false, 1); }
+    ~DatabaseApiLostTextTest() override { EXPECT_FALSE(sqlite.Pending()); }
+
+    SqliteCallRecorder sqlite;
 };
 
 TEST_F(DatabaseApiLostTextTest, ReadThrowsAndKeepsTheRowsBeforeIt)
 {
-    SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult("sqlite3_value_text", 0, false, 1);
+    EXPECT_THROW(database.ReadValues("SELECT a, b FROM t", data), std::bad_alloc);
 
-    EXPECT_THROW(database.ReadValues(sql, data), std::bad_alloc);
-
-    EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)", "1:Text string(a)")));
+    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)", "1:Text string(one)")));
 }
 
 TEST_F(DatabaseApiLostTextTest, RowThrowsAndKeepsTheCellsBeforeIt)
 {
-    ASSERT_TRUE(database.SqlQueryBegin(sql));
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
     ASSERT_TRUE(database.ReadNextRow(row));
-    SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult("sqlite3_value_text", 0, false);
 
     EXPECT_THROW(database.ReadNextRow(row), std::bad_alloc);
 
-    EXPECT_FALSE(sqlite.Pending());
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)"));
 }
 

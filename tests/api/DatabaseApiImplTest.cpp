@@ -3,11 +3,9 @@
 #include <gmock/gmock.h>
 
 #include <string>
+#include <tuple>
 #include <type_traits>
-#include <variant>
 #include <vector>
-
-#include <sqlite3.h>
 
 #include "support/Cells.h"
 #include "support/SqliteCallRecorder.h"
@@ -35,39 +33,30 @@ protected:
         EXPECT_TRUE(implementation.table.ReadNext());
     }
 
-    // Converts the second column; `function` returns `result` once.
-    void ConvertWith(const std::string& function, int result)
+    void ExpectError(int code, const std::string& message) const
     {
-        SqliteCallRecorder sqlite;
-        sqlite.ReplaceNextResult(function, result, false);
-        EXPECT_FALSE(implementation.GetColumnData(implementation.table, cell, 1));
-        EXPECT_FALSE(sqlite.Pending());
+        EXPECT_EQ(implementation.code, code);
+        EXPECT_EQ(implementation.message, message);
     }
 
     Implementation implementation;
     DbTableColumnValue cell{DbTableColumnType::Text, 7, std::string("earlier")};
 };
 
-TEST_F(DatabaseApiImplTest, CellWithoutAnyValueIsAnUntypedZero)
+TEST_F(DatabaseApiImplTest, CellThatCannotBeConvertedIsAnUntypedZero)
 {
-    ConvertWith("sqlite3_column_value", 0);
+    SqliteCallRecorder sqlite;
+    for (const auto& [function, result, message] : {std::tuple("sqlite3_column_value", 0, "No value exists."),
+                                                    std::tuple("sqlite3_value_type", 6, "Unknown value type.")}) {
+        cell = {DbTableColumnType::Text, 7, std::string("earlier")};
+        sqlite.ReplaceNextResult(function, result, false);
 
-    EXPECT_EQ(implementation.code, 112);
-    EXPECT_EQ(implementation.message, "No value exists.");
-    EXPECT_EQ(cell.type, DbTableColumnType::None);
-    EXPECT_EQ(cell.column, 1U);
-    EXPECT_EQ(std::get<int>(cell.value), 0);
-}
+        EXPECT_FALSE(implementation.GetColumnData(implementation.table, cell, 1));
 
-TEST_F(DatabaseApiImplTest, CellOfAnUnknownTypeIsAnUntypedZero)
-{
-    ConvertWith("sqlite3_value_type", 6);
-
-    EXPECT_EQ(implementation.code, 112);
-    EXPECT_EQ(implementation.message, "Unknown value type.");
-    EXPECT_EQ(cell.type, DbTableColumnType::None);
-    EXPECT_EQ(cell.column, 1U);
-    EXPECT_EQ(std::get<int>(cell.value), 0);
+        EXPECT_FALSE(sqlite.Pending());
+        ExpectError(112, message);
+        EXPECT_EQ(CellText(cell), "1:None int(0)");
+    }
 }
 
 // At present, every definition renders to some text.
@@ -77,20 +66,18 @@ TEST_F(DatabaseApiImplTest, EmptyTextOfADefinitionIsMissing)
 
     EXPECT_FALSE(implementation.RunDefinition(""));
 
-    EXPECT_EQ(implementation.code, 112);
-    EXPECT_EQ(implementation.message, "SQL statement is empty.");
+    ExpectError(112, "SQL statement is empty.");
     EXPECT_THAT(sqlite.Calls(), testing::IsEmpty());
 }
 
-TEST_F(DatabaseApiImplTest, CellIsConvertedThoughAnEarlierCodeStands)
+TEST_F(DatabaseApiImplTest, CellIsConvertedAfterAnEarlierFailure)
 {
     implementation.code = 5;
 
     EXPECT_FALSE(implementation.GetColumnData(implementation.table, cell, 1));
 
-    EXPECT_EQ(implementation.code, 5);
-    EXPECT_EQ(cell.type, DbTableColumnType::Integer);
-    EXPECT_EQ(std::get<int>(cell.value), 2);
+    ExpectError(5, "");
+    EXPECT_EQ(CellText(cell), "1:Integer int(2)");
 }
 
 TEST_F(DatabaseApiImplTest, CellOfTheSameAlternativeIsUsedAgain)

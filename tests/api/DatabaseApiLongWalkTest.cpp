@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <new>
 #include <ranges>
 #include <string>
@@ -23,6 +24,8 @@ namespace {
 // page cache is kept smaller than the first rows, so that only the query could make the heap grow.
 
 constexpr int Million = 1'000'000;
+constexpr std::size_t Mebibyte = std::size_t{1} << 20;
+const std::string Query = "SELECT a, b FROM t";
 
 class DatabaseApiLongWalkTest : public OpenFacade {
 protected:
@@ -34,10 +37,10 @@ protected:
                                      "LIMIT " +
                                      std::to_string(rows) +
                                      ") INSERT INTO t SELECT n, printf('%040d', n) FROM numbers"));
-        ASSERT_TRUE(database.SqlQueryBegin(query));
+        ASSERT_TRUE(database.SqlQueryBegin(Query));
     }
 
-    const std::string query = "SELECT a, b FROM t";
+    DbTableRowValues row;
 };
 
 TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryAtTheMillionthRowAsAtTheThousandth)
@@ -47,8 +50,8 @@ TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryAtTheMillionthRowAsAtTheThousa
     int rows = 0;
     BeginWalk(Million);
 
-    for (const DbTableRowValues& row : database) {
-        ASSERT_EQ(std::get<int>(row.cells.at(0).value), ++rows);
+    for (const DbTableRowValues& current : database) {
+        ASSERT_EQ(std::get<int>(current.cells.at(0).value), ++rows);
         if (rows == 1000) {
             atFirst = LiveBytes();
         } else if (rows == Million) {
@@ -63,12 +66,10 @@ TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryAtTheMillionthRowAsAtTheThousa
 
 TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryWhenTheCallerKeepsTheRow)
 {
-    constexpr int Rows = 100'000;
-    BeginWalk(Rows);
-    DbTableRowValues row;
+    BeginWalk(100'000);
     std::size_t atFirst = 0;
 
-    for (int fetch = 1; fetch <= Rows; ++fetch) {
+    for (int fetch = 1; fetch <= 100'000; ++fetch) {
         ASSERT_TRUE(database.ReadNextRow(row));
         if (fetch == 1000) {
             atFirst = LiveBytes();
@@ -78,24 +79,21 @@ TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryWhenTheCallerKeepsTheRow)
     EXPECT_EQ(LiveBytes(), atFirst);
 }
 
-// Every kind of value in place of a large text or blob, and a shorter text: none of these values needs the large
-// buffer.
+// None of these values needs the large buffer.
 TEST_F(DatabaseApiLongWalkTest, LargeBufferIsReleasedByTheNextRowThatDoesNotNeedIt)
 {
-    constexpr std::size_t Large = std::size_t{1} << 20;
-    for (const char* const large : {"printf('%1048576d', 1)", "zeroblob(1048576)"}) {
-        for (const char* const next : {"1", "0.5", "'text'", "x'00'", "NULL", "printf('%5000d', 1)"}) {
-            SCOPED_TRACE(std::string(large) + " before " + next);
-            ASSERT_TRUE(database.SqlQueryBegin(std::string("SELECT ") + next + " UNION ALL SELECT " + large +
-                                               " UNION ALL SELECT " + next));
-            DbTableRowValues row;
-            ASSERT_TRUE(database.ReadNextRow(row));
-            ASSERT_TRUE(database.ReadNextRow(row));
+    for (const std::string large : {"printf('%1048576d', 1)", "zeroblob(1048576)"}) {
+        for (const std::string next : {"1", "0.5", "'text'", "x'00'", "NULL", "printf('%5000d', 1)"}) {
+            SCOPED_TRACE(large + " before " + next);
+            ASSERT_TRUE(
+                database.SqlQueryBegin("SELECT " + next + " UNION ALL SELECT " + large + " UNION ALL SELECT " + next));
+            ASSERT_TRUE(database.ReadNextRow(row) && database.ReadNextRow(row));
             const std::size_t withLarge = LiveBytes();
 
             ASSERT_TRUE(database.ReadNextRow(row));
 
-            EXPECT_LT(LiveBytes(), withLarge - Large * 9 / 10) << "SQLite keeps its own copy, the row does not";
+            EXPECT_LT(LiveBytes(), withLarge - Mebibyte * 9 / 10) << "SQLite keeps its copy, the row does not";
+            row.cells.clear();
         }
     }
 }
@@ -103,7 +101,6 @@ TEST_F(DatabaseApiLongWalkTest, LargeBufferIsReleasedByTheNextRowThatDoesNotNeed
 TEST_F(DatabaseApiLongWalkTest, BufferOfOrdinarySizeServesTheNextRow)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT printf('%4000d', 1) UNION ALL SELECT 'a text of over 15 bytes'"));
-    DbTableRowValues row;
     ASSERT_TRUE(database.ReadNextRow(row));
     const char* const buffer = std::get<std::string>(row.cells.at(0).value).data();
 
@@ -118,21 +115,21 @@ TEST_F(DatabaseApiLongWalkTest, FacadeReleasesItsRowWhenAQueryIsBegun)
     ASSERT_TRUE(database.SqlQueryBegin("SELECT zeroblob(1048576)"));
     ASSERT_NE(database.begin(), database.end());
     ASSERT_TRUE(database.CloseReadTable());
-    ASSERT_GT(LiveBytes(), before + (std::size_t{1} << 20)) << "closing leaves the current row as it is";
+    ASSERT_GT(LiveBytes(), before + Mebibyte) << "closing leaves the current row as it is";
 
     ASSERT_TRUE(database.SqlQueryBegin("SELECT 1"));
 
-    EXPECT_LT(LiveBytes(), before + (std::size_t{1} << 19));
+    EXPECT_LT(LiveBytes(), before + Mebibyte / 2);
 }
 
-TEST_F(DatabaseApiLongWalkTest, WholeReadHoldsEveryRow)
+TEST_F(DatabaseApiLongWalkTest, CompleteReadHoldsEveryRow)
 {
     constexpr int Rows = 10'000;
     BeginWalk(Rows);
     DbTableData data;
     const std::size_t before = LiveBytes();
 
-    ASSERT_TRUE(database.ReadValues(query, data));
+    ASSERT_TRUE(database.ReadValues(Query, data));
 
     ASSERT_EQ(data.rows.size(), std::size_t{Rows});
     EXPECT_GT(LiveBytes(), before + Rows * (sizeof(DbTableRowValues) + 2 * sizeof(DbTableColumnValue) + 40));
@@ -140,34 +137,24 @@ TEST_F(DatabaseApiLongWalkTest, WholeReadHoldsEveryRow)
 
 #if !TKOSQLLITE_ADDRESS_SANITIZER
 
-/// Limits the memory of this process to 32 MiB more than it has now.
-void LimitAddressSpace()
+/// Ends this process after a walk over all rows or a complete read, with 32 MiB more memory than now.
+[[noreturn]] void ReadInLittleMemory(DatabaseApi& database, bool walk)
 {
-    constexpr std::size_t Room = std::size_t{32} << 20;
     std::size_t pages = 0;
     std::ifstream("/proc/self/statm") >> pages;
-    const rlim_t limit = pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + Room;
+    const rlim_t limit = pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + 32 * Mebibyte;
     const rlimit limits{limit, limit};
     if (pages == 0 || setrlimit(RLIMIT_AS, &limits) != 0) {
         std::_Exit(1);
     }
-}
-
-[[noreturn]] void WalkInLittleSpace(DatabaseApi& database)
-{
-    LimitAddressSpace();
-    const auto rows = std::ranges::distance(database);
-    std::cerr << rows << " rows, code " << database.GetLastError();
-    std::_Exit(0);
-}
-
-[[noreturn]] void ReadInLittleSpace(DatabaseApi& database, const std::string& query)
-{
-    LimitAddressSpace();
-    DbTableData data;
     try {
-        const bool read = database.ReadValues(query, data);
-        std::cerr << (read ? "all rows" : "code " + std::to_string(database.GetLastError()));
+        DbTableData data;
+        if (walk) {
+            std::cerr << std::ranges::distance(database) << " rows";
+        } else {
+            database.ReadValues(Query, data);
+        }
+        std::cerr << ", code " << database.GetLastError();
     } catch (const std::bad_alloc&) {
         std::cerr << "out of memory";
     }
@@ -178,8 +165,8 @@ TEST_F(DatabaseApiLongWalkTest, WalksInAnAddressSpaceTooSmallForTheWholeResult)
 {
     BeginWalk(Million);
 
-    EXPECT_EXIT(WalkInLittleSpace(database), testing::ExitedWithCode(0), "1000000 rows, code 0");
-    EXPECT_EXIT(ReadInLittleSpace(database, query), testing::ExitedWithCode(0), "out of memory|code 7");
+    EXPECT_EXIT(ReadInLittleMemory(database, true), testing::ExitedWithCode(0), "1000000 rows, code 0");
+    EXPECT_EXIT(ReadInLittleMemory(database, false), testing::ExitedWithCode(0), "out of memory|code 7");
 }
 
 #endif

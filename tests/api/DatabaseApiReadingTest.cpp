@@ -1,10 +1,8 @@
-#include <gmock/gmock.h>
 #include <sqlite3.h>
 
 #include <string>
 
-#include "support/Cells.h"
-#include "support/OpenFacade.h"
+#include "api/FacadeTest.h"
 #include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
@@ -12,68 +10,63 @@ namespace Morvik::sql::tests {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
-class DatabaseApiReadingTest : public OpenFacade {
+class DatabaseApiReadingTest : public FacadeTest {
 protected:
-    DatabaseApiReadingTest()
+    /// Checks that a read of the table or query fails as raw SQLite fails to compile the query, and adds no row.
+    void ExpectRejectedTable(const std::string& table)
     {
-        EXPECT_TRUE(database.Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, 'one'), (2, 'two')"));
+        const RawFailure failure = RejectedQuery("SELECT * FROM " + table);
+        EXPECT_FALSE(database.ReadTableValues(table, data));
+        EXPECT_THAT(database, HasErrorOf(failure));
+        EXPECT_THAT(CellTexts(data), ElementsAre(kept));
     }
 
-    DbTableData data;
+    DatabaseApiReadingTest() { data.rows = {{{TextCell("kept")}}}; }
+
+    const std::vector<std::string> kept{"0:Text string(kept)"};
+    const std::vector<std::string> one{"0:Integer int(1)"};
+    const std::vector<std::string> two{"0:Integer int(2)"};
 };
 
-TEST_F(DatabaseApiReadingTest, ReadsEveryRowInOrder)
+TEST_F(DatabaseApiReadingTest, AppendsEveryRowInOrder)
 {
     FailWithMissingCommand();
 
-    EXPECT_TRUE(database.ReadValues("SELECT b, a FROM t ORDER BY a DESC", data));
-
+    EXPECT_TRUE(database.ReadValues("SELECT a, b FROM t WHERE a < 3 ORDER BY a DESC", data));
     EXPECT_THAT(database, HasError(0, ""));
-    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Text string(two)", "1:Integer int(2)"),
-                                             ElementsAre("0:Text string(one)", "1:Integer int(1)")));
+    EXPECT_TRUE(database.ReadValues("SELECT a FROM other", data));
+
+    EXPECT_THAT(CellTexts(data), ElementsAre(kept, ElementsAre("0:Integer int(2)", "1:Text string(two)"),
+                                             ElementsAre("0:Integer int(1)", "1:Text string(one)"), one, two));
 }
 
-TEST_F(DatabaseApiReadingTest, ReadTableValuesReadsTheWholeTableByItsNameAsGiven)
+TEST_F(DatabaseApiReadingTest, ReadTableValuesReadsTheTableByItsNameAsGiven)
 {
     const SqliteCallRecorder sqlite;
 
-    EXPECT_TRUE(database.ReadTableValues("t", data));
-    EXPECT_TRUE(database.ReadTableValues("t WHERE a=2", data));
+    EXPECT_TRUE(database.ReadTableValues("other", data));
+    EXPECT_TRUE(database.ReadTableValues("other WHERE a=2", data));
 
     EXPECT_THAT(sqlite.CallsOf("sqlite3_prepare"),
-                ElementsAre("sqlite3_prepare(handle, SELECT * FROM t, -1)",
-                            "sqlite3_prepare(handle, SELECT * FROM t WHERE a=2, -1)"));
-    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)", "1:Text string(one)"),
-                                             ElementsAre("0:Integer int(2)", "1:Text string(two)"),
-                                             ElementsAre("0:Integer int(2)", "1:Text string(two)")));
+                ElementsAre("sqlite3_prepare(handle, SELECT * FROM other, -1)",
+                            "sqlite3_prepare(handle, SELECT * FROM other WHERE a=2, -1)"));
+    EXPECT_THAT(CellTexts(data), ElementsAre(kept, one, two, two));
 }
 
-TEST_F(DatabaseApiReadingTest, ReadTableValuesQuotesNoName)
+TEST_F(DatabaseApiReadingTest, ReadTableValuesQuotesNoNameAndAcceptsNoEmptyOne)
 {
-    ASSERT_TRUE(database.Execute("CREATE TABLE \"my table\" (a); INSERT INTO \"my table\" VALUES (1)"));
-    const RawFailure plain = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT * FROM my table");
+    ASSERT_TRUE(database.Execute("ALTER TABLE other RENAME TO \"my table\""));
 
-    EXPECT_FALSE(database.ReadTableValues("my table", data));
-    EXPECT_NE(plain.code, 0);
-    EXPECT_THAT(database, HasError(plain.code, plain.message));
+    ExpectRejectedTable("my table");
+    ExpectRejectedTable("");
+    EXPECT_EQ(database.GetLastError(), SQLITE_ERROR);
 
     EXPECT_TRUE(database.ReadTableValues("\"my table\"", data));
-    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)")));
+    EXPECT_THAT(CellTexts(data), ElementsAre(kept, one, two));
 }
 
-TEST_F(DatabaseApiReadingTest, ReadTableValuesWithoutANameGetsSqlitesSyntaxError)
-{
-    const RawFailure plain = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT * FROM ");
-
-    EXPECT_FALSE(database.ReadTableValues("", data));
-
-    EXPECT_EQ(plain.code, SQLITE_ERROR);
-    EXPECT_THAT(database, HasError(plain.code, plain.message));
-}
-
-TEST_F(DatabaseApiReadingTest, ReadTableValuesDoesNotGoThroughAnOverrideOfReadValues)
+TEST_F(DatabaseApiReadingTest, ReadTableValuesDoesNotCallAnOverrideOfReadValues)
 {
     class Overriding : public DatabaseApi {
     public:
@@ -82,117 +75,66 @@ TEST_F(DatabaseApiReadingTest, ReadTableValuesDoesNotGoThroughAnOverrideOfReadVa
     Overriding overriding;
     ASSERT_TRUE(overriding.OpenDatabase(path, true));
 
-    EXPECT_TRUE(overriding.ReadTableValues("t", data));
+    EXPECT_TRUE(overriding.ReadTableValues("other", data));
 
-    EXPECT_EQ(data.rows.size(), 2U);
-}
-
-TEST_F(DatabaseApiReadingTest, RowsAreAppended)
-{
-    data.rows = {{{TextCell("kept")}}};
-
-    EXPECT_TRUE(database.ReadValues("SELECT a FROM t", data));
-    EXPECT_TRUE(database.ReadValues("SELECT a FROM t", data));
-
-    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Text string(kept)"), ElementsAre("0:Integer int(1)"),
-                                             ElementsAre("0:Integer int(2)"), ElementsAre("0:Integer int(1)"),
-                                             ElementsAre("0:Integer int(2)")));
+    EXPECT_THAT(CellTexts(data), ElementsAre(kept, one, two));
 }
 
 TEST_F(DatabaseApiReadingTest, NoRowsAreASuccess)
 {
-    data.rows = {{{TextCell("kept")}}};
-
-    EXPECT_TRUE(database.ReadValues("SELECT a FROM t WHERE 0", data));
-    EXPECT_THAT(database, HasError(0, ""));
-
-    EXPECT_TRUE(database.ReadTableValues("sqlite_master WHERE 0", data));
-    EXPECT_THAT(database, HasError(0, ""));
-    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Text string(kept)")));
-}
-
-TEST_F(DatabaseApiReadingTest, TextWithoutAStatementReadsNoRows)
-{
-    FailWithMissingCommand();
-
-    EXPECT_TRUE(database.ReadValues("-- nothing", data));
-
-    EXPECT_THAT(database, HasError(0, ""));
-    EXPECT_THAT(data.rows, IsEmpty());
-    EXPECT_TRUE(database.CloseDatabase()) << "no statement is held";
+    for (const char* sql : {"SELECT a FROM t WHERE 0", "-- nothing"}) {
+        FailWithMissingCommand();
+        EXPECT_TRUE(database.ReadValues(sql, data));
+        EXPECT_THAT(database, HasError(0, ""));
+    }
+    EXPECT_TRUE(database.CloseDatabase()) << "a text without a statement holds none";
+    EXPECT_THAT(CellTexts(data), ElementsAre(kept));
 }
 
 TEST_F(DatabaseApiReadingTest, OnlyTheFirstStatementIsRead)
 {
     EXPECT_TRUE(database.ReadValues("SELECT a FROM t WHERE a=1; SELECT a FROM t; nonsense", data));
 
-    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)")));
+    EXPECT_THAT(CellTexts(data), ElementsAre(kept, one));
 }
 
-TEST_F(DatabaseApiReadingTest, ClosedDatabaseIsFoundBeforeAMissingText)
+TEST_F(DatabaseApiReadingTest, MissingTextIsRejectedAndReleasesTheStatementBefore)
 {
-    ASSERT_TRUE(database.CloseDatabase());
-    data.rows = {{{TextCell("kept")}}};
-    const SqliteCallRecorder sqlite;
-
-    for (const char* sql : {"SELECT 1", ""}) {
-        EXPECT_FALSE(database.ReadValues(sql, data));
-        EXPECT_THAT(database, HasError(111, "Database isn't open."));
-    }
-    EXPECT_FALSE(database.ReadTableValues("t", data));
-    EXPECT_THAT(database, HasError(111, "Database isn't open."));
-
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Text string(kept)")));
-}
-
-TEST_F(DatabaseApiReadingTest, MissingTextIsRejected)
-{
-    data.rows = {{{TextCell("kept")}}};
+    ASSERT_TRUE(database.ReadValues("SELECT 1 WHERE 0", data));
     const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.ReadValues("", data));
 
     EXPECT_THAT(database, HasError(112, "Missing query SQL statement."));
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Text string(kept)")));
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)"));
+    EXPECT_THAT(CellTexts(data), ElementsAre(kept));
+    EXPECT_TRUE(database.CloseDatabase());
 }
 
-TEST_F(DatabaseApiReadingTest, RejectedTextTakesOverSqlitesRecord)
+TEST_F(DatabaseApiReadingTest, RejectedTextCopiesSqlitesError)
 {
-    const std::string sql = "SELECT missing FROM t";
-    const RawFailure plain = FailureOfPrepare(RawSqlite(path).Handle(), sql);
-    data.rows = {{{TextCell("kept")}}};
+    const RawFailure failure = RejectedQuery("SELECT missing FROM t");
+
+    EXPECT_FALSE(database.ReadValues("SELECT missing FROM t", data));
+
+    EXPECT_THAT(database, HasErrorOf(failure));
+    EXPECT_THAT(CellTexts(data), ElementsAre(kept));
+}
+
+TEST_F(DatabaseApiReadingTest, FailedStepKeepsTheRowsBeforeItAndTheNextReadForgetsIt)
+{
+    const std::string sql = "SELECT abs(iif(a = 3, -9223372036854775808, a)) FROM t";
+    const PlainWalk raw = LegacyWalk(RawSqlite(path).Handle(), sql);
+    ASSERT_EQ(raw.rows, 2);
+    ASSERT_NE(raw.step.code, SQLITE_DONE);
 
     EXPECT_FALSE(database.ReadValues(sql, data));
-
-    EXPECT_NE(plain.code, 0);
-    EXPECT_THAT(database, HasError(plain.code, plain.message));
-    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Text string(kept)")));
-}
-
-TEST_F(DatabaseApiReadingTest, FailedStepKeepsTheRowsBeforeIt)
-{
-    ASSERT_TRUE(database.Execute("INSERT INTO t VALUES (-9223372036854775808, 'smallest'), (4, 'four')"));
-    const std::string sql = "SELECT abs(a) FROM t";
-    const PlainWalk plain = LegacyWalk(RawSqlite(path).Handle(), sql);
-    ASSERT_EQ(plain.rows, 2);
-    ASSERT_NE(plain.step.code, SQLITE_DONE);
-
-    EXPECT_FALSE(database.ReadValues(sql, data));
-
-    EXPECT_THAT(database, HasError(plain.step.code, plain.step.message));
-    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)"), ElementsAre("0:Integer int(2)")));
-}
-
-TEST_F(DatabaseApiReadingTest, NextReadForgetsTheFailedOne)
-{
-    ASSERT_FALSE(database.ReadValues("SELECT abs(-9223372036854775808)", data));
+    EXPECT_THAT(database, HasErrorOf(raw.step));
+    EXPECT_THAT(CellTexts(data), ElementsAre(kept, one, two));
 
     EXPECT_TRUE(database.ReadValues("SELECT 1", data));
-
     EXPECT_THAT(database, HasError(0, ""));
-    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)")));
+    EXPECT_THAT(CellTexts(data), ElementsAre(kept, one, two, one));
 }
 
 TEST_F(DatabaseApiReadingTest, StatementOfAReadIsReleasedByTheNextOne)
@@ -204,30 +146,6 @@ TEST_F(DatabaseApiReadingTest, StatementOfAReadIsReleasedByTheNextOne)
 
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)",
                                             "sqlite3_prepare(handle, SELECT 2 WHERE 0, -1)", "sqlite3_step()"));
-}
-
-TEST_F(DatabaseApiReadingTest, RejectedReadReleasesTheStatementBefore)
-{
-    ASSERT_TRUE(database.ReadValues("SELECT 1", data));
-
-    EXPECT_FALSE(database.ReadValues("", data));
-
-    EXPECT_TRUE(database.CloseDatabase());
-}
-
-TEST_F(DatabaseApiReadingTest, DatabaseClosesOnlyAfterTheReadIsReleased)
-{
-    const RawFailure plain = FailureOfCloseWithAStatement();
-    ASSERT_TRUE(database.ReadValues("SELECT a FROM t", data));
-
-    EXPECT_FALSE(database.CloseDatabase());
-    EXPECT_EQ(plain.code, SQLITE_BUSY);
-    EXPECT_THAT(database, HasError(plain.code, plain.message));
-    EXPECT_TRUE(database.IsOpen());
-
-    EXPECT_TRUE(database.CloseReadTable());
-    EXPECT_TRUE(database.CloseDatabase());
-    EXPECT_FALSE(database.IsOpen());
 }
 
 } // namespace

@@ -1,13 +1,12 @@
-#include <sql/DatabaseApi.h>
+#include <sqlite3.h>
 
-#include <gtest/gtest.h>
-
+#include <cstdint>
+#include <ostream>
 #include <string>
-#include <vector>
 
-#include "api/CountedTable.h"
-#include "support/HasError.h"
-#include "support/RawSqlite.h"
+#include "api/FacadeTest.h"
+#include "support/DatabaseContent.h"
+#include "support/OomInjector.h"
 #include "support/SqliteCallRecorder.h"
 #include "support/TableExistsQuery.h"
 
@@ -15,46 +14,81 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-using Texts = std::vector<std::string>;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
-class ExistDataTest : public CountedTable {};
+class ExistDataTest : public FacadeTest {
+protected:
+    int Count(const std::string& table, const std::string& condition)
+    {
+        result = NotWritten;
+        return database.ExistData(table, condition, result);
+    }
 
-TEST_F(ExistDataTest, CountsTheRows)
+    /// Checks that the count fails with the error of raw SQLite.
+    void ExpectFailure(const std::string& table, const std::string& condition, const RawFailure& failure)
+    {
+        EXPECT_NE(failure.code, 0);
+        EXPECT_EQ(Count(table, condition), 0);
+        EXPECT_EQ(result, failure.code);
+        EXPECT_THAT(database, HasErrorOf(failure));
+    }
+
+    /// A condition with which the count itself returns no row, so that a row appended with UNION becomes the first.
+    const std::string noCount = "WHERE 0 GROUP BY a";
+};
+
+struct Counted {
+    const char* name;
+    const char* condition;
+    int count;
+
+    friend void PrintTo(const Counted& counted, std::ostream* stream) { *stream << counted.condition; }
+};
+
+class SuccessfulExistDataTest : public ExistDataTest, public testing::WithParamInterface<Counted> {};
+
+TEST_P(SuccessfulExistDataTest, ReturnsTheFirstCellAndEndsAWalk)
 {
-    EXPECT_EQ(Count("t", ""), 3);
+    BeginWalk();
+
+    EXPECT_EQ(Count("t", GetParam().condition), GetParam().count);
 
     EXPECT_EQ(result, 0);
     EXPECT_THAT(database, HasError(0, ""));
+    ExpectNoWalk();
+    EXPECT_TRUE(database.CloseDatabase()) << "no query is held";
 }
 
-TEST_F(ExistDataTest, CountsTheRowsThatSatisfyTheCondition)
-{
-    EXPECT_EQ(Count("t", "WHERE a >= 2"), 2);
-    EXPECT_EQ(result, 0);
+INSTANTIATE_TEST_SUITE_P(
+    Conditions, SuccessfulExistDataTest,
+    testing::Values(Counted{"AllRows", "", 3}, Counted{"SomeRows", "WHERE a >= 2", 2}, Counted{"NoRows", "WHERE 0", 0},
+                    Counted{"QueryWithoutARow", "WHERE 0 GROUP BY a", 0},
+                    Counted{"OnlyTheFirstRow", "GROUP BY a UNION ALL SELECT 'text'", 1},
+                    Counted{"CutToItsLow32Bits", "WHERE 0 GROUP BY a UNION ALL SELECT 4294967301", 5},
+                    Counted{"CutToANegativeNumber", "WHERE 0 GROUP BY a UNION ALL SELECT 2147483648", INT32_MIN}),
+    [](const auto& counted) { return counted.param.name; });
 
-    EXPECT_EQ(Count("t", "WHERE 0"), 0);
-    EXPECT_EQ(result, 0);
-}
-
-TEST_F(ExistDataTest, TestsForTheTableAndThenAsksTheCountAlone)
+TEST_F(ExistDataTest, TestsForTheTableAndThenRunsOnlyTheCount)
 {
-    const SqliteCallRecorder recorded;
+    const SqliteCallRecorder sqlite;
 
     Count("T", "");
 
-    EXPECT_EQ(recorded.CallsOf("sqlite3_prepare"), (Texts{"sqlite3_prepare(handle, " + TableExistsQuery("T") + ", -1)",
-                                                          "sqlite3_prepare(handle, SELECT count(*) FROM T, -1)"}));
-    EXPECT_EQ(recorded.CallsOf("sqlite3_step").size(), 2U);
-    EXPECT_TRUE(recorded.Executed().empty());
+    EXPECT_THAT(sqlite.CallsOf("sqlite3_prepare"),
+                ElementsAre("sqlite3_prepare(handle, " + TableExistsQuery("T") + ", -1)",
+                            "sqlite3_prepare(handle, SELECT count(*) FROM T, -1)"));
+    EXPECT_EQ(sqlite.CallsOf("sqlite3_step").size(), 2U);
+    EXPECT_THAT(sqlite.Executed(), IsEmpty());
 }
 
 TEST_F(ExistDataTest, ConditionFollowsAfterOneBlankAsGiven)
 {
-    const SqliteCallRecorder recorded;
+    const SqliteCallRecorder sqlite;
 
     Count("t", " WHERE a = 'it''s' ");
 
-    EXPECT_EQ(recorded.CallsOf("sqlite3_prepare").at(1),
+    EXPECT_EQ(sqlite.CallsOf("sqlite3_prepare").at(1),
               "sqlite3_prepare(handle, SELECT count(*) FROM t  WHERE a = 'it''s' , -1)");
 }
 
@@ -66,82 +100,100 @@ TEST_F(ExistDataTest, AbsentTableHasNoRowsAndNoFailure)
     EXPECT_THAT(database, HasError(0, ""));
 }
 
-TEST_F(ExistDataTest, EmptyNameIsRefused)
+TEST_F(ExistDataTest, FailedTestForTheTableIsReported)
 {
-    EXPECT_EQ(Count("", ""), 0);
-
-    EXPECT_EQ(result, 112);
-    EXPECT_THAT(database, HasError(112, "Missing table name."));
+    ExpectFailure("", "", {112, "Missing table name."});
+    ExpectFailure("it's", "", RejectedQuery(TableExistsQuery("it's")));
 }
 
-TEST_F(ExistDataTest, FailedExistenceTestIsReported)
-{
-    const RawFailure failure = FailureOfPrepare(RawSqlite(path).Handle(), TableExistsQuery("it's"));
-
-    EXPECT_EQ(Count("it's", ""), 0);
-
-    EXPECT_EQ(result, failure.code);
-    EXPECT_THAT(database, HasError(failure.code, failure.message));
-}
-
-TEST_F(ExistDataTest, TableThatIsNotFoundLeavesARowByRowWalkUndisturbed)
+TEST_F(ExistDataTest, RejectedConditionLeavesSqlitesErrorAndNoQuery)
 {
     BeginWalk();
 
-    EXPECT_EQ(Count("absent", ""), 0);
-
-    ASSERT_TRUE(database.ReadNextRow(row));
-    EXPECT_EQ(std::get<int>(row.cells.at(0).value), 2);
-}
-
-TEST_F(ExistDataTest, EndsARowByRowWalk)
-{
-    BeginWalk();
-
-    EXPECT_EQ(Count("t", ""), 3);
+    ExpectFailure("t", "WHERE absent = 1", RejectedQuery("SELECT count(*) FROM t WHERE absent = 1"));
 
     ExpectNoWalk();
 }
 
-TEST_F(ExistDataTest, LeavesNoQueryThatKeepsTheDatabaseOpen)
+TEST_F(ExistDataTest, FailedStepIsReportedByTheClosing)
 {
-    Count("t", "");
+    const std::string condition = "WHERE abs(-9223372036854775807 - a)";
+    const PlainWalk raw = LegacyWalk(RawSqlite(path).Handle(), "SELECT count(*) FROM t " + condition);
 
+    ExpectFailure("t", condition, raw.finalize);
+
+    ExpectNoWalk();
+}
+
+TEST_F(ExistDataTest, RowThatCannotBeConvertedCountsNothing)
+{
+    SqliteCallRecorder sqlite;
+    sqlite.ReplaceNextResult("sqlite3_column_count", 0, false);
+    EXPECT_EQ(Count("t", ""), 0);
+    EXPECT_EQ(result, 0);
+
+    sqlite.ReplaceNextResult("sqlite3_column_value", 0, false);
+    EXPECT_EQ(Count("t", ""), 0);
+    EXPECT_EQ(result, 0);
+    EXPECT_THAT(database, HasError(0, "No value exists.")) << "closing resets the code";
+    EXPECT_FALSE(sqlite.Pending());
+}
+
+TEST_F(ExistDataTest, FirstCellOfAnotherTypeIsACaughtException)
+{
+    for (const std::string value : {"'text'", "2.5", "X'00'", "NULL"}) {
+        FailWithMissingCommand();
+        BeginWalk();
+
+        EXPECT_EQ(Count("t", noCount + " UNION ALL SELECT " + value), 0) << value;
+
+        EXPECT_EQ(result, 110) << value;
+        EXPECT_THAT(database, HasError(0, "Missing command."))
+            << "the exception changes neither, closing resets the code";
+        ExpectNoWalk();
+    }
     EXPECT_TRUE(database.CloseDatabase());
 }
 
-TEST_F(ExistDataTest, ResetsTheCodeAndKeepsTheEarlierMessage)
+TEST_F(ExistDataTest, FailedClosingIsReportedWithTheCountAndReplacesACaughtException)
 {
-    FailWithMissingCommand();
+    for (const auto& [condition, count] :
+         {std::pair(std::string(), 3), std::pair(noCount + " UNION ALL SELECT 'text'", 0)}) {
+        SqliteCallRecorder sqlite;
+        sqlite.ReplaceNextResult("sqlite3_finalize", SQLITE_IOERR, true, 1); // the first call ends the existence test
 
-    EXPECT_EQ(Count("t", ""), 3);
+        EXPECT_EQ(Count("t", condition), count);
 
-    EXPECT_EQ(result, 0);
-    EXPECT_THAT(database, HasError(0, "Missing command."));
+        EXPECT_FALSE(sqlite.Pending());
+        EXPECT_EQ(sqlite.CallsOf("sqlite3_finalize").size(), 2U);
+        EXPECT_EQ(result, SQLITE_IOERR);
+        EXPECT_EQ(database.GetLastError(), SQLITE_IOERR);
+    }
 }
 
-TEST_F(ExistDataTest, QueryWithoutARowCountsNothing)
+TEST_F(ExistDataTest, EveryFailedAllocationIsACaughtException)
 {
-    EXPECT_EQ(Count("t", noCount), 0);
+    const std::string condition = "WHERE a > 1 /* " + std::string(100, '-') + " */";
+    int failures = 0;
 
-    EXPECT_EQ(result, 0);
-    ExpectNoWalk();
-}
+    for (bool fired = true; fired; ++failures) {
+        BeginWalk();
+        int count = NotWritten;
+        {
+            const OomInjector failing(failures);
+            EXPECT_NO_THROW(count = Count("t", condition));
+            fired = failing.Fired();
+        }
+        EXPECT_EQ(count, fired ? 0 : 2) << "after " << failures << " allocations";
+        EXPECT_EQ(result, fired ? 110 : 0) << "after " << failures << " allocations";
+        ExpectNoWalk();
+        EXPECT_TRUE(database.CloseReadTable());
+    }
 
-TEST_F(ExistDataTest, OnlyTheFirstRowIsRead)
-{
-    EXPECT_EQ(Count("t", "GROUP BY a UNION ALL SELECT 'text'"), 1);
-
-    EXPECT_EQ(result, 0);
-}
-
-TEST_F(ExistDataTest, CountIsCutToItsLow32Bits)
-{
-    EXPECT_EQ(Count("t", noCount + " UNION ALL SELECT 4294967301"), 5);
-    EXPECT_EQ(result, 0);
-
-    EXPECT_EQ(Count("t", noCount + " UNION ALL SELECT 2147483648"), -2147483647 - 1);
-    EXPECT_EQ(result, 0);
+    EXPECT_GT(failures, 3) << "no allocation failed";
+    EXPECT_TRUE(database.CloseDatabase());
+    EXPECT_THAT(ContentOf(path).at("t"),
+                ElementsAre(ElementsAre("1", "'one'"), ElementsAre("2", "'two'"), ElementsAre("3", "'three'")));
 }
 
 } // namespace

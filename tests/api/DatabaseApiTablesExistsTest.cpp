@@ -1,13 +1,6 @@
-#include <sql/DatabaseApi.h>
-
-#include <gtest/gtest.h>
-
 #include <string>
-#include <vector>
 
-#include "support/HasError.h"
-#include "support/OpenFacade.h"
-#include "support/RawSqlite.h"
+#include "api/FacadeTest.h"
 #include "support/SqliteCallRecorder.h"
 #include "support/TableExistsQuery.h"
 
@@ -15,185 +8,97 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-constexpr int NotWritten = -77;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
-class ExistsTableTest : public OpenFacade {
+class ExistsTableTest : public FacadeTest {
 protected:
-    ExistsTableTest()
-    {
-        RawSqlite(path).Execute("CREATE TABLE sensor_log (a); INSERT INTO sensor_log VALUES (1), (2);"
-                                "CREATE VIEW overview AS SELECT a FROM sensor_log;"
-                                "CREATE INDEX sorted ON sensor_log (a)");
-    }
-
     bool Exists(const std::string& table)
     {
         result = NotWritten;
         return database.ExistsTable(table, result);
     }
-
-    int result = NotWritten;
 };
 
-TEST_F(ExistsTableTest, FindsATable)
+TEST_F(ExistsTableTest, FindsATableAndIgnoresLetterCase)
 {
-    EXPECT_TRUE(Exists("sensor_log"));
+    ASSERT_TRUE(database.Execute("CREATE TABLE sensor_log (a)"));
 
-    EXPECT_EQ(result, 0);
-    EXPECT_THAT(database, HasError(0, ""));
+    for (const std::string name : {"sensor_log", "Sensor_Log"}) {
+        EXPECT_TRUE(Exists(name)) << name;
+        EXPECT_EQ(result, 0) << name;
+        EXPECT_THAT(database, HasError(0, "")) << name;
+    }
+    EXPECT_TRUE(database.CloseDatabase()) << "the query is released";
 }
 
-TEST_F(ExistsTableTest, IgnoresLetterCase)
+TEST_F(ExistsTableTest, OnlyTheCompleteNameOfATableExists)
 {
-    EXPECT_TRUE(Exists("Sensor_Log"));
+    ASSERT_TRUE(database.Execute("CREATE VIEW overview AS SELECT a FROM t; CREATE INDEX sorted ON t (a);"
+                                 "CREATE TEMP TABLE passing (a)"));
 
-    EXPECT_EQ(result, 0);
-}
-
-TEST_F(ExistsTableTest, AbsentTableIsNoFailure)
-{
-    EXPECT_FALSE(Exists("absent"));
-
-    EXPECT_EQ(result, 0);
-    EXPECT_THAT(database, HasError(0, ""));
-}
-
-TEST_F(ExistsTableTest, ComparesTheWholeName)
-{
-    for (const std::string name : {"sensor", "sensor_log2", "sensor%", "sensor-log", " sensor_log", "%"}) {
+    for (const std::string name : {"absent", "oth", "other2", "oth%", "%", "_", " t", "t ", "overview", "sorted",
+                                   "passing", "sqlite_master", "main.t"}) {
         EXPECT_FALSE(Exists(name)) << name;
         EXPECT_EQ(result, 0) << name;
+        EXPECT_THAT(database, HasError(0, "")) << name;
     }
+    EXPECT_TRUE(database.CloseDatabase()) << "the query is released";
 }
 
-TEST_F(ExistsTableTest, ViewsIndexesAndTemporaryTablesAreNoTables)
+TEST_F(ExistsTableTest, EmptyNameIsRejectedWithoutCallingSqlite)
 {
-    ASSERT_TRUE(database.Execute("CREATE TEMP TABLE passing (a)"));
-
-    for (const std::string name : {"overview", "sorted", "passing", "sqlite_master"}) {
-        EXPECT_FALSE(Exists(name)) << name;
-        EXPECT_EQ(result, 0) << name;
-    }
-}
-
-TEST_F(ExistsTableTest, EmptyNameIsRefusedWithoutAskingSqlite)
-{
-    const SqliteCallRecorder recorded;
+    const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(Exists(""));
 
-    EXPECT_TRUE(recorded.Calls().empty());
+    EXPECT_THAT(sqlite.Calls(), IsEmpty());
     EXPECT_EQ(result, 112);
     EXPECT_THAT(database, HasError(112, "Missing table name."));
 }
 
-TEST_F(ExistsTableTest, AsksOneQueryForOneRowAndReleasesIt)
+TEST_F(ExistsTableTest, RunsOneQueryForOneRowAndReleasesIt)
 {
-    const SqliteCallRecorder recorded;
+    const IDatabaseApi& constant = database;
+    const SqliteCallRecorder sqlite;
 
-    ASSERT_TRUE(Exists("sensor_log"));
+    EXPECT_TRUE(constant.ExistsTable("t", result));
 
-    const std::vector<std::string> calls{"sqlite3_prepare(handle, " + TableExistsQuery("sensor_log") + ", -1)",
-                                         "sqlite3_step()", "sqlite3_finalize(statement)"};
-    EXPECT_EQ(recorded.Calls(), calls);
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_prepare(handle, " + TableExistsQuery("t") + ", -1)",
+                                            "sqlite3_step()", "sqlite3_finalize(statement)"));
 }
 
-TEST_F(ExistsTableTest, HoldsTheDatabaseOpenNoLonger)
+TEST_F(ExistsTableTest, QueryThatCannotBePreparedLeavesSqlitesError)
 {
-    Exists("sensor_log");
-    Exists("absent");
-    Exists("it's");
-
-    EXPECT_TRUE(database.CloseDatabase());
-}
-
-TEST_F(ExistsTableTest, ResetsTheCodeAndKeepsTheEarlierMessage)
-{
-    FailWithMissingCommand();
-    EXPECT_TRUE(Exists("sensor_log"));
-    EXPECT_THAT(database, HasError(0, "Missing command."));
-
-    FailWithMissingCommand();
-    EXPECT_FALSE(Exists("absent"));
-    EXPECT_THAT(database, HasError(0, "Missing command."));
-}
-
-TEST_F(ExistsTableTest, QueryThatCannotBePreparedLeavesSqlitesRecord)
-{
-    const RawFailure failure = FailureOfPrepare(RawSqlite(path).Handle(), TableExistsQuery("it's"));
-    ASSERT_NE(failure.code, 0);
+    const RawFailure failure = RejectedQuery(TableExistsQuery("it's"));
 
     EXPECT_FALSE(Exists("it's"));
 
     EXPECT_EQ(result, failure.code);
-    EXPECT_THAT(database, HasError(failure.code, failure.message));
+    EXPECT_THAT(database, HasErrorOf(failure));
+    EXPECT_TRUE(database.CloseDatabase()) << "the query is released";
 }
 
 TEST_F(ExistsTableTest, NameCanContinueTheQueryBecauseItsApostrophesAreNotDoubled)
 {
-    EXPECT_TRUE(Exists("absent' OR name = 'sensor_log"));
+    EXPECT_TRUE(Exists("absent' OR name = 'other"));
 
     EXPECT_EQ(result, 0);
 }
 
-TEST_F(ExistsTableTest, FailedStepCountsAsNoSuchTableAndIsNotRecorded)
+TEST_F(ExistsTableTest, FailedStepCountsAsNoSuchTableAndLeavesNoError)
 {
-    ASSERT_TRUE(Exists("sensor_log")); // so that SQLite knows the schema, and only the step must read the locked file
+    ASSERT_TRUE(Exists("t")); // so that SQLite knows the schema, and only the step must read the locked file
     RawSqlite other(path);
     other.Execute("BEGIN EXCLUSIVE");
-    const SqliteCallRecorder recorded;
+    const SqliteCallRecorder sqlite;
 
-    const bool exists = Exists("sensor_log");
+    EXPECT_FALSE(Exists("t"));
 
-    EXPECT_EQ(recorded.CallsOf("sqlite3_step").size(), 1U);
-    EXPECT_FALSE(recorded.CallsOf("sqlite3_errmsg").empty()) << "the step did not fail";
-    EXPECT_FALSE(exists);
+    EXPECT_EQ(sqlite.CallsOf("sqlite3_step").size(), 1U);
+    EXPECT_FALSE(sqlite.CallsOf("sqlite3_errmsg").empty()) << "the step did not fail";
     EXPECT_EQ(result, 0);
     EXPECT_THAT(database, HasError(0, ""));
-}
-
-TEST_F(ExistsTableTest, LeavesARowByRowWalkUndisturbed)
-{
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM sensor_log"));
-    DbTableRowValues row;
-    ASSERT_TRUE(database.ReadNextRow(row));
-
-    EXPECT_TRUE(Exists("sensor_log"));
-    EXPECT_FALSE(Exists("absent"));
-
-    ASSERT_TRUE(database.ReadNextRow(row));
-    EXPECT_EQ(std::get<int>(row.cells.at(0).value), 2);
-}
-
-TEST_F(ExistsTableTest, CanBeAskedThroughAConstInterface)
-{
-    const IDatabaseApi& interface = database;
-
-    EXPECT_TRUE(interface.ExistsTable("sensor_log", result));
-}
-
-TEST(ClosedDatabaseApiTest, ExistsTableLeavesWhatSqliteAnswersWithoutAConnection)
-{
-    const RawFailure failure = FailureOfPrepare(nullptr, TableExistsQuery("t"));
-    ASSERT_NE(failure.code, 0);
-    const DatabaseApi database;
-    int result = NotWritten;
-
-    EXPECT_FALSE(database.ExistsTable("t", result));
-
-    EXPECT_EQ(result, failure.code);
-    EXPECT_THAT(database, HasError(failure.code, failure.message));
-}
-
-TEST(ClosedDatabaseApiTest, ExistsTableLooksAtTheName)
-{
-    const DatabaseApi database;
-    int result = NotWritten;
-
-    EXPECT_FALSE(database.ExistsTable("", result));
-
-    EXPECT_EQ(result, 112);
-    EXPECT_THAT(database, HasError(112, "Missing table name."));
 }
 
 } // namespace

@@ -1,100 +1,85 @@
-#include <sql/DatabaseApi.h>
-
-#include <gtest/gtest.h>
-
 #include <ostream>
 #include <string>
-#include <vector>
 
-#include "support/HasError.h"
-#include "support/OpenFacade.h"
-#include "support/RawSqlite.h"
-#include "support/SqliteCallRecorder.h"
+#include "api/FacadeTest.h"
 #include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-constexpr int UnwrittenResult = -77;
+using testing::ElementsAre;
 
-// The name of an existing table that SQLite accepts only in quotes.
-struct AwkwardName {
+// Names of tables are written as given, neither quoted nor escaped.
+
+/// The name of an existing table that SQLite accepts only in quotes.
+struct UnusualName {
     const char* test;
     std::string name;
 
-    std::string Quoted() const { return '"' + name + '"'; }
-
-    friend void PrintTo(const AwkwardName& awkward, std::ostream* stream) { *stream << awkward.name; }
+    friend void PrintTo(const UnusualName& unusual, std::ostream* stream) { *stream << unusual.name; }
 };
 
-class AwkwardTableNameTest : public OpenFacade, public testing::WithParamInterface<AwkwardName> {
+class UnusualTableNameTest : public FacadeTest, public testing::WithParamInterface<UnusualName> {
 protected:
-    AwkwardTableNameTest()
+    UnusualTableNameTest()
     {
         RawSqlite(path).Execute("CREATE TABLE " + quoted + " (a); INSERT INTO " + quoted + " VALUES (1), (2)");
     }
 
-    void ExpectTheTableWithItsRows() const
+    /// The table with its rows is there after every test.
+    void TearDown() override
     {
-        EXPECT_EQ(PlainRows("SELECT count(*) FROM " + quoted), (std::vector<std::vector<std::string>>{{"2"}}));
+        EXPECT_THAT(PlainRows("SELECT count(*) FROM " + quoted), ElementsAre(ElementsAre("2")));
     }
 
-    RawFailure RawPrepare(const std::string& sql) const { return FailureOfPrepare(RawSqlite(path).Handle(), sql); }
+    /// The result of raw SQLite for the query that tests whether the table exists.
+    RawFailure TestOf(const std::string& table) const
+    {
+        return FailureOfPrepare(RawSqlite(path).Handle(), TableExistsQuery(table));
+    }
 
     const std::string name = GetParam().name;
-    const std::string quoted = GetParam().Quoted();
-    int result = UnwrittenResult;
+    const std::string quoted = '"' + name + '"';
+    const RawFailure tested = TestOf(name);
 };
 
-TEST_P(AwkwardTableNameTest, UnquotedIsTestedAsItStands)
+TEST_P(UnusualTableNameTest, WithoutQuotesIsTestedAsItStands)
 {
-    const RawFailure failure = RawPrepare(TableExistsQuery(name));
+    EXPECT_EQ(database.ExistsTable(name, result), tested.code == 0);
 
-    EXPECT_EQ(database.ExistsTable(name, result), failure.code == 0);
-
-    EXPECT_EQ(result, failure.code);
-    EXPECT_THAT(database, HasError(failure.code, failure.message));
+    EXPECT_EQ(result, tested.code);
+    EXPECT_THAT(database, HasErrorOf(tested));
 }
 
-TEST_P(AwkwardTableNameTest, UnquotedIsNotDroppedBecauseSqliteRejectsIt)
+TEST_P(UnusualTableNameTest, WithoutQuotesIsNotDropped)
 {
-    const RawFailure tested = RawPrepare(TableExistsQuery(name));
-    const RawFailure failure = tested.code != 0 ? tested : PlainRejection("DELETE FROM " + name);
-
     EXPECT_FALSE(database.DropTable(name));
 
-    EXPECT_THAT(database, HasError(failure.code, failure.message));
-    ExpectTheTableWithItsRows();
+    EXPECT_THAT(database, HasErrorOf(tested.code != 0 ? tested : PlainRejection("DELETE FROM " + name)));
 }
 
-TEST_P(AwkwardTableNameTest, UnquotedIsNotRenamed)
+TEST_P(UnusualTableNameTest, WithoutQuotesIsNotRenamed)
 {
-    const RawFailure tested = RawPrepare(TableExistsQuery(name));
-    const RawFailure failure = tested.code != 0 ? RawFailure{113, "No table exists: " + name}
-                                                : PlainRejection("ALTER TABLE " + name + " RENAME TO plain");
-
     EXPECT_FALSE(database.AlterTable(name, "plain"));
 
-    EXPECT_THAT(database, HasError(failure.code, failure.message));
-    ExpectTheTableWithItsRows();
+    EXPECT_THAT(database, HasErrorOf(tested.code != 0 ? RawFailure{113, "No table exists: " + name}
+                                                      : PlainRejection("ALTER TABLE " + name + " RENAME TO plain")));
 }
 
-TEST_P(AwkwardTableNameTest, UnquotedIsNotCounted)
+TEST_P(UnusualTableNameTest, WithoutQuotesIsNotCounted)
 {
-    const RawFailure tested = RawPrepare(TableExistsQuery(name));
-    const RawFailure failure = tested.code != 0 ? tested : RawPrepare("SELECT count(*) FROM " + name);
-    ASSERT_NE(failure.code, 0);
+    const RawFailure failure = tested.code != 0 ? tested : RejectedQuery("SELECT count(*) FROM " + name);
 
     EXPECT_EQ(database.ExistData(name, "", result), 0);
 
     EXPECT_EQ(result, failure.code);
-    EXPECT_THAT(database, HasError(failure.code, failure.message));
+    EXPECT_THAT(database, HasErrorOf(failure));
 }
 
-TEST_P(AwkwardTableNameTest, QuotedByTheCallerIsNotFoundBecauseTheTestComparesTheQuotesToo)
+TEST_P(UnusualTableNameTest, QuotedByTheCallerIsNotFoundBecauseTheTestComparesTheQuotesToo)
 {
-    const RawFailure failure = RawPrepare(TableExistsQuery(quoted));
+    const RawFailure failure = TestOf(quoted);
 
     EXPECT_FALSE(database.ExistsTable(quoted, result));
     EXPECT_EQ(result, failure.code);
@@ -102,59 +87,33 @@ TEST_P(AwkwardTableNameTest, QuotedByTheCallerIsNotFoundBecauseTheTestComparesTh
     EXPECT_EQ(database.ExistData(quoted, "", result), 0);
     EXPECT_EQ(result, failure.code);
     EXPECT_FALSE(database.AlterTable(quoted, "plain"));
-
     EXPECT_THAT(database, HasError(113, "No table exists: " + quoted));
-    ExpectTheTableWithItsRows();
 }
 
-TEST_P(AwkwardTableNameTest, QuotedByTheCallerIsFoundByCreateTable)
+TEST_P(UnusualTableNameTest, QuotedByTheCallerIsFoundByCreateTableAndTakenAsANewName)
 {
     EXPECT_TRUE(database.CreateTable({quoted, {{"b"}}, {}}));
 
-    ExpectTheTableWithItsRows();
-}
-
-TEST_P(AwkwardTableNameTest, QuotedByTheCallerIsTakenAsANewName)
-{
     ASSERT_TRUE(database.Execute("ALTER TABLE " + quoted + " RENAME TO plain"));
-
     EXPECT_TRUE(database.AlterTable("plain", quoted));
-
-    ExpectTheTableWithItsRows();
 }
 
-INSTANTIATE_TEST_SUITE_P(Names, AwkwardTableNameTest,
-                         testing::Values(AwkwardName{"Blank", "two words"}, AwkwardName{"Keyword", "order"},
-                                         AwkwardName{"Apostrophe", "it's"}, AwkwardName{"LeadingDigit", "2nd"},
-                                         AwkwardName{"Hyphen", "a-b"}, AwkwardName{"Parenthesis", "a("},
-                                         AwkwardName{"Apostrophes", "'a'"}),
-                         [](const auto& awkward) { return awkward.param.test; });
+INSTANTIATE_TEST_SUITE_P(Names, UnusualTableNameTest,
+                         testing::Values(UnusualName{"Blank", "two words"}, UnusualName{"Keyword", "order"},
+                                         UnusualName{"Apostrophe", "it's"}, UnusualName{"LeadingDigit", "2nd"},
+                                         UnusualName{"Hyphen", "a-b"}, UnusualName{"Parenthesis", "a("},
+                                         UnusualName{"Apostrophes", "'a'"}),
+                         [](const auto& unusual) { return unusual.param.test; });
 
-class TableNameTest : public OpenFacade {
-protected:
-    TableNameTest() { RawSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1)"); }
-};
+using TableNameTest = FacadeTest;
 
-TEST_F(TableNameTest, NameWithItsSchemaIsNotFoundByTheExistenceTest)
+TEST_F(TableNameTest, NameWithItsSchemaIsNotFound)
 {
-    int result = UnwrittenResult;
+    EXPECT_FALSE(database.ExistsTable("main.other", result));
+    EXPECT_EQ(database.ExistData("main.other", "", result), 0);
+    EXPECT_TRUE(database.DropTable("main.other"));
 
-    EXPECT_FALSE(database.ExistsTable("main.t", result));
-    EXPECT_EQ(database.ExistData("main.t", "", result), 0);
-    EXPECT_TRUE(database.DropTable("main.t"));
-
-    EXPECT_EQ(PlainRows("SELECT a FROM t"), (std::vector<std::vector<std::string>>{{"1"}}));
-}
-
-TEST_F(TableNameTest, NewNameMayEndTheStatementAndBeginAnother)
-{
-    const SqliteCallRecorder recorded;
-
-    EXPECT_TRUE(database.AlterTable("t", "u; CREATE TABLE extra (a)"));
-
-    EXPECT_EQ(recorded.Executed(), std::vector<std::string>{"ALTER TABLE t RENAME TO u; CREATE TABLE extra (a)"});
-    int result = UnwrittenResult;
-    EXPECT_TRUE(database.ExistsTable("extra", result));
+    EXPECT_THAT(PlainRows("SELECT a FROM other"), ElementsAre(ElementsAre("1"), ElementsAre("2")));
 }
 
 } // namespace

@@ -1,13 +1,12 @@
 #include <sql/DatabaseApi.h>
 
-#include <gmock/gmock.h>
 #include <sqlite3.h>
 
 #include <filesystem>
 #include <optional>
 #include <type_traits>
 
-#include "support/OpenFacade.h"
+#include "api/FacadeTest.h"
 #include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
@@ -20,7 +19,7 @@ using testing::IsEmpty;
 static_assert(!std::is_copy_constructible_v<DatabaseApi> && !std::is_copy_assignable_v<DatabaseApi>);
 static_assert(!std::is_move_constructible_v<DatabaseApi> && !std::is_move_assignable_v<DatabaseApi>);
 
-TEST(DatabaseApiTest, FreshFacadeIsClosedWithoutAFailure)
+TEST(DatabaseApiTest, NewFacadeIsClosedWithoutAFailure)
 {
     const SqliteCallRecorder sqlite;
 
@@ -33,96 +32,56 @@ TEST(DatabaseApiTest, FreshFacadeIsClosedWithoutAFailure)
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
-TEST(DatabaseApiTest, IsOpenFromASuccessfulOpenToASuccessfulClose)
+TEST(DatabaseApiTest, OpensAndClosesOneDatabaseAfterAnotherWithOneCallEach)
 {
     const TemporaryDirectory directory;
-    DatabaseApi database;
-
-    EXPECT_TRUE(database.OpenDatabase(directory.File("a.db"), false));
-    EXPECT_TRUE(database.IsOpen());
-    EXPECT_THAT(database, HasError(0, ""));
-
-    EXPECT_TRUE(database.CloseDatabase());
-    EXPECT_FALSE(database.IsOpen());
-    EXPECT_THAT(database, HasError(0, ""));
-}
-
-TEST(DatabaseApiTest, ClosedFacadeOpensAnotherDatabase)
-{
-    const TemporaryDirectory directory;
-    DatabaseApi database;
-    ASSERT_TRUE(database.OpenDatabase(directory.File("a.db"), false));
-    ASSERT_TRUE(database.Execute("CREATE TABLE first (a)"));
-    ASSERT_TRUE(database.CloseDatabase());
-
-    EXPECT_TRUE(database.OpenDatabase(directory.File("b.db"), false));
-    EXPECT_TRUE(database.Execute("CREATE TABLE second (a)"));
-
-    EXPECT_EQ(RawSqlite(directory.File("a.db")).Value("SELECT group_concat(name) FROM sqlite_master"), "'first'");
-    EXPECT_EQ(RawSqlite(directory.File("b.db")).Value("SELECT group_concat(name) FROM sqlite_master"), "'second'");
-}
-
-TEST(DatabaseApiTest, OpenAndCloseEachMakeOneCall)
-{
-    const TemporaryDirectory directory;
-    const std::string path = directory.File("a.db");
+    const std::string first = directory.File("a.db");
+    const std::string second = directory.File("b.db");
     const SqliteCallRecorder sqlite;
     DatabaseApi database;
 
-    database.OpenDatabase(path, false);
-    database.CloseDatabase();
-    database.OpenDatabase(path, true);
-    database.CloseDatabase();
+    for (const std::string& path : {first, second}) {
+        EXPECT_TRUE(database.OpenDatabase(path, false));
+        EXPECT_TRUE(database.IsOpen());
+        EXPECT_TRUE(database.Execute("CREATE TABLE t (a)"));
+        EXPECT_TRUE(database.CloseDatabase());
+        EXPECT_FALSE(database.IsOpen());
+    }
+    EXPECT_TRUE(database.OpenDatabase(first, true) && database.CloseDatabase() && database.CloseDatabase());
 
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_open_v2(" + path + ", 6, null)", "sqlite3_close(handle)",
-                                            "sqlite3_open_v2(" + path + ", 1, null)", "sqlite3_close(handle)"));
+    EXPECT_THAT(database, HasError(0, ""));
+    EXPECT_THAT(sqlite.Calls(),
+                ElementsAre("sqlite3_open_v2(" + first + ", 6, null)",
+                            "sqlite3_exec(handle, CREATE TABLE t (a), null, null)", "sqlite3_close(handle)",
+                            "sqlite3_open_v2(" + second + ", 6, null)",
+                            "sqlite3_exec(handle, CREATE TABLE t (a), null, null)", "sqlite3_close(handle)",
+                            "sqlite3_open_v2(" + first + ", 1, null)", "sqlite3_close(handle)"));
+    EXPECT_EQ(RawSqlite(second).Value("SELECT name FROM sqlite_master"), "'t'");
 }
 
-TEST(DatabaseApiTest, FailedOpenTakesOverTheConnectionsRecordAndLeavesTheFacadeClosed)
+TEST(DatabaseApiTest, FailedOpenCopiesTheConnectionsErrorAndLeavesTheFacadeClosed)
 {
     const TemporaryDirectory directory;
     const std::string path = directory.File("missing.db");
-    const RawFailure plain = FailureOfOpen(path, SQLITE_OPEN_READONLY);
+    const RawFailure failure = FailureOfOpen(path, SQLITE_OPEN_READONLY);
     DatabaseApi database;
 
     EXPECT_FALSE(database.OpenDatabase(path, true));
 
-    EXPECT_EQ(plain.code, SQLITE_CANTOPEN);
-    EXPECT_THAT(database, HasError(plain.code, plain.message));
+    EXPECT_EQ(failure.code, SQLITE_CANTOPEN);
+    EXPECT_THAT(database, HasErrorOf(failure));
     EXPECT_TRUE(database.Failed());
     EXPECT_FALSE(database.IsOpen());
 }
 
-TEST(DatabaseApiTest, SuccessfulOpenAndCloseKeepTheMessageOfAnEarlierFailure)
+class OpenDatabaseApiTest : public FacadeTest {
+protected:
+    const RawFailure busy = FailureOfCloseWithAStatement();
+};
+
+TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheFirstDatabaseAndCopiesItsEmptyMessage)
 {
-    const TemporaryDirectory directory;
-    DatabaseApi database;
-    database.Execute("");
-
-    EXPECT_TRUE(database.OpenDatabase(directory.File("a.db"), false));
-    EXPECT_THAT(database, HasError(0, "Missing command."));
-
-    database.Execute("");
-    EXPECT_TRUE(database.CloseDatabase());
-    EXPECT_THAT(database, HasError(0, "Missing command."));
-}
-
-TEST(DatabaseApiTest, ClosingAClosedFacadeSucceedsWithoutReachingSqlite)
-{
-    DatabaseApi database;
-    database.Execute("");
-    const SqliteCallRecorder sqlite;
-
-    EXPECT_TRUE(database.CloseDatabase());
-
-    EXPECT_THAT(database, HasError(0, "Missing command."));
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
-}
-
-using OpenDatabaseApiTest = OpenFacade;
-
-TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheFirstDatabase)
-{
+    FailWithMissingCommand();
     const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(database.OpenDatabase(directory.File("missing/other.db"), false));
@@ -132,28 +91,18 @@ TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheFirstDatabase)
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
     EXPECT_FALSE(std::filesystem::exists(directory.File("missing")));
     EXPECT_TRUE(database.Execute("CREATE TABLE here (a)"));
-    EXPECT_EQ(PlainRows("SELECT name FROM sqlite_master").size(), 1U);
+    EXPECT_EQ(PlainRows("SELECT * FROM pragma_table_info('here')").size(), 1U);
 }
 
-TEST_F(OpenDatabaseApiTest, SecondOpenReplacesTheMessageByTheConnectionsEmptyOne)
+TEST_F(OpenDatabaseApiTest, SecondOpenRepeatsTheConnectionsLastFailure)
 {
-    FailWithMissingCommand();
-
-    EXPECT_TRUE(database.OpenDatabase(path, false));
-
-    EXPECT_THAT(database, HasError(0, ""));
-}
-
-TEST_F(OpenDatabaseApiTest, SecondOpenRepeatsTheFailureThatTheConnectionRecordedLast)
-{
-    const RawFailure plain = FailureOfCloseWithAStatement();
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT 1"));
+    BeginWalk();
     ASSERT_FALSE(database.CloseDatabase());
     ASSERT_TRUE(database.Execute("SELECT 1"));
 
     EXPECT_FALSE(database.OpenDatabase(path, false));
 
-    EXPECT_THAT(database, HasError(plain.code, plain.message));
+    EXPECT_THAT(database, HasErrorOf(busy));
     EXPECT_TRUE(database.IsOpen());
 }
 
@@ -163,14 +112,13 @@ class DatabaseApiStrictSuccessTest : public testing::TestWithParam<int> {};
 // connection.
 TEST_P(DatabaseApiStrictSuccessTest, RowAndDoneAreNoSuccesses)
 {
-    const TemporaryDirectory directory;
     DatabaseApi database;
     SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_open_v2", GetParam(), true);
-    ASSERT_TRUE(database.OpenDatabase(directory.File("a.db"), false));
+    ASSERT_TRUE(database.OpenDatabase(":memory:", false));
     ASSERT_FALSE(sqlite.Pending());
 
-    EXPECT_FALSE(database.OpenDatabase(directory.File("a.db"), false));
+    EXPECT_FALSE(database.OpenDatabase(":memory:", false));
 
     EXPECT_THAT(database, HasError(GetParam(), ""));
     EXPECT_FALSE(database.Succeeded());
@@ -180,16 +128,15 @@ TEST_P(DatabaseApiStrictSuccessTest, RowAndDoneAreNoSuccesses)
 INSTANTIATE_TEST_SUITE_P(Codes, DatabaseApiStrictSuccessTest, testing::Values(SQLITE_ROW, SQLITE_DONE),
                          [](const auto& code) { return code.param == SQLITE_ROW ? "Row" : "Done"; });
 
-TEST_F(OpenDatabaseApiTest, CloseFailsWhileAQueryIsOpenAndTheDatabaseStaysOpen)
+TEST_F(OpenDatabaseApiTest, CloseFailsWhileAQueryIsOpen)
 {
-    const RawFailure plain = FailureOfCloseWithAStatement();
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT 1"));
+    BeginWalk();
     const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.CloseDatabase());
 
-    EXPECT_EQ(plain.code, SQLITE_BUSY);
-    EXPECT_THAT(database, HasError(plain.code, plain.message));
+    EXPECT_EQ(busy.code, SQLITE_BUSY);
+    EXPECT_THAT(database, HasErrorOf(busy));
     EXPECT_TRUE(database.IsOpen());
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)", "sqlite3_errmsg(handle)"));
     EXPECT_TRUE(database.CloseReadTable());
@@ -197,24 +144,32 @@ TEST_F(OpenDatabaseApiTest, CloseFailsWhileAQueryIsOpenAndTheDatabaseStaysOpen)
     EXPECT_FALSE(database.IsOpen());
 }
 
-TEST_F(OpenDatabaseApiTest, FailedCloseLeavesTheQueryWhereItWas)
+TEST_F(OpenDatabaseApiTest, CloseFailsAfterAReadUntilItIsReleased)
 {
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT 1 UNION SELECT 2"));
-    DbTableRowValues row;
-    ASSERT_TRUE(database.ReadNextRow(row));
-    ASSERT_FALSE(database.CloseDatabase());
-    ASSERT_TRUE(database.Execute("SELECT 0"));
+    ASSERT_TRUE(database.ReadValues("SELECT a FROM t", data));
 
-    ASSERT_TRUE(database.ReadNextRow(row));
+    EXPECT_FALSE(database.CloseDatabase());
+    EXPECT_THAT(database, HasErrorOf(busy));
 
-    EXPECT_EQ(std::get<int>(row.cells.at(0).value), 2);
+    EXPECT_TRUE(database.CloseReadTable());
+    EXPECT_TRUE(database.CloseDatabase());
+}
+
+TEST_F(OpenDatabaseApiTest, CloseFailsWhileAPreparedStatementIsAlive)
+{
+    {
+        const SqlCommand command = database.PrepareStatement("SELECT 1");
+
+        EXPECT_FALSE(database.CloseDatabase());
+        EXPECT_THAT(database, HasErrorOf(busy));
+    }
+    EXPECT_TRUE(database.CloseDatabase());
 }
 
 TEST(DatabaseApiTest, DestructionFinalizesTheQueryBeforeItClosesTheDatabase)
 {
-    const TemporaryDirectory directory;
     auto database = std::make_optional<DatabaseApi>();
-    ASSERT_TRUE(database->OpenDatabase(directory.File("a.db"), false));
+    ASSERT_TRUE(database->OpenDatabase(":memory:", false));
     ASSERT_TRUE(database->SqlQueryBegin("SELECT 1 UNION SELECT 2"));
     ASSERT_NE(database->begin(), database->end());
     const SqliteCallRecorder sqlite;
@@ -222,18 +177,6 @@ TEST(DatabaseApiTest, DestructionFinalizesTheQueryBeforeItClosesTheDatabase)
     database.reset();
 
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)", "sqlite3_close(handle)"));
-}
-
-TEST(DatabaseApiTest, DestructionWithoutAQueryOnlyClosesTheDatabase)
-{
-    const TemporaryDirectory directory;
-    auto database = std::make_optional<DatabaseApi>();
-    ASSERT_TRUE(database->OpenDatabase(directory.File("a.db"), false));
-    const SqliteCallRecorder sqlite;
-
-    database.reset();
-
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)"));
 }
 
 } // namespace

@@ -1,10 +1,8 @@
-#include <gmock/gmock.h>
 #include <sqlite3.h>
 
 #include <string>
 
-#include "support/Cells.h"
-#include "support/OpenFacade.h"
+#include "api/FacadeTest.h"
 #include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
@@ -14,51 +12,41 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class DatabaseApiWritingTest : public OpenFacade {
+class DatabaseApiWritingTest : public FacadeTest {
 protected:
-    DatabaseApiWritingTest() { EXPECT_TRUE(database.Execute("CREATE TABLE t (a, b)")); }
+    DatabaseApiWritingTest() { EXPECT_TRUE(database.Execute("CREATE TABLE n (a, b)")); }
+
+    bool Write(const DbTableColumnValue& cell) { return database.WriteTableValues("n", {{"a"}, {{{cell}}}}); }
+
+    std::vector<std::vector<std::string>> Written() const { return PlainRows("SELECT a, b FROM n"); }
 };
 
 TEST_F(DatabaseApiWritingTest, InsertsEveryRowInOrderWithOneStatement)
 {
-    const DbTableDataWrite data{{"b", "a"}, {{{IntegerCell(1), RealCell(1.5)}}, {{TextCell("two"), IntegerCell(2)}}}};
+    const DbTableDataWrite rows{{"b", "a"}, {{{IntegerCell(1), RealCell(1.5)}}, {{TextCell("two"), IntegerCell(2)}}}};
     const SqliteCallRecorder sqlite;
 
-    EXPECT_TRUE(database.WriteTableValues("t", data));
+    EXPECT_TRUE(database.WriteTableValues("n", rows));
 
     EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(sqlite.Calls(),
-                ElementsAre(R"(sqlite3_exec(handle, INSERT INTO t (b,a) VALUES (1,1.5) ,("two",2), null, null))"));
-    EXPECT_THAT(PlainRows("SELECT a, b FROM t"), ElementsAre(ElementsAre("1.5", "1"), ElementsAre("2", "'two'")));
-}
-
-TEST_F(DatabaseApiWritingTest, WithoutColumnNamesTheRowGivesEveryColumn)
-{
-    EXPECT_TRUE(database.WriteTableValues("t", {{}, {{{IntegerCell(1), IntegerCell(2)}}}}));
-
-    EXPECT_THAT(PlainRows("SELECT a, b FROM t"), ElementsAre(ElementsAre("1", "2")));
-}
-
-TEST_F(DatabaseApiWritingTest, LeadingEmptyColumnNamesAreLeftOut)
-{
-    EXPECT_TRUE(database.WriteTableValues("t", {{"", "b"}, {{{IntegerCell(1)}}}}));
-
-    EXPECT_THAT(PlainRows("SELECT a, b FROM t"), ElementsAre(ElementsAre("NULL", "1")));
+                ElementsAre(R"(sqlite3_exec(handle, INSERT INTO n (b,a) VALUES (1,1.5) ,("two",2), null, null))"));
+    EXPECT_THAT(Written(), ElementsAre(ElementsAre("1.5", "1"), ElementsAre("2", "'two'")));
 }
 
 TEST_F(DatabaseApiWritingTest, CellsAreWrittenInTheirOrderWhateverColumnTheyWereReadFrom)
 {
-    DbTableColumnValue first = IntegerCell(1);
-    DbTableColumnValue second = IntegerCell(2);
-    first.column = 1;
-    second.column = 0;
+    DbTableRowValues cells{{IntegerCell(1), IntegerCell(2)}};
+    cells.cells[0].column = 1;
 
-    EXPECT_TRUE(database.WriteTableValues("t", {{"a", "b"}, {{{first, second}}}}));
+    EXPECT_TRUE(database.WriteTableValues("n", {{"a", "b"}, {cells}}));
+    EXPECT_TRUE(database.WriteTableValues("n", {{}, {cells}}));
+    EXPECT_TRUE(database.WriteTableValues("n", {{"", "b"}, {{{IntegerCell(3)}}}}));
 
-    EXPECT_THAT(PlainRows("SELECT a, b FROM t"), ElementsAre(ElementsAre("1", "2")));
+    EXPECT_THAT(Written(), ElementsAre(ElementsAre("1", "2"), ElementsAre("1", "2"), ElementsAre("NULL", "3")));
 }
 
-TEST_F(DatabaseApiWritingTest, NamesInQuotesOfTheCallersAreAccepted)
+TEST_F(DatabaseApiWritingTest, NamesThatTheCallerQuotesAreAccepted)
 {
     ASSERT_TRUE(database.Execute(R"(CREATE TABLE "my table" ("order" INTEGER))"));
 
@@ -71,122 +59,150 @@ TEST_F(DatabaseApiWritingTest, NamesInQuotesOfTheCallersAreAccepted)
 
 TEST_F(DatabaseApiWritingTest, TextIsStoredWithItsApostrophesDoubled)
 {
-    EXPECT_TRUE(database.WriteTableValues("t", {{"a", "b"}, {{{TextCell("O'Brien"), TextCell("say \"hi\"")}}}}));
+    EXPECT_TRUE(Write(TextCell("O'Brien")));
+    EXPECT_TRUE(Write(TextCell("say \"hi\"")));
+    EXPECT_TRUE(Write(TextCell("a"))) << "the name of a column";
+    EXPECT_TRUE(Write(TextCell("A\"); DROP TABLE n; --")));
 
-    EXPECT_EQ(PlainRows("SELECT hex(a), hex(b) FROM t"), PlainRows("SELECT hex('O''''Brien'), hex('say \"hi\"')"));
+    EXPECT_THAT(PlainRows("SELECT a FROM n"), ElementsAre(ElementsAre("'O''''Brien'"), ElementsAre("'say \"hi\"'"),
+                                                          ElementsAre("'a'"), ElementsAre("'A\"); DROP TABLE n; --'")));
 }
 
-TEST_F(DatabaseApiWritingTest, TextEqualToAColumnNameIsStoredAsText)
+TEST_F(DatabaseApiWritingTest, BlobIsStoredAsTextAndAQuotationMarkInItEndsItsLiteral)
 {
-    EXPECT_TRUE(database.WriteTableValues("t", {{"a", "b"}, {{{IntegerCell(1), TextCell("a")}}}}));
-
-    EXPECT_THAT(PlainRows("SELECT a, b FROM t"), ElementsAre(ElementsAre("1", "'a'")));
-}
-
-TEST_F(DatabaseApiWritingTest, BlobsAreStoredAsText)
-{
-    EXPECT_TRUE(database.WriteTableValues("t", {{"a"}, {{{BlobCell("AB")}}}}));
-
-    EXPECT_THAT(PlainRows("SELECT a FROM t"), ElementsAre(ElementsAre("'AB'")));
-}
-
-TEST_F(DatabaseApiWritingTest, QuotationMarkInABlobBreaksItsStatement)
-{
-    EXPECT_FALSE(database.WriteTableValues("t", {{"a"}, {{{BlobCell("A\"B")}}}}));
-
+    EXPECT_TRUE(Write(BlobCell("AB")));
+    EXPECT_FALSE(Write(BlobCell("A\"B")));
     EXPECT_EQ(database.GetLastError(), SQLITE_ERROR);
-    EXPECT_THAT(PlainRows("SELECT a FROM t"), IsEmpty());
-}
+    EXPECT_THAT(PlainRows("SELECT a FROM n"), ElementsAre(ElementsAre("'AB'")));
 
-TEST_F(DatabaseApiWritingTest, BlobFromOutsideCanRunStatementsOfItsOwn)
-{
-    EXPECT_TRUE(database.WriteTableValues("t", {{"a"}, {{{BlobCell("A\"); DROP TABLE t; --")}}}}));
-
-    EXPECT_THAT(PlainRows("SELECT name FROM sqlite_master"), IsEmpty());
-}
-
-TEST_F(DatabaseApiWritingTest, TextFromOutsideStaysAText)
-{
-    EXPECT_TRUE(database.WriteTableValues("t", {{"a"}, {{{TextCell("A\"); DROP TABLE t; --")}}}}));
-
-    EXPECT_THAT(PlainRows("SELECT a FROM t"), ElementsAre(ElementsAre("'A\"); DROP TABLE t; --'")));
+    EXPECT_TRUE(Write(BlobCell("A\"); DROP TABLE n; --")));
+    EXPECT_THAT(PlainRows("SELECT name FROM sqlite_master WHERE name = 'n'"), IsEmpty());
 }
 
 TEST_F(DatabaseApiWritingTest, TimesAreComputedBySqlite)
 {
-    const DbTableDataWrite data{
+    const DbTableDataWrite times{
         {"a", "b"},
         {{{TagCell(DbTableColumnType::DateTimeNow), TagCell(DbTableColumnType::JulianDayNow)}},
          {{TagCell(DbTableColumnType::DateTimeNowLocalTime), TagCell(DbTableColumnType::UnixTimeNow)}}}};
     const std::string withinAnHour = "SELECT abs(julianday(a) - julianday('now')) < 0.05, typeof(b), "
-                                     "abs(b - julianday('now')) < 0.05 FROM t WHERE rowid = 1";
+                                     "abs(b - julianday('now')) < 0.05 FROM n WHERE rowid = 1";
     const std::string localWithinAnHour = "SELECT abs(julianday(a) - julianday('now', 'localtime')) < 0.05, typeof(b), "
-                                          "abs(b - strftime('%s', 'now')) < 3600 FROM t WHERE rowid = 2";
+                                          "abs(b - strftime('%s', 'now')) < 3600 FROM n WHERE rowid = 2";
 
-    EXPECT_TRUE(database.WriteTableValues("t", data));
+    EXPECT_TRUE(database.WriteTableValues("n", times));
 
     EXPECT_THAT(PlainRows(withinAnHour), ElementsAre(ElementsAre("1", "'real'", "1")));
     EXPECT_THAT(PlainRows(localWithinAnHour), ElementsAre(ElementsAre("1", "'text'", "1")));
 }
 
-TEST_F(DatabaseApiWritingTest, SuccessResetsTheCodeAndKeepsTheMessage)
+TEST_F(DatabaseApiWritingTest, MissingTableNameIsFoundFirst)
 {
-    FailWithMissingCommand();
-
-    EXPECT_TRUE(database.WriteTableValues("t", {{"a"}, {{{IntegerCell(1)}}}}));
-
-    EXPECT_THAT(database, HasError(0, "Missing command."));
-}
-
-TEST_F(DatabaseApiWritingTest, MissingTableNameIsFoundFirstAndReachesNothing)
-{
-    DatabaseApi closed;
     const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.WriteTableValues("", {{"a", "", "b"}, {{{InvalidCell()}}}}));
-    EXPECT_FALSE(closed.WriteTableValues("", {}));
 
     EXPECT_THAT(database, HasError(112, "Missing table name."));
-    EXPECT_THAT(closed, HasError(112, "Missing table name."));
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
-TEST_F(DatabaseApiWritingTest, ViolatedConstraintTakesOverSqlitesRecordAndInsertsNoRow)
+TEST_F(DatabaseApiWritingTest, ViolatedConstraintCopiesSqlitesErrorAndInsertsNoRow)
 {
-    ASSERT_TRUE(database.Execute("CREATE UNIQUE INDEX i ON t (a); INSERT INTO t VALUES (2, 'kept')"));
-    const RawFailure plain = PlainRejection("INSERT INTO t (a) VALUES (1) ,(2)");
+    ASSERT_TRUE(database.Execute("CREATE UNIQUE INDEX i ON n (a); INSERT INTO n VALUES (2, 'kept')"));
+    const RawFailure failure = PlainRejection("INSERT INTO n (a) VALUES (1) ,(2)");
 
-    EXPECT_FALSE(database.WriteTableValues("t", {{"a"}, {{{IntegerCell(1)}}, {{IntegerCell(2)}}}}));
+    EXPECT_FALSE(database.WriteTableValues("n", {{"a"}, {{{IntegerCell(1)}}, {{IntegerCell(2)}}}}));
 
-    EXPECT_EQ(plain.code, SQLITE_CONSTRAINT);
-    EXPECT_THAT(database, HasError(plain.code, plain.message));
-    EXPECT_THAT(PlainRows("SELECT a, b FROM t"), ElementsAre(ElementsAre("2", "'kept'")));
+    EXPECT_EQ(failure.code, SQLITE_CONSTRAINT);
+    EXPECT_THAT(database, HasErrorOf(failure));
+    EXPECT_THAT(Written(), ElementsAre(ElementsAre("2", "'kept'")));
 }
 
-TEST_F(DatabaseApiWritingTest, FailedInsertLeavesTheQueryWhereItWas)
+class DatabaseApiUpdatingTest : public FacadeTest {
+protected:
+    DatabaseApiUpdatingTest()
+    {
+        EXPECT_TRUE(database.Execute("CREATE TABLE person (id UNIQUE, name, age);"
+                                     "INSERT INTO person VALUES (3, 'Ann', 30), (4, 'Eve', 40)"));
+    }
+
+    bool Update(const std::string& column, const DbTableColumnValue& cell, const std::string& condition = "WHERE id=3")
+    {
+        return database.UpdateTableValues("person", {{column}, {{{cell}}}}, condition);
+    }
+
+    std::vector<std::vector<std::string>> Persons() const { return PlainRows("SELECT name, age FROM person"); }
+
+    const std::vector<std::string> ann{"'Ann'", "30"};
+    const std::vector<std::string> eve{"'Eve'", "40"};
+};
+
+TEST_F(DatabaseApiUpdatingTest, AssignsAllColumnsOfTheSelectedRowsWithOneStatement)
 {
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT 1 UNION SELECT 2"));
-    DbTableRowValues row;
-    ASSERT_TRUE(database.ReadNextRow(row));
-
-    EXPECT_FALSE(database.WriteTableValues("t", {{"missing"}, {{{IntegerCell(1)}}}}));
-
-    ASSERT_TRUE(database.WriteTableValues("t", {{"a"}, {{{IntegerCell(1)}}}}));
-    ASSERT_TRUE(database.ReadNextRow(row));
-    EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)"));
-}
-
-TEST(DatabaseApiClosedTest, InsertAnswersWhatSqliteAnswersWithoutAConnection)
-{
-    const RawFailure plain = FailureOfExec(nullptr, "INSERT INTO t (a) VALUES (1)");
-    DatabaseApi database;
     const SqliteCallRecorder sqlite;
 
-    EXPECT_FALSE(database.WriteTableValues("t", {{"a"}, {{{IntegerCell(1)}}}}));
+    EXPECT_TRUE(
+        database.UpdateTableValues("person", {{"name", "age"}, {{{TextCell("Bob"), IntegerCell(42)}}}}, "WHERE id=3"));
 
-    EXPECT_EQ(plain.code, SQLITE_MISUSE);
-    EXPECT_THAT(database, HasError(plain.code, plain.message));
-    EXPECT_THAT(sqlite.Executed(), ElementsAre("INSERT INTO t (a) VALUES (1)"));
+    EXPECT_THAT(database, HasError(0, ""));
+    EXPECT_THAT(sqlite.Calls(),
+                ElementsAre(R"(sqlite3_exec(handle, UPDATE person SET (name,age)=("Bob",42) WHERE id=3, null, null))"));
+    EXPECT_THAT(Persons(), ElementsAre(ElementsAre("'Bob'", "42"), eve));
+}
+
+TEST_F(DatabaseApiUpdatingTest, ChangesTheRowsThatTheConditionSelects)
+{
+    EXPECT_TRUE(Update("age", IntegerCell(1), "WHERE id=5"));
+    EXPECT_THAT(database, HasError(0, ""));
+    EXPECT_THAT(Persons(), ElementsAre(ann, eve));
+
+    EXPECT_TRUE(Update("age", IntegerCell(1), ""));
+    EXPECT_THAT(Persons(), ElementsAre(ElementsAre("'Ann'", "1"), ElementsAre("'Eve'", "1")));
+}
+
+TEST_F(DatabaseApiUpdatingTest, OnlyTheFirstRowIsAssigned)
+{
+    EXPECT_TRUE(database.UpdateTableValues("person", {{"age"}, {{{IntegerCell(1)}}, {{InvalidCell()}}}}, "WHERE id=3"));
+
+    EXPECT_THAT(database, HasError(0, ""));
+    EXPECT_THAT(Persons(), ElementsAre(ElementsAre("'Ann'", "1"), eve));
+}
+
+TEST_F(DatabaseApiUpdatingTest, TextEqualToAColumnNameAssignsThatColumn)
+{
+    EXPECT_TRUE(Update("name", TextCell("age")));
+
+    EXPECT_THAT(Persons(), ElementsAre(ElementsAre("30", "30"), eve));
+}
+
+TEST_F(DatabaseApiUpdatingTest, TextIsStoredWithItsApostrophesDoubled)
+{
+    EXPECT_TRUE(Update("name", TextCell("O'Brien")));
+
+    EXPECT_THAT(Persons(), ElementsAre(ElementsAre("'O''''Brien'", "30"), eve));
+}
+
+TEST_F(DatabaseApiUpdatingTest, MissingNamesAreFoundFirst)
+{
+    const SqliteCallRecorder sqlite;
+
+    EXPECT_FALSE(database.UpdateTableValues("", {}, "WHERE id=3"));
+    EXPECT_THAT(database, HasError(112, "Missing table name."));
+    EXPECT_FALSE(database.UpdateTableValues("person", {{}, {{{InvalidCell()}}}}, "WHERE id=3"));
+    EXPECT_THAT(database, HasError(112, "Missing column names."));
+
+    EXPECT_THAT(sqlite.Calls(), IsEmpty());
+}
+
+TEST_F(DatabaseApiUpdatingTest, ViolatedConstraintCopiesSqlitesErrorAndChangesNoRow)
+{
+    const RawFailure failure = PlainRejection("UPDATE person SET (id)=(5)");
+
+    EXPECT_FALSE(Update("id", IntegerCell(5), ""));
+
+    EXPECT_EQ(failure.code, SQLITE_CONSTRAINT);
+    EXPECT_THAT(database, HasErrorOf(failure));
+    EXPECT_THAT(PlainRows("SELECT id FROM person"), ElementsAre(ElementsAre("3"), ElementsAre("4")));
 }
 
 } // namespace

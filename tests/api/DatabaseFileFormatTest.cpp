@@ -39,16 +39,12 @@ using DatabaseFileFormatTest = OpenFacade;
 
 TEST_F(DatabaseFileFormatTest, ProgramReadsWhatTheLibraryWrote)
 {
-    DbTableDefinition person;
-    person.name = "person";
-    person.columns.resize(4);
-    person.columns[0].name = "id";
-    person.columns[0].type = DbTableColumnType::Integer;
-    person.columns[1].name = "name";
-    person.columns[1].type = DbTableColumnType::Text;
-    person.columns[2].name = "height";
-    person.columns[2].type = DbTableColumnType::Real;
-    person.columns[3].name = "picture";
+    const DbTableDefinition person{"person",
+                                   {{"id", DbTableColumnType::Integer},
+                                    {"name", DbTableColumnType::Text},
+                                    {"height", DbTableColumnType::Real},
+                                    {"picture"}},
+                                   {}};
     const std::string bytes("\x00\xFF\"'", 4);
     ASSERT_TRUE(database.CreateTable(person)) << database.GetLastErrorMsg();
     ASSERT_TRUE(database.WriteTableValues(

@@ -1,3 +1,5 @@
+#include <sql/DatabaseApi.h>
+
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
@@ -6,9 +8,9 @@
 #include <iterator>
 #include <string>
 
-#include "support/Cells.h"
-#include "support/OpenFacade.h"
+#include "api/FacadeTest.h"
 #include "support/RawLegacyStatement.h"
+#include "support/ScopedPermissions.h"
 
 namespace Morvik::sql::tests {
 
@@ -17,7 +19,11 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+namespace fs = std::filesystem;
+
 // The facade's errors for unusual and damaged files, and that the files keep their content.
+
+constexpr int ReadWriteCreate = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
 
 std::string BytesOfFile(const std::string& path)
 {
@@ -25,25 +31,63 @@ std::string BytesOfFile(const std::string& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void WriteFile(const std::string& path, const std::string& content)
-{
-    std::ofstream(path, std::ios::binary) << content;
-}
-
 class DatabaseFileTest : public testing::Test {
 protected:
-    /// Creates a database with two rows at `path`.
-    void MakeDatabase() const
+    void TearDown() override
+    {
+        if (m_made) {
+            ExpectNothingLost();
+        }
+    }
+
+    /// Creates a database with two rows at `path`, which must still be there after the test.
+    void MakeDatabase()
     {
         RawSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, 'one'), (2, NULL)");
+        m_made = true;
     }
 
     void ExpectNothingLost() const
     {
-        RawSqlite plain(path);
-        EXPECT_EQ(plain.Value("PRAGMA integrity_check"), "'ok'");
-        EXPECT_THAT(plain.Rows("SELECT name FROM sqlite_master"), ElementsAre(ElementsAre("'t'")));
-        EXPECT_THAT(plain.Rows("SELECT a, b FROM t"), ElementsAre(ElementsAre("1", "'one'"), ElementsAre("2", "NULL")));
+        RawSqlite raw(path);
+        EXPECT_EQ(raw.Value("PRAGMA integrity_check"), "'ok'");
+        EXPECT_THAT(raw.Rows("SELECT name FROM sqlite_master"), ElementsAre(ElementsAre("'t'")));
+        EXPECT_THAT(raw.Rows("SELECT a, b FROM t WHERE a < 3"),
+                    ElementsAre(ElementsAre("1", "'one'"), ElementsAre("2", "NULL")));
+    }
+
+    void ExpectFailedOpen(const std::string& file, bool readOnly, const RawFailure& failure)
+    {
+        EXPECT_FALSE(database.OpenDatabase(file, readOnly));
+        EXPECT_THAT(database, HasErrorOf(failure));
+        EXPECT_FALSE(database.IsOpen());
+    }
+
+    void ExpectNoDirectory(const std::string& file)
+    {
+        for (const bool readOnly : {false, true}) {
+            ExpectFailedOpen(file, readOnly, {111, "Create directory failed: " + file});
+        }
+    }
+
+    /// Checks that the open database cannot be written, and cannot be read, as raw SQLite cannot.
+    void ExpectUnusable(int code)
+    {
+        const RawFailure executed = FailureOfExec(RawSqlite(path).Handle(), "INSERT INTO t (a,b) VALUES (3,\"three\")");
+        const RawFailure prepared = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT * FROM t");
+        EXPECT_EQ(executed.code, code);
+        EXPECT_FALSE(database.WriteTableValues("t", row));
+        EXPECT_THAT(database, HasErrorOf(executed));
+        EXPECT_FALSE(database.UpdateTableValues("t", row, ""));
+        EXPECT_THAT(database, HasErrorOf(executed));
+        EXPECT_FALSE(database.Execute("CREATE TABLE u (a)"));
+        EXPECT_THAT(database, HasErrorOf(executed));
+        EXPECT_FALSE(database.ReadTableValues("t", data));
+        EXPECT_THAT(database, HasErrorOf(prepared));
+        EXPECT_FALSE(database.SqlQueryBegin("SELECT * FROM t"));
+        EXPECT_THAT(database, HasErrorOf(prepared));
+        EXPECT_THAT(data.rows, IsEmpty());
+        EXPECT_TRUE(database.IsOpen());
     }
 
     const TemporaryDirectory directory;
@@ -51,114 +95,75 @@ protected:
     const DbTableDataWrite row{{"a", "b"}, {{{IntegerCell(3), TextCell("three")}}}};
     DatabaseApi database;
     DbTableData data;
+
+private:
+    bool m_made = false;
 };
 
 TEST_F(DatabaseFileTest, MissingDirectoriesAreMade)
 {
     const std::string deep = directory.File("a/b/c.db");
 
-    EXPECT_TRUE(database.OpenDatabase(deep, false));
-    EXPECT_TRUE(database.Execute("CREATE TABLE t (a)"));
+    EXPECT_TRUE(database.OpenDatabase(deep, false) && database.Execute("CREATE TABLE t (a)"));
 
-    EXPECT_TRUE(std::filesystem::is_regular_file(deep));
+    EXPECT_TRUE(fs::is_regular_file(deep));
 }
 
 TEST_F(DatabaseFileTest, ReadOnlyOpenOfAMissingFileMakesItsDirectoryAndFails)
 {
     const std::string deep = directory.File("a/b/c.db");
 
-    EXPECT_FALSE(database.OpenDatabase(deep, true));
+    ExpectFailedOpen(deep, true, FailureOfOpen(directory.File("missing.db"), SQLITE_OPEN_READONLY));
 
-    const RawFailure plain = FailureOfOpen(deep, SQLITE_OPEN_READONLY);
-    EXPECT_EQ(plain.code, SQLITE_CANTOPEN);
-    EXPECT_THAT(database, HasError(plain.code, plain.message));
-    EXPECT_FALSE(database.IsOpen());
-    EXPECT_TRUE(std::filesystem::is_empty(directory.File("a/b")));
+    EXPECT_EQ(database.GetLastError(), SQLITE_CANTOPEN);
+    EXPECT_TRUE(fs::is_empty(directory.File("a/b")));
 }
 
 TEST_F(DatabaseFileTest, FileInTheWayOfTheDirectoryIsLeftAsItIs)
 {
-    WriteFile(directory.File("file"), "kept");
-    const RawFailure plain = FailureOfOpen(directory.File("file/x.db"), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    const std::string below = directory.File("file/x.db");
+    std::ofstream(directory.File("file")) << "kept";
 
-    EXPECT_FALSE(database.OpenDatabase(directory.File("file/x.db"), false));
-    EXPECT_EQ(plain.code, SQLITE_CANTOPEN);
-    EXPECT_THAT(database, HasError(plain.code, plain.message));
+    ExpectFailedOpen(below, false, FailureOfOpen(below, ReadWriteCreate));
+    EXPECT_EQ(database.GetLastError(), SQLITE_CANTOPEN);
+    ExpectNoDirectory(directory.File("file/sub/x.db"));
 
-    EXPECT_FALSE(database.OpenDatabase(directory.File("file/sub/x.db"), false));
-    EXPECT_THAT(database, HasError(111, "Create directory failed: " + directory.File("file/sub/x.db")));
-
-    EXPECT_FALSE(database.IsOpen());
     EXPECT_EQ(BytesOfFile(directory.File("file")), "kept");
 }
 
-TEST_F(DatabaseFileTest, DirectoryThatCannotBeMadeIsNamedByTheDatabase)
-{
-    for (const bool readOnly : {false, true}) {
-        EXPECT_FALSE(database.OpenDatabase("/proc/none/x.db", readOnly));
-
-        EXPECT_THAT(database, HasError(111, "Create directory failed: /proc/none/x.db"));
-        EXPECT_FALSE(database.IsOpen());
-    }
-}
-
-TEST_F(DatabaseFileTest, DirectoryInPlaceOfTheFileIsRefusedAsSqliteRefusesIt)
-{
-    const RawFailure plain = FailureOfOpen(directory.Path().string(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
-
-    EXPECT_FALSE(database.OpenDatabase(directory.Path().string(), false));
-
-    EXPECT_EQ(plain.code, SQLITE_CANTOPEN);
-    EXPECT_THAT(database, HasError(plain.code, plain.message));
-}
-
-TEST_F(DatabaseFileTest, FacadeOpensAGoodFileAfterABadOne)
+TEST_F(DatabaseFileTest, FacadeOpensAGoodFileAfterBadOnes)
 {
     MakeDatabase();
-    ASSERT_FALSE(database.OpenDatabase("/proc/none/x.db", false));
+    const std::string itself = directory.Path().string();
+    ExpectNoDirectory("/proc/none/x.db");
+    ExpectFailedOpen(itself, false, FailureOfOpen(itself, ReadWriteCreate));
+    EXPECT_EQ(database.GetLastError(), SQLITE_CANTOPEN);
 
-    EXPECT_TRUE(database.OpenDatabase(path, false));
-    EXPECT_TRUE(database.ReadTableValues("t", data));
+    EXPECT_TRUE(database.OpenDatabase(path, false) && database.ReadTableValues("t", data));
 
     EXPECT_EQ(data.rows.size(), 2U);
 }
 
-TEST_F(DatabaseFileTest, FileThatIsNoDatabaseIsRefusedByItsFirstUseAndLeftAsItIs)
+TEST_F(DatabaseFileTest, FileThatIsNoDatabaseFailsAtItsFirstUseAndIsLeftAsItIs)
 {
     const std::string content(5000, 'x');
-    WriteFile(path, content);
+    std::ofstream(path) << content;
     ASSERT_TRUE(database.OpenDatabase(path, false));
-    const RawFailure executed = FailureOfExec(RawSqlite(path).Handle(), "CREATE TABLE t (a)");
-    const RawFailure prepared = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT * FROM t");
-    ASSERT_EQ(executed.code, SQLITE_NOTADB);
 
-    EXPECT_FALSE(database.Execute("CREATE TABLE t (a)"));
-    EXPECT_THAT(database, HasError(executed.code, executed.message));
-    EXPECT_FALSE(database.WriteTableValues("t", row));
-    EXPECT_THAT(database, HasError(executed.code, executed.message));
-    EXPECT_FALSE(database.ReadTableValues("t", data));
-    EXPECT_THAT(database, HasError(prepared.code, prepared.message));
-    EXPECT_FALSE(database.SqlQueryBegin("SELECT * FROM t"));
-    EXPECT_THAT(database, HasError(prepared.code, prepared.message));
+    ExpectUnusable(SQLITE_NOTADB);
 
     EXPECT_TRUE(database.CloseDatabase());
     EXPECT_EQ(BytesOfFile(path), content);
 }
 
-TEST_F(DatabaseFileTest, FileCutShortIsRefusedAndLeftAsItIs)
+TEST_F(DatabaseFileTest, FileCutShortIsDamagedAndLeftAsItIs)
 {
     RawSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, zeroblob(100000))");
-    std::filesystem::resize_file(path, 3000);
+    fs::resize_file(path, 3000);
     const std::string content = BytesOfFile(path);
     ASSERT_TRUE(database.OpenDatabase(path, false));
-    const RawFailure executed = FailureOfExec(RawSqlite(path).Handle(), "INSERT INTO t (a,b) VALUES (3,\"three\")");
-    const RawFailure prepared = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT * FROM t");
-    ASSERT_EQ(executed.code, SQLITE_CORRUPT);
 
-    EXPECT_FALSE(database.WriteTableValues("t", row));
-    EXPECT_THAT(database, HasError(executed.code, executed.message));
-    EXPECT_FALSE(database.ReadTableValues("t", data));
-    EXPECT_THAT(database, HasError(prepared.code, prepared.message));
+    ExpectUnusable(SQLITE_CORRUPT);
 
     EXPECT_TRUE(database.CloseDatabase());
     EXPECT_EQ(BytesOfFile(path), content);
@@ -166,41 +171,30 @@ TEST_F(DatabaseFileTest, FileCutShortIsRefusedAndLeftAsItIs)
 
 TEST_F(DatabaseFileTest, ReadOnlyDatabaseIsReadAndNotWritten)
 {
+    const RawFailure failure{SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)};
     MakeDatabase();
     ASSERT_TRUE(database.OpenDatabase(path, true));
 
     EXPECT_FALSE(database.WriteTableValues("t", row));
-    EXPECT_THAT(database, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
+    EXPECT_THAT(database, HasErrorOf(failure));
     EXPECT_FALSE(database.UpdateTableValues("t", row, ""));
-    EXPECT_THAT(database, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
+    EXPECT_THAT(database, HasErrorOf(failure));
     EXPECT_FALSE(database.DropTable("t"));
-    EXPECT_THAT(database, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
+    EXPECT_THAT(database, HasErrorOf(failure));
     EXPECT_FALSE(database.Execute("CREATE TABLE u (a)"));
-    EXPECT_THAT(database, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
+    EXPECT_THAT(database, HasErrorOf(failure));
     EXPECT_TRUE(database.ReadTableValues("t", data));
-
     EXPECT_EQ(data.rows.size(), 2U);
-    ExpectNothingLost();
 }
 
-TEST_F(DatabaseFileTest, LockOfAnotherConnectionIsReportedAndOutwaited)
+TEST_F(DatabaseFileTest, LockOfAnotherConnectionFailsUntilItIsReleased)
 {
     MakeDatabase();
     ASSERT_TRUE(database.OpenDatabase(path, false));
     RawSqlite other(path);
     other.Execute("BEGIN EXCLUSIVE");
-    const RawFailure executed = FailureOfExec(RawSqlite(path).Handle(), "DELETE FROM t");
-    const RawFailure prepared = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT a FROM t");
-    ASSERT_EQ(executed.code, SQLITE_BUSY);
 
-    EXPECT_FALSE(database.WriteTableValues("t", row));
-    EXPECT_THAT(database, HasError(executed.code, executed.message));
-    EXPECT_FALSE(database.UpdateTableValues("t", row, ""));
-    EXPECT_THAT(database, HasError(executed.code, executed.message));
-    EXPECT_FALSE(database.ReadTableValues("t", data));
-    EXPECT_THAT(database, HasError(prepared.code, prepared.message));
-    EXPECT_THAT(data.rows, IsEmpty());
-    EXPECT_TRUE(database.IsOpen());
+    ExpectUnusable(SQLITE_BUSY);
 
     other.Execute("COMMIT");
     ExpectNothingLost();
@@ -212,8 +206,8 @@ TEST_F(DatabaseFileTest, LockOfAnotherConnectionIsReportedAndOutwaited)
 TEST_F(DatabaseFileTest, LockTakenDuringAWalkFailsItsStepAsItFailsRawSqlites)
 {
     MakeDatabase();
-    RawSqlite plain(path);
-    RawLegacyStatement statement(plain, "SELECT a FROM t");
+    RawSqlite raw(path);
+    RawLegacyStatement statement(raw, "SELECT a FROM t");
     ASSERT_TRUE(database.OpenDatabase(path, false));
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
     RawSqlite other(path);
@@ -224,12 +218,10 @@ TEST_F(DatabaseFileTest, LockTakenDuringAWalkFailsItsStepAsItFailsRawSqlites)
     EXPECT_FALSE(database.ReadNextRow(fetched));
 
     EXPECT_NE(stepped.code, SQLITE_ROW);
-    EXPECT_THAT(database, HasError(stepped.code, stepped.message));
-    other.Execute("ROLLBACK");
-    ExpectNothingLost();
+    EXPECT_THAT(database, HasErrorOf(stepped));
 }
 
-TEST_F(DatabaseFileTest, DestroyingTheFacadeDuringAWalkLosesNothing)
+TEST_F(DatabaseFileTest, DestructionDuringAWalkOrATransactionLosesNothing)
 {
     MakeDatabase();
     {
@@ -239,21 +231,64 @@ TEST_F(DatabaseFileTest, DestroyingTheFacadeDuringAWalkLosesNothing)
         ASSERT_TRUE(walking.SqlQueryBegin("SELECT a FROM t"));
         ASSERT_NE(walking.begin(), walking.end());
     }
-
     ExpectNothingLost();
-}
-
-TEST_F(DatabaseFileTest, UnfinishedTransactionIsRolledBackByDestruction)
-{
-    MakeDatabase();
     {
         DatabaseApi writing;
         ASSERT_TRUE(writing.OpenDatabase(path, false));
-        ASSERT_TRUE(writing.Execute("BEGIN"));
+        ASSERT_TRUE(writing.Execute("BEGIN; DELETE FROM t"));
         ASSERT_TRUE(writing.WriteTableValues("t", row));
     }
-
     ExpectNothingLost();
+}
+
+class DatabaseFilePermissionTest : public DatabaseFileTest {
+protected:
+    DatabaseFilePermissionTest()
+    {
+        MakeDatabase();
+        OpenToEverybody(directory.Path());
+    }
+
+    const RawFailure cannotOpen{SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN)};
+};
+
+TEST_F(DatabaseFilePermissionTest, FileInADirectoryClosedToWritersCannotBeMade)
+{
+    const std::string missing = directory.File("missing.db");
+    {
+        const ScopedPermissions readable(directory.Path(), ReadableDirectory);
+        ExpectFailedOpen(missing, false, cannotOpen);
+        ExpectNoDirectory(directory.File("missing/x.db"));
+    }
+
+    EXPECT_TRUE(database.OpenDatabase(missing, false)) << "the permission is back";
+}
+
+TEST_F(DatabaseFilePermissionTest, DirectoryThatCannotBeInspectedIsNamedByTheDatabase)
+{
+    fs::create_directory(directory.File("inner"));
+    const std::string hidden = directory.File("inner/x.db");
+    const ScopedPermissions locked(directory.Path(), fs::perms::none);
+
+    ExpectNoDirectory(hidden);
+}
+
+TEST_F(DatabaseFilePermissionTest, FileThatMayOnlyBeReadIsReadAndNotWritten)
+{
+    const ScopedPermissions readable(path, ReadableFile);
+
+    EXPECT_TRUE(database.OpenDatabase(path, false));
+    EXPECT_FALSE(database.Execute("INSERT INTO t VALUES (2, NULL)"));
+    EXPECT_THAT(database, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
+    EXPECT_TRUE(database.Execute("SELECT a FROM t"));
+}
+
+TEST_F(DatabaseFilePermissionTest, FileThatMayNotBeReadCannotBeOpened)
+{
+    const ScopedPermissions locked(path, fs::perms::none);
+
+    ExpectFailedOpen(path, false, cannotOpen);
+    ExpectFailedOpen(path, true, cannotOpen);
 }
 
 } // namespace

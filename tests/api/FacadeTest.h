@@ -1,33 +1,53 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <string>
+#include <vector>
 
+#include "support/Cells.h"
 #include "support/HasError.h"
 #include "support/OpenFacade.h"
 #include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
-/// Tests that count the rows of a table t with the values 1, 2 and 3 in its column a.
-class CountedTable : public OpenFacade {
+/// Matches an object with the error of raw SQLite.
+inline auto HasErrorOf(const RawFailure& failure)
+{
+    return HasError(failure.code, failure.message);
+}
+
+/// Tests with a facade on a file with the tables t, which has three rows, and other, which has two.
+class FacadeTest : public OpenFacade {
 protected:
     static constexpr int NotWritten = -77;
 
-    CountedTable() { RawSqlite(path).Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2), (3)"); }
-
-    int Count(const std::string& table, const std::string& condition)
+    FacadeTest()
     {
-        result = NotWritten;
-        return database.ExistData(table, condition, result);
+        RawSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, 'one'), (2, 'two'), (3, 'three');"
+                                "CREATE TABLE other (a); INSERT INTO other VALUES (1), (2)");
     }
 
-    /// Begins a query of three rows and fetches the first row.
+    /// The error of raw SQLite for a query that it must reject.
+    RawFailure RejectedQuery(const std::string& sql) const
+    {
+        const RawFailure failure = FailureOfPrepare(RawSqlite(path).Handle(), sql);
+        EXPECT_NE(failure.code, 0) << sql;
+        return failure;
+    }
+
+    /// Begins a walk over the numbers 1, 2 and 3, and fetches the first row.
     void BeginWalk()
     {
-        ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t ORDER BY a"));
+        ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
         ASSERT_TRUE(database.ReadNextRow(row));
+    }
+
+    /// The cells of the next row of the walk.
+    std::vector<std::string> NextRow()
+    {
+        return database.ReadNextRow(row) ? CellTexts(row) : std::vector<std::string>{"no row"};
     }
 
     void ExpectNoWalk()
@@ -36,10 +56,8 @@ protected:
         EXPECT_THAT(database, HasError(111, "Table isn't open."));
     }
 
-    /// A condition with which the count itself returns no row, so that a row appended with UNION becomes the first.
-    const std::string noCount = "WHERE 0 GROUP BY a";
-
     int result = NotWritten;
+    DbTableData data;
     DbTableRowValues row;
 };
 

@@ -9,7 +9,6 @@
 
 #include "support/Cells.h"
 #include "support/SqliteCallRecorder.h"
-#include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
 
@@ -49,25 +48,16 @@ private:
 
 TEST(IDatabaseApiTest, EveryOperationIsReachedThroughTheInterface)
 {
-    const TemporaryDirectory directory;
     const std::unique_ptr<IDatabaseApi> database = std::make_unique<DatabaseApi>();
-    DbTableDefinition definition;
-    definition.name = "t";
-    definition.columns.resize(1);
-    definition.columns[0].name = "a";
-    DbTableDataWrite write;
-    write.columns = {"a"};
-    write.rows = {{{IntegerCell(1)}}};
     DbTableData data;
     int result = -1;
 
-    EXPECT_TRUE(database->OpenDatabase(directory.File("a.db"), false));
+    EXPECT_TRUE(database->OpenDatabase(":memory:", false));
     EXPECT_TRUE(database->IsOpen());
-    EXPECT_TRUE(database->CreateTable(definition));
-    EXPECT_TRUE(database->WriteTableValues("t", write));
+    EXPECT_TRUE(database->CreateTable({"t", {{"a"}}, {}}));
+    EXPECT_TRUE(database->WriteTableValues("t", {{"a"}, {{{IntegerCell(1)}}}}));
     EXPECT_TRUE(database->Execute("INSERT INTO t VALUES (2)"));
-    write.rows = {{{IntegerCell(3)}}};
-    EXPECT_TRUE(database->UpdateTableValues("t", write, "WHERE a=1"));
+    EXPECT_TRUE(database->UpdateTableValues("t", {{"a"}, {{{IntegerCell(3)}}}}, "WHERE a=1"));
     EXPECT_TRUE(database->AlterTable("t", "u"));
     EXPECT_TRUE(database->ExistsTable("u", result));
     EXPECT_TRUE(database->ReadTableValues("u", data));
@@ -83,9 +73,8 @@ TEST(IDatabaseApiTest, EveryOperationIsReachedThroughTheInterface)
 
 TEST(IDatabaseApiTest, DestructionThroughTheInterfaceClosesTheDatabase)
 {
-    const TemporaryDirectory directory;
     std::unique_ptr<IDatabaseApi> database = std::make_unique<DatabaseApi>();
-    ASSERT_TRUE(database->OpenDatabase(directory.File("a.db"), false));
+    ASSERT_TRUE(database->OpenDatabase(":memory:", false));
     const SqliteCallRecorder sqlite;
 
     database.reset();
@@ -93,30 +82,23 @@ TEST(IDatabaseApiTest, DestructionThroughTheInterfaceClosesTheDatabase)
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)"));
 }
 
-TEST(IDatabaseApiTest, AnApplicationImplementsTheInterfaceItself)
+TEST(IDatabaseApiTest, ApplicationImplementsTheInterfaceAndDynamicCastTellsTheTypesApart)
 {
     bool destroyed = false;
-    std::unique_ptr<IDatabaseApi> database = std::make_unique<DatabaseDouble>(destroyed);
     int result = 0;
-
-    EXPECT_TRUE(database->OpenDatabase("anything", true));
-    EXPECT_TRUE(database->IsOpen());
-    EXPECT_EQ(database->ExistData("t", "", result), 3);
-    database.reset();
-
-    EXPECT_TRUE(destroyed);
-}
-
-TEST(IDatabaseApiTest, DynamicCastTellsTheFacadeFromOtherImplementations)
-{
-    bool destroyed = false;
     const std::unique_ptr<IDatabaseApi> facade = std::make_unique<DatabaseApi>();
-    const std::unique_ptr<IDatabaseApi> other = std::make_unique<DatabaseDouble>(destroyed);
+    std::unique_ptr<IDatabaseApi> other = std::make_unique<DatabaseDouble>(destroyed);
 
+    EXPECT_TRUE(other->OpenDatabase("anything", true));
+    EXPECT_TRUE(other->IsOpen());
+    EXPECT_EQ(other->ExistData("t", "", result), 3);
     EXPECT_NE(dynamic_cast<DatabaseApi*>(facade.get()), nullptr);
     EXPECT_EQ(dynamic_cast<DatabaseApi*>(other.get()), nullptr);
     EXPECT_NE(dynamic_cast<DatabaseDouble*>(other.get()), nullptr);
     EXPECT_EQ(dynamic_cast<DatabaseDouble*>(facade.get()), nullptr);
+    other.reset();
+
+    EXPECT_TRUE(destroyed);
 }
 
 } // namespace
