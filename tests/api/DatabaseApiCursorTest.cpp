@@ -41,7 +41,6 @@ TEST_F(DatabaseApiCursorTest, RowIsClearedBeforeItIsFilled)
 {
     row.cells.assign(5, TextCell("old"));
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
-
     EXPECT_THAT(NextRow(), ElementsAre("0:Integer int(1)"));
 }
 
@@ -95,7 +94,6 @@ TEST_F(DatabaseApiCursorTest, FetchWithoutAQueryFailsAndLeavesTheRow)
 TEST_F(DatabaseApiCursorTest, TextWithoutAStatementBeginsNoQuery)
 {
     EXPECT_TRUE(database.SqlQueryBegin("-- nothing"));
-
     EXPECT_THAT(database, HasError(0, ""));
     ExpectNoWalk();
 }

@@ -3,6 +3,7 @@
 #include <functional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "api/FacadeTest.h"
 #include "support/SqliteCallRecorder.h"
@@ -18,17 +19,18 @@ using testing::IsEmpty;
 // The rules for the error and the walk that hold for every operation of the facade.
 
 const DbTableDataWrite One{{"a"}, {{{IntegerCell(1)}}}};
+const std::vector<DbTableColumnDefinition> Columns{{"a"}};
 
-struct NamedOperation {
+struct Call {
     const char* name;
     std::function<bool(DatabaseApi&)> run;
 
-    friend void PrintTo(const NamedOperation& operation, std::ostream* stream) { *stream << operation.name; }
+    friend void PrintTo(const Call& call, std::ostream* stream) { *stream << call.name; }
 };
 
-std::string NameOf(const testing::TestParamInfo<NamedOperation>& operation)
+std::string NameOf(const testing::TestParamInfo<Call>& call)
 {
-    return operation.param.name;
+    return call.param.name;
 }
 
 bool IsNoTable(DatabaseApi& database, const std::string& table)
@@ -49,7 +51,7 @@ bool HasCount(DatabaseApi& database, const std::string& table, int count)
     return database.ExistData(table, "", result) == count && result == 0;
 }
 
-class SuccessTest : public FacadeTest, public testing::WithParamInterface<NamedOperation> {};
+class SuccessTest : public FacadeTest, public testing::WithParamInterface<Call> {};
 
 TEST_P(SuccessTest, ResetsTheCodeAndKeepsTheEarlierMessage)
 {
@@ -64,30 +66,28 @@ TEST_P(SuccessTest, ResetsTheCodeAndKeepsTheEarlierMessage)
 INSTANTIATE_TEST_SUITE_P(
     Operations, SuccessTest,
     testing::Values(
-        NamedOperation{"CreateTable",
-                       [](auto& database) {
-                           return database.CreateTable({"made", {{"a"}}, {}});
-                       }},
-        NamedOperation{"ExistsTable", [](auto& database) { return IsTable(database, "t"); }},
-        NamedOperation{"ExistsTableAbsent", [](auto& database) { return IsNoTable(database, "absent"); }},
-        NamedOperation{"DropTable", [](auto& database) { return database.DropTable("t"); }},
-        NamedOperation{"DropTableAbsent", [](auto& database) { return database.DropTable("absent"); }},
-        NamedOperation{"AlterTable", [](auto& database) { return database.AlterTable("t", "renamed"); }},
-        NamedOperation{"ExistData", [](auto& database) { return HasCount(database, "t", 3); }},
-        NamedOperation{"Execute", [](auto& database) { return database.Execute("CREATE TABLE made (a)"); }},
-        NamedOperation{"WriteTableValues", [](auto& database) { return database.WriteTableValues("t", One); }},
-        NamedOperation{"UpdateTableValues", [](auto& database) { return database.UpdateTableValues("t", One, ""); }},
-        NamedOperation{"SqlQueryBegin", [](auto& database) { return database.SqlQueryBegin("SELECT 1"); }},
-        NamedOperation{"CloseReadTable", [](auto& database) { return database.CloseReadTable(); }},
-        NamedOperation{"CloseDatabase", [](auto& database) { return database.CloseDatabase(); }},
-        NamedOperation{"CloseDatabaseTwice",
-                       [](auto& database) { return database.CloseDatabase() && database.CloseDatabase(); }},
-        NamedOperation{
-            "OpenDatabase",
-            [](auto& database) { return database.CloseDatabase() && database.OpenDatabase(":memory:", false); }}),
+        Call{"CreateTable",
+             [](auto& database) {
+                 return database.CreateTable({"made", Columns, {}});
+             }},
+        Call{"ExistsTable", [](auto& database) { return IsTable(database, "t"); }},
+        Call{"ExistsTableAbsent", [](auto& database) { return IsNoTable(database, "absent"); }},
+        Call{"DropTable", [](auto& database) { return database.DropTable("t"); }},
+        Call{"DropTableAbsent", [](auto& database) { return database.DropTable("absent"); }},
+        Call{"AlterTable", [](auto& database) { return database.AlterTable("t", "renamed"); }},
+        Call{"ExistData", [](auto& database) { return HasCount(database, "t", 3); }},
+        Call{"Execute", [](auto& database) { return database.Execute("CREATE TABLE made (a)"); }},
+        Call{"WriteTableValues", [](auto& database) { return database.WriteTableValues("t", One); }},
+        Call{"UpdateTableValues", [](auto& database) { return database.UpdateTableValues("t", One, ""); }},
+        Call{"SqlQueryBegin", [](auto& database) { return database.SqlQueryBegin("SELECT 1"); }},
+        Call{"CloseReadTable", [](auto& database) { return database.CloseReadTable(); }},
+        Call{"CloseDatabase", [](auto& database) { return database.CloseDatabase(); }},
+        Call{"CloseDatabaseTwice", [](auto& database) { return database.CloseDatabase() && database.CloseDatabase(); }},
+        Call{"OpenDatabase",
+             [](auto& database) { return database.CloseDatabase() && database.OpenDatabase(":memory:", false); }}),
     NameOf);
 
-class UndisturbedWalkTest : public FacadeTest, public testing::WithParamInterface<NamedOperation> {};
+class UndisturbedWalkTest : public FacadeTest, public testing::WithParamInterface<Call> {};
 
 TEST_P(UndisturbedWalkTest, StaysOnItsRow)
 {
@@ -102,28 +102,26 @@ TEST_P(UndisturbedWalkTest, StaysOnItsRow)
 INSTANTIATE_TEST_SUITE_P(
     Operations, UndisturbedWalkTest,
     testing::Values(
-        NamedOperation{"CreateTable",
-                       [](auto& database) {
-                           return database.CreateTable({"t", {{"a"}}, {}});
-                       }},
-        NamedOperation{"CreateTableFailed", [](auto& database) { return !database.CreateTable({}); }},
-        NamedOperation{"ExistsTable", [](auto& database) { return IsTable(database, "t"); }},
-        NamedOperation{"ExistsTableAbsent", [](auto& database) { return IsNoTable(database, "absent"); }},
-        NamedOperation{"DropTableAbsent", [](auto& database) { return database.DropTable("absent"); }},
-        NamedOperation{"AlterTableFailed", [](auto& database) { return !database.AlterTable("absent", "x"); }},
-        NamedOperation{"ExistDataAbsent", [](auto& database) { return HasCount(database, "absent", 0); }},
-        NamedOperation{"ExecuteFailed", [](auto& database) { return !database.Execute("nonsense"); }},
-        NamedOperation{"WriteTableValues", [](auto& database) { return database.WriteTableValues("other", One); }},
-        NamedOperation{"WriteTableValuesFailed",
-                       [](auto& database) { return !database.WriteTableValues("absent", One); }},
-        NamedOperation{"UpdateTableValues",
-                       [](auto& database) { return database.UpdateTableValues("t", One, "WHERE a=1"); }},
-        NamedOperation{"PrepareStatement", [](auto& database) { return database.PrepareStatement("SELECT 1").Step(); }},
-        NamedOperation{"SecondOpen", [](auto& database) { return database.OpenDatabase(":memory:", true); }},
-        NamedOperation{"CloseDatabaseFailed", [](auto& database) { return !database.CloseDatabase(); }}),
+        Call{"CreateTable",
+             [](auto& database) {
+                 return database.CreateTable({"t", Columns, {}});
+             }},
+        Call{"CreateTableFailed", [](auto& database) { return !database.CreateTable({}); }},
+        Call{"ExistsTable", [](auto& database) { return IsTable(database, "t"); }},
+        Call{"ExistsTableAbsent", [](auto& database) { return IsNoTable(database, "absent"); }},
+        Call{"DropTableAbsent", [](auto& database) { return database.DropTable("absent"); }},
+        Call{"AlterTableFailed", [](auto& database) { return !database.AlterTable("absent", "x"); }},
+        Call{"ExistDataAbsent", [](auto& database) { return HasCount(database, "absent", 0); }},
+        Call{"ExecuteFailed", [](auto& database) { return !database.Execute("nonsense"); }},
+        Call{"WriteTableValues", [](auto& database) { return database.WriteTableValues("other", One); }},
+        Call{"WriteTableValuesFailed", [](auto& database) { return !database.WriteTableValues("absent", One); }},
+        Call{"UpdateTableValues", [](auto& database) { return database.UpdateTableValues("t", One, "WHERE a=1"); }},
+        Call{"PrepareStatement", [](auto& database) { return database.PrepareStatement("SELECT 1").Step(); }},
+        Call{"SecondOpen", [](auto& database) { return database.OpenDatabase(":memory:", true); }},
+        Call{"CloseDatabaseFailed", [](auto& database) { return !database.CloseDatabase(); }}),
     NameOf);
 
-class ClosedDatabaseApiTest : public testing::TestWithParam<NamedOperation> {};
+class ClosedDatabaseApiTest : public testing::TestWithParam<Call> {};
 
 TEST_P(ClosedDatabaseApiTest, IsFoundFirst)
 {
@@ -153,23 +151,22 @@ bool ReadsTable(DatabaseApi& database, const std::string& table)
 
 INSTANTIATE_TEST_SUITE_P(
     Operations, ClosedDatabaseApiTest,
-    testing::Values(
-        NamedOperation{"CreateTable",
-                       [](auto& database) {
-                           return database.CreateTable({"t", {{"a"}}, {}});
-                       }},
-        NamedOperation{"CreateTableWithoutAName", [](auto& database) { return database.CreateTable({}); }},
-        NamedOperation{"DropTable", [](auto& database) { return database.DropTable("t"); }},
-        NamedOperation{"DropTableWithoutAName", [](auto& database) { return database.DropTable(""); }},
-        NamedOperation{"DropTableWithAnApostrophe", [](auto& database) { return database.DropTable("it's"); }},
-        NamedOperation{"AlterTable", [](auto& database) { return database.AlterTable("t", "u"); }},
-        NamedOperation{"AlterTableWithoutAName", [](auto& database) { return database.AlterTable("", ""); }},
-        NamedOperation{"AlterTableWithAnApostrophe", [](auto& database) { return database.AlterTable("it's", ""); }},
-        NamedOperation{"SqlQueryBegin", [](auto& database) { return database.SqlQueryBegin("SELECT 1"); }},
-        NamedOperation{"SqlQueryBeginWithoutAText", [](auto& database) { return database.SqlQueryBegin(""); }},
-        NamedOperation{"ReadValues", [](auto& database) { return Reads(database, "SELECT 1"); }},
-        NamedOperation{"ReadValuesWithoutAText", [](auto& database) { return Reads(database, ""); }},
-        NamedOperation{"ReadTableValues", [](auto& database) { return ReadsTable(database, "t"); }}),
+    testing::Values(Call{"CreateTable",
+                         [](auto& database) {
+                             return database.CreateTable({"t", Columns, {}});
+                         }},
+                    Call{"CreateTableWithoutAName", [](auto& database) { return database.CreateTable({}); }},
+                    Call{"DropTable", [](auto& database) { return database.DropTable("t"); }},
+                    Call{"DropTableWithoutAName", [](auto& database) { return database.DropTable(""); }},
+                    Call{"DropTableWithAnApostrophe", [](auto& database) { return database.DropTable("it's"); }},
+                    Call{"AlterTable", [](auto& database) { return database.AlterTable("t", "u"); }},
+                    Call{"AlterTableWithoutAName", [](auto& database) { return database.AlterTable("", ""); }},
+                    Call{"AlterTableWithAnApostrophe", [](auto& database) { return database.AlterTable("it's", ""); }},
+                    Call{"SqlQueryBegin", [](auto& database) { return database.SqlQueryBegin("SELECT 1"); }},
+                    Call{"SqlQueryBeginWithoutAText", [](auto& database) { return database.SqlQueryBegin(""); }},
+                    Call{"ReadValues", [](auto& database) { return Reads(database, "SELECT 1"); }},
+                    Call{"ReadValuesWithoutAText", [](auto& database) { return Reads(database, ""); }},
+                    Call{"ReadTableValues", [](auto& database) { return ReadsTable(database, "t"); }}),
     NameOf);
 
 TEST(UncheckedDatabaseApiTest, OperationsReportWhatSqliteReturnsWithoutAConnection)

@@ -49,13 +49,6 @@ TEST_F(DatabaseApiExecuteTest, FailureCopiesSqlitesError)
                                             "sqlite3_free(memory)"));
 }
 
-TEST_F(DatabaseApiExecuteTest, StatementsBeforeTheFailingOneStayDone)
-{
-    EXPECT_FALSE(database.Execute("CREATE TABLE n (a); INSERT INTO n VALUES (1); nonsense; INSERT INTO n VALUES (2)"));
-
-    EXPECT_THAT(PlainRows("SELECT a FROM n"), ElementsAre(ElementsAre("1")));
-}
-
 TEST_F(DatabaseApiExecuteTest, PreparedStatementBindsAndStepsOnTheFacadesConnection)
 {
     SqlCommand insert = database.PrepareStatement("INSERT INTO t VALUES (?, ?)");
@@ -69,9 +62,7 @@ TEST_F(DatabaseApiExecuteTest, PreparedStatementBindsAndStepsOnTheFacadesConnect
 TEST_F(DatabaseApiExecuteTest, PrepareStatementMakesOneCallAndReadsOnlyTheGivenText)
 {
     const SqliteCallRecorder sqlite;
-
     EXPECT_THAT(database.PrepareStatement(std::string_view("SELECT 12").substr(0, 8)), HasError(0, ""));
-
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_prepare_v2(handle, SELECT 1, 8)", "sqlite3_finalize(statement)"));
 }
 
@@ -85,14 +76,6 @@ TEST_F(DatabaseApiExecuteTest, PrepareStatementNeverChangesTheFacadesError)
     ASSERT_TRUE(database.Execute("SELECT 1"));
     EXPECT_THAT(database.PrepareStatement("SELECT * FROM missing"), HasError(1, ""));
     EXPECT_THAT(database, HasError(0, "Missing command."));
-}
-
-TEST_F(DatabaseApiExecuteTest, RejectedStatementIsReturnedEmpty)
-{
-    SqlCommand command = database.PrepareStatement("nonsense");
-
-    EXPECT_FALSE(command.Step());
-    EXPECT_TRUE(command.Prepare("SELECT 1"));
 }
 
 } // namespace

@@ -38,7 +38,6 @@ protected:
 TEST_P(DatabaseApiFailedConversionTest, CompleteReadKeepsTheRowsBeforeItAndEndsWithTheStepsError)
 {
     ExpectFailure(3, 100, "", [&] { return database.ReadValues("SELECT a, b FROM t", data); });
-
     EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)", "1:Text string(one)")));
 }
 
@@ -56,7 +55,6 @@ TEST_P(DatabaseApiFailedConversionTest, FirstAndLaterRowsKeepTheCellsBeforeIt)
 TEST_P(DatabaseApiFailedConversionTest, BeginReturnsTheEndWithTheMessage)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
-
     ExpectFailure(0, 112, GetParam().message, [&] { return database.begin() != database.end(); });
 }
 
@@ -80,7 +78,6 @@ protected:
 TEST_F(DatabaseApiLostTextTest, ReadThrowsAndKeepsTheRowsBeforeIt)
 {
     EXPECT_THROW(database.ReadValues("SELECT a, b FROM t", data), std::bad_alloc);
-
     EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)", "1:Text string(one)")));
 }
 

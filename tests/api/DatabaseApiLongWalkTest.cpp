@@ -29,13 +29,13 @@ const std::string Query = "SELECT a, b FROM t";
 
 class DatabaseApiLongWalkTest : public OpenFacade {
 protected:
-    /// Fills the table and begins the query of all its rows.
-    void BeginWalk(int rows)
+    /// Fills the table with a million rows and begins the query of all its rows.
+    void BeginWalk()
     {
         ASSERT_TRUE(database.Execute("PRAGMA synchronous = OFF; PRAGMA cache_size = 4; CREATE TABLE t (a, b);"
                                      "WITH RECURSIVE numbers (n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM numbers "
                                      "LIMIT " +
-                                     std::to_string(rows) +
+                                     std::to_string(Million) +
                                      ") INSERT INTO t SELECT n, printf('%040d', n) FROM numbers"));
         ASSERT_TRUE(database.SqlQueryBegin(Query));
     }
@@ -48,7 +48,7 @@ TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryAtTheMillionthRowAsAtTheThousa
     std::size_t atFirst = 0;
     std::size_t atLast = 0;
     int rows = 0;
-    BeginWalk(Million);
+    BeginWalk();
 
     for (const DbTableRowValues& current : database) {
         ASSERT_EQ(std::get<int>(current.cells.at(0).value), ++rows);
@@ -62,21 +62,6 @@ TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryAtTheMillionthRowAsAtTheThousa
     EXPECT_THAT(database, HasError(0, ""));
     EXPECT_EQ(rows, Million);
     EXPECT_EQ(atLast, atFirst);
-}
-
-TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryWhenTheCallerKeepsTheRow)
-{
-    BeginWalk(100'000);
-    std::size_t atFirst = 0;
-
-    for (int fetch = 1; fetch <= 100'000; ++fetch) {
-        ASSERT_TRUE(database.ReadNextRow(row));
-        if (fetch == 1000) {
-            atFirst = LiveBytes();
-        }
-    }
-
-    EXPECT_EQ(LiveBytes(), atFirst);
 }
 
 // None of these values needs the large buffer.
@@ -122,19 +107,6 @@ TEST_F(DatabaseApiLongWalkTest, FacadeReleasesItsRowWhenAQueryIsBegun)
     EXPECT_LT(LiveBytes(), before + Mebibyte / 2);
 }
 
-TEST_F(DatabaseApiLongWalkTest, CompleteReadHoldsEveryRow)
-{
-    constexpr int Rows = 10'000;
-    BeginWalk(Rows);
-    DbTableData data;
-    const std::size_t before = LiveBytes();
-
-    ASSERT_TRUE(database.ReadValues(Query, data));
-
-    ASSERT_EQ(data.rows.size(), std::size_t{Rows});
-    EXPECT_GT(LiveBytes(), before + Rows * (sizeof(DbTableRowValues) + 2 * sizeof(DbTableColumnValue) + 40));
-}
-
 #if !TKOSQLLITE_ADDRESS_SANITIZER
 
 /// Ends this process after a walk over all rows or a complete read, with 32 MiB more memory than now.
@@ -163,8 +135,7 @@ TEST_F(DatabaseApiLongWalkTest, CompleteReadHoldsEveryRow)
 
 TEST_F(DatabaseApiLongWalkTest, WalksInAnAddressSpaceTooSmallForTheWholeResult)
 {
-    BeginWalk(Million);
-
+    BeginWalk();
     EXPECT_EXIT(ReadInLittleMemory(database, true), testing::ExitedWithCode(0), "1000000 rows, code 0");
     EXPECT_EXIT(ReadInLittleMemory(database, false), testing::ExitedWithCode(0), "out of memory|code 7");
 }

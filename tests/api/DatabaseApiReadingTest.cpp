@@ -91,13 +91,6 @@ TEST_F(DatabaseApiReadingTest, NoRowsAreASuccess)
     EXPECT_THAT(CellTexts(data), ElementsAre(kept));
 }
 
-TEST_F(DatabaseApiReadingTest, OnlyTheFirstStatementIsRead)
-{
-    EXPECT_TRUE(database.ReadValues("SELECT a FROM t WHERE a=1; SELECT a FROM t; nonsense", data));
-
-    EXPECT_THAT(CellTexts(data), ElementsAre(kept, one));
-}
-
 TEST_F(DatabaseApiReadingTest, MissingTextIsRejectedAndReleasesTheStatementBefore)
 {
     ASSERT_TRUE(database.ReadValues("SELECT 1 WHERE 0", data));

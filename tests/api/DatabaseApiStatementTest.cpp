@@ -256,9 +256,7 @@ TEST_F(DatabaseApiInvalidCellTest, NumbersOfTheMessageFollowTheProcessWideLocale
 TEST_F(DatabaseApiInvalidCellTest, IsForgottenByTheNextSuccess)
 {
     ExpectError({Row(Invalid)}, "0|0");
-
     EXPECT_TRUE(database.WriteTableValues("t", {{"a"}, {Row(1)}}));
-
     EXPECT_THAT(database, HasError(0, "Invalid column value: (row | column)0|0"));
 }
 

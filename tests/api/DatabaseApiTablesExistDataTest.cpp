@@ -85,9 +85,7 @@ TEST_F(ExistDataTest, TestsForTheTableAndThenRunsOnlyTheCount)
 TEST_F(ExistDataTest, ConditionFollowsAfterOneBlankAsGiven)
 {
     const SqliteCallRecorder sqlite;
-
     Count("t", " WHERE a = 'it''s' ");
-
     EXPECT_EQ(sqlite.CallsOf("sqlite3_prepare").at(1),
               "sqlite3_prepare(handle, SELECT count(*) FROM t  WHERE a = 'it''s' , -1)");
 }
@@ -95,7 +93,6 @@ TEST_F(ExistDataTest, ConditionFollowsAfterOneBlankAsGiven)
 TEST_F(ExistDataTest, AbsentTableHasNoRowsAndNoFailure)
 {
     EXPECT_EQ(Count("absent", ""), 0);
-
     EXPECT_EQ(result, 0);
     EXPECT_THAT(database, HasError(0, ""));
 }
@@ -109,9 +106,7 @@ TEST_F(ExistDataTest, FailedTestForTheTableIsReported)
 TEST_F(ExistDataTest, RejectedConditionLeavesSqlitesErrorAndNoQuery)
 {
     BeginWalk();
-
     ExpectFailure("t", "WHERE absent = 1", RejectedQuery("SELECT count(*) FROM t WHERE absent = 1"));
-
     ExpectNoWalk();
 }
 

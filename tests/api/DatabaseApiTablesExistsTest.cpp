@@ -82,7 +82,6 @@ TEST_F(ExistsTableTest, QueryThatCannotBePreparedLeavesSqlitesError)
 TEST_F(ExistsTableTest, NameCanContinueTheQueryBecauseItsApostrophesAreNotDoubled)
 {
     EXPECT_TRUE(Exists("absent' OR name = 'other"));
-
     EXPECT_EQ(result, 0);
 }
 

@@ -47,7 +47,6 @@ protected:
 TEST_P(UnusualTableNameTest, WithoutQuotesIsTestedAsItStands)
 {
     EXPECT_EQ(database.ExistsTable(name, result), tested.code == 0);
-
     EXPECT_EQ(result, tested.code);
     EXPECT_THAT(database, HasErrorOf(tested));
 }
@@ -55,14 +54,12 @@ TEST_P(UnusualTableNameTest, WithoutQuotesIsTestedAsItStands)
 TEST_P(UnusualTableNameTest, WithoutQuotesIsNotDropped)
 {
     EXPECT_FALSE(database.DropTable(name));
-
     EXPECT_THAT(database, HasErrorOf(tested.code != 0 ? tested : PlainRejection("DELETE FROM " + name)));
 }
 
 TEST_P(UnusualTableNameTest, WithoutQuotesIsNotRenamed)
 {
     EXPECT_FALSE(database.AlterTable(name, "plain"));
-
     EXPECT_THAT(database, HasErrorOf(tested.code != 0 ? RawFailure{113, "No table exists: " + name}
                                                       : PlainRejection("ALTER TABLE " + name + " RENAME TO plain")));
 }
@@ -93,7 +90,6 @@ TEST_P(UnusualTableNameTest, QuotedByTheCallerIsNotFoundBecauseTheTestComparesTh
 TEST_P(UnusualTableNameTest, QuotedByTheCallerIsFoundByCreateTableAndTakenAsANewName)
 {
     EXPECT_TRUE(database.CreateTable({quoted, {{"b"}}, {}}));
-
     ASSERT_TRUE(database.Execute("ALTER TABLE " + quoted + " RENAME TO plain"));
     EXPECT_TRUE(database.AlterTable("plain", quoted));
 }

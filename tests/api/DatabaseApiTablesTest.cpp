@@ -56,9 +56,7 @@ TEST_F(DatabaseApiTablesTest, CreateSucceedsTwiceAndLeavesAnExistingTableUnchang
 TEST_F(DatabaseApiTablesTest, KeysOfACreatedTableSkipConflictingRowsSilently)
 {
     ASSERT_TRUE(database.CreateTable({"n", {{"a"}, {"b"}}, {{'a'}, {'b'}, "", {}}}));
-
     EXPECT_TRUE(database.Execute("INSERT INTO n VALUES (1, 1), (1, 2), (2, 1), (3, 3)"));
-
     EXPECT_THAT(PlainRows("SELECT a, b FROM n"), ElementsAre(ElementsAre("1", "1"), ElementsAre("3", "3")));
 }
 
@@ -79,7 +77,6 @@ TEST_F(DatabaseApiTablesTest, EmptyNameIsRejectedWithoutCallingSqlite)
 TEST_F(DatabaseApiTablesTest, FailedCreateLeavesTheDatabaseAsItWas)
 {
     EXPECT_FALSE(database.CreateTable({"reading", {{"owner_id"}}, {{}, {}, "owner", {"owner_id"}}}));
-
     EXPECT_EQ(Tables(), bothTables);
 }
 
@@ -212,7 +209,6 @@ TEST_F(DatabaseApiTablesTest, NewNameIsLeftToSqlite)
 TEST_F(DatabaseApiTablesTest, NewNameMayEndTheStatementAndBeginAnother)
 {
     EXPECT_TRUE(database.AlterTable("t", "u; CREATE TABLE extra (a)"));
-
     EXPECT_THAT(Tables(), ElementsAre(ElementsAre("'extra'"), ElementsAre("'other'"), ElementsAre("'u'")));
 }
 

@@ -50,7 +50,6 @@ TEST_F(DatabaseApiWritingMemoryTest, UpdateIsAllocatedOnceWithFewBytesToSpare)
     data.rows.back() = {{BlobCell(""), IntegerCell(0)}}; // only the first row counts
     const std::string condition = "WHERE name IS NOT NULL";
     const std::string text = "UPDATE event SET (name,time)=(" + cells + ") " + condition;
-
     EXPECT_EQ(LargestDuring([&] { return database.UpdateTableValues("event", data, condition); }), text.size() + 9);
 }
 

@@ -163,7 +163,6 @@ TEST_F(DatabaseApiUpdatingTest, ChangesTheRowsThatTheConditionSelects)
 TEST_F(DatabaseApiUpdatingTest, OnlyTheFirstRowIsAssigned)
 {
     EXPECT_TRUE(database.UpdateTableValues("person", {{"age"}, {{{IntegerCell(1)}}, {{InvalidCell()}}}}, "WHERE id=3"));
-
     EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(Persons(), ElementsAre(ElementsAre("'Ann'", "1"), eve));
 }
@@ -171,14 +170,12 @@ TEST_F(DatabaseApiUpdatingTest, OnlyTheFirstRowIsAssigned)
 TEST_F(DatabaseApiUpdatingTest, TextEqualToAColumnNameAssignsThatColumn)
 {
     EXPECT_TRUE(Update("name", TextCell("age")));
-
     EXPECT_THAT(Persons(), ElementsAre(ElementsAre("30", "30"), eve));
 }
 
 TEST_F(DatabaseApiUpdatingTest, TextIsStoredWithItsApostrophesDoubled)
 {
     EXPECT_TRUE(Update("name", TextCell("O'Brien")));
-
     EXPECT_THAT(Persons(), ElementsAre(ElementsAre("'O''''Brien'", "30"), eve));
 }
 

@@ -23,8 +23,6 @@ namespace fs = std::filesystem;
 
 // The facade's errors for unusual and damaged files, and that the files keep their content.
 
-constexpr int ReadWriteCreate = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
-
 std::string BytesOfFile(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
@@ -63,13 +61,6 @@ protected:
         EXPECT_FALSE(database.IsOpen());
     }
 
-    void ExpectNoDirectory(const std::string& file)
-    {
-        for (const bool readOnly : {false, true}) {
-            ExpectFailedOpen(file, readOnly, {111, "Create directory failed: " + file});
-        }
-    }
-
     /// Checks that the open database cannot be written, and cannot be read, as raw SQLite cannot.
     void ExpectUnusable(int code)
     {
@@ -99,50 +90,6 @@ protected:
 private:
     bool m_made = false;
 };
-
-TEST_F(DatabaseFileTest, MissingDirectoriesAreMade)
-{
-    const std::string deep = directory.File("a/b/c.db");
-
-    EXPECT_TRUE(database.OpenDatabase(deep, false) && database.Execute("CREATE TABLE t (a)"));
-
-    EXPECT_TRUE(fs::is_regular_file(deep));
-}
-
-TEST_F(DatabaseFileTest, ReadOnlyOpenOfAMissingFileMakesItsDirectoryAndFails)
-{
-    const std::string deep = directory.File("a/b/c.db");
-
-    ExpectFailedOpen(deep, true, FailureOfOpen(directory.File("missing.db"), SQLITE_OPEN_READONLY));
-
-    EXPECT_EQ(database.GetLastError(), SQLITE_CANTOPEN);
-    EXPECT_TRUE(fs::is_empty(directory.File("a/b")));
-}
-
-TEST_F(DatabaseFileTest, FileInTheWayOfTheDirectoryIsLeftAsItIs)
-{
-    const std::string below = directory.File("file/x.db");
-    std::ofstream(directory.File("file")) << "kept";
-
-    ExpectFailedOpen(below, false, FailureOfOpen(below, ReadWriteCreate));
-    EXPECT_EQ(database.GetLastError(), SQLITE_CANTOPEN);
-    ExpectNoDirectory(directory.File("file/sub/x.db"));
-
-    EXPECT_EQ(BytesOfFile(directory.File("file")), "kept");
-}
-
-TEST_F(DatabaseFileTest, FacadeOpensAGoodFileAfterBadOnes)
-{
-    MakeDatabase();
-    const std::string itself = directory.Path().string();
-    ExpectNoDirectory("/proc/none/x.db");
-    ExpectFailedOpen(itself, false, FailureOfOpen(itself, ReadWriteCreate));
-    EXPECT_EQ(database.GetLastError(), SQLITE_CANTOPEN);
-
-    EXPECT_TRUE(database.OpenDatabase(path, false) && database.ReadTableValues("t", data));
-
-    EXPECT_EQ(data.rows.size(), 2U);
-}
 
 TEST_F(DatabaseFileTest, FileThatIsNoDatabaseFailsAtItsFirstUseAndIsLeftAsItIs)
 {
@@ -241,54 +188,47 @@ TEST_F(DatabaseFileTest, DestructionDuringAWalkOrATransactionLosesNothing)
     ExpectNothingLost();
 }
 
-class DatabaseFilePermissionTest : public DatabaseFileTest {
-protected:
-    DatabaseFilePermissionTest()
-    {
-        MakeDatabase();
-        OpenToEverybody(directory.Path());
-    }
-
-    const RawFailure cannotOpen{SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN)};
-};
-
-TEST_F(DatabaseFilePermissionTest, FileInADirectoryClosedToWritersCannotBeMade)
+TEST_F(DatabaseFileTest, FailedOpeningsLeaveTheFacadeClosedForTheNextOne)
 {
-    const std::string missing = directory.File("missing.db");
+    const RawFailure cannotOpen{SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN)};
+    const std::string hidden = directory.File("inner/x.db");
+    MakeDatabase();
+    OpenToEverybody(directory.Path());
+    ExpectFailedOpen(directory.Path().string(), false, cannotOpen);
+    ExpectFailedOpen(directory.File("made/absent.db"), true, cannotOpen);
+    EXPECT_TRUE(fs::is_empty(directory.File("made")));
+    ExpectFailedOpen(path + "/below/x.db", false, {111, "Create directory failed: " + path + "/below/x.db"});
+    {
+        const ScopedPermissions locked(path, fs::perms::none);
+        ExpectFailedOpen(path, false, cannotOpen);
+        ExpectFailedOpen(path, true, cannotOpen);
+    }
     {
         const ScopedPermissions readable(directory.Path(), ReadableDirectory);
-        ExpectFailedOpen(missing, false, cannotOpen);
-        ExpectNoDirectory(directory.File("missing/x.db"));
+        ExpectFailedOpen(directory.File("absent.db"), false, cannotOpen);
+        ExpectFailedOpen(hidden, false, {111, "Create directory failed: " + hidden});
+    }
+    {
+        const ScopedPermissions locked(directory.Path(), fs::perms::none);
+        ExpectFailedOpen(hidden, true, {111, "Create directory failed: " + hidden});
     }
 
-    EXPECT_TRUE(database.OpenDatabase(missing, false)) << "the permission is back";
+    EXPECT_TRUE(database.OpenDatabase(hidden, false)) << "it makes the directory";
+    EXPECT_TRUE(database.CloseDatabase());
+    EXPECT_TRUE(database.OpenDatabase(path, false) && database.ReadTableValues("t", data));
+    EXPECT_EQ(data.rows.size(), 2U);
 }
 
-TEST_F(DatabaseFilePermissionTest, DirectoryThatCannotBeInspectedIsNamedByTheDatabase)
+TEST_F(DatabaseFileTest, FileThatMayOnlyBeReadIsReadAndNotWritten)
 {
-    fs::create_directory(directory.File("inner"));
-    const std::string hidden = directory.File("inner/x.db");
-    const ScopedPermissions locked(directory.Path(), fs::perms::none);
-
-    ExpectNoDirectory(hidden);
-}
-
-TEST_F(DatabaseFilePermissionTest, FileThatMayOnlyBeReadIsReadAndNotWritten)
-{
+    MakeDatabase();
+    OpenToEverybody(directory.Path());
     const ScopedPermissions readable(path, ReadableFile);
 
     EXPECT_TRUE(database.OpenDatabase(path, false));
     EXPECT_FALSE(database.Execute("INSERT INTO t VALUES (2, NULL)"));
     EXPECT_THAT(database, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
     EXPECT_TRUE(database.Execute("SELECT a FROM t"));
-}
-
-TEST_F(DatabaseFilePermissionTest, FileThatMayNotBeReadCannotBeOpened)
-{
-    const ScopedPermissions locked(path, fs::perms::none);
-
-    ExpectFailedOpen(path, false, cannotOpen);
-    ExpectFailedOpen(path, true, cannotOpen);
 }
 
 } // namespace

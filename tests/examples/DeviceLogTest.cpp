@@ -1,14 +1,14 @@
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
-#include "examples/ExampleProgram.h"
-#include "support/TemporaryDirectory.h"
+#include "examples/ExampleTest.h"
 
 namespace Morvik::sql::tests {
 
@@ -16,15 +16,9 @@ namespace {
 
 using testing::HasSubstr;
 
-class DeviceLogTest : public testing::Test {
+class DeviceLogTest : public ExampleTest {
 protected:
-    std::vector<std::string> Command(std::vector<std::string> arguments) const
-    {
-        arguments.insert(arguments.begin(), m_database);
-        return ExampleCommand("device_log", arguments);
-    }
-
-    std::string Answer(const std::string& sql) const { return AnswerOfSqlite3(m_database, sql); }
+    DeviceLogTest() : ExampleTest("device_log") {}
 
     void AwaitSamples(const std::string& count) const
     {
@@ -37,16 +31,22 @@ protected:
         throw std::runtime_error("the log never held " + count + " samples");
     }
 
-    TemporaryDirectory m_directory;
-    std::string m_database = m_directory.File("missing directories/log.db");
+    /// Sends the signal to a program that has written samples, and returns its end.
+    ChildResult RunUntilSignal(int signal, const std::string& samples, const std::vector<std::string>& arguments) const
+    {
+        ChildProcess child(Command(arguments));
+        AwaitSamples(samples);
+        child.Signal(signal);
+        return child.Wait();
+    }
 };
 
 TEST_F(DeviceLogTest, TakesSamplesOfThisMachine)
 {
-    const ChildResult result = RunChild(Command({"3", "0.05"}));
+    const ChildResult result = Run({"3", "0.05"});
 
     EXPECT_THAT(result, SucceededQuietly());
-    EXPECT_THAT(result.out, HasSubstr("Database: " + m_database + "\nSamples: 3 written, 3 kept\n"));
+    EXPECT_THAT(result.out, HasSubstr("Database: " + database + "\nSamples: 3 written, 3 kept\n"));
     const bool hasSensor = std::filesystem::exists("/sys/class/thermal/thermal_zone0/temp");
     EXPECT_EQ(Answer("SELECT count(*) FROM sample WHERE abs(time - strftime('%s', 'now')) < 600 "
                      "AND typeof(load) = 'real' AND load >= 0 AND memory_used > 0 AND typeof(temperature) = '" +
@@ -56,11 +56,11 @@ TEST_F(DeviceLogTest, TakesSamplesOfThisMachine)
 
 TEST_F(DeviceLogTest, ShowsTheLastSamplesOldestFirst)
 {
-    ASSERT_THAT(RunChild(Command({"2", "0.01"})), SucceededQuietly());
+    ASSERT_THAT(Run({"2", "0.01"}), SucceededQuietly());
     Answer("UPDATE sample SET time = 0, load = 0.5 * id, memory_used = 50 * id, temperature = NULL;"
            "UPDATE sample SET temperature = 41.5 WHERE id = 2");
 
-    const ChildResult result = RunChild(Command({"1", "1"}));
+    const ChildResult result = Run({"1", "1"});
 
     EXPECT_THAT(result, SucceededQuietly());
     EXPECT_THAT(result.out, testing::ContainsRegex("1970-01-01 ..:00:00   0.50     50 MiB         none\n"
@@ -69,90 +69,65 @@ TEST_F(DeviceLogTest, ShowsTheLastSamplesOldestFirst)
 
 TEST_F(DeviceLogTest, KeepsOnlyTheLastSamplesOfAllRuns)
 {
-    ASSERT_THAT(RunChild(Command({"5", "0.01"})), SucceededQuietly());
+    ASSERT_THAT(Run({"5", "0.01"}), SucceededQuietly());
 
-    const ChildResult result = RunChild(Command({"2", "0.01", "3"}));
+    const ChildResult result = Run({"2", "0.01", "3"});
 
     EXPECT_THAT(result, SucceededQuietly());
     EXPECT_EQ(Answer("SELECT group_concat(id) FROM sample"), "5,6,7");
     EXPECT_THAT(result.out, HasSubstr("Samples: 2 written, 3 kept\n"));
 }
 
-class DeviceLogSignalTest : public DeviceLogTest, public testing::WithParamInterface<int> {};
+/// A signal, and whether it comes in a long interval or between two writes.
+class DeviceLogSignalTest : public DeviceLogTest, public testing::WithParamInterface<std::pair<int, const char*>> {};
 
-TEST_P(DeviceLogSignalTest, StopsWithinTheIntervalAndKeepsItsSamples)
+TEST_P(DeviceLogSignalTest, StopsAtOnceAndKeepsItsSamples)
 {
-    ChildProcess program(Command({"1000", "3000"}));
-    AwaitSamples("1");
+    const auto [signal, seconds] = GetParam();
 
-    program.Signal(GetParam());
-    const ChildResult result = program.Wait();
+    const ChildResult result = RunUntilSignal(signal, "1", {"100000", seconds, "100000"});
 
-    EXPECT_THAT(result, SucceededQuietly());
-    EXPECT_THAT(result.out, HasSubstr("Samples: 1 written, 1 kept\n"));
-    EXPECT_EQ(Answer("PRAGMA integrity_check; SELECT count(*) FROM sample"), "ok\n1");
-}
-
-TEST_P(DeviceLogSignalTest, StopsBetweenTwoWrites)
-{
-    ChildProcess program(Command({"100000", "0.001"}));
-    AwaitSamples("2");
-
-    program.Signal(GetParam());
-    const ChildResult result = program.Wait();
-
-    EXPECT_THAT(result, SucceededQuietly());
     const std::string samples = Answer("SELECT max(id) FROM sample");
-    EXPECT_THAT(result.out, HasSubstr("Samples: " + samples + " written, "));
-    EXPECT_EQ(Answer("PRAGMA integrity_check"), "ok");
+    EXPECT_THAT(result, SucceededQuietly());
+    EXPECT_THAT(result.out, HasSubstr("Samples: " + samples + " written, " + samples + " kept\n"));
+    EXPECT_EQ(Answer("PRAGMA integrity_check; SELECT count(*) FROM sample"), "ok\n" + samples);
 }
 
-INSTANTIATE_TEST_SUITE_P(Signals, DeviceLogSignalTest, testing::Values(SIGINT, SIGTERM),
-                         [](const auto& signal) { return signal.param == SIGINT ? "Interrupt" : "Terminate"; });
+INSTANTIATE_TEST_SUITE_P(Signals, DeviceLogSignalTest,
+                         testing::Values(std::pair(SIGINT, "3000"), std::pair(SIGTERM, "3000"),
+                                         std::pair(SIGINT, "0.001"), std::pair(SIGTERM, "0.001")));
 
 TEST_F(DeviceLogTest, KillLeavesASoundLogThatTheNextRunContinues)
 {
-    ChildProcess program(Command({"100000", "0.01", "4"}));
-    AwaitSamples("4");
-    program.Signal(SIGKILL);
-    ASSERT_EQ(program.Wait().signal, SIGKILL);
+    ASSERT_EQ(RunUntilSignal(SIGKILL, "4", {"100000", "0.01", "4"}).signal, SIGKILL);
 
     EXPECT_EQ(Answer("PRAGMA integrity_check; SELECT count(*) FROM sample"), "ok\n4");
-    EXPECT_THAT(RunChild(Command({"1", "1", "100"})), SucceededQuietly());
+    EXPECT_THAT(Run({"1", "1", "100"}), SucceededQuietly());
     EXPECT_EQ(Answer("PRAGMA integrity_check; SELECT count(*) FROM sample"), "ok\n5");
 }
 
 TEST_F(DeviceLogTest, FullDiskKeepsTheEarlierSamples)
 {
-    ASSERT_THAT(RunChild(Command({"2", "0.01"})), SucceededQuietly());
+    ASSERT_THAT(Run({"2", "0.01"}), SucceededQuietly());
 
-    const ChildResult result = RunChild(WithFileSizeLimit(1, Command({"1", "1"})));
+    const ChildResult result = RunOnAFullDisk(1, {"1", "1"});
 
     EXPECT_THAT(result, FailedWithOneLine(1, "cannot write a sample: disk I/O error (code 10)"));
     EXPECT_EQ(Answer("PRAGMA integrity_check; SELECT count(*) FROM sample"), "ok\n2");
 }
 
-TEST_F(DeviceLogTest, TextFileIsRejected)
-{
-    m_database = m_directory.File("letter.txt");
-    WriteFile(m_database, std::string(3000, 'x'));
-
-    EXPECT_THAT(RunChild(Command({"1", "1"})), FailedWithOneLine(1, "file is not a database (code 26)"));
-}
-
 TEST_F(DeviceLogTest, WrongArgumentsAreRejected)
 {
-    const std::string usage = "usage: device_log DATABASE SAMPLES SECONDS [KEEP]";
-
-    EXPECT_THAT(RunChild(ExampleCommand("device_log", {})), FailedWithOneLine(2, usage));
-    EXPECT_THAT(RunChild(ExampleCommand("device_log", {"--help", "1", "1"})), FailedWithOneLine(2, usage));
-    EXPECT_THAT(RunChild(Command({"1", "1", "1", "1"})), FailedWithOneLine(2, usage));
-    EXPECT_THAT(RunChild(Command({"3x", "1"})), FailedWithOneLine(2, "\"3x\" is not a number above 0"));
-    EXPECT_THAT(RunChild(Command({"3", "nan"})), FailedWithOneLine(2, "\"nan\" is not a number"));
-    EXPECT_THAT(RunChild(Command({"3", "0"})), FailedWithOneLine(2, "\"0\" is not a number"));
-    EXPECT_THAT(RunChild(Command({"3", "1", "-1"})), FailedWithOneLine(2, "\"-1\" is not a number"));
-    EXPECT_THAT(RunChild(Command({"1000001", "1"})), FailedWithOneLine(2, "\"1000001\" is not a number"));
-    EXPECT_FALSE(std::filesystem::exists(m_database));
+    ExpectUsage("usage: device_log DATABASE SAMPLES SECONDS [KEEP]", {"1", "1", "1", "1"});
+    for (const auto& [wrong, arguments] :
+         std::map<std::string, std::vector<std::string>>{{"3x", {"3x", "1"}},
+                                                         {"nan", {"3", "nan"}},
+                                                         {"0", {"3", "0"}},
+                                                         {"-1", {"3", "1", "-1"}},
+                                                         {"1000001", {"1000001", "1"}}}) {
+        EXPECT_THAT(Run(arguments), FailedWithOneLine(2, '"' + wrong + "\" is not a number above 0"));
+    }
+    EXPECT_FALSE(std::filesystem::exists(database));
 }
 
 } // namespace

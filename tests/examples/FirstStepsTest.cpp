@@ -1,42 +1,38 @@
-#include <gtest/gtest.h>
-
-#include "examples/ExampleProgram.h"
-#include "support/TemporaryDirectory.h"
+#include "examples/ExampleTest.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-TEST(FirstStepsTest, WritesOneRowAndReadsItBack)
-{
-    const TemporaryDirectory directory;
+class FirstStepsTest : public ExampleTest {
+protected:
+    FirstStepsTest() : ExampleTest("first_steps") { database = directory.File("first-steps/home.db"); }
 
-    const ChildResult result = RunChild(ExampleCommand("first_steps", {}), {.directory = directory.Path().string()});
+    ChildResult RunIn(const std::string& place) const
+    {
+        return RunChild(CommandLine(program, {}), {.directory = place});
+    }
+};
+
+TEST_F(FirstStepsTest, WritesOneRowAndReadsItBack)
+{
+    const ChildResult result = RunIn(directory.Path().string());
 
     EXPECT_THAT(result, SucceededQuietly());
     EXPECT_EQ(result.out, "kitchen 21.5\n");
-    EXPECT_EQ(AnswerOfSqlite3(directory.File("first-steps/home.db"), "SELECT * FROM room"), "kitchen|21.5");
+    EXPECT_EQ(Answer("SELECT * FROM room"), "kitchen|21.5");
 }
 
-TEST(FirstStepsTest, TellsWhyItFailed)
+TEST_F(FirstStepsTest, TellsWhyItFailed)
 {
-    const ChildResult result = RunChild(ExampleCommand("first_steps", {}), {.directory = "/proc"});
-
-    EXPECT_EQ(result.status, 111);
-    EXPECT_EQ(result.err, "Create directory failed: first-steps/home.db\n");
+    EXPECT_THAT(RunIn("/proc"), FailedWithOneLine(111, "Create directory failed: first-steps/home.db"));
 }
 
-TEST(FirstStepsTest, IsTheExampleInTheReadme)
+TEST_F(FirstStepsTest, IsTheExampleInTheReadme)
 {
-    const std::string readme = FileContent(TKOSQLLITE_SOURCE_DIR "/README.md");
     const std::string example = FileContent(TKOSQLLITE_SOURCE_DIR "/examples/first_steps/main.cpp");
-    static constexpr std::string_view Opening = "```cpp program\n";
-
-    const std::size_t begin = readme.find(Opening);
-    ASSERT_NE(begin, std::string::npos);
-    const std::string block = readme.substr(begin, readme.find("```", begin + 3) - begin);
-
-    EXPECT_EQ(block, std::string(Opening) + example);
+    EXPECT_THAT(FileContent(TKOSQLLITE_SOURCE_DIR "/README.md"),
+                testing::HasSubstr("```cpp program\n" + example + "```\n"));
 }
 
 } // namespace

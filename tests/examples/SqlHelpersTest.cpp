@@ -23,25 +23,25 @@ using testing::ThrowsMessage;
 
 class SqlHelpersTest : public testing::Test {
 protected:
-    SqlHelpersTest() { Open(m_database, m_directory.File("helpers.db")); }
+    SqlHelpersTest() { Open(database, directory.File("helpers.db")); }
 
     // The only value that `sql` selects, or nothing for NULL.
     template <typename T>
     std::optional<T> ValueOf(const std::string& sql)
     {
         return ReadAll(
-                   m_database, sql, +[](const DbTableRowValues& row) { return GetOptional<T>(row, 0); })
+                   database, sql, +[](const DbTableRowValues& row) { return GetOptional<T>(row, 0); })
             .at(0);
     }
 
-    TemporaryDirectory m_directory;
-    DatabaseApi m_database;
+    const TemporaryDirectory directory;
+    DatabaseApi database;
 };
 
 TEST_F(SqlHelpersTest, RequireThrowsWithMessageAndCode)
 {
-    EXPECT_NO_THROW(Require(m_database, true, "do it"));
-    EXPECT_THAT([&] { Require(m_database, m_database.Execute("nonsense"), "do it"); },
+    EXPECT_NO_THROW(Require(database, true, "do it"));
+    EXPECT_THAT([&] { Require(database, database.Execute("nonsense"), "do it"); },
                 ThrowsMessage<std::runtime_error>("cannot do it: near \"nonsense\": syntax error (code 1)"));
 }
 
@@ -53,9 +53,9 @@ TEST_F(SqlHelpersTest, OpenMakesTheSettings)
 
 TEST_F(SqlHelpersTest, CellsAreWrittenAndReadBack)
 {
-    Require(m_database, m_database.Execute("CREATE TABLE t (a, b, c, d)"), "create");
+    Require(database, database.Execute("CREATE TABLE t (a, b, c, d)"), "create");
 
-    ASSERT_TRUE(m_database.WriteTableValues(
+    ASSERT_TRUE(database.WriteTableValues(
         "t", {.columns = {"a", "b", "c", "d"},
               .rows = {{.cells = {TextCell("x"), IntegerCell(7), RealCell(0.5), UnixTimeCell()}}}}));
 
@@ -68,7 +68,7 @@ TEST_F(SqlHelpersTest, CellsAreWrittenAndReadBack)
 TEST_F(SqlHelpersTest, OnlyGetOptionalTakesNull)
 {
     DbTableData data;
-    ASSERT_TRUE(m_database.ReadValues("SELECT NULL, ''", data));
+    ASSERT_TRUE(database.ReadValues("SELECT NULL, ''", data));
 
     EXPECT_EQ(GetOptional<std::string>(data.rows.at(0), 0), std::nullopt);
     EXPECT_EQ(GetOptional<std::string>(data.rows.at(0), 1), "");
@@ -80,23 +80,23 @@ TEST_F(SqlHelpersTest, QueryIsClosedAtTheEndOfItsScope)
 {
     std::vector<int> numbers;
     {
-        const Query query(m_database, "SELECT 1 UNION SELECT 2");
+        const Query query(database, "SELECT 1 UNION SELECT 2");
         for (const DbTableRowValues& row : query) {
             numbers.push_back(Get<int>(row, 0));
-            EXPECT_FALSE(m_database.CloseDatabase());
-            m_database.Execute("SELECT 1"); // sets the code to 0, so that the loop goes on
+            EXPECT_FALSE(database.CloseDatabase());
+            database.Execute("SELECT 1"); // sets the code to 0, so that the loop goes on
         }
         query.Finish();
     }
 
     EXPECT_THAT(numbers, ElementsAre(1, 2));
-    EXPECT_TRUE(m_database.CloseDatabase());
+    EXPECT_TRUE(database.CloseDatabase());
 }
 
 TEST_F(SqlHelpersTest, QueryTellsAFailureFromTheEnd)
 {
-    EXPECT_THAT([&] { const Query query(m_database, "SELECT absent"); }, Throws<std::runtime_error>());
-    const Query query(m_database, "SELECT abs(-9223372036854775807 - 1)"); // fails in the first step
+    EXPECT_THAT([&] { const Query query(database, "SELECT absent"); }, Throws<std::runtime_error>());
+    const Query query(database, "SELECT abs(-9223372036854775807 - 1)"); // fails in the first step
     for ([[maybe_unused]] const DbTableRowValues& row : query) {
         ADD_FAILURE() << "the query has a row";
     }
@@ -114,23 +114,23 @@ TEST_F(SqlHelpersTest, ReadAllMakesAStructOfEachRow)
     };
 
     const std::vector<Room> rooms = ReadAll(
-        m_database, "VALUES ('kitchen', 21.5), ('attic', NULL)", +[](const DbTableRowValues& row) {
+        database, "VALUES ('kitchen', 21.5), ('attic', NULL)", +[](const DbTableRowValues& row) {
             return Room{.name = Get<std::string>(row, 0), .degrees = GetOptional<double>(row, 1)};
         });
 
     EXPECT_THAT(rooms, ElementsAre(Room{"kitchen", 21.5}, Room{"attic", std::nullopt}));
-    EXPECT_TRUE(m_database.CloseDatabase());
+    EXPECT_TRUE(database.CloseDatabase());
 }
 
 TEST_F(SqlHelpersTest, PrepareThrowsWithTheMessageOfSqlite)
 {
-    EXPECT_THAT([&] { Prepare(m_database, "SELECT absent"); },
+    EXPECT_THAT([&] { Prepare(database, "SELECT absent"); },
                 ThrowsMessage<std::runtime_error>("cannot prepare SELECT absent: no such column: absent (code 1)"));
 }
 
 TEST_F(SqlHelpersTest, BindOptionalBindsValuesAndNull)
 {
-    SqlCommand select = Prepare(m_database, "SELECT typeof(?1) || ' ' || quote(?1)");
+    SqlCommand select = Prepare(database, "SELECT typeof(?1) || ' ' || quote(?1)");
     const auto bound = [&](const auto& value) {
         Require(select, BindOptional(select, 1, value) && select.Step(), "select");
         std::string text = select.ColumnText(0);
@@ -149,18 +149,18 @@ TEST_F(SqlHelpersTest, BindOptionalBindsValuesAndNull)
 TEST_F(SqlHelpersTest, TransactionIsKeptOnlyAfterCommit)
 {
     {
-        Transaction transaction(m_database);
-        Require(m_database, m_database.Execute("CREATE TABLE kept (a)"), "create");
+        Transaction transaction(database);
+        Require(database, database.Execute("CREATE TABLE kept (a)"), "create");
         transaction.Commit();
     }
     {
-        const Transaction transaction(m_database);
-        Require(m_database, m_database.Execute("CREATE TABLE lost (a)"), "create");
-        EXPECT_THAT([&] { const Transaction nested(m_database); }, Throws<std::runtime_error>());
+        const Transaction transaction(database);
+        Require(database, database.Execute("CREATE TABLE lost (a)"), "create");
+        EXPECT_THAT([&] { const Transaction nested(database); }, Throws<std::runtime_error>());
     }
 
     EXPECT_EQ(ValueOf<std::string>("SELECT group_concat(name) FROM sqlite_master"), "kept");
-    EXPECT_TRUE(m_database.Execute("BEGIN IMMEDIATE")); // no transaction is left open
+    EXPECT_TRUE(database.Execute("BEGIN IMMEDIATE")); // no transaction is left open
 }
 
 } // namespace

@@ -44,7 +44,6 @@ std::vector<MessagesRow> MessagesRows()
 
 const DbTableColumnValue IntInReal{.type = DbTableColumnType::Real, .value = 3};
 const DbTableDataWrite NoRows{.columns = {"b"}, .rows = {}};
-const std::string SecondInsertion = "INSERT INTO t VALUES (2, 'two')";
 
 DbTableDataWrite OneCell(const DbTableColumnValue& cell)
 {
@@ -63,42 +62,33 @@ DbTableDataWrite OneReal(double number)
 
 /// A facade on a temporary file with the table t, whose column a is 1, and a list of its failures.
 struct Failures {
-    Failures()
-    {
-        database.OpenDatabase(path, false);
-        database.Execute("CREATE TABLE t (a INTEGER UNIQUE, b TEXT); INSERT INTO t VALUES (1, 'one')");
-    }
+    Failures() { database.Execute("CREATE TABLE t (a INTEGER UNIQUE, b TEXT); INSERT INTO t VALUES (1, 'one')"); }
 
-    /// Adds the error of the operation to the list, or a note that the operation succeeded.
+    /// Adds the error of an operation on the object to the list, or a note that the operation succeeded.
     template <typename Object>
-    void Add(bool succeeded, const Object& object)
+    void AddOf(const Object& object, bool succeeded)
     {
         errors.push_back(succeeded ? CodeAndMessage{-1, "succeeded"} : ErrorOf(object));
     }
 
-    /// The same for an operation of the facade.
-    void Add(bool succeeded) { Add(succeeded, database); }
+    void Add(bool succeeded) { AddOf(database, succeeded); }
 
-    void Execute(const std::string& sql) { Add(database.Execute(sql)); }
-    void Write(const DbTableDataWrite& request, const std::string& table = "t")
+    void Reopen(bool readOnly)
     {
-        Add(database.WriteTableValues(table, request));
+        database.CloseDatabase();
+        database.OpenDatabase(path, readOnly);
     }
-    void Update(const DbTableDataWrite& request, const std::string& condition)
+
+    void BeginWalk(const std::string& sql)
     {
-        Add(database.UpdateTableValues("t", request, condition));
+        database.SqlQueryBegin(sql);
+        database.ReadNextRow(row);
     }
-    void Create(const DbTableColumnDefinition& column, const DbTableConstraints& constraints = {})
-    {
-        Add(database.CreateTable({.name = "n", .columns = {column}, .constraints = constraints}));
-    }
-    void Open(const std::string& file, bool readOnly = false) { Add(database.OpenDatabase(file, readOnly)); }
-    void Read() { Add(database.ReadTableValues("t", data)); }
-    void Fetch() { Add(database.ReadNextRow(row)); }
 
     const TemporaryDirectory directory;
     const std::string path = directory.File("test.db");
     DatabaseApi database;
+    bool open = database.OpenDatabase(path, false);
     DbTableData data;
     DbTableRowValues row;
     int result = 0;
@@ -107,10 +97,9 @@ struct Failures {
 
 void WriteWithoutDoubleQuotedTexts(Failures& failures)
 {
-    failures.database.CloseDatabase();
     const DoubleQuotedTexts off(false);
-    failures.database.OpenDatabase(failures.path, false);
-    failures.Write(OneText("TEXT"));
+    failures.Reopen(false);
+    failures.Add(failures.database.WriteTableValues("t", OneText("TEXT")));
 
     // Newer versions of SQLite quote the name and add a hint.
     std::string& message = failures.errors.back().message;
@@ -119,38 +108,14 @@ void WriteWithoutDoubleQuotedTexts(Failures& failures)
     }
 }
 
-void RejectedStatement(Failures& failures)
-{
-    SqlCommand command = failures.database.PrepareStatement("SELEC 1");
-    failures.Add(command.GetLastError() == 0, command);
-    failures.Add(command.Step(), command);
-}
-
-void WriteWhileAnotherWrites(Failures& failures)
-{
-    DatabaseApi other;
-    other.OpenDatabase(failures.path, false);
-    other.Execute("BEGIN IMMEDIATE");
-    failures.Execute(SecondInsertion);
-}
-
 void WriteFromAnOldState(Failures& failures)
 {
     failures.database.ReadValues("PRAGMA journal_mode = WAL", failures.data);
     failures.database.Execute("PRAGMA busy_timeout = 10000");
-    DatabaseApi other;
-    other.OpenDatabase(failures.path, false);
-    failures.database.SqlQueryBegin("SELECT a FROM t");
-    failures.database.ReadNextRow(failures.row);
-    other.Execute(SecondInsertion);
-    failures.Execute("INSERT INTO t VALUES (3, 'three')");
-}
-
-void WriteOnAClosedFacade(Failures& failures)
-{
-    DatabaseApi closed;
-    failures.Add(closed.Execute("SELECT 1"), closed);
-    failures.Add(closed.WriteTableValues("t", OneText("kitchen")), closed);
+    RawSqlite other(failures.path);
+    failures.BeginWalk("SELECT a FROM t");
+    other.Execute("INSERT INTO t VALUES (2, 'two')");
+    failures.Add(failures.database.Execute("INSERT INTO t VALUES (3, 'three')"));
 }
 
 void Bind(Failures& failures, bool stepped, int index)
@@ -159,52 +124,54 @@ void Bind(Failures& failures, bool stepped, int index)
     if (stepped) {
         command.Step();
     }
-    failures.Add(command.BindInteger(index, 1), command);
-}
-
-void UseWhatIsNoDatabase(Failures& failures)
-{
-    failures.database.CloseDatabase();
-    std::ofstream(failures.path) << std::string(1000, 'x');
-    failures.database.OpenDatabase(failures.path, false);
-    failures.Read();
-    failures.Execute("CREATE TABLE n (a)");
+    failures.AddOf(command, command.BindInteger(index, 1));
 }
 
 using Cause = std::function<void(Failures&)>;
 
-Cause Write(const DbTableDataWrite& data, const std::string& table = "t")
+Cause Write(const DbTableDataWrite& rows, const std::string& table = "t")
 {
-    return [=](Failures& failures) { failures.Write(data, table); };
+    return [=](Failures& failures) { failures.Add(failures.database.WriteTableValues(table, rows)); };
 }
 
-Cause InvalidUpdates(const std::string& condition)
+Cause Update(const DbTableDataWrite& rows, const std::string& condition)
+{
+    return [=](Failures& failures) { failures.Add(failures.database.UpdateTableValues("t", rows, condition)); };
+}
+
+Cause Create(const DbTableColumnDefinition& column, const DbTableConstraints& constraints = {})
+{
+    const DbTableDefinition definition{.name = "n", .columns = {column}, .constraints = constraints};
+    return [=](Failures& failures) { failures.Add(failures.database.CreateTable(definition)); };
+}
+
+Cause Execute(const std::string& sql)
+{
+    return [=](Failures& failures) { failures.Add(failures.database.Execute(sql)); };
+}
+
+Cause Both(const Cause& first, const Cause& second)
 {
     return [=](Failures& failures) {
-        failures.Update(OneCell(IntInReal), condition);
-        failures.Update(NoRows, condition);
+        first(failures);
+        second(failures);
     };
 }
 
 const std::map<std::string, Cause> Causes{
     {"WriteTableValues with a Real cell that holds an int", Write(OneCell(IntInReal))},
     {"WriteTableValues with a Null cell, or one that was read from NULL",
-     [](Failures& failures) {
-         failures.Write(OneCell({.type = DbTableColumnType::Null}));
-         failures.Write(OneCell({.type = DbTableColumnType::None, .value = ""}));
-     }},
-    {"CreateTable with a foreign key",
-     [](Failures& failures) { failures.Create({.name = "a"}, {.referenceTable = "t", .foreignKey = {"a"}}); }},
+     Both(Write(OneCell({.type = DbTableColumnType::Null})),
+          Write(OneCell({.type = DbTableColumnType::None, .value = ""})))},
+    {"CreateTable with a foreign key", Create({.name = "a"}, {.referenceTable = "t", .foreignKey = {"a"}})},
     {"CreateTable with Check or Default without an argument",
-     [](Failures& failures) {
-         failures.Create({.name = "b", .constraintFlags = Check});
-         failures.Create({.name = "b", .constraintFlags = Default});
-     }},
-    {"UpdateTableValues with a first cell that is invalid, or without rows", InvalidUpdates("WHERE a = 1")},
+     Both(Create({.name = "b", .constraintFlags = Check}), Create({.name = "b", .constraintFlags = Default}))},
+    {"UpdateTableValues with a first cell that is invalid, or without rows",
+     Both(Update(OneCell(IntInReal), "WHERE a = 1"), Update(NoRows, "WHERE a = 1"))},
     {"WriteTableValues without rows", Write(NoRows)},
-    {"UpdateTableValues without rows or with an invalid first cell, and without a condition", InvalidUpdates("")},
-    {"UpdateTableValues with the condition a = 1",
-     [](Failures& failures) { failures.Update(OneText("kitchen"), "a = 1"); }},
+    {"UpdateTableValues without rows or with an invalid first cell, and without a condition",
+     Both(Update(OneCell(IntInReal), ""), Update(NoRows, ""))},
+    {"UpdateTableValues with the condition a = 1", Update(OneText("kitchen"), "a = 1")},
     {"ExistData with the condition a = 1",
      [](Failures& failures) {
          failures.database.ExistData("t", "a = 1", failures.result);
@@ -215,23 +182,32 @@ const std::map<std::string, Cause> Causes{
     {"a Real cell of 2.5 under a locale with a decimal comma",
      [](Failures& failures) {
          const ScopedGlobalLocale comma;
-         failures.Write(OneReal(2.5));
+         Write(OneReal(2.5))(failures);
      }},
     {"a text with a zero byte", Write(OneText(std::string("a\0b", 3)))},
     {"a blob cell that holds a double quotation mark",
      Write(OneCell({.type = DbTableColumnType::Blob, .value = std::vector<char>{'a', '"', 'b'}}))},
     {"a text cell TEXT, with a SQLite that has double-quoted texts off", WriteWithoutDoubleQuotedTexts},
     {"a Real cell that holds infinity", Write(OneReal(std::numeric_limits<double>::infinity()))},
-    {"a text without apostrophes in a condition or a query",
-     [](Failures& failures) { failures.Execute("SELECT a FROM t WHERE b = kitchen"); }},
+    {"a text without apostrophes in a condition or a query", Execute("SELECT a FROM t WHERE b = kitchen")},
     {"a write to a table that is not there", Write(OneText("kitchen"), "room")},
-    {"PrepareStatement with a text that SQLite rejects, and a Step after that", RejectedStatement},
+    {"PrepareStatement with a text that SQLite rejects, and a Step after that",
+     [](Failures& failures) {
+         SqlCommand command = failures.database.PrepareStatement("SELEC 1");
+         failures.AddOf(command, command.GetLastError() == 0);
+         failures.AddOf(command, command.Step());
+     }},
     {"COMMIT after a failure that ended the transaction",
      [](Failures& failures) {
          failures.database.Execute("BEGIN; INSERT OR ROLLBACK INTO t VALUES (1, 'again')");
-         failures.Execute("COMMIT");
+         Execute("COMMIT")(failures);
      }},
-    {"a write while another connection writes", WriteWhileAnotherWrites},
+    {"a write while another connection writes",
+     [](Failures& failures) {
+         RawSqlite other(failures.path);
+         other.Execute("BEGIN IMMEDIATE");
+         Execute("INSERT INTO t VALUES (2, 'two')")(failures);
+     }},
     {"a write during a walk in WAL mode, after another connection wrote", WriteFromAnOldState},
     {"CloseDatabase after a read",
      [](Failures& failures) {
@@ -240,42 +216,51 @@ const std::map<std::string, Cause> Causes{
      }},
     {"DropTable of the table that is walked",
      [](Failures& failures) {
-         failures.database.SqlQueryBegin("SELECT a FROM t UNION ALL SELECT a FROM t");
-         failures.database.ReadNextRow(failures.row);
+         failures.BeginWalk("SELECT a FROM t UNION ALL SELECT a FROM t");
          failures.Add(failures.database.DropTable("t"));
      }},
     {"a write after opening read-only",
      [](Failures& failures) {
-         failures.database.CloseDatabase();
-         failures.database.OpenDatabase(failures.path, true);
-         failures.Execute(SecondInsertion);
+         failures.Reopen(true);
+         Execute("INSERT INTO t VALUES (2, 'two')")(failures);
      }},
     {"opening a file that is not there read-only, or a directory",
      [](Failures& failures) {
          failures.database.CloseDatabase();
-         failures.Open(failures.directory.File("absent.db"), true);
-         failures.Open(failures.directory.Path().string());
+         failures.Add(failures.database.OpenDatabase(failures.directory.File("absent.db"), true));
+         failures.Add(failures.database.OpenDatabase(failures.directory.Path().string(), false));
      }},
-    {"a write of a key that is there",
-     [](Failures& failures) { failures.Execute("INSERT INTO t VALUES (1, 'again')"); }},
-    {"Execute or a write on a facade that is not open", WriteOnAClosedFacade},
+    {"a write of a key that is there", Execute("INSERT INTO t VALUES (1, 'again')")},
+    {"Execute or a write on a facade that is not open",
+     [](Failures& failures) {
+         DatabaseApi closed;
+         failures.AddOf(closed, closed.Execute("SELECT 1"));
+         failures.AddOf(closed, closed.WriteTableValues("t", OneText("kitchen")));
+     }},
     {"a bind after Step without Reset", [](Failures& failures) { Bind(failures, true, 1); }},
     {"a bind with index 0", [](Failures& failures) { Bind(failures, false, 0); }},
-    {"the first use of a file that is not a database", UseWhatIsNoDatabase},
+    {"the first use of a file that is not a database",
+     [](Failures& failures) {
+         failures.database.CloseDatabase();
+         std::ofstream(failures.path) << std::string(1000, 'x');
+         failures.Reopen(false);
+         failures.Add(failures.database.ReadTableValues("t", failures.data));
+         Execute("CREATE TABLE n (a)")(failures);
+     }},
     {"a read on a facade that is not open",
      [](Failures& failures) {
          failures.database.CloseDatabase();
-         failures.Read();
+         failures.Add(failures.database.ReadTableValues("t", failures.data));
          failures.Add(failures.database.SqlQueryBegin("SELECT 1"));
      }},
     {"ReadNextRow after CloseReadTable or a counting ExistData",
      [](Failures& failures) {
          failures.database.SqlQueryBegin("SELECT 1");
          failures.database.CloseReadTable();
-         failures.Fetch();
+         failures.Add(failures.database.ReadNextRow(failures.row));
          failures.database.SqlQueryBegin("SELECT 1");
          failures.database.ExistData("t", "", failures.result);
-         failures.Fetch();
+         failures.Add(failures.database.ReadNextRow(failures.row));
      }},
     {"AlterTable with a quoted name",
      [](Failures& failures) {

@@ -9,17 +9,17 @@ namespace {
 
 const std::string Failing = "SELECT a FROM failing";
 
-/// One of the three operations that fetch a row, and the rows that it must have fetched before.
+std::string EndOrRow(bool atEnd)
+{
+    return atEnd ? "the end" : "a row";
+}
+
+/// One of the operations that fetch a row. An iterator that is advanced needs a row before.
 struct Fetch {
     std::string name;
     bool advances;
     std::function<std::string(DatabaseApi&, DbTableRowIterator&)> run;
 };
-
-std::string EndOrRow(bool atEnd)
-{
-    return atEnd ? "the end" : "a row";
-}
 
 const std::vector<Fetch> Fetches{
     {"DatabaseApi::ReadNextRow", false,
@@ -33,70 +33,20 @@ const std::vector<Fetch> Fetches{
      [](DatabaseApi& database, DbTableRowIterator& row) { return EndOrRow(++row == database.end()); }},
 };
 
-Outcome Fetched(SituationFacade& facade, const Fetch& fetch, std::optional<RawFailure> raw = std::nullopt)
-{
-    DbTableRowIterator row = fetch.advances ? facade.database.begin() : facade.database.end();
-    return Observe(facade.database, std::move(raw), [&] { return fetch.run(facade.database, row); });
-}
-
-Run AtTheEnd(const Fetch& fetch)
+/// Fetches the first row of the query; an iterator is advanced to it. `prepare` comes before.
+Run Fetching(const Fetch& fetch, const std::string& sql,
+             const std::function<void(SituationFacade&, SqliteCallRecorder&)>& prepare)
 {
     return [=] {
         SituationFacade facade;
-        facade.database.SqlQueryBegin(fetch.advances ? "SELECT 1" : "SELECT 1 WHERE 0");
-        return Fetched(facade, fetch);
-    };
-}
-
-Run WithAFailingStep(const Fetch& fetch)
-{
-    return [=] {
-        SituationFacade facade;
-        facade.database.SqlQueryBegin(Failing);
-        if (!fetch.advances) {
-            facade.database.begin();
-        }
-        return Fetched(facade, fetch, LegacyWalk(facade.raw.Handle(), Failing).step);
-    };
-}
-
-/// Replaces the result of reading the column: no value at all, or a storage class that does not exist.
-Run WithABadColumn(const Fetch& fetch, const std::string& function)
-{
-    return [=] {
-        SituationFacade facade;
-        facade.database.SqlQueryBegin("SELECT a FROM t");
+        const std::string query = fetch.advances ? "SELECT 0 UNION ALL " + sql : sql;
+        const RawFailure raw = LegacyWalk(facade.raw.Handle(), query).step;
+        facade.database.SqlQueryBegin(query);
+        DbTableRowIterator row = fetch.advances ? facade.database.begin() : facade.database.end();
         SqliteCallRecorder sqlite;
-        sqlite.ReplaceNextResult(function, 0, false, fetch.advances ? 1 : 0);
-        return Fetched(facade, fetch);
+        prepare(facade, sqlite);
+        return Observe(facade.database, raw, [&] { return fetch.run(facade.database, row); });
     };
-}
-
-Run WithoutAQuery(const Fetch& fetch)
-{
-    return [=] {
-        SituationFacade facade;
-        return Fetched(facade, fetch);
-    };
-}
-
-Run AfterAnotherFailure(const Fetch& fetch)
-{
-    return [=] {
-        SituationFacade facade;
-        facade.database.SqlQueryBegin("SELECT a FROM t");
-        facade.FailBefore();
-        return Fetched(facade, fetch);
-    };
-}
-
-Outcome AdvancedAfterClosing()
-{
-    SituationFacade facade;
-    facade.database.SqlQueryBegin("SELECT a FROM t");
-    DbTableRowIterator row = facade.database.begin();
-    facade.database.CloseReadTable();
-    return Observe(facade.database, std::nullopt, [&] { return EndOrRow(++row == facade.database.end()); });
 }
 
 Run Beginning(const std::string& sql, bool open = true)
@@ -139,6 +89,15 @@ Run PreparingACommand(const std::string& sql, bool open = true)
 
 Situations WalkingSituations()
 {
+    const auto nothing = [](SituationFacade&, SqliteCallRecorder&) {};
+    const auto noValue = [](SituationFacade&, SqliteCallRecorder& sqlite) {
+        sqlite.ReplaceNextResult("sqlite3_column_value", 0, false);
+    };
+    const auto unknownType = [](SituationFacade&, SqliteCallRecorder& sqlite) {
+        sqlite.ReplaceNextResult("sqlite3_value_type", 0, false);
+    };
+    const auto close = [](SituationFacade& facade, SqliteCallRecorder&) { facade.database.CloseReadTable(); };
+    const auto fail = [](SituationFacade& facade, SqliteCallRecorder&) { facade.FailBefore(); };
     Situations all{
         {"DatabaseApi::SqlQueryBegin", "the database is closed", Beginning("SELECT 1", false)},
         {"DatabaseApi::SqlQueryBegin", "the text is empty", Beginning("")},
@@ -147,16 +106,17 @@ Situations WalkingSituations()
         {"DatabaseApi::CloseReadTable", "the last step failed", ClosedAfterAFailedStep},
         {"DatabaseApi::PrepareStatement", "SQLite rejects the text", PreparingACommand("nonsense")},
         {"DatabaseApi::PrepareStatement", "the database is closed", PreparingACommand("SELECT 1", false)},
-        {"DbTableRowIterator::operator++", "the query was closed meanwhile", AdvancedAfterClosing},
     };
     for (const Fetch& fetch : Fetches) {
-        all.push_back({fetch.name, "the rows are at their end", AtTheEnd(fetch)});
-        all.push_back({fetch.name, "the step fails", WithAFailingStep(fetch)});
-        all.push_back({fetch.name, "a column has no value", WithABadColumn(fetch, "sqlite3_column_value")});
-        all.push_back({fetch.name, "a column's type is unknown", WithABadColumn(fetch, "sqlite3_value_type")});
+        const std::string failing = "SELECT abs(-9223372036854775807 + 1 - a) FROM t WHERE a = 2";
+        all.push_back({fetch.name, "the rows are at their end", Fetching(fetch, "SELECT 1 WHERE 0", nothing)});
+        all.push_back({fetch.name, "the step fails", Fetching(fetch, failing, nothing)});
+        all.push_back({fetch.name, "a column has no value", Fetching(fetch, "SELECT 1", noValue)});
+        all.push_back({fetch.name, "a column's type is unknown", Fetching(fetch, "SELECT 1", unknownType)});
+        all.push_back({fetch.name, fetch.advances ? "the query was closed meanwhile" : "no query is held",
+                       Fetching(fetch, "SELECT 1", close)});
         if (!fetch.advances) {
-            all.push_back({fetch.name, "no query is held", WithoutAQuery(fetch)});
-            all.push_back({fetch.name, "another operation's failure is on record", AfterAnotherFailure(fetch)});
+            all.push_back({fetch.name, "another operation's failure is on record", Fetching(fetch, "SELECT 1", fail)});
         }
     }
     return all;
