@@ -17,8 +17,8 @@ using testing::ElementsAre;
 
 // The texts of the statements that create a table, insert and update rows, also if a cell has no SQL text.
 
-const DbTableColumnType Integer = DbTableColumnType::Integer;
-const DbTableColumnType Text = DbTableColumnType::Text;
+const DbTableColumnType IntegerColumn = DbTableColumnType::Integer;
+const DbTableColumnType TextColumn = DbTableColumnType::Text;
 
 struct StatementCase {
     const char* name;
@@ -87,34 +87,34 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Create("SensorLog",
                {"sensor_log",
-                {{"id", Integer, 0, PrimaryKey, {{PrimaryKey, "AUTOINCREMENT"}}},
-                 {"room", Text, 0, NotNull},
+                {{"id", IntegerColumn, 0, PrimaryKey, {{PrimaryKey, "AUTOINCREMENT"}}},
+                 {"room", TextColumn, 0, NotNull},
                  {"value", DbTableColumnType::Real},
                  {"created", DbTableColumnType::DateTimeNow, 0, Default, {{Default, "(datetime('now'))"}}}},
                 {{}, {'r'}, "", {}}},
                "sensor_log (id INTEGER PRIMARY KEY AUTOINCREMENT,room TEXT NOT NULL,value REAL "
                ",created TEXT DEFAULT (datetime('now')),UNIQUE (r) ON CONFLICT IGNORE)"),
-        Create("ForeignKey", {"reading", {{"owner_id", Integer}}, {{}, {}, "owner", {"owner_id"}}},
+        Create("ForeignKey", {"reading", {{"owner_id", IntegerColumn}}, {{}, {}, "owner", {"owner_id"}}},
                "reading (owner_id INTEGER ,FOREIGN KEY (owner_id) REFERENCES owner(owner_id) ON DELETE SET NULL ))"),
-        Create("UnreferencedForeignKeyAfterAKey", {"m", {{"a", Text}}, {{'a'}, {}, "", {"a"}}},
+        Create("UnreferencedForeignKeyAfterAKey", {"m", {{"a", TextColumn}}, {{'a'}, {}, "", {"a"}}},
                "m (a TEXT ,PRIMARY KEY (a) ON CONFLICT IGNORE,FOREIGN KEY (a) ))"),
-        Create("UnreferencedForeignKeyAlone", {"m", {{"a", Text}}, {{}, {}, "", {"a"}}}, "m (a TEXT )"),
-        Create("OneColumn", {"m", {{"a", Text}}, {}}, "m (a TEXT )"),
-        Create("TwoColumns", {"m", {{"a", Text}, {"b", DbTableColumnType::Blob}}, {}}, "m (a TEXT ,b BLOB )"),
-        Create("BothKeys", {"m", {{"a", Text}, {"b", Integer}, {"c"}}, {{'a', 'b'}, {'c'}, "", {}}},
+        Create("UnreferencedForeignKeyAlone", {"m", {{"a", TextColumn}}, {{}, {}, "", {"a"}}}, "m (a TEXT )"),
+        Create("OneColumn", {"m", {{"a", TextColumn}}, {}}, "m (a TEXT )"),
+        Create("TwoColumns", {"m", {{"a", TextColumn}, {"b", DbTableColumnType::Blob}}, {}}, "m (a TEXT ,b BLOB )"),
+        Create("BothKeys", {"m", {{"a", TextColumn}, {"b", IntegerColumn}, {"c"}}, {{'a', 'b'}, {'c'}, "", {}}},
                "m (a TEXT ,b INTEGER ,c  ,PRIMARY KEY (a,b) ON CONFLICT IGNORE,UNIQUE (c) ON CONFLICT IGNORE)"),
         Create("NoColumns", {"m", {}, {}}, "m ()"),
         Create("NoColumnsButAKey", {"m", {}, {{'a'}, {}, "", {}}}, "m (,PRIMARY KEY (a) ON CONFLICT IGNORE)"),
-        Create("KeyOfAnUnknownColumn", {"m", {{"a", Text}}, {{'b'}, {}, "", {}}},
+        Create("KeyOfAnUnknownColumn", {"m", {{"a", TextColumn}}, {{'b'}, {}, "", {}}},
                "m (a TEXT ,PRIMARY KEY (b) ON CONFLICT IGNORE)"),
-        Create("CheckWithoutItsParentheses", {"m", {{"a", Integer, 0, Check, {{Check, "a > 0"}}}}, {}},
+        Create("CheckWithoutItsParentheses", {"m", {{"a", IntegerColumn, 0, Check, {{Check, "a > 0"}}}}, {}},
                "m (a INTEGER CHECK a > 0)"),
-        Create("NameWithABlank", {"two words", {{"a", Text}}, {}}, "two words (a TEXT )"),
-        Create("NameThatIsAKeyword", {"order", {{"a", Text}}, {}}, "order (a TEXT )"),
-        Create("NameWithAnApostrophe", {"it's", {{"a", Text}}, {}}, "it's (a TEXT )"),
-        Create("NameQuotedByTheCaller", {"\"two words\"", {{"\"order\"", Text}}, {}},
+        Create("NameWithABlank", {"two words", {{"a", TextColumn}}, {}}, "two words (a TEXT )"),
+        Create("NameThatIsAKeyword", {"order", {{"a", TextColumn}}, {}}, "order (a TEXT )"),
+        Create("NameWithAnApostrophe", {"it's", {{"a", TextColumn}}, {}}, "it's (a TEXT )"),
+        Create("NameQuotedByTheCaller", {"\"two words\"", {{"\"order\"", TextColumn}}, {}},
                "\"two words\" (\"order\" TEXT )"),
-        Create("NameWithItsSchema", {"main.m", {{"a", Text}}, {}}, "main.m (a TEXT )")),
+        Create("NameWithItsSchema", {"main.m", {{"a", TextColumn}}, {}}, "main.m (a TEXT )")),
     [](const auto& statement) { return statement.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(

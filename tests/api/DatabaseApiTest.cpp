@@ -128,42 +128,30 @@ TEST_P(DatabaseApiStrictSuccessTest, RowAndDoneAreNoSuccesses)
 INSTANTIATE_TEST_SUITE_P(Codes, DatabaseApiStrictSuccessTest, testing::Values(SQLITE_ROW, SQLITE_DONE),
                          [](const auto& code) { return code.param == SQLITE_ROW ? "Row" : "Done"; });
 
-TEST_F(OpenDatabaseApiTest, CloseFailsWhileAQueryIsOpen)
+TEST_F(OpenDatabaseApiTest, CloseFailsWhileAQueryAReadOrAStatementIsHeld)
 {
     BeginWalk();
-    const SqliteCallRecorder sqlite;
-
-    EXPECT_FALSE(database.CloseDatabase());
-
+    {
+        const SqliteCallRecorder sqlite;
+        EXPECT_FALSE(database.CloseDatabase());
+        EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)", "sqlite3_errmsg(handle)"));
+    }
     EXPECT_EQ(busy.code, SQLITE_BUSY);
     EXPECT_THAT(database, HasErrorOf(busy));
     EXPECT_TRUE(database.IsOpen());
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)", "sqlite3_errmsg(handle)"));
-    EXPECT_TRUE(database.CloseReadTable());
-    EXPECT_TRUE(database.CloseDatabase());
-    EXPECT_FALSE(database.IsOpen());
-}
 
-TEST_F(OpenDatabaseApiTest, CloseFailsAfterAReadUntilItIsReleased)
-{
     ASSERT_TRUE(database.ReadValues("SELECT a FROM t", data));
-
     EXPECT_FALSE(database.CloseDatabase());
     EXPECT_THAT(database, HasErrorOf(busy));
-
     EXPECT_TRUE(database.CloseReadTable());
-    EXPECT_TRUE(database.CloseDatabase());
-}
-
-TEST_F(OpenDatabaseApiTest, CloseFailsWhileAPreparedStatementIsAlive)
-{
     {
         const SqlCommand command = database.PrepareStatement("SELECT 1");
-
         EXPECT_FALSE(database.CloseDatabase());
         EXPECT_THAT(database, HasErrorOf(busy));
     }
+
     EXPECT_TRUE(database.CloseDatabase());
+    EXPECT_FALSE(database.IsOpen());
 }
 
 TEST(DatabaseApiTest, DestructionFinalizesTheQueryBeforeItClosesTheDatabase)

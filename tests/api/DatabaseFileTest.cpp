@@ -1,14 +1,11 @@
-#include <sql/DatabaseApi.h>
-
-#include <gmock/gmock.h>
 #include <sqlite3.h>
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 #include "api/FacadeTest.h"
+#include "support/ChildProcess.h"
 #include "support/RawLegacyStatement.h"
 #include "support/ScopedPermissions.h"
 
@@ -22,12 +19,6 @@ using testing::IsEmpty;
 namespace fs = std::filesystem;
 
 // The facade's errors for unusual and damaged files, and that the files keep their content.
-
-std::string BytesOfFile(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 class DatabaseFileTest : public testing::Test {
 protected:
@@ -61,18 +52,23 @@ protected:
         EXPECT_FALSE(database.IsOpen());
     }
 
+    void ExpectNotWritten(const RawFailure& failure)
+    {
+        EXPECT_FALSE(database.WriteTableValues("t", row));
+        EXPECT_THAT(database, HasErrorOf(failure));
+        EXPECT_FALSE(database.UpdateTableValues("t", row, ""));
+        EXPECT_THAT(database, HasErrorOf(failure));
+        EXPECT_FALSE(database.Execute("CREATE TABLE u (a)"));
+        EXPECT_THAT(database, HasErrorOf(failure));
+    }
+
     /// Checks that the open database cannot be written, and cannot be read, as raw SQLite cannot.
     void ExpectUnusable(int code)
     {
         const RawFailure executed = FailureOfExec(RawSqlite(path).Handle(), "INSERT INTO t (a,b) VALUES (3,\"three\")");
         const RawFailure prepared = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT * FROM t");
         EXPECT_EQ(executed.code, code);
-        EXPECT_FALSE(database.WriteTableValues("t", row));
-        EXPECT_THAT(database, HasErrorOf(executed));
-        EXPECT_FALSE(database.UpdateTableValues("t", row, ""));
-        EXPECT_THAT(database, HasErrorOf(executed));
-        EXPECT_FALSE(database.Execute("CREATE TABLE u (a)"));
-        EXPECT_THAT(database, HasErrorOf(executed));
+        ExpectNotWritten(executed);
         EXPECT_FALSE(database.ReadTableValues("t", data));
         EXPECT_THAT(database, HasErrorOf(prepared));
         EXPECT_FALSE(database.SqlQueryBegin("SELECT * FROM t"));
@@ -100,20 +96,20 @@ TEST_F(DatabaseFileTest, FileThatIsNoDatabaseFailsAtItsFirstUseAndIsLeftAsItIs)
     ExpectUnusable(SQLITE_NOTADB);
 
     EXPECT_TRUE(database.CloseDatabase());
-    EXPECT_EQ(BytesOfFile(path), content);
+    EXPECT_EQ(FileContent(path), content);
 }
 
 TEST_F(DatabaseFileTest, FileCutShortIsDamagedAndLeftAsItIs)
 {
     RawSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, zeroblob(100000))");
     fs::resize_file(path, 3000);
-    const std::string content = BytesOfFile(path);
+    const std::string content = FileContent(path);
     ASSERT_TRUE(database.OpenDatabase(path, false));
 
     ExpectUnusable(SQLITE_CORRUPT);
 
     EXPECT_TRUE(database.CloseDatabase());
-    EXPECT_EQ(BytesOfFile(path), content);
+    EXPECT_EQ(FileContent(path), content);
 }
 
 TEST_F(DatabaseFileTest, ReadOnlyDatabaseIsReadAndNotWritten)
@@ -122,14 +118,10 @@ TEST_F(DatabaseFileTest, ReadOnlyDatabaseIsReadAndNotWritten)
     MakeDatabase();
     ASSERT_TRUE(database.OpenDatabase(path, true));
 
-    EXPECT_FALSE(database.WriteTableValues("t", row));
-    EXPECT_THAT(database, HasErrorOf(failure));
-    EXPECT_FALSE(database.UpdateTableValues("t", row, ""));
-    EXPECT_THAT(database, HasErrorOf(failure));
+    ExpectNotWritten(failure);
     EXPECT_FALSE(database.DropTable("t"));
     EXPECT_THAT(database, HasErrorOf(failure));
-    EXPECT_FALSE(database.Execute("CREATE TABLE u (a)"));
-    EXPECT_THAT(database, HasErrorOf(failure));
+
     EXPECT_TRUE(database.ReadTableValues("t", data));
     EXPECT_EQ(data.rows.size(), 2U);
 }
