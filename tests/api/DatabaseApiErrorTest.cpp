@@ -7,7 +7,6 @@
 
 #include "api/FacadeTest.h"
 #include "support/SqliteCallRecorder.h"
-#include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 
@@ -33,16 +32,11 @@ std::string NameOf(const testing::TestParamInfo<Call>& call)
     return call.param.name;
 }
 
-bool IsNoTable(DatabaseApi& database, const std::string& table)
+/// Whether the test for a table succeeds with this answer.
+bool Exists(DatabaseApi& database, const std::string& table, bool answer)
 {
     int result = -1;
-    return !database.ExistsTable(table, result) && result == 0;
-}
-
-bool IsTable(DatabaseApi& database, const std::string& table)
-{
-    int result = -1;
-    return database.ExistsTable(table, result) && result == 0;
+    return database.ExistsTable(table, result) == answer && result == 0;
 }
 
 bool HasCount(DatabaseApi& database, const std::string& table, int count)
@@ -51,9 +45,9 @@ bool HasCount(DatabaseApi& database, const std::string& table, int count)
     return database.ExistData(table, "", result) == count && result == 0;
 }
 
-class SuccessTest : public FacadeTest, public testing::WithParamInterface<Call> {};
+class FacadeSuccessTest : public FacadeTest, public testing::WithParamInterface<Call> {};
 
-TEST_P(SuccessTest, ResetsTheCodeAndKeepsTheEarlierMessage)
+TEST_P(FacadeSuccessTest, ResetsTheCodeAndKeepsTheEarlierMessage)
 {
     FailWithMissingCommand();
 
@@ -64,14 +58,14 @@ TEST_P(SuccessTest, ResetsTheCodeAndKeepsTheEarlierMessage)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Operations, SuccessTest,
+    Operations, FacadeSuccessTest,
     testing::Values(
         Call{"CreateTable",
              [](auto& database) {
                  return database.CreateTable({"made", Columns, {}});
              }},
-        Call{"ExistsTable", [](auto& database) { return IsTable(database, "t"); }},
-        Call{"ExistsTableAbsent", [](auto& database) { return IsNoTable(database, "absent"); }},
+        Call{"ExistsTable", [](auto& database) { return Exists(database, "t", true); }},
+        Call{"ExistsTableAbsent", [](auto& database) { return Exists(database, "absent", false); }},
         Call{"DropTable", [](auto& database) { return database.DropTable("t"); }},
         Call{"DropTableAbsent", [](auto& database) { return database.DropTable("absent"); }},
         Call{"AlterTable", [](auto& database) { return database.AlterTable("t", "renamed"); }},
@@ -87,9 +81,9 @@ INSTANTIATE_TEST_SUITE_P(
              [](auto& database) { return database.CloseDatabase() && database.OpenDatabase(":memory:", false); }}),
     NameOf);
 
-class UndisturbedWalkTest : public FacadeTest, public testing::WithParamInterface<Call> {};
+class FacadeWalkTest : public FacadeTest, public testing::WithParamInterface<Call> {};
 
-TEST_P(UndisturbedWalkTest, StaysOnItsRow)
+TEST_P(FacadeWalkTest, StaysOnItsRowDuringTheOperation)
 {
     BeginWalk();
 
@@ -100,15 +94,15 @@ TEST_P(UndisturbedWalkTest, StaysOnItsRow)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Operations, UndisturbedWalkTest,
+    Operations, FacadeWalkTest,
     testing::Values(
         Call{"CreateTable",
              [](auto& database) {
                  return database.CreateTable({"t", Columns, {}});
              }},
         Call{"CreateTableFailed", [](auto& database) { return !database.CreateTable({}); }},
-        Call{"ExistsTable", [](auto& database) { return IsTable(database, "t"); }},
-        Call{"ExistsTableAbsent", [](auto& database) { return IsNoTable(database, "absent"); }},
+        Call{"ExistsTable", [](auto& database) { return Exists(database, "t", true); }},
+        Call{"ExistsTableAbsent", [](auto& database) { return Exists(database, "absent", false); }},
         Call{"DropTableAbsent", [](auto& database) { return database.DropTable("absent"); }},
         Call{"AlterTableFailed", [](auto& database) { return !database.AlterTable("absent", "x"); }},
         Call{"ExistDataAbsent", [](auto& database) { return HasCount(database, "absent", 0); }},
@@ -169,35 +163,23 @@ INSTANTIATE_TEST_SUITE_P(
                     Call{"ReadTableValues", [](auto& database) { return ReadsTable(database, "t"); }}),
     NameOf);
 
-TEST(UncheckedDatabaseApiTest, OperationsReportWhatSqliteReturnsWithoutAConnection)
+TEST(UncheckedDatabaseApiTest, OperationsReachSqliteWithoutAConnection)
 {
-    const RawFailure executed = FailureOfExec(nullptr, "SELECT 1");
-    const RawFailure prepared = FailureOfPrepare(nullptr, TableExistsQuery("t"));
-    ASSERT_EQ(executed.code, SQLITE_MISUSE);
-    ASSERT_EQ(prepared.code, SQLITE_MISUSE);
+    const RawFailure failure = FailureOfExec(nullptr, "SELECT 1");
+    ASSERT_EQ(failure.code, SQLITE_MISUSE);
     DatabaseApi database;
-    int result = 0;
     const SqliteCallRecorder sqlite;
 
-    EXPECT_FALSE(database.Execute("") || database.Execute("SELECT 1"));
-    EXPECT_THAT(database, HasErrorOf(executed));
-    EXPECT_FALSE(database.WriteTableValues("t", One));
-    EXPECT_THAT(database, HasErrorOf(executed));
-    EXPECT_FALSE(database.UpdateTableValues("t", One, ""));
-    EXPECT_THAT(database, HasErrorOf(executed));
-    EXPECT_THAT(sqlite.Executed(), ElementsAre("SELECT 1", "INSERT INTO t (a) VALUES (1)", "UPDATE t SET (a)=(1) "));
+    EXPECT_FALSE(database.Execute("SELECT 1") || database.WriteTableValues("t", One) ||
+                 database.UpdateTableValues("t", One, ""));
 
-    EXPECT_FALSE(database.ExistsTable("t", result));
-    EXPECT_EQ(result, prepared.code);
-    EXPECT_THAT(database, HasErrorOf(prepared));
-    EXPECT_EQ(database.ExistData("t", "", result), 0);
-    EXPECT_EQ(result, prepared.code);
-    EXPECT_THAT(database, HasErrorOf(prepared));
-    EXPECT_FALSE(database.IsOpen());
+    EXPECT_THAT(database, HasErrorOf(failure));
+    EXPECT_THAT(sqlite.Executed(), ElementsAre("SELECT 1", "INSERT INTO t (a) VALUES (1)", "UPDATE t SET (a)=(1) "));
 }
 
-TEST(UncheckedDatabaseApiTest, MissingNameOrQueryIsFoundWithoutAConnection)
+TEST(UncheckedDatabaseApiTest, MissingNameOrQueryIsFoundFirst)
 {
+    const DbTableDataWrite invalid{{"a", "", "b"}, {{{InvalidCell()}}}};
     DatabaseApi database;
     DbTableRowValues row;
     int result = 0;
@@ -208,22 +190,15 @@ TEST(UncheckedDatabaseApiTest, MissingNameOrQueryIsFoundWithoutAConnection)
     EXPECT_FALSE(database.ExistsTable("", result));
     EXPECT_EQ(result, 112);
     EXPECT_THAT(database, HasError(112, "Missing table name."));
+    EXPECT_FALSE(database.UpdateTableValues("t", {{}, invalid.rows}, "WHERE id=3"));
+    EXPECT_THAT(database, HasError(112, "Missing column names."));
+    EXPECT_FALSE(database.WriteTableValues("", invalid));
+    EXPECT_THAT(database, HasError(112, "Missing table name."));
     EXPECT_FALSE(database.UpdateTableValues("t", {}, ""));
     EXPECT_THAT(database, HasError(112, "Missing column names."));
-    EXPECT_FALSE(database.WriteTableValues("", {}));
+    EXPECT_FALSE(database.UpdateTableValues("", {}, ""));
     EXPECT_THAT(database, HasError(112, "Missing table name."));
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-}
-
-TEST(UncheckedDatabaseApiTest, PrepareStatementLeavesTheFailureInTheStatement)
-{
-    sqlite3_stmt* statement = nullptr;
-    const int code = sqlite3_prepare_v2(nullptr, "SELECT 1", 8, &statement, nullptr);
-    const DatabaseApi database;
-
-    EXPECT_NE(code, 0);
-    EXPECT_THAT(database.PrepareStatement("SELECT 1"), HasError(code, ""));
-    EXPECT_THAT(database, HasError(0, ""));
 }
 
 } // namespace

@@ -36,19 +36,6 @@ TEST_F(DatabaseApiExecuteTest, EmptyTextIsRejectedWithoutReachingSqlite)
     EXPECT_TRUE(database.Execute(" ")) << "a blank is a text";
 }
 
-TEST_F(DatabaseApiExecuteTest, FailureCopiesSqlitesError)
-{
-    const RawFailure failure = PlainRejection("INSERT INTO missing VALUES (1)");
-    FailWithMissingCommand();
-    const SqliteCallRecorder sqlite;
-
-    EXPECT_FALSE(database.Execute("INSERT INTO missing VALUES (1)"));
-
-    EXPECT_THAT(database, HasErrorOf(failure));
-    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_exec(handle, INSERT INTO missing VALUES (1), null, null)",
-                                            "sqlite3_free(memory)"));
-}
-
 TEST_F(DatabaseApiExecuteTest, PreparedStatementBindsAndStepsOnTheFacadesConnection)
 {
     SqlCommand insert = database.PrepareStatement("INSERT INTO t VALUES (?, ?)");

@@ -107,16 +107,6 @@ TEST_F(DatabaseApiReadingTest, MissingTextIsRejectedAndReleasesTheStatementBefor
     EXPECT_TRUE(database.CloseDatabase());
 }
 
-TEST_F(DatabaseApiReadingTest, RejectedTextCopiesSqlitesError)
-{
-    const RawFailure failure = RejectedQuery("SELECT missing FROM t");
-
-    EXPECT_FALSE(database.ReadValues("SELECT missing FROM t", data));
-
-    EXPECT_THAT(database, HasErrorOf(failure));
-    EXPECT_THAT(CellTexts(data), ElementsAre(kept));
-}
-
 TEST_F(DatabaseApiReadingTest, FailedStepKeepsTheRowsBeforeItAndTheNextReadForgetsIt)
 {
     const std::string sql = "SELECT abs(iif(a = 3, -9223372036854775808, a)) FROM t";

@@ -71,20 +71,6 @@ TEST_F(DatabaseApiTablesTest, FailedCreateLeavesTheDatabaseAsItWas)
     EXPECT_EQ(Tables(), bothTables);
 }
 
-TEST_F(DatabaseApiTablesTest, ReadOnlyDatabaseRejectsANewTable)
-{
-    RawSqlite raw(path);
-    raw.Execute("PRAGMA query_only=ON");
-    const RawFailure failure = FailureOfExec(raw.Handle(), "CREATE TABLE package (name)");
-    ASSERT_NE(failure.code, 0);
-    DatabaseApi reader;
-    ASSERT_TRUE(reader.OpenDatabase(path, true));
-
-    EXPECT_FALSE(reader.CreateTable(package));
-
-    EXPECT_THAT(reader, HasErrorOf(failure));
-}
-
 TEST_F(DatabaseApiTablesTest, DropDeletesTheRowsAndThenDropsTheTable)
 {
     {

@@ -59,21 +59,6 @@ TEST(DatabaseApiTest, OpensAndClosesOneDatabaseAfterAnotherWithOneCallEach)
     EXPECT_EQ(RawSqlite(second).Value("SELECT name FROM sqlite_master"), "'t'");
 }
 
-TEST(DatabaseApiTest, FailedOpenCopiesTheConnectionsErrorAndLeavesTheFacadeClosed)
-{
-    const TemporaryDirectory directory;
-    const std::string path = directory.File("missing.db");
-    const RawFailure failure = FailureOfOpen(path, SQLITE_OPEN_READONLY);
-    DatabaseApi database;
-
-    EXPECT_FALSE(database.OpenDatabase(path, true));
-
-    EXPECT_EQ(failure.code, SQLITE_CANTOPEN);
-    EXPECT_THAT(database, HasErrorOf(failure));
-    EXPECT_TRUE(database.Failed());
-    EXPECT_FALSE(database.IsOpen());
-}
-
 class OpenDatabaseApiTest : public FacadeTest {
 protected:
     const RawFailure busy = FailureOfCloseWithAStatement();
@@ -92,18 +77,6 @@ TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheFirstDatabaseAndCopiesItsEmptyMess
     EXPECT_FALSE(std::filesystem::exists(directory.File("missing")));
     EXPECT_TRUE(database.Execute("CREATE TABLE here (a)"));
     EXPECT_EQ(PlainRows("SELECT * FROM pragma_table_info('here')").size(), 1U);
-}
-
-TEST_F(OpenDatabaseApiTest, SecondOpenRepeatsTheConnectionsLastFailure)
-{
-    BeginWalk();
-    ASSERT_FALSE(database.CloseDatabase());
-    ASSERT_TRUE(database.Execute("SELECT 1"));
-
-    EXPECT_FALSE(database.OpenDatabase(path, false));
-
-    EXPECT_THAT(database, HasErrorOf(busy));
-    EXPECT_TRUE(database.IsOpen());
 }
 
 class DatabaseApiStrictSuccessTest : public testing::TestWithParam<int> {};

@@ -98,33 +98,11 @@ TEST_F(DatabaseApiWritingTest, TimesAreComputedBySqlite)
     EXPECT_THAT(PlainRows(localWithinAnHour), ElementsAre(ElementsAre("1", "'text'", "1")));
 }
 
-TEST_F(DatabaseApiWritingTest, MissingTableNameIsFoundFirst)
-{
-    const SqliteCallRecorder sqlite;
-
-    EXPECT_FALSE(database.WriteTableValues("", {{"a", "", "b"}, {{{InvalidCell()}}}}));
-
-    EXPECT_THAT(database, HasError(112, "Missing table name."));
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
-}
-
-TEST_F(DatabaseApiWritingTest, ViolatedConstraintCopiesSqlitesErrorAndInsertsNoRow)
-{
-    ASSERT_TRUE(database.Execute("CREATE UNIQUE INDEX i ON n (a); INSERT INTO n VALUES (2, 'kept')"));
-    const RawFailure failure = PlainRejection("INSERT INTO n (a) VALUES (1) ,(2)");
-
-    EXPECT_FALSE(database.WriteTableValues("n", {{"a"}, {{{IntegerCell(1)}}, {{IntegerCell(2)}}}}));
-
-    EXPECT_EQ(failure.code, SQLITE_CONSTRAINT);
-    EXPECT_THAT(database, HasErrorOf(failure));
-    EXPECT_THAT(Written(), ElementsAre(ElementsAre("2", "'kept'")));
-}
-
 class DatabaseApiUpdatingTest : public FacadeTest {
 protected:
     DatabaseApiUpdatingTest()
     {
-        EXPECT_TRUE(database.Execute("CREATE TABLE person (id UNIQUE, name, age);"
+        EXPECT_TRUE(database.Execute("CREATE TABLE person (id, name, age);"
                                      "INSERT INTO person VALUES (3, 'Ann', 30), (4, 'Eve', 40)"));
     }
 
@@ -179,29 +157,6 @@ TEST_F(DatabaseApiUpdatingTest, TextIsStoredWithItsApostrophesDoubled)
 {
     EXPECT_TRUE(Update("name", TextCell("O'Brien")));
     EXPECT_THAT(Persons(), ElementsAre(ElementsAre("'O''''Brien'", "30"), eve));
-}
-
-TEST_F(DatabaseApiUpdatingTest, MissingNamesAreFoundFirst)
-{
-    const SqliteCallRecorder sqlite;
-
-    EXPECT_FALSE(database.UpdateTableValues("", {}, "WHERE id=3"));
-    EXPECT_THAT(database, HasError(112, "Missing table name."));
-    EXPECT_FALSE(database.UpdateTableValues("person", {{}, {{{InvalidCell()}}}}, "WHERE id=3"));
-    EXPECT_THAT(database, HasError(112, "Missing column names."));
-
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
-}
-
-TEST_F(DatabaseApiUpdatingTest, ViolatedConstraintCopiesSqlitesErrorAndChangesNoRow)
-{
-    const RawFailure failure = PlainRejection("UPDATE person SET (id)=(5)");
-
-    EXPECT_FALSE(Update("id", IntegerCell(5), ""));
-
-    EXPECT_EQ(failure.code, SQLITE_CONSTRAINT);
-    EXPECT_THAT(database, HasErrorOf(failure));
-    EXPECT_THAT(PlainRows("SELECT id FROM person"), ElementsAre(ElementsAre("3"), ElementsAre("4")));
 }
 
 class DatabaseApiWritingMemoryTest : public OpenFacade {

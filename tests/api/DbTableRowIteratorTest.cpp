@@ -138,21 +138,6 @@ TEST_F(DbTableRowIteratorTest, CopiesAndSingleFetchesShareTheWalk)
     EXPECT_EQ(copy, iterator);
 }
 
-TEST_F(DbTableRowIteratorTest, BecomesTheEndWhenAStepFails)
-{
-    const std::string sql = "SELECT abs(iif(a = 2, -9223372036854775808, a)) FROM t";
-    const PlainWalk raw = LegacyWalk(RawSqlite(path).Handle(), sql);
-    ASSERT_EQ(raw.rows, 1);
-    ASSERT_TRUE(database.SqlQueryBegin(sql));
-    DbTableRowIterator iterator = database.begin();
-    ASSERT_NE(iterator, database.end());
-
-    ++iterator;
-
-    EXPECT_EQ(iterator, database.end());
-    EXPECT_THAT(database, HasErrorOf(raw.step));
-}
-
 TEST_F(DbTableRowIteratorTest, BecomesTheEndAfterTheFailureOfAnotherOperation)
 {
     DbTableRowIterator iterator = database.begin();

@@ -132,7 +132,7 @@ Situations CommandSituations()
         {"ColumnCount", [](SqlCommand& command) { return ReturnedText(command.ColumnCount()); }},
         {"ColumnIsNull", [](SqlCommand& command) { return ReturnedText(command.ColumnIsNull(0)); }},
         {"ColumnInt", [](SqlCommand& command) { return ReturnedText(command.ColumnInt(0)); }},
-        {"ColumnInt64", [](SqlCommand& command) { return std::to_string(command.ColumnInt64(0)); }},
+        {"ColumnInt64", [](SqlCommand& command) { return ReturnedText(command.ColumnInt64(0)); }},
         {"ColumnDouble", [](SqlCommand& command) { return ReturnedText(command.ColumnDouble(0) == 0.0 ? 0 : 1); }},
         {"ColumnText", text},
         {"ColumnBlob", blob}};

@@ -10,6 +10,7 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "support/RawSqlite.h"
@@ -69,19 +70,17 @@ Situations CommandSituations();
 Situations CursorSituations();
 Situations ValueSituations();
 
-inline std::string ReturnedText(bool value)
+/// A returned value in the words of the document.
+template <typename Value>
+std::string ReturnedText(const Value& value)
 {
-    return value ? "true" : "false";
-}
-
-inline std::string ReturnedText(int value)
-{
-    return std::to_string(value);
-}
-
-inline std::string ReturnedText(std::string text)
-{
-    return text;
+    if constexpr (std::is_same_v<Value, bool>) {
+        return value ? "true" : "false";
+    } else if constexpr (std::is_arithmetic_v<Value>) {
+        return std::to_string(value);
+    } else {
+        return value;
+    }
 }
 
 /// Runs one operation on an object, or on another object whose failures are copied to that object.
