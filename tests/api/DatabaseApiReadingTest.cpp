@@ -222,7 +222,8 @@ TEST_F(DatabaseApiConversionTest, NothingOfTheCallersOwnCellsShowsInARow)
 {
     row.cells = {{DbTableColumnType::JulianDayNow, 77, std::string("old")},
                  {DbTableColumnType::Blob, 78, std::vector<char>{'x'}},
-                 {DbTableColumnType::Null, 79, 5}};
+                 {DbTableColumnType::Null, 79, 5},
+                 {DbTableColumnType::Text, 80, 6}};
     ASSERT_TRUE(database.SqlQueryBegin("SELECT NULL, NULL, 'new', 4"));
 
     EXPECT_THAT(NextRow(), ElementsAre("0:None string()", "1:None string()", "2:Text string(new)", "3:Integer int(4)"));

@@ -59,10 +59,7 @@ TEST(DatabaseApiTest, OpensAndClosesOneDatabaseAfterAnotherWithOneCallEach)
     EXPECT_EQ(RawSqlite(second).Value("SELECT name FROM sqlite_master"), "'t'");
 }
 
-class OpenDatabaseApiTest : public FacadeTest {
-protected:
-    const RawFailure busy = FailureOfCloseWithAStatement();
-};
+using OpenDatabaseApiTest = FacadeTest;
 
 TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheFirstDatabaseAndCopiesItsEmptyMessage)
 {
@@ -103,6 +100,7 @@ INSTANTIATE_TEST_SUITE_P(Codes, DatabaseApiStrictSuccessTest, testing::Values(SQ
 
 TEST_F(OpenDatabaseApiTest, CloseFailsWhileAQueryAReadOrAStatementIsHeld)
 {
+    const RawFailure busy = FailureOfCloseWithAStatement();
     BeginWalk();
     {
         const SqliteCallRecorder sqlite;
