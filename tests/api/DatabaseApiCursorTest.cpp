@@ -163,7 +163,7 @@ using DatabaseApiCursorFailureTest = FacadeTest;
 TEST_F(DatabaseApiCursorFailureTest, FailedStepLeavesTheRowsAndIsRepeatedByTheClosing)
 {
     const std::string failing = "SELECT abs(iif(a = 1, a, -9223372036854775808)) FROM t";
-    const PlainWalk raw = LegacyWalk(RawSqlite(path).Handle(), failing);
+    const RawWalk raw = LegacyWalk(RawSqlite(path).Handle(), failing);
     ASSERT_NE(raw.step.code, SQLITE_DONE);
     ASSERT_NE(raw.finalize.code, SQLITE_OK);
     ASSERT_TRUE(database.SqlQueryBegin(failing));

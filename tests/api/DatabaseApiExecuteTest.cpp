@@ -21,7 +21,7 @@ TEST_F(DatabaseApiExecuteTest, RunsEveryStatementWithOneCallAndDiscardsRows)
 
     EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_exec(handle, " + sql + ", null, null)"));
-    EXPECT_THAT(PlainRows("SELECT a FROM n"), ElementsAre(ElementsAre("1"), ElementsAre("2")));
+    EXPECT_THAT(RawRows("SELECT a FROM n"), ElementsAre(ElementsAre("1"), ElementsAre("2")));
 }
 
 TEST_F(DatabaseApiExecuteTest, EmptyTextIsRejectedWithoutReachingSqlite)
@@ -43,7 +43,7 @@ TEST_F(DatabaseApiExecuteTest, PreparedStatementBindsAndStepsOnTheFacadesConnect
     EXPECT_TRUE(insert.BindInteger(1, 7) && insert.BindText(2, "O'Brien") && insert.Step());
 
     EXPECT_THAT(insert, HasError(101, ""));
-    EXPECT_THAT(PlainRows("SELECT * FROM t WHERE a = 7"), ElementsAre(ElementsAre("7", "'O''Brien'")));
+    EXPECT_THAT(RawRows("SELECT * FROM t WHERE a = 7"), ElementsAre(ElementsAre("7", "'O''Brien'")));
 }
 
 TEST_F(DatabaseApiExecuteTest, PrepareStatementMakesOneCallAndReadsOnlyTheGivenText)

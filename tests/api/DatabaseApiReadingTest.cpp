@@ -110,7 +110,7 @@ TEST_F(DatabaseApiReadingTest, MissingTextIsRejectedAndReleasesTheStatementBefor
 TEST_F(DatabaseApiReadingTest, FailedStepKeepsTheRowsBeforeItAndTheNextReadForgetsIt)
 {
     const std::string sql = "SELECT abs(iif(a = 3, -9223372036854775808, a)) FROM t";
-    const PlainWalk raw = LegacyWalk(RawSqlite(path).Handle(), sql);
+    const RawWalk raw = LegacyWalk(RawSqlite(path).Handle(), sql);
     ASSERT_EQ(raw.rows, 2);
     ASSERT_NE(raw.step.code, SQLITE_DONE);
 
@@ -233,7 +233,7 @@ TEST_F(DatabaseApiConversionTest, StatementWithoutColumnsYieldsNoRows)
 {
     EXPECT_TRUE(database.ReadValues("CREATE TABLE made (a)", data));
     EXPECT_TRUE(data.rows.empty());
-    EXPECT_EQ(PlainRows("SELECT * FROM pragma_table_info('made')").size(), 1U);
+    EXPECT_EQ(RawRows("SELECT * FROM pragma_table_info('made')").size(), 1U);
 }
 
 TEST_F(DatabaseApiConversionTest, TwoThousandColumnsAreCountedInOrder)

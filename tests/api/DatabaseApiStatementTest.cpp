@@ -270,7 +270,7 @@ TEST_F(DatabaseApiInvalidCellTest, NumberThatTheLocaleCannotWriteIsOne)
 
         EXPECT_THAT(database, HasError(112, message));
     }
-    EXPECT_THAT(PlainRows("SELECT a FROM other"), ElementsAre(ElementsAre("3"), ElementsAre("4")));
+    EXPECT_THAT(RawRows("SELECT a FROM other"), ElementsAre(ElementsAre("3"), ElementsAre("4")));
 }
 
 } // namespace

@@ -174,7 +174,7 @@ TEST_F(ExistDataTest, RejectedConditionLeavesSqlitesErrorAndNoQuery)
 TEST_F(ExistDataTest, FailedStepIsReportedByTheClosing)
 {
     const std::string condition = "WHERE abs(-9223372036854775807 - a)";
-    const PlainWalk raw = LegacyWalk(RawSqlite(path).Handle(), "SELECT count(*) FROM t " + condition);
+    const RawWalk raw = LegacyWalk(RawSqlite(path).Handle(), "SELECT count(*) FROM t " + condition);
 
     ExpectFailure("t", condition, raw.finalize);
 

@@ -28,10 +28,7 @@ protected:
     }
 
     /// The table with its rows is there after every test.
-    void TearDown() override
-    {
-        EXPECT_THAT(PlainRows("SELECT count(*) FROM " + quoted), ElementsAre(ElementsAre("2")));
-    }
+    void TearDown() override { EXPECT_THAT(RawRows("SELECT count(*) FROM " + quoted), ElementsAre(ElementsAre("2"))); }
 
     /// The result of raw SQLite for the query that tests whether the table exists.
     RawFailure TestOf(const std::string& table) const
@@ -54,14 +51,14 @@ TEST_P(UnusualTableNameTest, WithoutQuotesIsTestedAsItStands)
 TEST_P(UnusualTableNameTest, WithoutQuotesIsNotDropped)
 {
     EXPECT_FALSE(database.DropTable(name));
-    EXPECT_THAT(database, HasErrorOf(tested.code != 0 ? tested : PlainRejection("DELETE FROM " + name)));
+    EXPECT_THAT(database, HasErrorOf(tested.code != 0 ? tested : RawRejection("DELETE FROM " + name)));
 }
 
 TEST_P(UnusualTableNameTest, WithoutQuotesIsNotRenamed)
 {
     EXPECT_FALSE(database.AlterTable(name, "plain"));
     EXPECT_THAT(database, HasErrorOf(tested.code != 0 ? RawFailure{113, "No table exists: " + name}
-                                                      : PlainRejection("ALTER TABLE " + name + " RENAME TO plain")));
+                                                      : RawRejection("ALTER TABLE " + name + " RENAME TO plain")));
 }
 
 TEST_P(UnusualTableNameTest, WithoutQuotesIsNotCounted)
@@ -109,7 +106,7 @@ TEST_F(TableNameTest, NameWithItsSchemaIsNotFound)
     EXPECT_EQ(database.ExistData("main.other", "", result), 0);
     EXPECT_TRUE(database.DropTable("main.other"));
 
-    EXPECT_THAT(PlainRows("SELECT a FROM other"), ElementsAre(ElementsAre("1"), ElementsAre("2")));
+    EXPECT_THAT(RawRows("SELECT a FROM other"), ElementsAre(ElementsAre("1"), ElementsAre("2")));
 }
 
 } // namespace

@@ -20,7 +20,7 @@ class DatabaseApiTablesTest : public FacadeTest {
 protected:
     std::vector<std::vector<std::string>> Tables() const
     {
-        return PlainRows("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name");
+        return RawRows("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name");
     }
 
     const DbTableDefinition package{"package",
@@ -38,7 +38,7 @@ TEST_F(DatabaseApiTablesTest, CreateMakesTheDescribedTableWithoutAQuery)
         EXPECT_EQ(sqlite.Calls().size(), 1U);
         EXPECT_EQ(sqlite.Executed().size(), 1U);
     }
-    EXPECT_THAT(PlainRows("SELECT name, type, \"notnull\", dflt_value, pk FROM pragma_table_info('package')"),
+    EXPECT_THAT(RawRows("SELECT name, type, \"notnull\", dflt_value, pk FROM pragma_table_info('package')"),
                 ElementsAre(ElementsAre("'name'", "'TEXT'", "0", "NULL", "1"),
                             ElementsAre("'size'", "'INTEGER'", "1", "'0'", "0")));
 }
@@ -50,14 +50,14 @@ TEST_F(DatabaseApiTablesTest, CreateSucceedsTwiceAndLeavesAnExistingTableUnchang
     EXPECT_TRUE(database.CreateTable({"other", package.columns, {}}));
 
     EXPECT_THAT(database, HasError(0, ""));
-    EXPECT_THAT(PlainRows("SELECT a FROM other"), ElementsAre(ElementsAre("1"), ElementsAre("2")));
+    EXPECT_THAT(RawRows("SELECT a FROM other"), ElementsAre(ElementsAre("1"), ElementsAre("2")));
 }
 
 TEST_F(DatabaseApiTablesTest, KeysOfACreatedTableSkipConflictingRowsSilently)
 {
     ASSERT_TRUE(database.CreateTable({"n", {{"a"}, {"b"}}, {{'a'}, {'b'}, "", {}}}));
     EXPECT_TRUE(database.Execute("INSERT INTO n VALUES (1, 1), (1, 2), (2, 1), (3, 3)"));
-    EXPECT_THAT(PlainRows("SELECT a, b FROM n"), ElementsAre(ElementsAre("1", "1"), ElementsAre("3", "3")));
+    EXPECT_THAT(RawRows("SELECT a, b FROM n"), ElementsAre(ElementsAre("1", "1"), ElementsAre("3", "3")));
 }
 
 TEST_F(DatabaseApiTablesTest, FailedCreateLeavesTheDatabaseAsItWas)
@@ -95,7 +95,7 @@ TEST_F(DatabaseApiTablesTest, AlterRunsOneStatementWithBothNamesAsGiven)
     }
     EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(Tables(), ElementsAre(ElementsAre("'other'"), ElementsAre("'two words'")));
-    EXPECT_THAT(PlainRows("SELECT a FROM \"two words\""),
+    EXPECT_THAT(RawRows("SELECT a FROM \"two words\""),
                 ElementsAre(ElementsAre("1"), ElementsAre("2"), ElementsAre("3")));
 }
 
@@ -137,7 +137,7 @@ TEST_F(DatabaseApiTablesTest, FailedStepOfTheTestCountsAsAnAbsentTable)
 TEST_F(DatabaseApiTablesTest, FailedDeleteKeepsTheTable)
 {
     RawSqlite(path).Execute("CREATE TRIGGER keep BEFORE DELETE ON t BEGIN SELECT RAISE(ABORT, 'rows are kept'); END");
-    const RawFailure failure = PlainRejection("DELETE FROM t");
+    const RawFailure failure = RawRejection("DELETE FROM t");
     const SqliteCallRecorder sqlite;
 
     EXPECT_FALSE(database.DropTable("t"));
@@ -145,7 +145,7 @@ TEST_F(DatabaseApiTablesTest, FailedDeleteKeepsTheTable)
     EXPECT_THAT(sqlite.Executed(), ElementsAre("DELETE FROM t"));
     EXPECT_EQ(failure.message, "rows are kept");
     EXPECT_THAT(database, HasErrorOf(failure));
-    EXPECT_THAT(PlainRows("SELECT count(*) FROM t"), ElementsAre(ElementsAre("3")));
+    EXPECT_THAT(RawRows("SELECT count(*) FROM t"), ElementsAre(ElementsAre("3")));
 }
 
 TEST_F(DatabaseApiTablesTest, FailedDropLeavesAnEmptyTable)
@@ -163,13 +163,13 @@ TEST_F(DatabaseApiTablesTest, FailedDropLeavesAnEmptyTable)
 
     EXPECT_THAT(database, HasErrorOf(failure));
     EXPECT_EQ(Tables(), bothTables);
-    EXPECT_THAT(PlainRows("SELECT count(*) FROM t"), ElementsAre(ElementsAre("0")));
+    EXPECT_THAT(RawRows("SELECT count(*) FROM t"), ElementsAre(ElementsAre("0")));
 }
 
 TEST_F(DatabaseApiTablesTest, NewNameIsLeftToSqlite)
 {
     for (const std::string newName : {"", "other", "t", "order", "two words", "it's", "main.u"}) {
-        const RawFailure failure = PlainRejection("ALTER TABLE t RENAME TO " + newName);
+        const RawFailure failure = RawRejection("ALTER TABLE t RENAME TO " + newName);
 
         EXPECT_FALSE(database.AlterTable("t", newName)) << newName;
 

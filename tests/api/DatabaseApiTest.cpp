@@ -73,7 +73,7 @@ TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheFirstDatabaseAndCopiesItsEmptyMess
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
     EXPECT_FALSE(std::filesystem::exists(directory.File("missing")));
     EXPECT_TRUE(database.Execute("CREATE TABLE here (a)"));
-    EXPECT_EQ(PlainRows("SELECT * FROM pragma_table_info('here')").size(), 1U);
+    EXPECT_EQ(RawRows("SELECT * FROM pragma_table_info('here')").size(), 1U);
 }
 
 class DatabaseApiStrictSuccessTest : public testing::TestWithParam<int> {};

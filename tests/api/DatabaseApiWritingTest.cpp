@@ -20,7 +20,7 @@ protected:
 
     bool Write(const DbTableColumnValue& cell) { return database.WriteTableValues("n", {{"a"}, {{{cell}}}}); }
 
-    std::vector<std::vector<std::string>> Written() const { return PlainRows("SELECT a, b FROM n"); }
+    std::vector<std::vector<std::string>> Written() const { return RawRows("SELECT a, b FROM n"); }
 };
 
 TEST_F(DatabaseApiWritingTest, InsertsEveryRowInOrderWithOneStatement)
@@ -56,7 +56,7 @@ TEST_F(DatabaseApiWritingTest, NamesThatTheCallerQuotesAreAccepted)
     EXPECT_FALSE(database.WriteTableValues("\"my table\"", {{"order"}, {{{IntegerCell(1)}}}}));
     EXPECT_TRUE(database.WriteTableValues("\"my table\"", {{"\"order\""}, {{{IntegerCell(1)}}}}));
 
-    EXPECT_THAT(PlainRows("SELECT * FROM \"my table\""), ElementsAre(ElementsAre("1")));
+    EXPECT_THAT(RawRows("SELECT * FROM \"my table\""), ElementsAre(ElementsAre("1")));
 }
 
 TEST_F(DatabaseApiWritingTest, TextIsStoredWithItsApostrophesDoubled)
@@ -66,8 +66,8 @@ TEST_F(DatabaseApiWritingTest, TextIsStoredWithItsApostrophesDoubled)
     EXPECT_TRUE(Write(TextCell("a"))) << "the name of a column";
     EXPECT_TRUE(Write(TextCell("A\"); DROP TABLE n; --")));
 
-    EXPECT_THAT(PlainRows("SELECT a FROM n"), ElementsAre(ElementsAre("'O''''Brien'"), ElementsAre("'say \"hi\"'"),
-                                                          ElementsAre("'a'"), ElementsAre("'A\"); DROP TABLE n; --'")));
+    EXPECT_THAT(RawRows("SELECT a FROM n"), ElementsAre(ElementsAre("'O''''Brien'"), ElementsAre("'say \"hi\"'"),
+                                                        ElementsAre("'a'"), ElementsAre("'A\"); DROP TABLE n; --'")));
 }
 
 TEST_F(DatabaseApiWritingTest, BlobIsStoredAsTextAndAQuotationMarkInItEndsItsLiteral)
@@ -75,10 +75,10 @@ TEST_F(DatabaseApiWritingTest, BlobIsStoredAsTextAndAQuotationMarkInItEndsItsLit
     EXPECT_TRUE(Write(BlobCell("AB")));
     EXPECT_FALSE(Write(BlobCell("A\"B")));
     EXPECT_EQ(database.GetLastError(), SQLITE_ERROR);
-    EXPECT_THAT(PlainRows("SELECT a FROM n"), ElementsAre(ElementsAre("'AB'")));
+    EXPECT_THAT(RawRows("SELECT a FROM n"), ElementsAre(ElementsAre("'AB'")));
 
     EXPECT_TRUE(Write(BlobCell("A\"); DROP TABLE n; --")));
-    EXPECT_THAT(PlainRows("SELECT name FROM sqlite_master WHERE name = 'n'"), IsEmpty());
+    EXPECT_THAT(RawRows("SELECT name FROM sqlite_master WHERE name = 'n'"), IsEmpty());
 }
 
 TEST_F(DatabaseApiWritingTest, TimesAreComputedBySqlite)
@@ -94,8 +94,8 @@ TEST_F(DatabaseApiWritingTest, TimesAreComputedBySqlite)
 
     EXPECT_TRUE(database.WriteTableValues("n", times));
 
-    EXPECT_THAT(PlainRows(withinAnHour), ElementsAre(ElementsAre("1", "'real'", "1")));
-    EXPECT_THAT(PlainRows(localWithinAnHour), ElementsAre(ElementsAre("1", "'text'", "1")));
+    EXPECT_THAT(RawRows(withinAnHour), ElementsAre(ElementsAre("1", "'real'", "1")));
+    EXPECT_THAT(RawRows(localWithinAnHour), ElementsAre(ElementsAre("1", "'text'", "1")));
 }
 
 class DatabaseApiUpdatingTest : public FacadeTest {
@@ -111,7 +111,7 @@ protected:
         return database.UpdateTableValues("person", {{column}, {{{cell}}}}, condition);
     }
 
-    std::vector<std::vector<std::string>> Persons() const { return PlainRows("SELECT name, age FROM person"); }
+    std::vector<std::vector<std::string>> Persons() const { return RawRows("SELECT name, age FROM person"); }
 
     const std::vector<std::string> ann{"'Ann'", "30"};
     const std::vector<std::string> eve{"'Eve'", "40"};

@@ -18,10 +18,10 @@ protected:
     OpenFacade() { EXPECT_TRUE(database.OpenDatabase(path, false)) << database.GetLastErrorMsg(); }
 
     /// The rows of a query, read with raw SQLite.
-    std::vector<std::vector<std::string>> PlainRows(const std::string& sql) const { return RawSqlite(path).Rows(sql); }
+    std::vector<std::vector<std::string>> RawRows(const std::string& sql) const { return RawSqlite(path).Rows(sql); }
 
     /// The error of raw SQLite for a text that it must reject.
-    RawFailure PlainRejection(const std::string& sql) const
+    RawFailure RawRejection(const std::string& sql) const
     {
         const RawFailure failure = FailureOfExec(RawSqlite(path).Handle(), sql);
         EXPECT_NE(failure.code, 0) << sql;

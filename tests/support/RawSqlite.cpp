@@ -140,14 +140,14 @@ RawFailure FailureOfCloseWithAStatement()
     return failure;
 }
 
-PlainWalk LegacyWalk(sqlite3* handle, const std::string& sql)
+RawWalk LegacyWalk(sqlite3* handle, const std::string& sql)
 {
     sqlite3_stmt* statement = nullptr;
     const int prepared = sqlite3_prepare(handle, sql.c_str(), -1, &statement, nullptr);
     if (prepared != SQLITE_OK) {
         throw Error(prepared, handle, sql);
     }
-    PlainWalk walk;
+    RawWalk walk;
     while ((walk.step.code = sqlite3_step(statement)) == SQLITE_ROW) {
         ++walk.rows;
     }

@@ -52,12 +52,12 @@ RawFailure FailureOfPrepare(sqlite3* handle, const std::string& sql);
 RawFailure FailureOfCloseWithAStatement();
 
 /// Reads a query with the legacy interface, to its end or its first failure.
-struct PlainWalk {
+struct RawWalk {
     int rows = 0;
     RawFailure step;
     RawFailure finalize;
 };
 
-PlainWalk LegacyWalk(sqlite3* handle, const std::string& sql);
+RawWalk LegacyWalk(sqlite3* handle, const std::string& sql);
 
 } // namespace Morvik::sql::tests

@@ -25,7 +25,7 @@ Run OnACursor(const std::string& sql, int steps, const CursorOperation& operatio
 {
     return [=] {
         SituationConnection connection;
-        const PlainWalk raw = LegacyWalk(connection.raw.Handle(), Overflow);
+        const RawWalk raw = LegacyWalk(connection.raw.Handle(), Overflow);
         const SqlTable table(connection.database);
         table.Open(sql);
         for (int step = 0; step < steps; ++step) {
