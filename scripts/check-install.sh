@@ -54,18 +54,12 @@ check_packages build/packages/armhf "$target"
 step "Checking the packages with lintian" \
     quietly lintian --allow-root --fail-on error,warning build/packages/*.deb build/packages/armhf/*.deb
 
-with_cmake()
-{
-    CMAKE_PREFIX_PATH=$1 "$tests/consume.sh" cmake "$work/consumer" "$first_steps" "${@:2}"
-}
 with_pkg_config()
 {
     local libraries=$1/lib/$native
     PKG_CONFIG_PATH=$libraries/pkgconfig LD_LIBRARY_PATH=$libraries \
-        "$tests/consume.sh" pkg-config "$work/consumer" "$first_steps" "${@:2}"
+        "$tests/consume.sh" "$work/consumer" "$first_steps" "${@:2}"
 }
-step "Building programs with CMake" quietly with_cmake "$moved"
-quietly with_cmake "$work/root/usr" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_STANDARD=23
 step "Building programs with g++" quietly with_pkg_config "$moved" g++ -std=c++20
 quietly with_pkg_config "$moved" g++ -std=c++23 -fno-rtti
 step "Building programs with clang++" quietly with_pkg_config "$moved" clang++ -std=c++20 -fno-rtti
@@ -115,16 +109,14 @@ step "Looking at what a program's package depends on" quietly dependency
 sysroot=$project/build/armhf-sysroot
 for_target()
 {
-    local libraries=$2/lib/$target
-    RUN="qemu-arm-static -L $sysroot/runtime -E LD_LIBRARY_PATH=$work/target-libraries" \
-        PKG_CONFIG_LIBDIR=$libraries/pkgconfig "$tests/consume.sh" "$1" "$work/consumer" "$first_steps" "${@:3}"
+    local installed=$work/build/packages/armhf/all/usr
+    local libraries=$installed/lib/$target
+    ln -sfn "$libraries" "$work/target-libraries"
+    RUN="qemu-arm-static -L $sysroot/runtime -E LD_LIBRARY_PATH=$work/target-libraries" PKG_CONFIG_LIBDIR=$libraries/pkgconfig \
+        "$tests/consume.sh" "$work/consumer" "$first_steps" "$target-g++" -std=c++20 -Wno-psabi \
+        "-Wl,-rpath-link,$sysroot/usr/lib/$target"
 }
-ln -s "$moved_armhf/lib/$target" "$work/target-libraries"
-step "Building programs for the target with CMake" quietly for_target cmake "$moved_armhf" \
-    "-Dtkosqllite_DIR=$moved_armhf/lib/$target/cmake/tkosqllite" \
-    "-DCMAKE_TOOLCHAIN_FILE=$project/cmake/armhf-toolchain.cmake" "-DTKOSQLLITE_SYSROOT=$sysroot"
-step "Building programs for the target with g++" quietly for_target pkg-config "$work/build/packages/armhf/all/usr" \
-    "$target-g++" -std=c++20 -Wno-psabi "-Wl,-rpath-link,$sysroot/usr/lib/$target"
+step "Building programs for the target" quietly for_target
 
 # The second code block of the guide; scripts/test.sh runs the first one.
 guide_for_device()
@@ -134,40 +126,18 @@ guide_for_device()
 }
 step "Building for a device as the guide says" quietly guide_for_device
 
-# The static library, for programs that embed it: it is installed and used with CMake and with pkg-config.
-install_static()
+# Projects that use CMake are tests of the preset. One of them installs the static library.
+with_cmake()
 {
-    cmake -S . -B "$work/static" -DBUILD_SHARED_LIBS=OFF -DTKOSQLLITE_BUILD_EXAMPLES=OFF -DCMAKE_INSTALL_LIBDIR=lib &&
-        cmake --build "$work/static" && cmake --install "$work/static" --prefix "$work/static/files" &&
-        "$tests/check-files.sh" "$work/static/files" lib libtkosqllite.a
+    cmake --preset native && cmake --build --preset native --target tkosqllite && ctest --preset native -R '^Install'
 }
 static_with_pkg_config()
 {
-    PKG_CONFIG_PATH=$work/static/files/lib/pkgconfig PKG_CONFIG='pkg-config --static' \
-        "$tests/consume.sh" pkg-config "$work/consumer" "$first_steps" g++ -std=c++20
+    PKG_CONFIG_PATH=$project/build/native/tests/install/work/static/files/lib/pkgconfig PKG_CONFIG='pkg-config --static' \
+        "$tests/consume.sh" "$work/consumer" "$first_steps" g++ -std=c++20
 }
-step "Installing the static library" quietly install_static
-step "Building programs with the static library" quietly with_cmake "$work/static/files" -DSTATIC=ON
-quietly static_with_pkg_config
-
-# subproject NAME INSTALLED-LIBRARY ARGUMENT...: the program starts from its build directory, and also from its install
-# directory unless the library is not installed ("none"). A static library ("static") is a part of the program.
-subproject()
-{
-    local build=$work/$1 installed=$work/$1/installed files=./bin/first_steps component
-    [ "$2" = none ] || [ "$2" = static ] || files+=" ./$2"
-    cmake -S "$tests/subproject" -B "$build" "-DTKOSQLLITE=$project" -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON "${@:3}" &&
-        cmake --build "$build" &&
-        (cd "$build" && [ "$(./first_steps)" = 'kitchen 21.5' ]) || return
-    for component in Unspecified library; do
-        cmake --install "$build" --prefix "$installed" --component "$component" || return
-    done
-    [ "$(cd "$installed" && find . -type f | LC_ALL=C sort | paste -sd ' ')" = "$files" ] &&
-        { [ "$2" = none ] || (cd "$installed" && [ "$(./bin/first_steps)" = 'kitchen 21.5' ]); }
-}
-step "Building as a part of another project" quietly subproject add_subdirectory none
-quietly subproject fetched lib/libtkosqllite.so -DFETCH=ON -DTKOSQLLITE_INSTALL=ON
-quietly subproject embedded static -DBUILD_SHARED_LIBS=OFF
+step "Building projects with CMake" quietly with_cmake
+step "Building programs with the static library" quietly static_with_pkg_config
 
 # configured TEXT ARGUMENT...: configuring with the arguments succeeds and prints the text. rejected: configuring fails.
 configure()
