@@ -31,8 +31,10 @@ check_reference=(python3 python3-selenium chromium chromium-driver)
 bench=("${build[@]}" libsqlitecpp-dev libsoci-dev libpoco-dev python3 valgrind g++-arm-linux-gnueabihf qemu-user
     qemu-user-static)
 device=("${package_armhf[@]}" qemu-system-arm qemu-user-static e2fsprogs f2fs-tools python3)
-install=("${package_armhf[@]}" clang libc++-dev libc++abi-dev pkg-config lintian qemu-user-static debootstrap)
-all=("${test_all[@]}" "${install[@]}" "${reference[@]}" "${check_reference[@]}" clang-format clang-tidy shellcheck cppcheck gcovr python3-clang)
+install=("${test[@]}" "${package_armhf[@]}" clang libc++-dev libc++abi-dev pkg-config lintian qemu-user-static
+    debootstrap)
+all=("${test_all[@]}" "${install[@]}" "${reference[@]}" "${check_reference[@]}" clang-format clang-tidy
+    shellcheck cppcheck gcovr python3-clang)
 
 accept build package package-armhf install test test-all reference check-reference bench debootstrap device all -- "$@"
 [ $# -le 1 ] || fail "it takes one of its words at a time (--help explains)"
@@ -52,7 +54,7 @@ all) wanted=("${all[@]}") ;;
 esac
 
 if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
-    fail "this is no Debian system; install the like of these by hand: ${wanted[*]}"
+    fail "this is not a Debian system; install packages like these manually: ${wanted[*]}"
 fi
 
 as_root=()
@@ -66,7 +68,7 @@ update()
 {
     [ -z "$updated" ] || return 0
     # A failed download of the package lists is harmless as long as the packages can be downloaded.
-    quietly apt_get update || echo "apt-get update failed; going on with the package lists there are" >&2
+    quietly apt_get update || echo "apt-get update failed; using the existing package lists" >&2
     updated=1
 }
 
@@ -98,4 +100,4 @@ done
 echo "== Installing ${missing[*]}"
 update
 quietly apt_get install --no-install-recommends "${missing[@]}" </dev/null ||
-    fail "failed: installing ${missing[*]} (apt-get's reasons stand above)"
+    fail "failed: installing ${missing[*]} (the messages of apt-get are above)"
