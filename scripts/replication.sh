@@ -65,6 +65,7 @@ END
         run=(unshare --mount sh -euc 'mount --bind "$1" /etc/passwd && mount -t tmpfs tmpfs /run &&
             mkdir -m 755 /run/sshd && shift && exec "$@"' sh "$work/keys/passwd" "${run[@]}")
     fi
+    : >"$work/sshd.log"
     "${run[@]}" 2>"$work/sshd.log" &
     for _ in {1..50}; do
         grep -q "^Server listening on 127.0.0.1" "$work/sshd.log" && return
