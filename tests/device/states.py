@@ -74,7 +74,7 @@ def epochs(log):
 
 
 @dataclasses.dataclass
-class Outcome:
+class StateCounts:
     logarithm: float = -math.inf  # of the number of states that the run can leave
     bounded: int = 0  # of them, those with a bounded subset
     checked: int = 0
@@ -146,7 +146,7 @@ class SparseImage:
 def check(image, log, limit, seed):
     """Recovers up to `limit` states of a run that began with `image`."""
     rng = random.Random(seed)
-    outcome = Outcome()
+    outcome = StateCounts()
     found = epochs(log)
     states = [(index, writes) for index, epoch in enumerate(found) for writes in epoch.states(rng, limit // len(found))]
     outcome.bounded = len(states)

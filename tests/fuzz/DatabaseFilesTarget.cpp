@@ -18,7 +18,7 @@ namespace Morvik::sql::tests {
 namespace {
 
 constexpr std::size_t MostTables = 5;
-constexpr std::size_t LongText = 700; // a row that does not fit on a page of 512 bytes
+constexpr std::size_t LongSize = 700; // a row that does not fit on a page of 512 bytes
 
 std::string Identifier(const std::string& name)
 {
@@ -107,7 +107,7 @@ DbTableDataWrite NewRows(const std::vector<std::string>& columns)
     for (int row = 0; row < 2; ++row) {
         DbTableRowValues& values = data.rows.emplace_back();
         for (std::size_t column = 0; column < columns.size(); ++column) {
-            values.cells.push_back(column == 1 ? TextCell(std::string(LongText, 'x')) : IntegerCell(1000 + row));
+            values.cells.push_back(column == 1 ? TextCell(std::string(LongSize, 'x')) : IntegerCell(1000 + row));
         }
     }
     return data;

@@ -68,7 +68,7 @@ std::vector<CodesRow> CodesRows()
 const std::string Sqlites = "SQLite's";
 
 /// "SQLite's", "SQLite's, 5", "unchanged" or a number. Only "SQLite's" and a number may be combined.
-int ExpectedCode(const std::string& cell, const Outcome& outcome)
+int ExpectedCode(const std::string& cell, const SituationResult& outcome)
 {
     if (cell == "unchanged") {
         EXPECT_NE(outcome.before, CodeAndMessage()) << "an object without an error shows no change";
@@ -89,7 +89,7 @@ int ExpectedCode(const std::string& cell, const Outcome& outcome)
 }
 
 /// "SQLite's", "unchanged", or texts in quotes and names of values, joined by " + ".
-std::string ExpectedMessage(const std::string& cell, const Outcome& outcome)
+std::string ExpectedMessage(const std::string& cell, const SituationResult& outcome)
 {
     if (cell == "unchanged") {
         return outcome.before.message;
@@ -108,7 +108,7 @@ std::string ExpectedMessage(const std::string& cell, const Outcome& outcome)
     return message;
 }
 
-std::string ExpectedReturn(std::string cell, const Outcome& outcome)
+std::string ExpectedReturn(std::string cell, const SituationResult& outcome)
 {
     if (const std::size_t at = cell.find(Sqlites); at != std::string::npos && outcome.raw) {
         cell.replace(at, Sqlites.size(), std::to_string(outcome.raw->code));
@@ -124,7 +124,7 @@ TEST_P(CodesTableTest, RowTellsWhatHappens)
     const auto registered = Registered().find(row.key);
     ASSERT_NE(registered, Registered().end()) << "no situation for this row: " << row.key;
 
-    const Outcome outcome = registered->second();
+    const SituationResult outcome = registered->second();
 
     EXPECT_EQ(outcome.returned, ExpectedReturn(row.returned, outcome));
     EXPECT_EQ(outcome.after.code, ExpectedCode(row.code, outcome));

@@ -84,13 +84,13 @@ std::string TextOf(const Value& value)
 }
 
 template <typename Value>
-Outcome OfNothing()
+SituationResult OfNothing()
 {
     SqlValue value(nullptr);
     return Observe(value, std::nullopt, [&] { return TextOf(value.GetValue<Value>()); });
 }
 
-Outcome TypeOfNothing()
+SituationResult TypeOfNothing()
 {
     SqlValue value(nullptr);
     value.GetValue<int>();

@@ -15,11 +15,12 @@ namespace Morvik::sql::tests {
 namespace {
 
 template <typename Database>
-Outcome Opened(const std::string& path, bool readOnly)
+SituationResult Opened(const std::string& path, bool readOnly)
 {
     Database database;
     const int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
-    Outcome outcome = Observe(database, FailureOfOpen(path, flags), [&] { return OpenAt(path, readOnly, database); });
+    SituationResult outcome =
+        Observe(database, FailureOfOpen(path, flags), [&] { return OpenAt(path, readOnly, database); });
     outcome.names["path"] = path;
     return outcome;
 }
@@ -37,7 +38,7 @@ Run Opening(const std::string& name, bool readOnly)
 }
 
 template <typename Database>
-Outcome OpenedWithoutMemory()
+SituationResult OpenedWithoutMemory()
 {
     SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_open_v2", SQLITE_NOMEM, false, 1); // the first call is raw SQLite's
@@ -58,13 +59,13 @@ Situations FailedOpenings(const std::string& open)
     };
 }
 
-Outcome OpenedTwice()
+SituationResult OpenedTwice()
 {
     SituationFacade facade;
     return Observe(facade.database, std::nullopt, [&] { return facade.database.OpenDatabase(facade.path, false); });
 }
 
-Outcome OpenedAfterARejectedClose()
+SituationResult OpenedAfterARejectedClose()
 {
     SituationFacade facade;
     facade.database.SqlQueryBegin("SELECT 1");
@@ -74,7 +75,7 @@ Outcome OpenedAfterARejectedClose()
                    [&] { return facade.database.OpenDatabase(facade.path, false); });
 }
 
-Outcome ConnectionOpenedTwice()
+SituationResult ConnectionOpenedTwice()
 {
     SituationConnection connection;
     SqlCommand command(connection.database);

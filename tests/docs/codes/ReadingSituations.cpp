@@ -96,13 +96,13 @@ Run Beginning(const std::string& sql, bool open = true)
     };
 }
 
-Outcome ClosedWithoutAQuery()
+SituationResult ClosedWithoutAQuery()
 {
     SituationFacade facade;
     return Observe(facade.database, std::nullopt, [&] { return facade.database.CloseReadTable(); });
 }
 
-Outcome ClosedAfterAFailedStep()
+SituationResult ClosedAfterAFailedStep()
 {
     SituationFacade facade;
     DbTableData data;

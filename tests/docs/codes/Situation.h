@@ -38,7 +38,7 @@ CodeAndMessage ErrorOf(const Object& object)
 }
 
 /// The result of a situation.
-struct Outcome {
+struct SituationResult {
     std::string returned;
     CodeAndMessage before;
     CodeAndMessage after;
@@ -50,7 +50,7 @@ struct Outcome {
     std::map<std::string, std::string> names{};
 };
 
-using Run = std::function<Outcome()>;
+using Run = std::function<SituationResult()>;
 
 /// A situation of the document: how to create it, and its result.
 struct Situation {
@@ -85,9 +85,9 @@ std::string ReturnedText(const Value& value)
 
 /// Runs one operation on an object, or on another object whose failures are copied to that object.
 template <typename Object, typename Act>
-Outcome Observe(const Object& object, std::optional<RawFailure> raw, Act act)
+SituationResult Observe(const Object& object, std::optional<RawFailure> raw, Act act)
 {
-    Outcome outcome{"", ErrorOf(object), {}, std::move(raw)};
+    SituationResult outcome{"", ErrorOf(object), {}, std::move(raw)};
     try {
         outcome.returned = ReturnedText(act());
     } catch (const std::bad_alloc&) {

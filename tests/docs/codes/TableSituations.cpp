@@ -22,7 +22,7 @@ Run Creating(const DbTableDefinition& definition, const std::string& sql = "", b
     };
 }
 
-Outcome CreatedReadOnly()
+SituationResult CreatedReadOnly()
 {
     SituationFacade facade;
     facade.ReopenReadOnly();
@@ -62,10 +62,10 @@ TableOperation CountWhere(const std::string& condition)
     };
 }
 
-Outcome RanOn(SituationFacade& facade, const TableOperation& operation, const std::string& table,
-              const std::optional<RawFailure>& raw)
+SituationResult RanOn(SituationFacade& facade, const TableOperation& operation, const std::string& table,
+                      const std::optional<RawFailure>& raw)
 {
-    Outcome outcome = Observe(facade.database, raw, [&] { return operation(facade.database, table); });
+    SituationResult outcome = Observe(facade.database, raw, [&] { return operation(facade.database, table); });
     outcome.names["name"] = table;
     return outcome;
 }
@@ -155,7 +155,7 @@ std::string CountWithoutMemory(DatabaseApi& database, const std::string& table)
 }
 
 /// The first call of sqlite3_finalize ends the test for the table, the second call ends the query.
-Outcome CountedWithAFailedClosing()
+SituationResult CountedWithAFailedClosing()
 {
     SituationFacade facade;
     SqliteCallRecorder sqlite;

@@ -8,7 +8,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-Outcome Executed(SituationFacade& facade, const std::string& sql)
+SituationResult Executed(SituationFacade& facade, const std::string& sql)
 {
     return Observe(facade.database, FailureOfExec(facade.raw.Handle(), sql),
                    [&] { return facade.database.Execute(sql); });
@@ -34,7 +34,7 @@ void FillTheFile(SituationFacade& facade)
     facade.raw.Execute("PRAGMA max_page_count = 1");
 }
 
-Outcome ExecutedWhileAnotherWrites()
+SituationResult ExecutedWhileAnotherWrites()
 {
     SituationFacade facade;
     RawSqlite another(facade.path);
@@ -42,7 +42,7 @@ Outcome ExecutedWhileAnotherWrites()
     return Executed(facade, "INSERT INTO t VALUES (4)");
 }
 
-Outcome ExecutedOnNoDatabase()
+SituationResult ExecutedOnNoDatabase()
 {
     SituationFacade facade(false);
     const std::string path = facade.directory.File("letter.txt");
@@ -57,7 +57,7 @@ Run Sending(const std::function<bool(DatabaseApi&)>& request, const std::string&
 {
     return [=] {
         SituationFacade facade(open);
-        Outcome outcome =
+        SituationResult outcome =
             Observe(facade.database, FailureOfExec(facade.raw.Handle(), sql), [&] { return request(facade.database); });
         outcome.names = {{"position", "1"}, {"column", "4"}};
         return outcome;

@@ -45,13 +45,13 @@ std::string SampleDatabase(std::size_t page)
 
 using Operations = Transcript (*)(const std::string& path, bool readOnly);
 
-struct Outcome {
+struct FileResult {
     Transcript answers;
     std::string content;
 };
 
 /// Runs the operations on a file with this content. An exception is recorded as a distinct result.
-Outcome Run(Operations operations, const std::string& path, const std::string& content, bool readOnly)
+FileResult Run(Operations operations, const std::string& path, const std::string& content, bool readOnly)
 {
     // The file is created again each time: some systems write a file to the disk at once if it is emptied and filled
     // again.
@@ -59,7 +59,7 @@ Outcome Run(Operations operations, const std::string& path, const std::string& c
         std::filesystem::remove(path + companion);
     }
     std::ofstream(path, std::ios::binary) << content;
-    Outcome outcome;
+    FileResult outcome;
     try {
         outcome.answers = operations(path, readOnly);
     } catch (const std::exception& thrown) {
@@ -74,7 +74,7 @@ Outcome Run(Operations operations, const std::string& path, const std::string& c
 DamageTrials::DamageTrials(std::size_t pageSize) : m_content(SampleDatabase(pageSize))
 {
     for (const bool readOnly : {false, true}) {
-        const Outcome library = Run(LibraryTranscript, m_path, m_content, readOnly);
+        const FileResult library = Run(LibraryTranscript, m_path, m_content, readOnly);
         EXPECT_EQ(library.content == m_content, readOnly) << "the operations change the file";
         m_undamaged[readOnly] = library.answers;
         EXPECT_TRUE(Try(m_content, "undamaged", readOnly));
@@ -84,8 +84,8 @@ DamageTrials::DamageTrials(std::size_t pageSize) : m_content(SampleDatabase(page
 
 bool DamageTrials::Try(const std::string& damaged, const std::string& damage, bool readOnly)
 {
-    const Outcome library = Run(LibraryTranscript, m_path, damaged, readOnly);
-    const Outcome reference = Run(ReferenceTranscript, m_path, damaged, readOnly);
+    const FileResult library = Run(LibraryTranscript, m_path, damaged, readOnly);
+    const FileResult reference = Run(ReferenceTranscript, m_path, damaged, readOnly);
     const std::string difference = Difference(library.answers, reference.answers);
     EXPECT_EQ(difference, "") << damage;
     EXPECT_TRUE(library.content == reference.content) << damage << ": the library left other bytes than the reference";

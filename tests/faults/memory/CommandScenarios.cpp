@@ -8,7 +8,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-const std::string Insert = "INSERT INTO t (name, weight) VALUES ('" + LongText + "', 2.5)";
+const std::string Insert = "INSERT INTO t (name, weight) VALUES ('" + AllocatedText + "', 2.5)";
 const std::string Rollback = "ROLLBACK";
 const std::string Transaction = "BEGIN; INSERT INTO t (name) VALUES ('one'); UPDATE t SET weight = 7; COMMIT";
 const std::string Rejected = "INSERT INTO t (weight) VALUES (-1)";
@@ -25,8 +25,8 @@ void ArrangeUtf16(Subject& subject)
     subject.connection.emplace();
     subject.connection->Open(":memory:", false);
     subject.command.emplace(*subject.connection);
-    subject.command->Execute("PRAGMA encoding = 'UTF-16le'; CREATE TABLE t (a); INSERT INTO t VALUES ('" + LongText +
-                             "'); INSERT INTO t VALUES (x'0102')");
+    subject.command->Execute("PRAGMA encoding = 'UTF-16le'; CREATE TABLE t (a); INSERT INTO t VALUES ('" +
+                             AllocatedText + "'); INSERT INTO t VALUES (x'0102')");
     subject.path.clear();
 }
 
@@ -75,10 +75,10 @@ bool ExecuteRejected(Subject&, SqlCommand& command)
 
 bool InsertBound(Subject&, SqlCommand& command)
 {
-    const auto bytes = std::as_bytes(std::span(LongText));
+    const auto bytes = std::as_bytes(std::span(AllocatedText));
     const std::span picture(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
     command.Finalize();
-    return command.Prepare(BoundInsert) && command.BindText(1, LongText) && command.BindDouble(2, 0.5) &&
+    return command.Prepare(BoundInsert) && command.BindText(1, AllocatedText) && command.BindDouble(2, 0.5) &&
            command.BindBlob(3, picture) && command.Step() && command.Reset() && command.ClearBindings() &&
            command.BindInteger(2, 3) && command.BindInt64(3, 1LL << 40) && command.Finalize();
 }
@@ -101,7 +101,7 @@ bool ReadColumns(Subject& subject, SqlCommand& command)
 bool ReadConverted(Subject& subject, SqlCommand& command)
 {
     command.Finalize();
-    if (!command.Prepare(Conversions) || !command.BindText(1, LongText) || !command.Step()) {
+    if (!command.Prepare(Conversions) || !command.BindText(1, AllocatedText) || !command.Step()) {
         return false;
     }
     for (int column = 0; column < 6; ++column) {

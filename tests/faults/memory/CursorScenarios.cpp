@@ -150,7 +150,7 @@ Report StoreMessage(Subject&)
 {
     SqlError error;
     error.SetError(5);
-    error.SetErrorMsg(LongText);
+    error.SetErrorMsg(AllocatedText);
     const SqlError copy(error);
     return {copy.GetLastErrorMsg() == error.GetLastErrorMsg(), copy.GetLastError(), ""};
 }

@@ -61,7 +61,7 @@ protected:
             "CREATE TABLE room (name TEXT);"
             "INSERT INTO room VALUES ('kitchen'), ('hall');"
             "INSERT INTO t VALUES (1, 'door', 0.5, x'0041'), (3, NULL, NULL, zeroblob(3))");
-        plain.Execute("INSERT INTO t VALUES (2, '" + LongText + "', 1.5, CAST('" + LongText + "' AS BLOB))");
+        plain.Execute("INSERT INTO t VALUES (2, '" + AllocatedText + "', 1.5, CAST('" + AllocatedText + "' AS BLOB))");
     }
 
     void SetUp() override

@@ -150,7 +150,7 @@ std::vector<Scenario> OpeningScenarios()
         S{"CloseConnectionWithHeldStatement", HoldStatement, {1, 1}, On(Connection, CloseInUse)},
         S{"MoveConnection", OpenConnection, {0, 1}, On(Connection, Move)},
         S{"ConstructFacade", Nothing, {0, 3}, ConstructFacade},
-        S{"CloseDatabase", OpenFacade, {0, 0}, On(Facade, Close)},
+        S{"CloseDatabase", OpenSubjectFacade, {0, 0}, On(Facade, Close)},
         S{"CloseDatabaseWhileAQueryIsOpen", OpenWarmFacade, {10, 1}, On(Facade, CloseWhileAQueryIsOpen)},
     };
     all.insert(all.end(), creating.begin(), creating.end());

@@ -17,11 +17,11 @@ const std::string Failing = "SELECT name FROM t UNION ALL SELECT abs(-9223372036
 
 void ArrangeRows(Subject& subject)
 {
-    OpenFacade(subject);
+    OpenSubjectFacade(subject);
     subject.write.columns = {"name", "weight", "picture"};
     for (int row = 0; row < Rounds(3, 100); ++row) {
         subject.write.rows.push_back(
-            {{TextCell(LongText + std::to_string(row)), RealCell(0.1 + row), BlobCell("bytes of the picture")}});
+            {{TextCell(AllocatedText + std::to_string(row)), RealCell(0.1 + row), BlobCell("bytes of the picture")}});
     }
 }
 
@@ -146,7 +146,7 @@ std::vector<Scenario> RowScenarios()
         S{"UpdateNoRowWithTimes", ArrangeTimes, {20, 2}, On(Facade, Update<NoRow>)},
 
         S{"ReadTableValues", OpenWarmFacade, {20, 5}, On(Facade, ReadTable)}.WithoutSqlite(FailedStep),
-        S{"ReadValues", OpenFacade, {20, 5}, On(Facade, Read<Query>)}.WithoutSqlite(FailedStep),
+        S{"ReadValues", OpenSubjectFacade, {20, 5}, On(Facade, Read<Query>)}.WithoutSqlite(FailedStep),
         S{"ReadConvertedValues", OpenWarmFacade, {20, 5}, On(Facade, Read<Conversions>)}
             .WithoutSqlite(FailedStep)
             .ConvertsText(),

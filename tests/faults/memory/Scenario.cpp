@@ -83,7 +83,7 @@ void MakeCursor(Subject& subject)
     subject.cursor.emplace(*subject.connection);
 }
 
-void OpenFacade(Subject& subject)
+void OpenSubjectFacade(Subject& subject)
 {
     subject.facade.emplace();
     if (!subject.facade->OpenDatabase(subject.path, false)) {
@@ -106,7 +106,7 @@ void MakeWarmCursor(Subject& subject)
 
 void OpenWarmFacade(Subject& subject)
 {
-    OpenFacade(subject);
+    OpenSubjectFacade(subject);
     SqlCommand reading = subject.facade->PrepareStatement("");
     ReadSchema(reading);
 }

@@ -173,7 +173,7 @@ void Nothing(Subject& subject);
 void OpenConnection(Subject& subject);
 void MakeCommand(Subject& subject);
 void MakeCursor(Subject& subject);
-void OpenFacade(Subject& subject);
+void OpenSubjectFacade(Subject& subject);
 
 // The same functions, which also read the schema. Otherwise SQLite reads it with the first statement, in many
 // allocations, and only a soak makes each of them fail in every scenario.
@@ -214,6 +214,6 @@ inline const std::vector<Refusal> FailedStep{{1, "out of memory"}, {1, "SQL logi
 inline const std::string Overflow = "SELECT abs(-9223372036854775807 - 1)";
 
 /// A text and bytes that are too long for the small buffer inside an object.
-inline const std::string LongText = "a text that no object keeps within itself";
+inline const std::string AllocatedText = "a text that no object keeps within itself";
 
 } // namespace Morvik::sql::tests

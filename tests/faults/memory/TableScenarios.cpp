@@ -14,7 +14,7 @@ const std::string Empty;
 const std::string Condition = "WHERE name <> 'nobody' AND length(name) > 1";
 const std::string FailingCondition = "WHERE abs(-9223372036854775807 - 1)";
 const std::string Nonsense = "SELECT nothing_of_that_name FROM t";
-const std::string Insert = "INSERT INTO t (name, weight) VALUES ('" + LongText + "', 2.5)";
+const std::string Insert = "INSERT INTO t (name, weight) VALUES ('" + AllocatedText + "', 2.5)";
 const std::string Query = "SELECT id, name FROM t WHERE id > ? ORDER BY id";
 
 void MakeClosedFacade(Subject& subject)
@@ -24,7 +24,7 @@ void MakeClosedFacade(Subject& subject)
 
 void ArrangeDefinition(Subject& subject)
 {
-    OpenFacade(subject);
+    OpenSubjectFacade(subject);
     subject.definition.name = "made";
     subject.definition.columns = {
         {"id", DbTableColumnType::Integer, 0, PrimaryKey, {{PrimaryKey, "AUTOINCREMENT"}}},
@@ -152,7 +152,7 @@ std::vector<Scenario> TableScenarios()
         S{"UseClosedFacade", MakeClosedFacade, {0, 1}, On(Facade, UseClosed)},
 
         S{"CreateTable", ArrangeDefinition, {40, 5}, On(Facade, Create)},
-        S{"ExistsTable", OpenFacade, {10, 2}, On(Facade, Exists)}.WithoutSqlite({{0, ""}}),
+        S{"ExistsTable", OpenSubjectFacade, {10, 2}, On(Facade, Exists)}.WithoutSqlite({{0, ""}}),
         S{"DropTable", OpenWarmFacade, {40, 4}, On(Facade, Drop)}.After("DELETE FROM room").MayPassUndone(),
         S{"AlterTable", OpenWarmFacade, {40, 3}, On(Facade, Alter)}.WithoutSqlite(
             {{113, "No table exists: "}, {7, "unable to open a temporary database file for storing temporary tables"}}),

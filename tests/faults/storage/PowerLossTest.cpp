@@ -33,7 +33,7 @@ enum class Found {
     AnythingElse,
 };
 
-struct Outcome {
+struct RoundResult {
     Found found = Found::AnythingElse;
     bool unsyncedWritesWereLost = false;
     bool recovered = false; // a journal was rolled back, or a log replayed
@@ -43,7 +43,7 @@ struct Outcome {
 class PowerLossTest : public testing::Test {
 protected:
     // Writes until the power fails, and checks what is left.
-    Outcome RunRound(const DurabilityMode& mode, std::uint64_t seed) const
+    RoundResult RunRound(const DurabilityMode& mode, std::uint64_t seed) const
     {
         const std::string path = m_directory.File("round.db");
         DatabaseFiles().PutBack(path);
@@ -77,7 +77,7 @@ protected:
             lostSectors = machine.ComeBack();
         }
 
-        Outcome outcome;
+        RoundResult outcome;
         outcome.unsyncedWritesWereLost = lostSectors > 0;
         const DatabaseFiles left(path);
         try {
@@ -119,7 +119,7 @@ TEST_P(DurableKeepingTest, KeepsWhatWasAcknowledgedAndNoWriteByHalves)
     int roundsWithLoss = 0;
     int roundsWithRecovery = 0;
 
-    RunRounds(GetParam(), [&](const Outcome& outcome) {
+    RunRounds(GetParam(), [&](const RoundResult& outcome) {
         ASSERT_EQ(outcome.found, Found::EverythingAcknowledged) << outcome.description;
         roundsWithLoss += outcome.unsyncedWritesWereLost ? 1 : 0;
         roundsWithRecovery += outcome.recovered ? 1 : 0;
@@ -152,7 +152,7 @@ TEST_F(PowerLossTest, AsOpenedARemovalThatAwaitsASyncTakesTheLastWriteBackWhole)
     const DurabilityMode mode{"", "PRAGMA cache_size = 4", Removals::AwaitingASync};
     int takenBack = 0;
 
-    RunRounds(mode, [&](const Outcome& outcome) {
+    RunRounds(mode, [&](const RoundResult& outcome) {
         ASSERT_NE(outcome.found, Found::AnythingElse) << outcome.description;
         takenBack += outcome.found == Found::TheLastWriteTakenBack ? 1 : 0;
     });
@@ -167,7 +167,8 @@ TEST_F(PowerLossTest, WithoutSyncsTheSameRoundsFindLossAndDamage)
     const DurabilityMode mode{"", "PRAGMA cache_size = 4; PRAGMA synchronous = OFF", Removals::Lasting};
     int found = 0;
 
-    RunRounds(mode, [&](const Outcome& outcome) { found += outcome.found == Found::EverythingAcknowledged ? 0 : 1; });
+    RunRounds(mode,
+              [&](const RoundResult& outcome) { found += outcome.found == Found::EverythingAcknowledged ? 0 : 1; });
 
     EXPECT_GT(found, 0);
     RecordProperty("rounds_found", found);

@@ -15,7 +15,7 @@ constexpr const char* EveryRow = "SELECT * FROM reading ORDER BY id";
 constexpr const char* CreateEvent = "CREATE TABLE event (id INTEGER PRIMARY KEY,what TEXT)";
 
 // A text so long that a few of them fill a page.
-std::string LongText(char letter)
+std::string LargeText(char letter)
 {
     return std::string(700, letter);
 }
@@ -24,7 +24,7 @@ DbTableDataWrite NewReadings()
 {
     DbTableDataWrite data{{"id", "room", "value"}, {}};
     for (int id = 101; id <= 110; ++id) {
-        data.rows.push_back({{IntegerCell(id), TextCell(LongText('n')), RealCell(0.5)}});
+        data.rows.push_back({{IntegerCell(id), TextCell(LargeText('n')), RealCell(0.5)}});
     }
     return data;
 }
@@ -34,7 +34,7 @@ std::string InsertOfNewReadings()
     std::ostringstream sql;
     sql << "INSERT INTO reading (id, room, value) VALUES ";
     for (int id = 101; id <= 110; ++id) {
-        sql << (id == 101 ? "" : ",") << '(' << id << ",'" << LongText('n') << "',0.5)";
+        sql << (id == 101 ? "" : ",") << '(' << id << ",'" << LargeText('n') << "',0.5)";
     }
     return sql.str();
 }
@@ -77,9 +77,9 @@ std::vector<StorageScenario> MakeScenarios()
         {.name = "UpdateTableValues",
          .act =
              [](auto& side) {
-                 return side.Update("reading", {{"room"}, {{{TextCell(LongText('u'))}}}}, "WHERE id % 3 = 0");
+                 return side.Update("reading", {{"room"}, {{{TextCell(LargeText('u'))}}}}, "WHERE id % 3 = 0");
              },
-         .changes = {"UPDATE reading SET room = '" + LongText('u') + "' WHERE id % 3 = 0"}},
+         .changes = {"UPDATE reading SET room = '" + LargeText('u') + "' WHERE id % 3 = 0"}},
         {.name = "AlterTable",
          .act = [](auto& side) { return side.Alter("reading", "old_reading"); },
          .changes = {"ALTER TABLE reading RENAME TO old_reading"}},
@@ -106,9 +106,9 @@ std::vector<StorageScenario> MakeScenarios()
         {.name = "StepOfAnInsert",
          .act =
              [](auto& side) {
-                 return side.RunPrepared("INSERT INTO reading (id, room) VALUES (201, ?)", LongText('p'));
+                 return side.RunPrepared("INSERT INTO reading (id, room) VALUES (201, ?)", LargeText('p'));
              },
-         .changes = {"INSERT INTO reading (id, room) VALUES (201, '" + LongText('p') + "')"}},
+         .changes = {"INSERT INTO reading (id, room) VALUES (201, '" + LargeText('p') + "')"}},
         // Closing succeeds even if a call fails; the next connection finishes what is left to do.
         {.name = "CloseAfterAWrite",
          .act = Close,
@@ -150,7 +150,7 @@ DatabaseFiles FoundFiles(Found found, JournalMode mode)
                    "CREATE INDEX reading_by_value ON reading (value);"
                    "WITH RECURSIVE n(id) AS (SELECT 1 UNION ALL SELECT id + 1 FROM n LIMIT 24)"
                    "INSERT INTO reading SELECT id, '" +
-                   LongText('e') + "', 1.5 FROM n; PRAGMA wal_checkpoint(TRUNCATE)");
+                   LargeText('e') + "', 1.5 FROM n; PRAGMA wal_checkpoint(TRUNCATE)");
     if (found == Found::Database) {
         DatabaseFiles files(path);
         files.contents.erase("-wal"); // is empty
