@@ -1,8 +1,10 @@
 #include <sqlite3.h>
 
+#include <new>
 #include <string>
 
 #include "api/FacadeTest.h"
+#include "support/OomInjector.h"
 #include "support/RawLegacyStatement.h"
 #include "support/SqliteCallRecorder.h"
 
@@ -41,6 +43,19 @@ TEST_F(DatabaseApiCursorTest, RowsComeInOrderAndTheEndLeavesTheLastRow)
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)", "1:Text string(two)"));
     EXPECT_THAT(NextRow(), ElementsAre("0:Integer int(1)", "1:Text string(one)"))
         << "a fetch after the end starts over";
+}
+
+TEST_F(DatabaseApiCursorTest, RowIsClearedBeforeMemoryForItsCellsRunsOut)
+{
+    row.cells = {TextCell("old")};
+    ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
+
+    {
+        const OomInjector failing(0);
+        EXPECT_THROW(database.ReadNextRow(row), std::bad_alloc);
+    }
+
+    EXPECT_THAT(row.cells, IsEmpty());
 }
 
 TEST_F(DatabaseApiCursorTest, QueryWithoutRowsEndsWithTheFirstFetch)

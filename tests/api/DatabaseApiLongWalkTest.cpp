@@ -10,6 +10,9 @@
 #include <new>
 #include <ranges>
 #include <string>
+#include <utility>
+#include <variant>
+#include <vector>
 
 #include "support/AddressSanitizer.h"
 #include "support/LiveBytes.h"
@@ -82,15 +85,31 @@ TEST_F(DatabaseApiLongWalkTest, LargeBufferIsReleasedByTheNextRowThatDoesNotNeed
     }
 }
 
-TEST_F(DatabaseApiLongWalkTest, BufferOfOrdinarySizeServesTheNextRow)
+const char* BufferOf(const DbTableColumnValue& cell)
 {
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT printf('%4000d', 1) UNION ALL SELECT 'a text of over 15 bytes'"));
-    ASSERT_TRUE(database.ReadNextRow(row));
-    const char* const buffer = std::get<std::string>(row.cells.at(0).value).data();
+    const auto* const text = std::get_if<std::string>(&cell.value);
+    return text != nullptr ? text->data() : std::get<std::vector<char>>(cell.value).data();
+}
 
-    ASSERT_TRUE(database.ReadNextRow(row));
+// The blobs are at the two limits: a buffer is kept up to 4,096 bytes, and up to twice the size of the next value.
+TEST_F(DatabaseApiLongWalkTest, BufferWithinTheLimitsServesTheNextRow)
+{
+    const std::vector<std::pair<std::string, std::string>> values{
+        {"printf('%4000d', 1)", "'a text of over 15 bytes'"},
+        {"zeroblob(4096)", "x'41'"},
+        {"zeroblob(10000)", "zeroblob(5000)"},
+    };
+    for (const auto& [before, next] : values) {
+        SCOPED_TRACE(before + " before " + next);
+        ASSERT_TRUE(database.SqlQueryBegin("SELECT " + before + " UNION ALL SELECT " + next));
+        ASSERT_TRUE(database.ReadNextRow(row));
+        const char* const buffer = BufferOf(row.cells.at(0));
 
-    EXPECT_EQ(std::get<std::string>(row.cells.at(0).value).data(), buffer);
+        ASSERT_TRUE(database.ReadNextRow(row));
+
+        EXPECT_EQ(BufferOf(row.cells.at(0)), buffer);
+        row.cells.clear();
+    }
 }
 
 TEST_F(DatabaseApiLongWalkTest, FacadeReleasesItsRowWhenAQueryIsBegun)
