@@ -147,12 +147,13 @@ template <typename Held, typename... Of>
 } // namespace
 
 // Each cell is constructed with its value, which takes half as long as constructing an empty one and assigning to it.
-[[gnu::always_inline]] inline void DatabaseApi::Impl::AppendCells(const SqlTable& cursor,
-                                                                  std::vector<DbTableColumnValue>& cells)
+void DatabaseApi::Impl::AppendCells(const SqlTable& cursor, std::vector<DbTableColumnValue>& cells)
 {
     const int columns = cursor.Columns();
     cells.reserve(static_cast<std::size_t>(columns));
-    for (int column = 0; column < columns; ++column) {
+    // An SQL function of the application may have called this facade and failed. Then only the first column is read.
+    const int end = Succeeded() ? columns : std::min(columns, 1);
+    for (int column = 0; column < end; ++column) {
         const SqliteValue value(cursor.GetValue(column));
         const StorageClass type = value.Type();
         if (!IsStorageClass(type)) [[unlikely]] {
@@ -198,7 +199,7 @@ bool DatabaseApi::Impl::ReadValues(const std::string& sql, DbTableData& data)
 
 // Cells of an earlier row with the same number of columns are reused with their buffers, so that a walk over similar
 // rows allocates nothing. If reading stops early, also with an exception, only the converted cells remain.
-[[gnu::always_inline]] inline void DatabaseApi::Impl::ReadRow(const SqlTable& cursor, DbTableRowValues& row)
+void DatabaseApi::Impl::ReadRow(const SqlTable& cursor, DbTableRowValues& row)
 {
     std::vector<DbTableColumnValue>& cells = row.cells;
     const auto columns = static_cast<std::size_t>(cursor.Columns());

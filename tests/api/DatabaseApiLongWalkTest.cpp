@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "support/AddressSanitizer.h"
+#include "support/Cells.h"
 #include "support/LiveBytes.h"
 #include "support/OpenFacade.h"
 
@@ -91,24 +92,36 @@ const char* BufferOf(const DbTableColumnValue& cell)
     return text != nullptr ? text->data() : std::get<std::vector<char>>(cell.value).data();
 }
 
-// The blobs are at the two limits: a buffer is kept up to 4,096 bytes, and up to twice the size of the next value.
-TEST_F(DatabaseApiLongWalkTest, BufferWithinTheLimitsServesTheNextRow)
+TEST_F(DatabaseApiLongWalkTest, BufferIsKeptUpToTwoLimits)
 {
-    const std::vector<std::pair<std::string, std::string>> values{
-        {"printf('%4000d', 1)", "'a text of over 15 bytes'"},
-        {"zeroblob(4096)", "x'41'"},
-        {"zeroblob(10000)", "zeroblob(5000)"},
+    struct Case {
+        std::size_t capacity;
+        std::size_t next; // the size of the value that is read into the buffer
+        bool kept;
     };
-    for (const auto& [before, next] : values) {
-        SCOPED_TRACE(before + " before " + next);
-        ASSERT_TRUE(database.SqlQueryBegin("SELECT " + before + " UNION ALL SELECT " + next));
-        ASSERT_TRUE(database.ReadNextRow(row));
-        const char* const buffer = BufferOf(row.cells.at(0));
+    for (const auto& [capacity, next, kept] :
+         {Case{4096, 20, true}, Case{4097, 20, false}, Case{10000, 5000, true}, Case{10001, 5000, false}}) {
+        for (const bool text : {true, false}) {
+            SCOPED_TRACE((text ? "text, " : "blob, ") + std::to_string(capacity) + " for " + std::to_string(next));
+            DbTableColumnValue cell = text ? TextCell("") : BlobCell("");
+            std::visit(
+                [size = capacity](auto& value) {
+                    if constexpr (requires { value.reserve(size); }) {
+                        value.reserve(size);
+                    }
+                },
+                cell.value);
+            row.cells = {};
+            row.cells.push_back(std::move(cell));
+            const char* const buffer = BufferOf(row.cells.front());
+            const std::string size = std::to_string(next);
+            ASSERT_TRUE(
+                database.SqlQueryBegin("SELECT " + (text ? "printf('%" + size + "d', 1)" : "zeroblob(" + size + ")")));
 
-        ASSERT_TRUE(database.ReadNextRow(row));
+            ASSERT_TRUE(database.ReadNextRow(row));
 
-        EXPECT_EQ(BufferOf(row.cells.at(0)), buffer);
-        row.cells.clear();
+            EXPECT_EQ(BufferOf(row.cells.front()) == buffer, kept);
+        }
     }
 }
 

@@ -267,6 +267,39 @@ TEST_F(DatabaseApiConversionTest, TextIsReadAsUtf8)
     }
 }
 
+TEST_F(DatabaseApiReadingTest, RowHasMemoryForItsCellsOnly)
+{
+    ASSERT_TRUE(database.ReadValues("SELECT 1, 2, 3", data));
+
+    EXPECT_EQ(data.rows.back().cells.capacity(), 3U);
+}
+
+// An SQL function that makes the facade fail while the facade fetches a row.
+DatabaseApi* failing = nullptr;
+
+int AddFailingFunction(sqlite3* connection, const char**, const sqlite3_api_routines*)
+{
+    return sqlite3_create_function(
+        connection, "fails", 0, SQLITE_UTF8, nullptr,
+        [](sqlite3_context*, int, sqlite3_value**) { failing->Execute(""); }, nullptr, nullptr);
+}
+
+TEST_F(DatabaseApiReadingTest, FailureWithinAStepReadsOneColumn)
+{
+    ASSERT_EQ(sqlite3_auto_extension(reinterpret_cast<void (*)()>(AddFailingFunction)), SQLITE_OK);
+    DatabaseApi other;
+    failing = &other;
+    ASSERT_TRUE(other.OpenDatabase(":memory:", false));
+    sqlite3_reset_auto_extension();
+    const SqliteCallRecorder sqlite;
+
+    EXPECT_FALSE(other.ReadValues("SELECT fails(), 2", data));
+
+    EXPECT_EQ(sqlite.CallsOf("sqlite3_column_value"), std::vector<std::string>{"sqlite3_column_value(0)"});
+    EXPECT_THAT(other, HasError(100, ""));
+    EXPECT_THAT(CellTexts(data), ElementsAre(kept));
+}
+
 } // namespace
 
 } // namespace Morvik::sql::tests
