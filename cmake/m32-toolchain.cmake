@@ -5,7 +5,7 @@ set(architecture i386)
 set(CMAKE_CXX_COMPILER g++)
 
 # Debian's multilib compiler conflicts with its cross compilers unless the kernel's headers are found this way. SSE
-# rounds every step to a double, as the target does and the x87 unit does not.
+# rounds every step to a double, as the target does. The x87 unit does not.
 set(CMAKE_CXX_FLAGS_INIT "-m32 -msse2 -mfpmath=sse -idirafter /usr/include/x86_64-linux-gnu")
 set(CMAKE_LIBRARY_ARCHITECTURE ${target})
 

@@ -105,7 +105,7 @@ dependency()
 }
 step "Looking at what a program's package depends on" quietly dependency
 
-# For the target, only the packages that these depend on are present, so the linker must find everything in them.
+# For the target, only the dependencies of the packages are present, so the linker must find everything in them.
 sysroot=$project/build/armhf-sysroot
 for_target()
 {

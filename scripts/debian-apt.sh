@@ -1,10 +1,12 @@
 #!/bin/bash
-# Makes a state of apt for another Debian architecture in FOLDER; scripts/sysroot.sh and scripts/device.sh fetch with it.
+# Makes a separate apt state for another Debian architecture in FOLDER. scripts/sysroot.sh and scripts/device.sh use it
+# to fetch packages.
 #
 #   scripts/debian-apt.sh ARCHITECTURE FOLDER
 #
-# The state has separate package lists, a separate cache and one signed source. apt verifies the release's signature and through it every package. Nothing is installed with it; with
-# APT_CONFIG=FOLDER/apt.conf, "apt-get download" and "apt-cache" work on that architecture.
+# The state has separate package lists, a separate cache and one signed source. apt verifies the signature of the
+# release, which has the checksums of all packages. Nothing is installed: with APT_CONFIG=FOLDER/apt.conf,
+# "apt-get download" and "apt-cache" work on that architecture.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
 

@@ -1,17 +1,18 @@
 #!/bin/bash
 # Runs the library on a complete emulated 32-bit ARM machine and cuts the machine's power.
 #
-#   scripts/device.sh [CUTS [STATES]]      (5 cuts and 200 crash states for each setting unless told)
+#   scripts/device.sh [CUTS [STATES]]      (by default 5 cuts and 200 crash states for each setting)
 #
 # It builds a kernel, an initramfs, a root image with the project's armhf packages and data images from Debian's
-# packages, all in build/emulated-device, boots them under qemu-system-arm and saves the machine's state. Each round resumes that
-# state, mounts the data disk, checks the rows there, writes rows through the facade and cuts the power. The disk is a
-# small server (tests/device/disk.py) that keeps what was not flushed apart; at the cut it drops, keeps or reorders it.
-# One run of each setting is also logged, request by request, and crash states of it are checked without a machine. The
-# figures of the device come from the same machine. The last line counts the checks.
+# packages, all in build/emulated-device, boots them under qemu-system-arm and saves the machine's state. Each round
+# resumes that state, mounts the data disk, checks the rows there, writes rows through the facade and cuts the power.
+# The disk is a small server (tests/device/disk.py) that keeps unflushed writes separate. At the cut it drops, keeps or
+# reorders these writes. The disk requests of one run of each setting are also recorded, and crash states made from
+# them are checked without a machine. The same machine gives the figures of the device. The last line counts the checks.
 #
-# A lost acknowledged row, damage, or a control that loses nothing fails. What the machines said is in
-# build/emulated-device/console.log. TKOSQLLITE_DEVICE_SEED (1 unless set) draws the cuts and what they lose.
+# The script fails if an acknowledged row is lost, if a file is damaged, or if the control loses nothing. The output of
+# the machines is in build/emulated-device/console.log. TKOSQLLITE_DEVICE_SEED (1 by default) is the seed of the random
+# cuts and losses.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"

@@ -38,9 +38,9 @@ write_header()
 write_pages()
 {
     TKOSQLLITE_VERSION=$(sed -n 's/^ *VERSION \([0-9.]*\)$/\1/p' CMakeLists.txt) doxygen docs/reference/Doxyfile &&
-        # Doxygen keeps the backslash of a bar in a table.
+        # Removes the backslash that Doxygen keeps before a bar in a table.
         sed -i '/class="markdownTable/s/\\|/|/g' "$html"/*.html &&
-        # The navigation tree has enumerations with their namespace.
+        # Removes the namespace that enumerations have in the navigation tree.
         sed -i 's/"Morvik::sql::/"/' "$html"/group__*.js &&
         cp docs/*/*.svg "$html" &&
         # The menu for telephones has the pages of the navigation tree.

@@ -4,7 +4,7 @@
 #   scripts/sysroot.sh armhf [FOLDER]      32-bit ARM with hardware floating point, for the preset armhf
 #   scripts/sysroot.sh i386 [FOLDER]       32-bit x86, for the preset m32
 #
-# FOLDER is build/armhf-sysroot or build/i386-sysroot unless told. A complete folder stays as it is. Nothing is installed
+# FOLDER is build/armhf-sysroot or build/i386-sysroot by default. A complete folder stays as it is. Nothing is installed
 # on this machine, and root is not needed.
 #
 # Fetches this project's dependencies for another Debian architecture and unpacks them into FOLDER. The packages cannot
@@ -32,7 +32,8 @@ boost=1.74
 packages="libsqlite3-0 libsqlite3-dev
     libboost-filesystem${boost}.0 libboost-filesystem${boost}-dev libboost-system${boost}.0 libboost-system${boost}-dev
     libgtest-dev libgmock-dev"
-# What the library needs where it runs stands once more in a folder of its own, with what dpkg-shlibdeps reads.
+# The packages that the library needs at run time. They are also unpacked into the separate folder "runtime", with the
+# files that dpkg-shlibdeps reads.
 runtime="libc6 libgcc-s1 libstdc++6 libsqlite3-0 libboost-filesystem${boost}.0"
 
 fail()
@@ -41,13 +42,13 @@ fail()
     exit 1
 }
 
-# The first complaint in the log says what went wrong.
+# Ends the script with the first error in the log, or with the last line of the log if there is no error.
 fail_with_log()
 {
     fail "$1: $(grep '^E: ' "$log" | head -n 1 | grep . || tail -n 1 "$log")"
 }
 
-# Complains about the first thing that a folder lacks.
+# Prints the first required file that is not in the folder.
 missing()
 {
     for file in usr/include/sqlite3.h usr/include/boost/version.hpp usr/include/gtest/gtest.h \
@@ -58,7 +59,7 @@ missing()
     done
 }
 
-# What a complete folder was made from; another list of packages makes it anew.
+# The release, the architecture and the packages of a complete folder. If they change, the folder is made again.
 contents="$release $architecture $packages runtime: $runtime"
 if [ "$(cat "$sysroot/.made-from" 2>/dev/null)" = "$contents" ] && [ -z "$(missing "$sysroot")" ]; then
     echo "$architecture-sysroot: $sysroot is complete"
@@ -72,7 +73,7 @@ for tool in apt-get dpkg-deb; do
     command -v "$tool" >/dev/null || fail "$tool is needed and not installed"
 done
 
-# Boost's headers are the same for every architecture, and large.
+# Boost's headers are large and the same for every architecture, so the folder only links to this machine's headers.
 headers=/usr/include/boost
 grep -q "BOOST_LIB_VERSION \"$(echo "$boost" | tr . _)\"" "$headers/version.hpp" 2>/dev/null ||
     fail "the headers of Boost $boost are needed in $headers and not there (package libboost$boost-dev)"

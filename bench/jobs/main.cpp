@@ -9,7 +9,7 @@
 
 namespace {
 
-// If freed memory were returned to the system, the next job would pay for getting it back, page by page.
+// If freed memory were returned to the system, the next job's time would include getting it back, page by page.
 void KeepFreedMemory()
 {
     mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());

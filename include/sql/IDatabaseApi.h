@@ -87,8 +87,8 @@ public:
     /// @name Tables
     /// @{
 
-    /// Creates the table if no table or view of that name exists. An existing table or view is left unchanged, whatever
-    /// its columns.
+    /// Creates the table if no table or view of that name exists. An existing table or view is left unchanged, even
+    /// if it has other columns.
     ///
     /// Returns true with code 0. Returns false with 111 "Database isn't open.", 112 "Missing table name.", or SQLite's
     /// code and message for a definition that SQLite rejects (such as one with a foreign key, see DbTableConstraints).

@@ -70,7 +70,8 @@ bool SqlTable::Open(const std::string& sql) const
         return m_impl->record.Succeeded();
     }
 
-    // Callers rely on the codes of the legacy interface. They also rely on it not compiling a statement again.
+    // Callers rely on the codes of the legacy interface. It does not compile a statement again after a change of the
+    // schema; callers rely on that too.
     m_impl->record.SetError(sqlite3_prepare(m_impl->Handle(), sql.c_str(), -1, &m_impl->statement, nullptr));
     if (m_impl->record.Succeeded()) {
         return true;

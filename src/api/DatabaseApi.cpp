@@ -9,8 +9,8 @@ namespace Morvik::sql {
 
 DatabaseApi::Impl::Impl() : table(database) {}
 
-// The two are not inlined, and the view is passed on by its fields, because operator= takes its address. Otherwise each
-// of the many callers would have code that protects the stack.
+// Neither function is inlined. The fields of the view are passed instead of the view, because operator= takes the
+// address of its argument. Otherwise each of the many callers would have code that protects the stack.
 [[gnu::noinline]] bool DatabaseApi::Impl::Fail(int failureCode, const char* failureMessage)
 {
     return Fail(failureCode, {failureMessage, std::strlen(failureMessage)});

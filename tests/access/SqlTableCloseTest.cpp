@@ -62,7 +62,7 @@ TEST_F(SqlTableCloseTest, ExceptionWhileClosingLeavesTheCode)
     }
 }
 
-// A query is held on a connection that is closed: it is kept, and Close() and Open() return what the record has.
+// A query is held on a closed connection. Close() and Open() keep it and return whether the record's code is a success.
 TEST_F(SqlTableCloseTest, QueryOnAClosedConnectionIsKept)
 {
     table->Open("SELECT 7");

@@ -86,7 +86,7 @@ TEST_F(SqlTableColumnTest, BlobIsSqlitesOwn)
     EXPECT_EQ(table.GetLength(2), 0);
 }
 
-// The type is asked first, so that a conversion without memory is not taken for NULL.
+// GetText() reads the type first, so that a value is not treated as NULL when its conversion runs out of memory.
 TEST_F(SqlTableColumnTest, TextOfNullIsALogicError)
 {
     ReadRow("SELECT NULL");

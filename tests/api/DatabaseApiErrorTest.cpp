@@ -32,7 +32,7 @@ std::string NameOf(const testing::TestParamInfo<Call>& call)
     return call.param.name;
 }
 
-/// Whether the test for a table succeeds with this answer.
+/// Whether ExistsTable() succeeds and returns this answer.
 bool Exists(DatabaseApi& database, const std::string& table, bool answer)
 {
     int result = -1;

@@ -21,7 +21,7 @@ struct FailedConversion {
 
 class DatabaseApiFailedConversionTest : public FacadeTest, public testing::WithParamInterface<FailedConversion> {
 protected:
-    /// Checks that `act` fails with the code and message if the conversion of one column fails, after `converted` ones.
+    /// Checks that `act` fails with the code and message if the conversion fails after `converted` converted columns.
     template <typename Act>
     void ExpectFailure(int converted, int code, const std::string& message, Act act)
     {

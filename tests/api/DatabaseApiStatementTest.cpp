@@ -197,7 +197,8 @@ TEST(DatabaseApiLongInsertTest, IsWrittenCompletelyHoweverLongItsNumbersAre)
 
 class DatabaseApiInvalidCellTest : public FacadeTest {
 protected:
-    /// Writes rows, or updates one, while SQLite accepts every text: only then the facade's error about a cell remains.
+    /// Writes rows, or updates a row, while SQLite accepts every text. Otherwise SQLite's error would replace the error
+    /// about the cell.
     void ExpectError(const std::vector<DbTableRowValues>& rows, const std::string& position, bool update = false)
     {
         SqliteCallRecorder sqlite;

@@ -62,7 +62,7 @@ protected:
         EXPECT_THAT(database, HasErrorOf(failure));
     }
 
-    /// Checks that the open database cannot be written, and cannot be read, as raw SQLite cannot.
+    /// Checks that the open database can be neither written nor read, with the errors of raw SQLite.
     void ExpectUnusable(int code)
     {
         const RawFailure executed = FailureOfExec(RawSqlite(path).Handle(), "INSERT INTO t (a,b) VALUES (3,\"three\")");

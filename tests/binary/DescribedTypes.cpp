@@ -1,4 +1,4 @@
-// Part of a library that is built only for the description, not of the release. A description contains the types that
+// Part of a library that is built only for the description and is not released. A description contains the types that
 // exported functions take or return. The types below occur only inside containers, which are described by their names
 // alone.
 #include <sql/DbTableColumnDefinition.h>

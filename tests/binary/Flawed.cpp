@@ -9,7 +9,7 @@ extern "C" [[gnu::noinline]] int StrayFunction()
 // Initialised when the library is loaded.
 int strayStart = StrayFunction();
 
-// An address inside the code, which the loader must write into the code.
+// An address that is stored inside the code, so the loader must change the code.
 #if defined(__LP64__)
 __asm__(".pushsection .text\n.balign 8\n.quad StrayFunction\n.popsection\n");
 #else

@@ -258,8 +258,8 @@ prove()
     fi
 }
 
-# Runs every check on a library with the fault that it looks for. The checks of the exports and of the types run with
-# lists and descriptions that differ by one entry.
+# Runs every check on a library that has the fault which the check looks for. The checks of the exports and of the types
+# run with lists and descriptions that differ by one entry.
 check_prove()
 {
     local flawed=$1 library=$2 described=$3 machine=$4 work change offset=layout-offset-in-bits

@@ -7,8 +7,8 @@ import re
 from settings import ANYTHING, LAST_ROW, NOTHING
 
 DATABASE = "/data/dir/test.db"
-# Where the cut comes: inside a call, after a number of requests to the disk; at a time; or when nothing is written
-# any more, up to 4 s after the last acknowledgement, while ext4 waits 5 s with what no one has synced.
+# When the power is cut: inside a call, after a number of requests to the disk; at a random time; or up to 4 s after the
+# last acknowledgement, when nothing is written. ext4 writes unsynced data only after 5 s.
 INSIDE, TIMED, IDLE = "inside a call", "at a time", "idle"
 KINDS = (INSIDE, IDLE, TIMED)
 
@@ -19,7 +19,7 @@ def _last(word, text, otherwise):
 
 
 class Rounds:
-    """The rounds of one setting. `tally` counts what happened, `findings` says what must not."""
+    """The rounds of one setting. `tally` counts what happened. `findings` lists what must not happen."""
 
     def __init__(self, device, setting, seed):
         self.tally = collections.Counter()
@@ -47,7 +47,7 @@ class Rounds:
             self.findings.append("more than the last row was lost")
 
     def _round(self, kind):
-        """Checks what the cut before has left; then, unless that was the last, writes and cuts."""
+        """Checks what the previous cut has left. Then writes and cuts the power, unless `kind` is None."""
         rows = self._rng.randint(1, 12) if kind == IDLE else 100000
         command = (
             f'(ls /data/dir; rows check {DATABASE} && echo "guest: writing" && '
@@ -87,7 +87,7 @@ class Rounds:
         disk.cut()
 
     def _check(self, text):
-        """Whether the file is sound and can be written on."""
+        """Whether the file is intact, so that the next round can write to it."""
         checked = re.search(r"^check (.*) rows (\d+) last (\d+) good (\d+)$", text, re.M)
         self._found = int(checked[3]) if checked else 0
         if re.search(r"test\.db-(journal|wal)", text.split("guest: writing")[0]):

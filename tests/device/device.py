@@ -8,7 +8,7 @@ from machine import BOOT_SECONDS, Machine
 
 
 class Device:
-    """Boots one machine and saves its state; every job resumes that state with a disk image of its own."""
+    """Boots one machine and saves its state; every job resumes that state with a separate disk image."""
 
     def __init__(self, work):
         self._work = work
@@ -32,7 +32,7 @@ class Device:
             yield machine, disk
 
     def output(self, command, image=None, file_system="ext4"):
-        """What a command prints that runs to its end."""
+        """Runs a command to its end, and returns what it prints."""
         with self.job(image or self.image(file_system), file_system, "rw", command) as (machine, _):
             if not machine.until("^guest: done", 600):
                 raise RuntimeError(f"{command} does not end: {machine.text[-500:]}")

@@ -9,12 +9,12 @@ SECTOR = 512
 
 READ, WRITE, DISCONNECT, FLUSH = 0, 1, 2, 3
 OPTION_EXPORT_NAME, OPTION_ABORT, OPTION_INFO, OPTION_GO = 1, 2, 6, 7
-# Neither trim, nor zeroing, nor forced unit access, so that every write passes through the cache.
+# The disk does not offer trim, zeroing or forced unit access, so every write passes through the cache.
 HAS_FLAGS_AND_FLUSH = 1 | 4
 
 
 class Disk(threading.Thread):
-    """Keeps what was not flushed apart from the image. Stop it with `cut`, then see what is left with `lose`.
+    """Keeps unflushed writes separate from the image. Call `cut` to stop the disk, then `lose` to lose some of them.
 
     `log` holds every write, as (offset, data), and None for every flush, in the order in which they were answered; the
     owner may append marks to it.
@@ -35,7 +35,7 @@ class Disk(threading.Thread):
         self._listener.listen(1)
 
     def cut(self):
-        """Stops answering. No request that is under way gets through afterwards."""
+        """Stops answering. Requests that are in progress have no effect afterwards."""
         with self._lock:
             self.is_off.set()
 
@@ -48,7 +48,8 @@ class Disk(threading.Thread):
         self._listener.close()
 
     def lose(self, rng):
-        """Leaves of each unflushed sector the old or any written content; returns how many there were and were lost."""
+        """Gives each unflushed sector its old content or any content that was written to it. Returns the number of
+        unflushed sectors, and how many of them lost their last content."""
         unflushed, lost = len(self.unflushed), 0
         share = rng.choice((0.0, 0.1, 0.5, 0.9, 1.0))  # how much reached the disk without a flush
         for sector, contents in self.unflushed.items():

@@ -1,15 +1,16 @@
-"""What only the device can tell: its memory, its address space, large files, late dates, an installed package."""
+"""What only the device can measure: its memory, its address space, large files, late dates, an installed package."""
 
 import re
 
 LIBRARY = "libtkosqllite.so"
 DIRTY_LIMIT = 16  # KiB of the library's memory that no other process can share
-LARGE = 2560 << 20  # more than 31 bits count
+LARGE = 2560 << 20  # needs more than 31 bits
 LATE = 4102444800  # 2100-01-01
 
 
 def memory(device):
-    """Resident, shared and dirty KiB of a writing program, and of the library in it, while a second one runs."""
+    """Resident, shared and dirty KiB of a program that writes, and of the library in it. The same program runs twice at
+    the same time, so that pages can be shared."""
     write = '(yes "" | head -20; sleep 100000) | rows write /data/{0}.db "" 21 wait >/tmp/{0} &'
     wait = "until grep -q 'ack 20' /tmp/a && grep -q 'ack 20' /tmp/b; do sleep 1; done"
     smaps = "cat /proc/$(pidof rows | cut -d ' ' -f 1)/smaps"
@@ -32,7 +33,7 @@ def memory(device):
 
 
 def package(device):
-    """The package installs with dpkg, serves a program, and goes."""
+    """The package can be installed with dpkg, used by a program, and removed."""
     root = "/tmp/r"
     command = (
         f"mkdir -p {root}/var/lib/dpkg/info; touch {root}/var/lib/dpkg/status; cp -a /bin /lib /sbin /usr {root}; "
@@ -46,14 +47,15 @@ def package(device):
 
 
 def small_address_space(device):
-    """The test that user emulation leaves out (tests/armhf-excluded.txt)."""
+    """Runs the test that is excluded under user emulation (tests/armhf-excluded.txt)."""
     text = device.output("TMPDIR=/data GTEST_COLOR=no GTEST_FILTER='*AddressSpace*' long_walk")
     passed = re.search(r"^\[  PASSED  \] 1 test\.$", text, re.M)
     yield "walk in a small address space", passed is not None, "1,000,000 rows with 32 MiB to spare"
 
 
 def large_file(device):
-    """Rows behind the 32-bit offsets. The header counts pages that nothing uses, which only integrity_check notices."""
+    """Rows at file offsets of more than 31 bits. The header also counts unused pages; only integrity_check reports
+    them."""
     name = "/data/large.db"
     pages = "".join(f"\\{byte:03o}" for byte in (LARGE // 65536).to_bytes(4, "big"))
     text = device.output(
@@ -67,7 +69,7 @@ def large_file(device):
 
 
 def late_dates(device):
-    """Times after 2038 are stored; a clock after 2038 is more than the system's 32-bit time_t can tell a program."""
+    """Times after 2038 can be stored. The system's 32-bit time_t cannot represent a clock past 2038."""
     text = device.output(f"dates /data/late.db {LATE}")
     said = dict(re.findall(r"^dates (\S+) (.*?) *$", text, re.M))
     stored = said.get("stored") == "0" and said.get("read") == f"0 {LATE} 2100-01-01 00:00:00"

@@ -8,13 +8,13 @@ import socket
 import subprocess
 import time
 
-# Far more than is needed, for a host that is busy.
+# Far more than is needed, because the host may be busy.
 BOOT_SECONDS = 900
 JOB_SECONDS = 600
 
 
 class Machine:
-    """Boots, or resumes the saved `state`. Sockets and images are files of the folder `work`. Always `kill` it."""
+    """Boots, or resumes the saved `state`. Sockets and images are files in `work`. Callers must call `kill`."""
 
     def __init__(self, work, state=None):
         self.text = ""
@@ -63,7 +63,7 @@ class Machine:
         return part != b""
 
     def until(self, pattern, timeout=JOB_SECONDS, stop=lambda: False):
-        """Reads the console until a line matches; None if the machine ends, `stop` says so, or the time is up."""
+        """Reads the console until a line matches. Returns None if the machine ends, `stop` is true, or time is over."""
         end = time.monotonic() + timeout
         while True:
             found = pattern and re.search(pattern + r".*\n", self.text, re.M)

@@ -37,7 +37,7 @@ busybox()
     qemu-arm-static "$work/debian/bin/busybox" "$@"
 }
 
-# modules FOLDER: the drivers that the machine may need, with the list of what needs what
+# modules FOLDER: the drivers that the machine may need, with the list of their dependencies
 modules()
 {
     local version=("$work"/debian/lib/modules/*)
@@ -91,7 +91,7 @@ make_root()
     cp "$packages"/libtkosqllite_*.deb "$root/"
     program rows "$guest"/rows.cpp
     program dates "$guest"/dates.cpp -D_TIME_BITS=64
-    # The one test that user emulation leaves out
+    # The test that is excluded under user emulation (tests/armhf-excluded.txt)
     program long_walk "$tests"/api/DatabaseApiLongWalkTest.cpp \
         "$tests"/support/{LiveBytes,RawSqlite,TemporaryDirectory}.cpp \
         "-I$tests" "-I$sysroot/usr/include" "-L$sysroot/usr/lib/$target" -lgmock_main -lgmock -lgtest -lsqlite3

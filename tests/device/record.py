@@ -22,8 +22,8 @@ class Idle:
 def record(device, setting, idle_seconds=0):
     """The log of a disk (see Disk.log) while the device writes ROWS rows, each after the one before is acknowledged.
 
-    The writer then waits with its file open. The device says its time four times a second, because a busy host delays the
-    device, and with it the file system's own writes.
+    The writer then waits with its file open. The device prints its time four times a second, because a busy host delays
+    the device and the delayed writes of its file system.
     """
     image = device.image(setting.file_system)
     clock = 'while read -r time _ </proc/uptime; do echo "clock $time"; sleep 0.25; done'
@@ -46,13 +46,13 @@ def record(device, setting, idle_seconds=0):
 
 
 def _clock(machine):
-    """The last time that the device has said."""
+    """The last time that the device has printed."""
     return float(re.findall(r"^clock (\d+\.\d+)$", machine.text, re.M)[-1])
 
 
 @dataclasses.dataclass(frozen=True)
 class Requests:
-    """What one write costs at the disk, on average."""
+    """The average number of disk requests, and their size, for one row."""
 
     writes: float
     flushes: float

@@ -11,7 +11,7 @@ ANYTHING = "anything"
 class Setting:
     name: str
     pragmas: str
-    may_lose: str  # and a setting that may lose something must do so
+    may_lose: str  # unless it is NOTHING, the cuts must show this loss
     file_system: str = "ext4"
     options: str = "rw"
 

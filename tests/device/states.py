@@ -1,4 +1,4 @@
-"""Crash states of a recorded run, each recovered on this machine: by e2fsck, then by plain SQLite."""
+"""Crash states of a recorded run, each recovered on this machine: by e2fsck, then by SQLite."""
 
 import collections
 import dataclasses
@@ -17,12 +17,12 @@ LAST = 40  # states of the end of a run, which are always checked
 
 
 def payload(number):
-    """What tests/device/guest/rows.cpp writes into a row."""
+    """The text that tests/device/guest/rows.cpp writes into a row."""
     return chr(ord("a") + number % 26) * (100 + number * 37 % 3000)
 
 
 class Epoch:
-    """The writes between two flushes: until the second, any of their sectors may be on the disk or not."""
+    """The writes between two flushes. Until the second flush, any of their sectors may be on the disk or not."""
 
     def __init__(self, acknowledged):
         self.writes = []
@@ -42,7 +42,8 @@ class Epoch:
         return sum(math.log10(len(contents) + 1) for contents in self.sectors().values())
 
     def states(self, rng, drawn):
-        """Bounded subsets: every beginning, every write alone, all but each write, and some drawn by the sector."""
+        """Some of the states: the first n writes for every n, every single write, all writes except one, and `drawn`
+        random sets of sectors."""
         indices = range(len(self.writes))
         subsets = {tuple(range(end)) for end in range(len(self.writes) + 1)}
         subsets |= {(index,) for index in indices}
@@ -91,7 +92,7 @@ class Recovery:
         self._files = os.path.join(folder, "files")
 
     def rows(self, image, writes):
-        """The number of rows if the database is sound, otherwise None."""
+        """The number of rows if the database is intact, otherwise None."""
         with open(self._image, "wb") as file:
             file.truncate(len(image.data))
             for begin, end in image.extents():
@@ -126,7 +127,7 @@ class Recovery:
 
 
 class SparseImage:
-    """An image and where it holds something, so that copying it is quick."""
+    """An image, and which of its parts are not empty, so that copying it is quick."""
 
     CHUNK = 1 << 16
 
@@ -144,7 +145,7 @@ class SparseImage:
 
 
 def check(image, log, limit, seed):
-    """Recovers up to `limit` states of a run that began with `image`."""
+    """Recovers and checks up to `limit` states of a run that began with `image`."""
     rng = random.Random(seed)
     outcome = StateCounts()
     found = epochs(log)

@@ -4,7 +4,7 @@
 usage: links.py PROJECT
 
 Each relative link leads to a file, and its anchor to a heading. Each picture has a text alternative. Each SVG picture
-has colours for the dark.
+has colours for dark pages.
 """
 
 import pathlib

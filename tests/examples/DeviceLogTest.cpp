@@ -31,7 +31,7 @@ protected:
         throw std::runtime_error("the log never held " + count + " samples");
     }
 
-    /// Sends the signal to a program that has written samples, and returns its end.
+    /// Sends the signal to a program that has written samples, and returns how the program ended.
     ChildResult RunUntilSignal(int signal, const std::string& samples, const std::vector<std::string>& arguments) const
     {
         ChildProcess child(Command(arguments));

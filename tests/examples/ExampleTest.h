@@ -53,7 +53,7 @@ protected:
 
     ChildResult Run(const std::vector<std::string>& arguments) const { return RunChild(Command(arguments)); }
 
-    /// Checks that the program accepts neither these arguments nor none, and prints how it is used.
+    /// Checks that the program rejects these arguments, and a call without arguments, and prints its usage.
     void ExpectUsage(const std::string& usage, const std::vector<std::string>& arguments) const
     {
         EXPECT_THAT(RunChild(CommandLine(program, {})), FailedWithOneLine(2, usage));

@@ -1,9 +1,9 @@
 #!/bin/bash
 # check-files.sh PREFIX LIBRARY-FOLDER [LIBRARY]
 #
-# Checks that an installed tree contains the headers of include/sql in a separate folder, the library under its one name
-# and the files for CMake and pkg-config; no other files, and no path of the build directory. LIBRARY-FOLDER is relative
-# to PREFIX. LIBRARY is libtkosqllite.so by default.
+# Checks that an installed tree contains the headers of include/sql in a separate folder, the library under its only
+# name and the files for CMake and pkg-config; no other files, and no path of the build directory. LIBRARY-FOLDER is
+# relative to PREFIX. LIBRARY is libtkosqllite.so by default.
 set -euo pipefail
 prefix=$1
 library=$2

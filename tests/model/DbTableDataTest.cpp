@@ -27,7 +27,7 @@ static_assert(std::is_same_v<decltype(DbTableColumnValue::value), CellValue>);
 static_assert(std::is_same_v<decltype(DbTableRowValues::cells), std::vector<DbTableColumnValue>>);
 static_assert(std::is_same_v<decltype(DbTableData::rows), std::vector<DbTableRowValues>>);
 
-// A row is not a result, and a vector is neither, so that none of them converts to another.
+// A row, a result and a vector are different types, and none of them converts to another.
 static_assert(!std::is_convertible_v<DbTableRowValues, DbTableData>);
 static_assert(!std::is_convertible_v<DbTableRowValues, std::vector<DbTableColumnValue>>);
 

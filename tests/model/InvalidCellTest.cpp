@@ -83,7 +83,7 @@ TEST(InvalidCellTest, StatementThatCannotGrowIsOutOfMemory)
 
 enum class WithoutMemory { IsInvalid, Throws };
 
-// Makes every allocation of a rendering fail in turn, until it succeeds: nothing is appended as long as one fails.
+// Makes every allocation of a rendering fail in turn. Checks that nothing is appended when an allocation fails.
 void ExpectNothingWithoutMemory(const DbTableColumnValue& cell, std::size_t space, const std::string& literal,
                                 WithoutMemory expected)
 {

@@ -176,7 +176,7 @@ TEST_P(NumberTextDifferentialTest, RandomIntegersReadAsAStreamWritesThem)
     }
 }
 
-// Few numbers, so that the tests under valgrind run them too.
+// These tests use few numbers, so that they also run under valgrind.
 using NumberTextLocaleTest = NumberTextDifferentialTest;
 
 TEST_P(NumberTextLocaleTest, SpecialRealsReadAsAStreamWritesThem)

@@ -26,11 +26,11 @@ OF_THE_BUILD = {"-MD", "-MT", "-MF", "-o", "-c"}  # options that name files of t
 
 
 class DoesNotCompile(Exception):
-    """The library does not compile, so such a mutant has no result."""
+    """The library does not compile with the mutant, so the mutant has no result."""
 
 
 class TestDoesNotCompile(Exception):
-    """A test that the library's header fails at compile time."""
+    """A test does not compile with the mutated header, for example because of a static_assert."""
 
 
 class Unit(NamedTuple):

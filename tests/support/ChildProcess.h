@@ -9,7 +9,7 @@
 
 namespace Morvik::sql::tests {
 
-/// The end of a child process and its output.
+/// How a child process ended, and its output.
 struct ChildResult {
     /// The exit status, or -1 if a signal ended the process.
     int status = -1;

@@ -157,7 +157,7 @@ public:
         return Note("Advance", IsOnRow());
     }
 
-    /// Reads a query with ReadNextRow() to its end, or to so many rows as only a damaged file has.
+    /// Reads a query with ReadNextRow() to its end. Stops at a number of rows that only a damaged file has.
     StepOutcome Walk(const std::string& sql)
     {
         constexpr std::size_t MostRows = 2000;

@@ -1,4 +1,4 @@
-// Stores a time far in the future, then sets the machine's clock to it and writes and opens again.
+// Stores a time far in the future, then sets the machine's clock to that time, writes again and opens the file again.
 //
 //   dates FILE SECONDS      says "dates WHAT RESULT" for each step
 #include <sql/DatabaseApi.h>

@@ -1,4 +1,4 @@
-// What the emulated device runs: writes numbered rows through the facade, or checks the rows that a file holds.
+// Runs on the emulated device: writes numbered rows through the facade, or checks the rows of a file.
 //
 //   rows write FILE PRAGMAS COUNT [wait]   says "begin N" before and "ack N" after the call that writes row N; with
 //                                          "wait" it reads a line of input before each row

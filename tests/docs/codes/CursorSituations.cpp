@@ -44,7 +44,7 @@ Run OnAClosedCursor(const CursorOperation& operation)
     return OnACursor("nonsense", 0, operation);
 }
 
-/// Another object drops the connection while the cursor still holds its query.
+/// Runs the operation on a cursor that holds a query while its connection counts as closed.
 Run OnAConnectionThatIsGone(const std::string& sql, const CursorOperation& operation)
 {
     return [=] {

@@ -52,7 +52,7 @@ std::string EndOrRow(bool atEnd)
     return atEnd ? "the end" : "a row";
 }
 
-/// One of the operations that fetch a row. An iterator that is advanced needs a row before.
+/// One of the operations that fetch a row. If it advances an iterator, the iterator must already be on a row.
 struct Fetch {
     std::string name;
     bool advances;
@@ -71,7 +71,7 @@ const std::vector<Fetch> Fetches{
      [](DatabaseApi& database, DbTableRowIterator& row) { return EndOrRow(++row == database.end()); }},
 };
 
-/// Fetches the first row of the query; an iterator is advanced to it. `prepare` comes before.
+/// Begins the query, calls `prepare` and fetches the first row of `sql`. An iterator is on an added row before that.
 Run Fetching(const Fetch& fetch, const std::string& sql,
              const std::function<void(SituationFacade&, SqliteCallRecorder&)>& prepare)
 {

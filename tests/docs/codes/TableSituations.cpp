@@ -79,7 +79,7 @@ Run OnTheTable(const TableOperation& operation, const std::function<RawFailure(S
     };
 }
 
-/// Runs the operation on a table whose test gives SQLite's result.
+/// Runs the operation on a table. SQLite's result is that of the query that tests whether the table exists.
 Run OnATable(const TableOperation& operation, const std::string& table, bool open = true)
 {
     return [=] {

@@ -4,7 +4,7 @@
 
 // Two threads use one facade, which no application may do. The thread sanitizer must report it and name the library;
 // otherwise the absence of reports in the other tests would prove nothing. The facade is closed, so the only race is
-// about its error code and does no harm.
+// on its error code, and this race is harmless.
 
 int main()
 {

@@ -35,7 +35,7 @@ struct Attempt {
     Outcome outcome = Outcome::OtherException;
     Report report;
 
-    /// Whether an allocation was requested that had to fail.
+    /// Whether the allocation that had to fail was requested.
     bool fired = false;
 };
 

@@ -95,8 +95,8 @@ struct LeastAllocations {
     int ofNew;
 };
 
-/// A use of the library that is run while memory fails. It can be repeated with the same objects, whatever its previous
-/// result.
+/// A use of the library that is run while memory fails. It can be repeated with the same objects after a success and
+/// after a failure.
 struct Scenario {
     std::string name;
 
@@ -175,8 +175,8 @@ void MakeCommand(Subject& subject);
 void MakeCursor(Subject& subject);
 void OpenSubjectFacade(Subject& subject);
 
-// The same functions, which also read the schema. Otherwise SQLite reads it with the first statement, in many
-// allocations, and only a soak makes each of them fail in every scenario.
+// The same functions, which also read the schema. Without them, the first statement of the scenario reads the schema,
+// which takes many allocations. Only a soak makes all of these allocations fail in every scenario.
 void MakeWarmCommand(Subject& subject);
 void MakeWarmCursor(Subject& subject);
 void OpenWarmFacade(Subject& subject);

@@ -60,7 +60,7 @@ struct Case {
     const StorageScenario* scenario;
 };
 
-// Only a writer on an intact file decides how its journal is ended. Only an existing file has a write-ahead log.
+// Only a write to an intact file ends its journal in the way of the mode. Only an existing file has a write-ahead log.
 bool DependsOn(JournalMode mode, const StorageScenario& scenario)
 {
     switch (mode) {
@@ -186,7 +186,7 @@ TEST_P(FailingCallTest, GivesTheReferencesOutcomeAndACompleteContent)
     }
 }
 
-// Otherwise a fault could be in the table and never happen.
+// A fault that no scenario can cause would be in the table without being tested.
 TEST(FailingCallTableTest, EveryFaultIsOfACallThatSomeScenarioCannotDoWithout)
 {
     std::set<FileCall> necessary;
@@ -204,7 +204,7 @@ TEST(FailingCallTableTest, EveryFaultIsOfACallThatSomeScenarioCannotDoWithout)
 
 constexpr auto NameOf = [](const auto& tested) { return tested.param.scenario->name; };
 
-// A suite for each mode: they run at the same time.
+// One suite for each mode, so that CTest can run the modes at the same time.
 INSTANTIATE_TEST_SUITE_P(DeletedJournal, FailingCallTest, testing::ValuesIn(CasesOf(JournalMode::Delete)), NameOf);
 INSTANTIATE_TEST_SUITE_P(TruncatedJournal, FailingCallTest, testing::ValuesIn(CasesOf(JournalMode::Truncate)), NameOf);
 INSTANTIATE_TEST_SUITE_P(WriteAheadLog, FailingCallTest, testing::ValuesIn(CasesOf(JournalMode::WriteAheadLog)),

@@ -161,7 +161,7 @@ TEST_F(PowerLossTest, AsOpenedARemovalThatAwaitsASyncTakesTheLastWriteBackWhole)
     RecordProperty("rounds_taken_back", takenBack);
 }
 
-// Proves that the rounds can find a loss: without syncs, they do.
+// Proves that the rounds can find a loss: without syncs, data is lost.
 TEST_F(PowerLossTest, WithoutSyncsTheSameRoundsFindLossAndDamage)
 {
     const DurabilityMode mode{"", "PRAGMA cache_size = 4; PRAGMA synchronous = OFF", Removals::Lasting};

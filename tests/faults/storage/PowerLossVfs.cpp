@@ -169,7 +169,7 @@ std::unique_ptr<InterposedFile> PowerLossVfs::Interpose(const char* path, int fl
     return std::make_unique<File>(*this, Current(path), IsNewJournal(flags), std::move(real));
 }
 
-// Writes one sector to the disk, or a part of it.
+// Writes one sector to the disk. A lost sector is written in part, as garbage, or not at all.
 void PowerLossVfs::PutOrLose(std::string& content, const Change& sector, std::size_t lostOneIn, int& lostSectors)
 {
     if (!m_choices.OneIn(lostOneIn)) {
@@ -192,7 +192,7 @@ void PowerLossVfs::PutOrLose(std::string& content, const Change& sector, std::si
     }
 }
 
-// The content of the disk when the power fails. Counts the sectors that are not complete.
+// The content of the file on the disk after the power has failed. Counts the lost sectors.
 std::string PowerLossVfs::AfterALoss(const StoredFile& file, int& lostSectors)
 {
     std::string content = file.synced;

@@ -10,8 +10,8 @@
 
 namespace Morvik::sql::tests {
 
-/// A file system whose power fails while the object lives. For every file and for the directory, it separates what a
-/// sync has brought to the disk from what has only been written. The first sync of a new journal syncs the directory
+/// A file system whose power fails while the object lives. For every file and for the directory, it keeps synced
+/// content separate from content that was written and not synced. The first sync of a new journal syncs the directory
 /// too, as in SQLite's own file system.
 ///
 ///     PowerLossVfs machine(choices, 100, Removals::Lasting);

@@ -11,7 +11,7 @@
 
 namespace Morvik::sql::tests {
 
-/// How a database keeps its changes apart until they are committed.
+/// The journal modes of SQLite that the tests use.
 enum class JournalMode { Delete, Truncate, WriteAheadLog };
 
 /// The name of the database file.

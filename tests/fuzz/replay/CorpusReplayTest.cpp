@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-// The targets; CMakeLists.txt gives each of them its name.
+// The functions of the fuzz targets; CMakeLists.txt gives each function its name.
 extern "C" {
 int value_literals(const std::uint8_t* data, std::size_t size);
 int schema_text(const std::uint8_t* data, std::size_t size);
