@@ -46,7 +46,7 @@ TEST_F(SqlCommandBindTest, IntegersAreStoredExactly)
     }
 }
 
-TEST_F(SqlCommandBindTest, RealsComeBackBitForBit)
+TEST_F(SqlCommandBindTest, RealsAreStoredBitForBit)
 {
     using Limits = std::numeric_limits<double>;
     command.Prepare("SELECT ?");

@@ -94,7 +94,7 @@ TEST_F(SqlCommandPrepareTest, EarlierMessageStays)
     EXPECT_THAT(command, HasError(0, message));
 }
 
-TEST_F(SqlCommandPrepareTest, SecondPrepareWaitsForFinalize)
+TEST_F(SqlCommandPrepareTest, SecondPrepareFailsUntilFinalize)
 {
     const std::string message = LeaveMessage();
     command.Prepare("SELECT 12");

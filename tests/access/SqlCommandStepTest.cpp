@@ -35,7 +35,7 @@ TEST_F(SqlCommandStepTest, RowLeavesItsCodeAndNoMessage)
     EXPECT_TRUE(command.HasRowData());
 }
 
-TEST_F(SqlCommandStepTest, EndIsASuccessWithoutARowAndWithoutAMessage)
+TEST_F(SqlCommandStepTest, EndIsASuccessWithoutRowOrMessage)
 {
     LeaveMessage();
     command.Prepare("SELECT 7 WHERE 0");
@@ -77,7 +77,7 @@ TEST_F(SqlCommandStepTest, AnyOtherResultCountsAsAFailureWithAMessage)
     EXPECT_THAT(command, HasError(SQLITE_OK, sqlite3_errmsg(Handle())));
 }
 
-TEST_F(SqlCommandStepTest, LockedDatabaseIsReportedAndTheStatementMayBeTriedAgain)
+TEST_F(SqlCommandStepTest, StatementMayBeTriedAgainAfterALock)
 {
     RawSqlite other(path);
     other.Execute("BEGIN EXCLUSIVE");
@@ -101,7 +101,7 @@ TEST_F(SqlCommandStepTest, StatementIsCompiledAgainAfterASchemaChange)
     EXPECT_EQ(command.ColumnCount(), 2);
 }
 
-TEST_F(SqlCommandStepTest, MessageOfAFailedStepIsThatOfTheCurrentConnection)
+TEST_F(SqlCommandStepTest, FailedStepReadsTheMessageFromTheCurrentConnection)
 {
     PrepareFailingStep();
     const AbandonedConnection raw(database);
@@ -123,7 +123,7 @@ TEST_F(SqlCommandStepTest, ResetRewindsAndKeepsTheBindings)
     EXPECT_EQ(NextInteger(command), 7);
 }
 
-TEST_F(SqlCommandStepTest, ResetAfterAFailedStepReportsItAgainBesideItsMessage)
+TEST_F(SqlCommandStepTest, ResetAfterAFailedStepRepeatsItsCode)
 {
     const std::string message = PrepareFailingStep();
     command.Step();
@@ -134,7 +134,7 @@ TEST_F(SqlCommandStepTest, ResetAfterAFailedStepReportsItAgainBesideItsMessage)
     EXPECT_THAT(command, HasError(0, message));
 }
 
-TEST_F(SqlCommandStepTest, FinalizeAfterAFailedStepReportsItAgain)
+TEST_F(SqlCommandStepTest, FinalizeAfterAFailedStepRepeatsItsCode)
 {
     const std::string message = PrepareFailingStep();
     command.Step();

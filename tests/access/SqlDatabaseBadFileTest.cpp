@@ -121,7 +121,7 @@ TEST_F(SqlDatabaseBadFileTest, FileWithoutPermissionIsNotOpenedAndNotChanged)
     EXPECT_EQ(CountedRows(), "'1:7'");
 }
 
-TEST_F(SqlDatabaseBadFileTest, FileThatMayOnlyBeReadRejectsTheFirstWrite)
+TEST_F(SqlDatabaseBadFileTest, ReadOnlyFileRejectsTheFirstWrite)
 {
     MakeTableWithOneRow();
     {
@@ -146,7 +146,7 @@ TEST_F(SqlDatabaseBadFileTest, ConnectionForReadingRejectsEveryWriteAndStaysUsab
     EXPECT_EQ(CountedRows(), "'1:7'");
 }
 
-TEST_F(SqlDatabaseBadFileTest, FileThatIsNoDatabaseIsRejectedAtItsFirstUse)
+TEST_F(SqlDatabaseBadFileTest, NonDatabaseFileIsRejectedAtFirstUse)
 {
     const std::string content(4096, 'x');
     std::ofstream(path, std::ios::binary) << content;

@@ -40,7 +40,7 @@ protected:
     }
 };
 
-TEST_F(SqlDatabaseTest, StartsClosedWithoutAnErrorAndIsDestroyedWithoutACall)
+TEST_F(SqlDatabaseTest, StartsClosedAndIsDestroyedWithoutACall)
 {
     const SqliteCallRecorder sqlite;
     {

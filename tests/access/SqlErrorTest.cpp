@@ -30,7 +30,7 @@ TEST(SqlErrorTest, ZeroRowAndDoneAreTheSuccesses)
     }
 }
 
-TEST(SqlErrorTest, MessageLeavesTheCodeAndTheNextCodeEmptiesTheMessage)
+TEST(SqlErrorTest, MessageKeepsTheCodeAndCodeEmptiesTheMessage)
 {
     SqlError error;
     error.SetError(5);

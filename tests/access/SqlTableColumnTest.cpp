@@ -74,7 +74,7 @@ TEST_F(SqlTableColumnTest, TextEndsAtItsFirstZeroByteUnlikeTheLength)
     EXPECT_EQ(table.GetText(4), "12");
 }
 
-TEST_F(SqlTableColumnTest, BlobIsSqlitesOwn)
+TEST_F(SqlTableColumnTest, BlobIsAViewOfSqlitesBytes)
 {
     ReadRow("SELECT x'00FF00', x'', NULL");
 
@@ -100,7 +100,7 @@ TEST_F(SqlTableColumnTest, TextOfNullIsALogicError)
     EXPECT_THROW(table.GetText(0), std::logic_error);
 }
 
-TEST_F(SqlTableColumnTest, TextOfACursorWithoutAConnectionIsALogicError)
+TEST_F(SqlTableColumnTest, TextWithoutAConnectionIsALogicError)
 {
     SqlDatabase closed;
 

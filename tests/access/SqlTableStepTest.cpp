@@ -12,7 +12,7 @@ using testing::IsEmpty;
 
 class SqlTableStepTest : public ConnectedCursor {};
 
-TEST_F(SqlTableStepTest, RowsEndWithCodeZeroAndNoMessageAndStartOver)
+TEST_F(SqlTableStepTest, RowsEndWithCodeZeroAndStartAgain)
 {
     table.Open("SELECT 7");
     EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(table.ReadNext()); }), ElementsAre("sqlite3_step()"));

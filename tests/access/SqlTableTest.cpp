@@ -22,7 +22,7 @@ static_assert(!std::is_polymorphic_v<SqlTable> && sizeof(SqlTable) == sizeof(voi
 
 class SqlTableTest : public OpenConnection {};
 
-TEST_F(SqlTableTest, StartsClosedWithoutAnErrorAndIsDestroyedWithoutACall)
+TEST_F(SqlTableTest, StartsClosedAndIsDestroyedWithoutACall)
 {
     const SqliteCallRecorder sqlite;
     {
@@ -217,7 +217,7 @@ TEST_F(SqlTableOpenTest, ClosedConnectionIsPassedToSqliteWhichRejectsIt)
 }
 
 // If finalizing succeeds, its code replaces the earlier one, so the failure is reported as a success.
-TEST_F(SqlTableOpenTest, CodeOfFinalizingReplacesThatOfAFailedCompilation)
+TEST_F(SqlTableOpenTest, FinalizingReplacesTheCodeOfAFailedCompilation)
 {
     for (const int finalized : {SQLITE_OK, SQLITE_CORRUPT}) {
         SqliteCallRecorder sqlite;

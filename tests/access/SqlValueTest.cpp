@@ -110,7 +110,7 @@ TEST_F(SqlValueTest, SqliteConvertsBetweenStorageClasses)
     EXPECT_EQ(table[2].GetValue<std::string>(), "12");
 }
 
-TEST_F(SqlValueTest, NullReadsAsZeroAsNoBytesAndNotAsText)
+TEST_F(SqlValueTest, NullReadsAsZeroOrNoBytesButNotText)
 {
     ReadRow("SELECT NULL");
     SqlValue value = table[0];
@@ -123,7 +123,7 @@ TEST_F(SqlValueTest, NullReadsAsZeroAsNoBytesAndNotAsText)
     EXPECT_THAT(value, HasError(0, ""));
 }
 
-TEST_F(SqlValueTest, BytesAreCompleteAndTextEndsAtItsFirstZeroByte)
+TEST_F(SqlValueTest, BytesAreCompleteAndTextEndsAtAZeroByte)
 {
     ReadRow("SELECT x'0100FF00', 'ab' || char(0) || 'cd', x'', '', zeroblob(3)");
 

@@ -29,7 +29,7 @@ TEST_F(DatabaseApiCursorTest, QueryIsOpenedWithoutFetchingARow)
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_prepare(handle, SELECT a FROM t, -1)"));
 }
 
-TEST_F(DatabaseApiCursorTest, RowsComeInOrderAndTheEndLeavesTheLastRow)
+TEST_F(DatabaseApiCursorTest, RowsAreInOrderAndTheEndKeepsTheLastRow)
 {
     row.cells.assign(5, TextCell("old"));
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t WHERE a < 3"));
@@ -100,7 +100,7 @@ TEST_F(DatabaseApiCursorTest, FetchWithoutAQueryFailsAndLeavesTheRow)
     ExpectNoWalk();
 }
 
-TEST_F(DatabaseApiCursorTest, NewQueryEndsTheOneBefore)
+TEST_F(DatabaseApiCursorTest, NewQueryEndsTheEarlierQuery)
 {
     BeginWalk();
     const SqliteCallRecorder sqlite;
@@ -112,7 +112,7 @@ TEST_F(DatabaseApiCursorTest, NewQueryEndsTheOneBefore)
     EXPECT_THAT(NextRow(), ElementsAre("0:Text string(one)"));
 }
 
-TEST_F(DatabaseApiCursorTest, NextQueryEndsTheOneBeforeAndEmptiesTheCurrentRow)
+TEST_F(DatabaseApiCursorTest, NextQueryEndsTheEarlierQueryAndEmptiesTheRow)
 {
     const std::string unknown = "SELECT missing FROM t";
     for (const auto& [sql, error] :
@@ -132,7 +132,7 @@ TEST_F(DatabaseApiCursorTest, NextQueryEndsTheOneBeforeAndEmptiesTheCurrentRow)
     EXPECT_TRUE(database.CloseDatabase());
 }
 
-TEST_F(DatabaseApiCursorTest, QueryMayBeBegunWithATextOfTheCurrentRow)
+TEST_F(DatabaseApiCursorTest, QueryTextMayBeInTheCurrentRow)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT 'SELECT b AS a_name_that_is_too_long_for_the_string_itself FROM t'"));
     const DbTableRowIterator iterator = database.begin();
@@ -143,7 +143,7 @@ TEST_F(DatabaseApiCursorTest, QueryMayBeBegunWithATextOfTheCurrentRow)
     EXPECT_THAT(NextRow(), ElementsAre("0:Text string(one)"));
 }
 
-TEST_F(DatabaseApiCursorTest, CloseReadTableReleasesTheQueryAndLeavesTheCurrentRow)
+TEST_F(DatabaseApiCursorTest, CloseReadTableReleasesTheQueryAndKeepsTheRow)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
     const DbTableRowValues& current = *database.begin();
@@ -158,7 +158,7 @@ TEST_F(DatabaseApiCursorTest, CloseReadTableReleasesTheQueryAndLeavesTheCurrentR
     ExpectNoWalk();
 }
 
-TEST_F(DatabaseApiCursorTest, CompleteReadEndsTheQueryAndTheNextFetchContinuesOnTheReadsStatement)
+TEST_F(DatabaseApiCursorTest, FetchAfterACompleteReadContinuesOnItsStatement)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
     const DbTableRowValues& current = *database.begin();
@@ -175,7 +175,7 @@ TEST_F(DatabaseApiCursorTest, CompleteReadEndsTheQueryAndTheNextFetchContinuesOn
 
 using DatabaseApiCursorFailureTest = FacadeTest;
 
-TEST_F(DatabaseApiCursorFailureTest, FailedStepLeavesTheRowsAndIsRepeatedByTheClosing)
+TEST_F(DatabaseApiCursorFailureTest, FailedStepKeepsTheRowsAndClosingRepeatsItsError)
 {
     const std::string failing = "SELECT abs(iif(a = 1, a, -9223372036854775808)) FROM t";
     const RawWalk raw = LegacyWalk(RawSqlite(path).Handle(), failing);
@@ -222,7 +222,7 @@ TEST_F(DatabaseApiCursorFailureTest, SchemaChangedAfterTheQueryBeganFailsItsFirs
 
 using DatabaseApiEarlierFailureTest = FacadeTest;
 
-TEST_F(DatabaseApiEarlierFailureTest, FetchesConsumeRowsWithoutCellsUntilTheEndResetsTheCode)
+TEST_F(DatabaseApiEarlierFailureTest, FetchesConsumeRowsWithoutCellsUntilTheEnd)
 {
     BeginWalk();
     FailWithMissingCommand();
@@ -242,7 +242,7 @@ TEST_F(DatabaseApiEarlierFailureTest, FetchesConsumeRowsWithoutCellsUntilTheEndR
     EXPECT_EQ(sqlite.CallsOf("sqlite3_step").size(), 3U);
 }
 
-TEST_F(DatabaseApiEarlierFailureTest, BeginConsumesARowAndReturnsTheEndWithoutCellsInTheCurrentRow)
+TEST_F(DatabaseApiEarlierFailureTest, BeginConsumesARowAndReturnsTheEnd)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
     const DbTableRowValues& current = *database.begin();

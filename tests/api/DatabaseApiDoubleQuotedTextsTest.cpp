@@ -48,7 +48,7 @@ protected:
     DatabaseApi database;
 };
 
-TEST_F(DatabaseApiDoubleQuotedTextsTest, RejectedOnesAreAnUnknownColumnAndChangeNothing)
+TEST_F(DatabaseApiDoubleQuotedTextsTest, RejectedTextsAreAnUnknownColumnAndChangeNothing)
 {
     Open();
 

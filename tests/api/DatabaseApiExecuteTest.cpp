@@ -46,7 +46,7 @@ TEST_F(DatabaseApiExecuteTest, PreparedStatementBindsAndStepsOnTheFacadesConnect
     EXPECT_THAT(RawRows("SELECT * FROM t WHERE a = 7"), ElementsAre(ElementsAre("7", "'O''Brien'")));
 }
 
-TEST_F(DatabaseApiExecuteTest, PrepareStatementMakesOneCallAndReadsOnlyTheGivenText)
+TEST_F(DatabaseApiExecuteTest, PrepareStatementMakesOneCallWithTheGivenText)
 {
     const SqliteCallRecorder sqlite;
     EXPECT_THAT(database.PrepareStatement(std::string_view("SELECT 12").substr(0, 8)), HasError(0, ""));

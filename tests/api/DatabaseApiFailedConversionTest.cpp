@@ -35,13 +35,13 @@ protected:
     }
 };
 
-TEST_P(DatabaseApiFailedConversionTest, CompleteReadKeepsTheRowsBeforeItAndEndsWithTheStepsError)
+TEST_P(DatabaseApiFailedConversionTest, CompleteReadKeepsEarlierRowsAndReturnsTheStepsCode)
 {
     ExpectFailure(3, 100, "", [&] { return database.ReadValues("SELECT a, b FROM t", data); });
     EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)", "1:Text string(one)")));
 }
 
-TEST_P(DatabaseApiFailedConversionTest, FetchKeepsTheCellsBeforeItAndTheMessage)
+TEST_P(DatabaseApiFailedConversionTest, FetchKeepsEarlierCellsAndTheMessage)
 {
     for (const std::size_t cells : {0, 2}) { // as in a first and in a later row
         row.cells.assign(cells, TextCell("old"));
@@ -70,13 +70,13 @@ protected:
     SqliteCallRecorder sqlite;
 };
 
-TEST_F(DatabaseApiLostTextTest, ReadThrowsAndKeepsTheRowsBeforeIt)
+TEST_F(DatabaseApiLostTextTest, ReadThrowsAndKeepsEarlierRows)
 {
     EXPECT_THROW(database.ReadValues("SELECT a, b FROM t", data), std::bad_alloc);
     EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)", "1:Text string(one)")));
 }
 
-TEST_F(DatabaseApiLostTextTest, RowThrowsAndKeepsTheCellsBeforeIt)
+TEST_F(DatabaseApiLostTextTest, RowThrowsAndKeepsEarlierCells)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
     ASSERT_TRUE(database.ReadNextRow(row));

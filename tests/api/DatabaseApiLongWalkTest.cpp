@@ -46,7 +46,7 @@ protected:
     DbTableRowValues row;
 };
 
-TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryAtTheMillionthRowAsAtTheThousandth)
+TEST_F(DatabaseApiLongWalkTest, MemoryDoesNotGrowDuringAMillionRows)
 {
     std::size_t atFirst = 0;
     std::size_t atLast = 0;
@@ -68,7 +68,7 @@ TEST_F(DatabaseApiLongWalkTest, HoldsTheSameMemoryAtTheMillionthRowAsAtTheThousa
 }
 
 // None of these values needs the large buffer.
-TEST_F(DatabaseApiLongWalkTest, LargeBufferIsReleasedByTheNextRowThatDoesNotNeedIt)
+TEST_F(DatabaseApiLongWalkTest, LargeBufferIsReleasedByASmallerRow)
 {
     for (const std::string large : {"printf('%1048576d', 1)", "zeroblob(1048576)"}) {
         for (const std::string next : {"1", "0.5", "'text'", "x'00'", "NULL", "printf('%5000d', 1)"}) {
@@ -164,7 +164,7 @@ TEST_F(DatabaseApiLongWalkTest, FacadeReleasesItsRowWhenAQueryIsBegun)
     std::_Exit(0);
 }
 
-TEST_F(DatabaseApiLongWalkTest, WalksInAnAddressSpaceTooSmallForTheWholeResult)
+TEST_F(DatabaseApiLongWalkTest, WalksInAnAddressSpaceTooSmallForAllRows)
 {
     BeginWalk();
     EXPECT_EXIT(ReadInLittleMemory(database, true), testing::ExitedWithCode(0), "1000000 rows, code 0");

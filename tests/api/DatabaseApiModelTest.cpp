@@ -26,14 +26,14 @@ void RunSequences(std::uint64_t first)
 
 class DatabaseApiModelTest : public testing::TestWithParam<std::uint64_t> {};
 
-TEST_P(DatabaseApiModelTest, EveryOperationOfALongSequenceReturnsWhatTheModelReturns)
+TEST_P(DatabaseApiModelTest, EveryOperationReturnsWhatTheModelReturns)
 {
     RunSequences(GetParam() * 1000);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, DatabaseApiModelTest, testing::Range<std::uint64_t>(1, 5));
 
-TEST(DatabaseApiModelSeedTest, SequencesOfASeedFromTheEnvironmentReturnWhatTheModelReturns)
+TEST(DatabaseApiModelSeedTest, SequencesOfTheGivenSeedReturnWhatTheModelReturns)
 {
     const char* const given = std::getenv("TKOSQLLITE_TEST_SEED");
     RunSequences(given != nullptr ? std::strtoull(given, nullptr, 10) : 0);

@@ -44,7 +44,7 @@ TEST_F(DatabaseApiReadingTest, AppendsEveryRowInOrder)
                                              ElementsAre("0:Integer int(1)", "1:Text string(one)"), one, two));
 }
 
-TEST_F(DatabaseApiReadingTest, ReadTableValuesReadsTheTableByItsNameAsGiven)
+TEST_F(DatabaseApiReadingTest, ReadTableValuesUsesTheNameUnchanged)
 {
     const SqliteCallRecorder sqlite;
 
@@ -57,7 +57,7 @@ TEST_F(DatabaseApiReadingTest, ReadTableValuesReadsTheTableByItsNameAsGiven)
     EXPECT_THAT(CellTexts(data), ElementsAre(kept, one, two, two));
 }
 
-TEST_F(DatabaseApiReadingTest, ReadTableValuesQuotesNoNameAndAcceptsNoEmptyOne)
+TEST_F(DatabaseApiReadingTest, ReadTableValuesDoesNotQuoteAndRejectsEmptyNames)
 {
     ASSERT_TRUE(database.Execute("ALTER TABLE other RENAME TO \"my table\""));
 
@@ -69,7 +69,7 @@ TEST_F(DatabaseApiReadingTest, ReadTableValuesQuotesNoNameAndAcceptsNoEmptyOne)
     EXPECT_THAT(CellTexts(data), ElementsAre(kept, one, two));
 }
 
-TEST_F(DatabaseApiReadingTest, ReadTableValuesDoesNotCallAnOverrideOfReadValues)
+TEST_F(DatabaseApiReadingTest, ReadTableValuesIgnoresAnOverrideOfReadValues)
 {
     class Overriding : public DatabaseApi {
     public:
@@ -94,7 +94,7 @@ TEST_F(DatabaseApiReadingTest, NoRowsAreASuccess)
     EXPECT_THAT(CellTexts(data), ElementsAre(kept));
 }
 
-TEST_F(DatabaseApiReadingTest, MissingTextIsRejectedAndReleasesTheStatementBefore)
+TEST_F(DatabaseApiReadingTest, MissingTextIsRejectedAndReleasesTheEarlierStatement)
 {
     ASSERT_TRUE(database.ReadValues("SELECT 1 WHERE 0", data));
     const SqliteCallRecorder sqlite;
@@ -107,7 +107,7 @@ TEST_F(DatabaseApiReadingTest, MissingTextIsRejectedAndReleasesTheStatementBefor
     EXPECT_TRUE(database.CloseDatabase());
 }
 
-TEST_F(DatabaseApiReadingTest, FailedStepKeepsTheRowsBeforeItAndTheNextReadForgetsIt)
+TEST_F(DatabaseApiReadingTest, FailedStepKeepsEarlierRowsAndTheNextReadSucceeds)
 {
     const std::string sql = "SELECT abs(iif(a = 3, -9223372036854775808, a)) FROM t";
     const RawWalk raw = LegacyWalk(RawSqlite(path).Handle(), sql);
@@ -147,7 +147,7 @@ protected:
     }
 };
 
-TEST_F(DatabaseApiConversionTest, StorageClassChoosesTagAlternativeAndGetterInTheOrderOfTheColumns)
+TEST_F(DatabaseApiConversionTest, StorageClassChoosesTagAndAlternativeOfEachCell)
 {
     const std::string sql = "SELECT 7, 1.5, 'text', X'410042', NULL";
     const auto cells = ElementsAre("0:Integer int(7)", "1:Real double(1.5)", "2:Text string(text)",
@@ -190,14 +190,14 @@ TEST_F(DatabaseApiConversionTest, RealsKeepEveryBit)
                             "4:Real double(5e-324)"));
 }
 
-TEST_F(DatabaseApiConversionTest, TextEndsAtItsFirstZeroByteAndABlobDoesNot)
+TEST_F(DatabaseApiConversionTest, TextEndsAtAZeroByteUnlikeABlob)
 {
     EXPECT_THAT(CellsOf("SELECT CAST(X'610062' AS TEXT), X'610062', CAST(X'00' AS TEXT), X'00', '', X'', X'FF80'"),
                 ElementsAre("0:Text string(a)", "1:Blob bytes(610062)", "2:Text string()", "3:Blob bytes(00)",
                             "4:Text string()", "5:Blob bytes()", "6:Blob bytes(FF80)"));
 }
 
-TEST_F(DatabaseApiConversionTest, NothingOfTheRowBeforeShowsInTheNextOne)
+TEST_F(DatabaseApiConversionTest, RowHasNothingOfTheEarlierRow)
 {
     const std::vector<std::pair<std::string, std::string>> values{{"7", "Integer int(7)"},
                                                                   {"1.5", "Real double(1.5)"},
@@ -218,7 +218,7 @@ TEST_F(DatabaseApiConversionTest, NothingOfTheRowBeforeShowsInTheNextOne)
     }
 }
 
-TEST_F(DatabaseApiConversionTest, NothingOfTheCallersOwnCellsShowsInARow)
+TEST_F(DatabaseApiConversionTest, RowHasNothingOfTheCallersEarlierCells)
 {
     row.cells = {{DbTableColumnType::JulianDayNow, 77, std::string("old")},
                  {DbTableColumnType::Blob, 78, std::vector<char>{'x'}},

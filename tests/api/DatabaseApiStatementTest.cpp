@@ -67,7 +67,7 @@ const DbTableColumnValue Now = TagCell(DbTableColumnType::DateTimeNow);
 
 class DatabaseApiStatementTest : public FacadeTest, public testing::WithParamInterface<StatementCase> {};
 
-TEST_P(DatabaseApiStatementTest, IsExecutedAsItStandsAndLeavesSqlitesError)
+TEST_P(DatabaseApiStatementTest, IsExecutedUnchangedAndLeavesSqlitesError)
 {
     ASSERT_TRUE(database.Execute("CREATE TABLE n (a, b, c)"));
     RawSqlite raw(":memory:");
@@ -179,7 +179,7 @@ std::string StreamedInsert(int integer, double real, const std::string& text, in
     return stream.str();
 }
 
-TEST(DatabaseApiLongInsertTest, IsWrittenCompletelyHoweverLongItsNumbersAre)
+TEST(DatabaseApiLongInsertTest, IsWrittenCompletelyWithNumbersOfAnyLength)
 {
     constexpr int Count = 3000;
     DatabaseApi closed;
@@ -210,7 +210,7 @@ protected:
     }
 };
 
-TEST_F(DatabaseApiInvalidCellTest, IsNamedByItsPositionAndItsOwnColumn)
+TEST_F(DatabaseApiInvalidCellTest, IsNamedByItsPositionAndColumn)
 {
     ExpectError({Row(5, 6, Invalid)}, "2|0");
     ExpectError({Row(InvalidCell(7))}, "0|7");
@@ -234,7 +234,7 @@ TEST_F(DatabaseApiInvalidCellTest, EveryCellWithoutATextIsInvalid)
     }
 }
 
-TEST_F(DatabaseApiInvalidCellTest, TheFirstOfARowAndTheLastOfAllWrittenRowsIsNamed)
+TEST_F(DatabaseApiInvalidCellTest, FirstInvalidCellOfTheLastInvalidRowIsNamed)
 {
     ExpectError({Row(1, InvalidCell(1), InvalidCell(2)), Row(InvalidCell(3), InvalidCell(4)),
                  Row(1, 1, InvalidCell(5), InvalidCell(6)), Row(1)},
@@ -254,14 +254,14 @@ TEST_F(DatabaseApiInvalidCellTest, NumbersOfTheMessageFollowTheProcessWideLocale
     ExpectError({wide}, "1.234|4.294.967.295", true);
 }
 
-TEST_F(DatabaseApiInvalidCellTest, IsForgottenByTheNextSuccess)
+TEST_F(DatabaseApiInvalidCellTest, CodeIsResetByTheNextSuccess)
 {
     ExpectError({Row(Invalid)}, "0|0");
     EXPECT_TRUE(database.WriteTableValues("t", {{"a"}, {Row(1)}}));
     EXPECT_THAT(database, HasError(0, "Invalid column value: (row | column)0|0"));
 }
 
-TEST_F(DatabaseApiInvalidCellTest, NumberThatTheLocaleCannotWriteIsOne)
+TEST_F(DatabaseApiInvalidCellTest, NumberThatTheLocaleCannotWriteIsInvalid)
 {
     const std::string prefix = "Invalid column value: (row | column)";
     for (const auto& [throws, message] : {std::pair(false, prefix + "|"), std::pair(true, prefix)}) {

@@ -28,7 +28,7 @@ protected:
     }
 };
 
-TEST_F(ExistsTableTest, OnlyTheCompleteNameOfATableExistsInAnyLetterCase)
+TEST_F(ExistsTableTest, FindsOnlyCompleteNamesInAnyLetterCase)
 {
     ASSERT_TRUE(database.Execute("CREATE VIEW overview AS SELECT a FROM t; CREATE INDEX sorted ON t (a);"
                                  "CREATE TEMP TABLE passing (a); CREATE TABLE sensor_log (a)"));
@@ -65,7 +65,7 @@ TEST_F(ExistsTableTest, EmptyNameAndRejectedQueryAreFailures)
     EXPECT_TRUE(database.CloseDatabase()) << "the query is released";
 }
 
-TEST_F(ExistsTableTest, FailedStepCountsAsNoSuchTableAndLeavesNoError)
+TEST_F(ExistsTableTest, FailedStepCountsAsAnAbsentTable)
 {
     Expect("t", true); // SQLite reads the schema, so only the next step must read the locked file
     RawSqlite other(path);
@@ -211,7 +211,7 @@ TEST_F(ExistDataTest, FirstCellOfAnotherTypeIsACaughtException)
     EXPECT_TRUE(database.CloseDatabase());
 }
 
-TEST_F(ExistDataTest, FailedClosingIsReportedWithTheCountAndReplacesACaughtException)
+TEST_F(ExistDataTest, FailedClosingIsReportedWithTheCount)
 {
     for (const auto& [condition, count] :
          {std::pair(std::string(), 3), std::pair(noCount + " UNION ALL SELECT 'text'", 0)}) {

@@ -41,7 +41,7 @@ protected:
     const RawFailure tested = TestOf(name);
 };
 
-TEST_P(UnusualTableNameTest, WithoutQuotesIsTestedAsItStands)
+TEST_P(UnusualTableNameTest, WithoutQuotesIsTestedUnchanged)
 {
     EXPECT_EQ(database.ExistsTable(name, result), tested.code == 0);
     EXPECT_EQ(result, tested.code);
@@ -71,7 +71,7 @@ TEST_P(UnusualTableNameTest, WithoutQuotesIsNotCounted)
     EXPECT_THAT(database, HasErrorOf(failure));
 }
 
-TEST_P(UnusualTableNameTest, QuotedByTheCallerIsNotFoundBecauseTheTestComparesTheQuotesToo)
+TEST_P(UnusualTableNameTest, WithQuotesIsNotFoundByTheTableTest)
 {
     const RawFailure failure = TestOf(quoted);
 
@@ -84,7 +84,7 @@ TEST_P(UnusualTableNameTest, QuotedByTheCallerIsNotFoundBecauseTheTestComparesTh
     EXPECT_THAT(database, HasError(113, "No table exists: " + quoted));
 }
 
-TEST_P(UnusualTableNameTest, QuotedByTheCallerIsFoundByCreateTableAndTakenAsANewName)
+TEST_P(UnusualTableNameTest, WithQuotesCanBeCreatedAndRenamedTo)
 {
     EXPECT_TRUE(database.CreateTable({quoted, {{"b"}}, {}}));
     ASSERT_TRUE(database.Execute("ALTER TABLE " + quoted + " RENAME TO plain"));

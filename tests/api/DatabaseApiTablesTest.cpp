@@ -99,7 +99,7 @@ TEST_F(DatabaseApiTablesTest, AlterRunsOneStatementWithBothNamesAsGiven)
                 ElementsAre(ElementsAre("1"), ElementsAre("2"), ElementsAre("3")));
 }
 
-TEST_F(DatabaseApiTablesTest, TableThatIsNotFoundIsDroppedAndCannotBeRenamedWithNothingRun)
+TEST_F(DatabaseApiTablesTest, DropSucceedsAndRenameFailsForAnAbsentTable)
 {
     const std::string apostrophe = "it's";
     for (const auto& [name, error] : {std::pair(std::string("Absent"), RawFailure()),

@@ -32,7 +32,7 @@ TEST(DatabaseApiTest, NewFacadeIsClosedWithoutAFailure)
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
-TEST(DatabaseApiTest, OpensAndClosesOneDatabaseAfterAnotherWithOneCallEach)
+TEST(DatabaseApiTest, OpensDatabasesInTurnWithOneCallEach)
 {
     const TemporaryDirectory directory;
     const std::string first = directory.File("a.db");
@@ -61,7 +61,7 @@ TEST(DatabaseApiTest, OpensAndClosesOneDatabaseAfterAnotherWithOneCallEach)
 
 using OpenDatabaseApiTest = FacadeTest;
 
-TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheFirstDatabaseAndCopiesItsEmptyMessage)
+TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheDatabaseAndCopiesItsMessage)
 {
     FailWithMissingCommand();
     const SqliteCallRecorder sqlite;
@@ -98,7 +98,7 @@ TEST_P(DatabaseApiStrictSuccessTest, RowAndDoneAreNoSuccesses)
 INSTANTIATE_TEST_SUITE_P(Codes, DatabaseApiStrictSuccessTest, testing::Values(SQLITE_ROW, SQLITE_DONE),
                          [](const auto& code) { return code.param == SQLITE_ROW ? "Row" : "Done"; });
 
-TEST_F(OpenDatabaseApiTest, CloseFailsWhileAQueryAReadOrAStatementIsHeld)
+TEST_F(OpenDatabaseApiTest, CloseFailsWhileAnyStatementIsHeld)
 {
     const RawFailure busy = FailureOfCloseWithAStatement();
     BeginWalk();

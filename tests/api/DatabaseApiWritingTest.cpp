@@ -36,7 +36,7 @@ TEST_F(DatabaseApiWritingTest, InsertsEveryRowInOrderWithOneStatement)
     EXPECT_THAT(Written(), ElementsAre(ElementsAre("1.5", "1"), ElementsAre("2", "'two'")));
 }
 
-TEST_F(DatabaseApiWritingTest, CellsAreWrittenInTheirOrderWhateverColumnTheyWereReadFrom)
+TEST_F(DatabaseApiWritingTest, CellsAreWrittenInOrderAndTheirColumnIsIgnored)
 {
     DbTableRowValues cells{{IntegerCell(1), IntegerCell(2)}};
     cells.cells[0].column = 1;
@@ -70,7 +70,7 @@ TEST_F(DatabaseApiWritingTest, TextIsStoredWithItsApostrophesDoubled)
                                                         ElementsAre("'a'"), ElementsAre("'A\"); DROP TABLE n; --'")));
 }
 
-TEST_F(DatabaseApiWritingTest, BlobIsStoredAsTextAndAQuotationMarkInItEndsItsLiteral)
+TEST_F(DatabaseApiWritingTest, BlobIsStoredAsTextAndAQuoteEndsItsLiteral)
 {
     EXPECT_TRUE(Write(BlobCell("AB")));
     EXPECT_FALSE(Write(BlobCell("A\"B")));
@@ -182,7 +182,7 @@ protected:
 
 // A list of n items has n - 1 commas, but the expected size counts n: one byte too many for each row and for the column
 // list. The first row has no comma before it either.
-TEST_F(DatabaseApiWritingMemoryTest, InsertIsAllocatedOnceWithAByteToSpareForEachList)
+TEST_F(DatabaseApiWritingMemoryTest, InsertIsAllocatedOnceWithOneExtraBytePerList)
 {
     std::string text = "INSERT INTO event (name,time) VALUES (" + cells + ")";
     for (std::size_t row = 1; row < data.rows.size(); ++row) {
@@ -193,7 +193,7 @@ TEST_F(DatabaseApiWritingMemoryTest, InsertIsAllocatedOnceWithAByteToSpareForEac
               text.size() + data.rows.size() + 2);
 }
 
-TEST_F(DatabaseApiWritingMemoryTest, UpdateIsAllocatedOnceWithFewBytesToSpare)
+TEST_F(DatabaseApiWritingMemoryTest, UpdateIsAllocatedOnceWithFewExtraBytes)
 {
     data.rows.back() = {{BlobCell(""), IntegerCell(0)}}; // only the first row counts
     const std::string condition = "WHERE name IS NOT NULL";

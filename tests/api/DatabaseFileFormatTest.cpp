@@ -84,7 +84,7 @@ TEST_F(DatabaseFileFormatTest, LibraryReadsWhatTheProgramWrote)
                                         "3:Blob bytes()", "4:Integer int(8)")));
 }
 
-TEST_F(DatabaseFileFormatTest, FileHoldsTheSameAsOneThatTheProgramWrote)
+TEST_F(DatabaseFileFormatTest, FileEqualsOneThatTheProgramWrote)
 {
     const std::string other = directory.File("other.db");
     const std::string table = "CREATE TABLE t (a INTEGER, b TEXT)";

@@ -87,7 +87,7 @@ private:
     bool m_made = false;
 };
 
-TEST_F(DatabaseFileTest, FileThatIsNoDatabaseFailsAtItsFirstUseAndIsLeftAsItIs)
+TEST_F(DatabaseFileTest, NonDatabaseFileFailsAtFirstUseAndStaysUnchanged)
 {
     const std::string content(5000, 'x');
     std::ofstream(path) << content;
@@ -99,7 +99,7 @@ TEST_F(DatabaseFileTest, FileThatIsNoDatabaseFailsAtItsFirstUseAndIsLeftAsItIs)
     EXPECT_EQ(FileContent(path), content);
 }
 
-TEST_F(DatabaseFileTest, FileCutShortIsDamagedAndLeftAsItIs)
+TEST_F(DatabaseFileTest, TruncatedFileIsDamagedAndStaysUnchanged)
 {
     RawSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, zeroblob(100000))");
     fs::resize_file(path, 3000);
@@ -142,7 +142,7 @@ TEST_F(DatabaseFileTest, LockOfAnotherConnectionFailsUntilItIsReleased)
     EXPECT_EQ(data.rows.size(), 3U);
 }
 
-TEST_F(DatabaseFileTest, LockTakenDuringAWalkFailsItsStepAsItFailsRawSqlites)
+TEST_F(DatabaseFileTest, LockDuringAWalkFailsTheNextStep)
 {
     MakeDatabase();
     RawSqlite raw(path);
@@ -180,7 +180,7 @@ TEST_F(DatabaseFileTest, DestructionDuringAWalkOrATransactionLosesNothing)
     ExpectNothingLost();
 }
 
-TEST_F(DatabaseFileTest, FailedOpeningsLeaveTheFacadeClosedForTheNextOne)
+TEST_F(DatabaseFileTest, FailedOpenLeavesTheFacadeReadyForTheNextOpen)
 {
     const RawFailure cannotOpen{SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN)};
     const std::string hidden = directory.File("inner/x.db");
@@ -211,7 +211,7 @@ TEST_F(DatabaseFileTest, FailedOpeningsLeaveTheFacadeClosedForTheNextOne)
     EXPECT_EQ(data.rows.size(), 2U);
 }
 
-TEST_F(DatabaseFileTest, FileThatMayOnlyBeReadIsReadAndNotWritten)
+TEST_F(DatabaseFileTest, ReadOnlyFileIsReadAndNotWritten)
 {
     MakeDatabase();
     OpenToEverybody(directory.Path());

@@ -39,7 +39,7 @@ protected:
     static int First(const DbTableRowValues& cells) { return std::get<int>(cells.cells.at(0).value); }
 };
 
-TEST_F(DbTableRowIteratorTest, RangeForVisitsEveryRowInOrderAndNoneWithoutAQuery)
+TEST_F(DbTableRowIteratorTest, RangeForVisitsEveryRowOfTheQueryInOrder)
 {
     std::vector<int> numbers;
 
@@ -92,7 +92,7 @@ TEST_F(DbTableRowIteratorTest, AlgorithmsOfTheRangesLibraryTakeTheRows)
     EXPECT_THAT(numbers, ElementsAre(1, 2, 3));
 }
 
-TEST_F(DbTableRowIteratorTest, IncrementsReturnTheEarlierRowOrTheIteratorItselfAndBecomeTheEnd)
+TEST_F(DbTableRowIteratorTest, PrefixReturnsTheIteratorAndPostfixTheEarlierRow)
 {
     DbTableRowIterator iterator = database.begin();
 

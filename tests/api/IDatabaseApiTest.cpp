@@ -82,7 +82,7 @@ TEST(IDatabaseApiTest, DestructionThroughTheInterfaceClosesTheDatabase)
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)"));
 }
 
-TEST(IDatabaseApiTest, ApplicationImplementsTheInterfaceAndDynamicCastTellsTheTypesApart)
+TEST(IDatabaseApiTest, DynamicCastDistinguishesImplementationsOfTheInterface)
 {
     bool destroyed = false;
     int result = 0;

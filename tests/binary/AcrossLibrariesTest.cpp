@@ -44,7 +44,7 @@ TEST(AcrossLibrariesTest, OperationsReachTheClassOfTheOtherLibrary)
     EXPECT_EQ(calls, Operations);
 }
 
-TEST(AcrossLibrariesTest, DestructionThroughTheInterfaceReachesTheClassOfTheOtherLibrary)
+TEST(AcrossLibrariesTest, DestructionReachesTheClassOfTheOtherLibrary)
 {
     std::vector<std::string> calls;
 
@@ -53,7 +53,7 @@ TEST(AcrossLibrariesTest, DestructionThroughTheInterfaceReachesTheClassOfTheOthe
     EXPECT_THAT(calls, testing::ElementsAre("destructor"));
 }
 
-TEST(AcrossLibrariesTest, OtherLibraryTellsItsOwnClassFromTheFacade)
+TEST(AcrossLibrariesTest, OtherLibraryDistinguishesItsClassFromTheFacade)
 {
     std::vector<std::string> calls;
     const std::unique_ptr<IDatabaseApi> noting = MakeNotingDatabase(calls);
@@ -65,7 +65,7 @@ TEST(AcrossLibrariesTest, OtherLibraryTellsItsOwnClassFromTheFacade)
     EXPECT_FALSE(IsNotingDatabase(facade));
 }
 
-TEST(AcrossLibrariesTest, ProgramTellsTheFacadeFromTheClassOfTheOtherLibrary)
+TEST(AcrossLibrariesTest, ProgramDistinguishesTheFacadeFromTheOtherClass)
 {
     std::vector<std::string> calls;
     const std::unique_ptr<IDatabaseApi> noting = MakeNotingDatabase(calls);

@@ -116,7 +116,7 @@ void ExpectIterator(const DbTableRowIterator& iterator, const void* facade, std:
     EXPECT_EQ(ReadAt<std::uintptr_t>(&iterator, 3 * Word), 0U);
 }
 
-TEST(LayoutTest, FacadeEndsInItsCurrentRowAndIteratorsPointAtBoth)
+TEST(LayoutTest, FacadeEndsInTheRowThatIteratorsPointAt)
 {
     DatabaseApi facade;
     ASSERT_TRUE(facade.OpenDatabase(":memory:", false));

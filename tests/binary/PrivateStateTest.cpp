@@ -33,7 +33,7 @@ protected:
     SqlDatabase m_database;
 };
 
-TEST_F(PrivateStateTest, ConnectionIsARecordAndThenTheHandle)
+TEST_F(PrivateStateTest, ConnectionStateOrderIsRecordHandle)
 {
     const auto* state = ReadAt<const char*>(&m_database, 0);
 
@@ -47,7 +47,7 @@ TEST_F(PrivateStateTest, ConnectionIsARecordAndThenTheHandle)
     EXPECT_EQ(ReadAt<std::int32_t>(state, 0), SQLITE_BUSY);
 }
 
-TEST_F(PrivateStateTest, CursorIsARecordThenTheConnectionThenTheStatement)
+TEST_F(PrivateStateTest, CursorStateOrderIsRecordConnectionStatement)
 {
     const SqlTable table(m_database);
     const auto* state = ReadAt<const char*>(&table, 0);
@@ -63,7 +63,7 @@ TEST_F(PrivateStateTest, CursorIsARecordThenTheConnectionThenTheStatement)
     EXPECT_EQ(ReadAt<const void*>(state, sizeof(SqlError) + StateWord), Statement());
 }
 
-TEST_F(PrivateStateTest, StatementIsATableOfFunctionsThenARecordThenTheConnectionThenTheStatement)
+TEST_F(PrivateStateTest, StatementStateOrderIsTableRecordConnectionStatement)
 {
     SqlCommand command(m_database);
     const auto* state = ReadAt<const char*>(&command, 0);
@@ -79,7 +79,7 @@ TEST_F(PrivateStateTest, StatementIsATableOfFunctionsThenARecordThenTheConnectio
     EXPECT_EQ(ReadAt<const void*>(state, 2 * StateWord + sizeof(SqlError)), Statement());
 }
 
-TEST_F(PrivateStateTest, FacadeIsItsCodeThenItsMessageThenTheConnectionThenTheCursor)
+TEST_F(PrivateStateTest, FacadeStateOrderIsCodeMessageConnectionCursor)
 {
     DatabaseApi facade;
     const auto* state = ReadAt<const char*>(&facade, StateWord);

@@ -97,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(Signals, DeviceLogSignalTest,
                          testing::Values(std::pair(SIGINT, "3000"), std::pair(SIGTERM, "3000"),
                                          std::pair(SIGINT, "0.001"), std::pair(SIGTERM, "0.001")));
 
-TEST_F(DeviceLogTest, KillLeavesASoundLogThatTheNextRunContinues)
+TEST_F(DeviceLogTest, KillLeavesAnIntactLogThatTheNextRunContinues)
 {
     ASSERT_EQ(RunUntilSignal(SIGKILL, "4", {"100000", "0.01", "4"}).signal, SIGKILL);
 

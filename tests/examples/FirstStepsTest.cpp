@@ -23,7 +23,7 @@ TEST_F(FirstStepsTest, WritesOneRowAndReadsItBack)
     EXPECT_EQ(Answer("SELECT * FROM room"), "kitchen|21.5");
 }
 
-TEST_F(FirstStepsTest, TellsWhyItFailed)
+TEST_F(FirstStepsTest, PrintsWhyItFailed)
 {
     EXPECT_THAT(RunIn("/proc"), FailedWithOneLine(111, "Create directory failed: first-steps/home.db"));
 }

@@ -171,7 +171,7 @@ protected:
     std::string earlier;
 };
 
-TEST_F(PackageInventoryFailureTest, RejectsAStatusFileWithoutPackagesOrWithAMissingOrWrongField)
+TEST_F(PackageInventoryFailureTest, RejectsAnEmptyOrMalformedStatusFile)
 {
     const auto failed = FailedWithOneLine(1, "cannot read packages from " + statusFile);
 

@@ -65,7 +65,7 @@ TEST_F(SqlHelpersTest, CellsAreWrittenAndReadBack)
     EXPECT_EQ(ValueOf<int>("SELECT abs(d - strftime('%s', 'now')) < 600 FROM t"), 1);
 }
 
-TEST_F(SqlHelpersTest, OnlyGetOptionalTakesNull)
+TEST_F(SqlHelpersTest, OnlyGetOptionalAcceptsNull)
 {
     DbTableData data;
     ASSERT_TRUE(database.ReadValues("SELECT NULL, ''", data));
@@ -93,7 +93,7 @@ TEST_F(SqlHelpersTest, QueryIsClosedAtTheEndOfItsScope)
     EXPECT_TRUE(database.CloseDatabase());
 }
 
-TEST_F(SqlHelpersTest, QueryTellsAFailureFromTheEnd)
+TEST_F(SqlHelpersTest, QueryDistinguishesAFailureFromTheEnd)
 {
     EXPECT_THAT([&] { const Query query(database, "SELECT absent"); }, Throws<std::runtime_error>());
     const Query query(database, "SELECT abs(-9223372036854775807 - 1)"); // fails in the first step

@@ -75,7 +75,7 @@ TEST(DbTableColumnDefinitionTest, TypeIsTheStorageTypeBetweenTwoBlanks)
     }
 }
 
-TEST(DbTableColumnDefinitionTest, ClauseHasTheFlaggedConstraintsInItsOrderWithTheirArguments)
+TEST(DbTableColumnDefinitionTest, ClauseHasTheFlaggedConstraintsInFixedOrder)
 {
     using enum DbTableColumnType;
     constexpr auto both = static_cast<DbTableColumnConstraint>(NotNull | Unique);

@@ -22,7 +22,7 @@ TEST(DbTableConstraintsTest, StartsWithoutAny)
     EXPECT_TRUE(constraints.foreignKey.empty());
 }
 
-TEST(DbTableConstraintsTest, ForeignKeyClauseEndsInAParenthesisThatClosesNothing)
+TEST(DbTableConstraintsTest, ForeignKeyClauseEndsInAnExtraParenthesis)
 {
     const struct {
         const char* referenceTable;

@@ -67,7 +67,7 @@ void ExpectCell(const DbTableColumnValue& cell, DbTableColumnType type, std::uin
     EXPECT_EQ(cell.value, value);
 }
 
-TEST(DbTableColumnValueTest, DefaultIsTheUntypedIntegerZeroWhateverTheMemoryHeld)
+TEST(DbTableColumnValueTest, DefaultIsTheUntypedIntegerZero)
 {
     alignas(DbTableColumnValue) unsigned char memory[sizeof(DbTableColumnValue)];
     std::fill(std::begin(memory), std::end(memory), static_cast<unsigned char>(0xAB));

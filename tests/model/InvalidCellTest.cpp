@@ -60,7 +60,7 @@ TEST(InvalidCellTest, NumberThatTheLocaleDoesNotWriteHasNoLiteral)
     }
 }
 
-TEST(InvalidCellTest, TextThatAFacetWroteBeforeItThrewIsTheLiteral)
+TEST(InvalidCellTest, TextOfAThrowingFacetIsTheLiteral)
 {
     const ScopedGlobalLocale locale(std::locale(std::locale::classic(), new FixedNumbers("12", true)));
 

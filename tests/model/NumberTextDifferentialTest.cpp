@@ -131,7 +131,7 @@ private:
     ScopedGlobalLocale m_locale{GetParam().locale};
 };
 
-TEST_P(NumberTextDifferentialTest, RandomRealsReadAsAStreamWritesThem)
+TEST_P(NumberTextDifferentialTest, RandomRealsEqualStreamText)
 {
     constexpr std::array Kinds{&RandomReals::OfAnyBits,       &RandomReals::Denormal,
                                &RandomReals::OfEverydaySize,  &RandomReals::OfFewDigits,
@@ -152,7 +152,7 @@ TEST_P(NumberTextDifferentialTest, RandomRealsReadAsAStreamWritesThem)
     }
 }
 
-TEST_P(NumberTextDifferentialTest, RealsReadAsAStreamWritesThemInEveryRoundingMode)
+TEST_P(NumberTextDifferentialTest, RealsEqualStreamTextInEveryRoundingMode)
 {
     RandomReals reals(TestSeeds().back());
     for (const int rounding : UnusualRoundings) {
@@ -166,7 +166,7 @@ TEST_P(NumberTextDifferentialTest, RealsReadAsAStreamWritesThemInEveryRoundingMo
     }
 }
 
-TEST_P(NumberTextDifferentialTest, RandomIntegersReadAsAStreamWritesThem)
+TEST_P(NumberTextDifferentialTest, RandomIntegersEqualStreamText)
 {
     std::mt19937 random(static_cast<std::mt19937::result_type>(TestSeeds().back()));
     StreamComparison<std::int32_t> comparison;
@@ -179,7 +179,7 @@ TEST_P(NumberTextDifferentialTest, RandomIntegersReadAsAStreamWritesThem)
 // These tests use few numbers, so that they also run under valgrind.
 using NumberTextLocaleTest = NumberTextDifferentialTest;
 
-TEST_P(NumberTextLocaleTest, SpecialRealsReadAsAStreamWritesThem)
+TEST_P(NumberTextLocaleTest, SpecialRealsEqualStreamText)
 {
     using Limits = std::numeric_limits<double>;
     StreamComparison<double> comparison;
@@ -199,7 +199,7 @@ TEST_P(NumberTextLocaleTest, SpecialRealsReadAsAStreamWritesThem)
                       1234567.5, 9007199254740993.0});
 }
 
-TEST_P(NumberTextLocaleTest, IntegersBesideEveryPowerReadAsAStreamWritesThem)
+TEST_P(NumberTextLocaleTest, IntegersBesideEveryPowerEqualStreamText)
 {
     StreamComparison<std::int32_t> comparison;
 

@@ -24,7 +24,7 @@ std::string Appended(double number)
     return text.Release();
 }
 
-TEST(NumberTextTest, FollowsTheRoundingModeOfTheMoment)
+TEST(NumberTextTest, FollowsTheCurrentRoundingMode)
 {
     EXPECT_EQ(Appended(2.0000001), "2");
     {
@@ -88,7 +88,7 @@ bool TakesTheShortcut(double number)
     return FindSixDigits(std::abs(number), found);
 }
 
-TEST(NumberTextTest, ShortcutServesNumbersWithoutAnExponentFromOneUp)
+TEST(NumberTextTest, ShortcutWritesNumbersFromOneUpWithoutAnExponent)
 {
     for (const double number : {1.0, 1.5, 2.0, 9.0, 9.99999, 12.5, 499999.9, 500000.25, 999999.0, 999999.25}) {
         EXPECT_TRUE(TakesTheShortcut(number)) << number;

@@ -11,7 +11,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-TEST(SchemaPropertyTest, EveryDefinitionReadsAsItsReferenceRendering)
+TEST(SchemaPropertyTest, EveryDefinitionEqualsItsReferenceRendering)
 {
     constexpr int DefinitionsPerSeed = 1000;
     DatabaseApi database;

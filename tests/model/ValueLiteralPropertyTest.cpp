@@ -78,7 +78,7 @@ void ExpectReferenceLiterals(FuzzInput choices)
     EXPECT_LT(withLiteral, CellsPerSeed - CellsPerSeed / 10);
 }
 
-TEST(ValueLiteralPropertyTest, EveryCellReadsAsItsReferenceRenderingInBothLocales)
+TEST(ValueLiteralPropertyTest, EveryCellEqualsItsReferenceRenderingInBothLocales)
 {
     for (const std::uint64_t seed : TestSeeds()) {
         SCOPED_TRACE(Describe(seed));

@@ -105,7 +105,7 @@ TEST(ValueLiteralTest, OfAllBytesOnlyTheQuotesOfATextChange)
     EXPECT_EQ(LiteralOf({Blob, 0, Bytes(bytes.begin(), bytes.end())}), "\"" + bytes + "\"");
 }
 
-TEST(ValueLiteralTest, NumbersFollowTheProcessWideLocaleOfTheMoment)
+TEST(ValueLiteralTest, NumbersFollowTheCurrentProcessWideLocale)
 {
     EXPECT_EQ(LiteralOf({Real, 0, 0.5}), "0.5");
     {
@@ -120,7 +120,7 @@ TEST(ValueLiteralTest, NumbersFollowTheProcessWideLocaleOfTheMoment)
     EXPECT_EQ(LiteralOf({Real, 0, 0.5}), "0.5");
 }
 
-TEST(ValueLiteralTest, TimeIsACallOfSqliteWhateverTheValue)
+TEST(ValueLiteralTest, TimeIsACallOfSqliteForAnyValue)
 {
     const struct {
         DbTableColumnType type;

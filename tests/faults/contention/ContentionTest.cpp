@@ -103,7 +103,7 @@ protected:
     const std::string path = directory.File("contended.db");
 };
 
-TEST_F(ContentionTest, RejectedOperationsAreReportedAndNoEntryIsLostOrDoubled)
+TEST_F(ContentionTest, NoEntryIsLostOrDoubledByRejectedOperations)
 {
     EXPECT_GT(Contend("0"), 0) << "no operation was rejected";
 }

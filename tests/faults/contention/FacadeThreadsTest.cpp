@@ -105,7 +105,7 @@ TEST(FacadeThreadsTest, FacadesOfTwoThreadsDoEverythingAtOnce)
     });
 }
 
-TEST(FacadeThreadsTest, ChosenOperationsOfTwoThreadsAnswerAsRawSqlite)
+TEST(FacadeThreadsTest, RandomOperationsOfTwoThreadsEqualTheReference)
 {
     for (const std::uint64_t seed : TestSeeds()) {
         SCOPED_TRACE(Describe(seed));

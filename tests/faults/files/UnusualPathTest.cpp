@@ -62,7 +62,7 @@ TEST_F(AwkwardNameTest, SqliteRejectsAFileNameThatIsTooLong)
     EXPECT_TRUE(fs::is_empty(directory.Path()));
 }
 
-TEST_F(AwkwardNameTest, DirectoriesWithTooLongANameOrPathAreNotMade)
+TEST_F(AwkwardNameTest, TooLongDirectoryNameOrPathIsNotMade)
 {
     std::string longPath = directory.Path().string();
     while (longPath.size() < TooLong) {
@@ -75,7 +75,7 @@ TEST_F(AwkwardNameTest, DirectoriesWithTooLongANameOrPathAreNotMade)
     EXPECT_TRUE(fs::is_empty(directory.Path()));
 }
 
-TEST_F(AwkwardNameTest, DirectoriesAreMadeForAPathThatIsTooLongForSqlite)
+TEST_F(AwkwardNameTest, DirectoriesAreMadeBeforeSqliteRejectsATooLongPath)
 {
     const std::string inner =
         directory.File(std::string(200, 'a') + "/" + std::string(200, 'b') + "/" + std::string(200, 'c'));
@@ -99,7 +99,7 @@ TEST_F(AwkwardNameTest, OnlyTheMessageContainsWhatFollowsAZeroByte)
     ExpectDirectoryFailure("/proc/none\0hidden/test.db"s);
 }
 
-TEST_F(AwkwardNameTest, NameThatIsOnlyAZeroByteIsATemporaryDatabaseLikeTheEmptyName)
+TEST_F(AwkwardNameTest, ZeroByteNameOpensATemporaryDatabase)
 {
     EXPECT_TRUE(database.OpenDatabase("\0hidden"s, false)) << database.GetLastErrorMsg();
 
@@ -107,7 +107,7 @@ TEST_F(AwkwardNameTest, NameThatIsOnlyAZeroByteIsATemporaryDatabaseLikeTheEmptyN
     EXPECT_EQ(FailureOfOpen("", ForWriting).code, SQLITE_OK);
 }
 
-TEST_F(AwkwardNameTest, BytesThatAreNoUtf8AreKeptAsTheyAre)
+TEST_F(AwkwardNameTest, BytesThatAreNotUtf8AreKept)
 {
     const std::string name = "\xFF\xC3(\xED\xA0\x80\x80.db";
     const std::string file = directory.File("dir\xFE/" + name);
@@ -149,7 +149,7 @@ TEST_F(UnusualFileTest, FullDeviceRejectsEveryChange)
     EXPECT_THAT(database, HasError(SQLITE_FULL, sqlite3_errstr(SQLITE_FULL)));
 }
 
-TEST_F(UnusualFileTest, DeviceThatForgetsEverythingHoldsNoTable)
+TEST_F(UnusualFileTest, NullDeviceHoldsNoTable)
 {
     int result = -1;
     CompareAndOpen("/dev/null");

@@ -56,7 +56,7 @@ TEST_F(LostConversionTest, TextOfAValueIsNotTakenForNull)
     EXPECT_THROW(WithoutMemory([&] { return cursor[0].GetValue<std::string>(); }), std::bad_alloc);
 }
 
-TEST_F(LostConversionTest, TextOfNullIsALogicErrorAlsoAfterALostConversion)
+TEST_F(LostConversionTest, TextOfNullIsALogicErrorAfterALostConversion)
 {
     EXPECT_THROW(WithoutMemory([&] { return cursor[0].GetValue<std::string>(); }), std::bad_alloc);
 
@@ -66,7 +66,7 @@ TEST_F(LostConversionTest, TextOfNullIsALogicErrorAlsoAfterALostConversion)
     EXPECT_THROW(cursor[0].GetValue<std::string>(), std::logic_error);
 }
 
-TEST_F(LostConversionTest, TextOfNullIsALogicErrorWhileTheConnectionHasCode7)
+TEST_F(LostConversionTest, TextOfNullIsALogicErrorDespiteCode7)
 {
     ASSERT_TRUE(cursor.Open("SELECT 4294967296, NULL") && cursor.ReadNext());
     EXPECT_THROW(WithoutMemory([&] { return cursor.GetText(0); }), std::bad_alloc);
@@ -75,7 +75,7 @@ TEST_F(LostConversionTest, TextOfNullIsALogicErrorWhileTheConnectionHasCode7)
     EXPECT_THROW(cursor.GetText(1), std::logic_error);
 }
 
-TEST_F(LostConversionTest, TextOfACommandIsEmptyAndTheNextStepTells)
+TEST_F(LostConversionTest, CommandTextIsEmptyAndTheNextStepFails)
 {
     EXPECT_EQ(WithoutMemory([&] { return command.ColumnText(0); }), "");
 
@@ -84,7 +84,7 @@ TEST_F(LostConversionTest, TextOfACommandIsEmptyAndTheNextStepTells)
     EXPECT_FALSE(command.Finalize());
 }
 
-TEST_F(LostConversionTest, BytesOfACommandAreEmptyAndFinalizingTells)
+TEST_F(LostConversionTest, BytesOfACommandAreEmptyAndFinalizeFails)
 {
     EXPECT_THAT(WithoutMemory([&] { return command.ColumnBlob(0); }), IsEmpty());
 
@@ -92,7 +92,7 @@ TEST_F(LostConversionTest, BytesOfACommandAreEmptyAndFinalizingTells)
     EXPECT_EQ(command.GetLastError(), SQLITE_NOMEM);
 }
 
-TEST_F(LostConversionTest, BytesOfAValueAreEmptyAndClosingTells)
+TEST_F(LostConversionTest, BytesOfAValueAreEmptyAndCloseFails)
 {
     EXPECT_THAT(WithoutMemory([&] { return cursor[0].GetValue<std::vector<char>>(); }), IsEmpty());
 
@@ -102,7 +102,7 @@ TEST_F(LostConversionTest, BytesOfAValueAreEmptyAndClosingTells)
     EXPECT_THAT(cursor, HasError(SQLITE_NOMEM, "out of memory"));
 }
 
-TEST_F(LostConversionTest, LengthIsZeroAndClosingTells)
+TEST_F(LostConversionTest, LengthIsZeroAndCloseFails)
 {
     EXPECT_EQ(WithoutMemory([&] { return cursor.GetLength(0); }), 0);
 

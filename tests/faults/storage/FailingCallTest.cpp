@@ -187,7 +187,7 @@ TEST_P(FailingCallTest, GivesTheReferencesOutcomeAndACompleteContent)
 }
 
 // A fault that no scenario can cause would be in the table without being tested.
-TEST(FailingCallTableTest, EveryFaultIsOfACallThatSomeScenarioCannotDoWithout)
+TEST(FailingCallTableTest, EveryFaultIsOfACallThatAScenarioNeeds)
 {
     std::set<FileCall> necessary;
 

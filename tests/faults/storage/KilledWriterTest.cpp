@@ -69,7 +69,7 @@ protected:
     std::string m_path = m_directory.File("test.db");
 };
 
-TEST_P(KilledWriterTest, KeepsWhatWasAcknowledgedAndNoWriteByHalves)
+TEST_P(KilledWriterTest, KeepsAcknowledgedWritesAndNoIncompleteWrite)
 {
     const int kills = RunsEmulated() ? Rounds(5, 50) : Rounds(10, 100);
     int killed = 0;

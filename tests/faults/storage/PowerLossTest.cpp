@@ -114,7 +114,7 @@ private:
 
 class DurableKeepingTest : public PowerLossTest, public testing::WithParamInterface<DurabilityMode> {};
 
-TEST_P(DurableKeepingTest, KeepsWhatWasAcknowledgedAndNoWriteByHalves)
+TEST_P(DurableKeepingTest, KeepsAcknowledgedWritesAndNoIncompleteWrite)
 {
     int roundsWithLoss = 0;
     int roundsWithRecovery = 0;
@@ -147,7 +147,7 @@ INSTANTIATE_TEST_SUITE_P(
 // A commit removes the journal, and with the settings of a newly opened database nothing syncs the directory
 // afterwards. If the file system does not make the removal durable by itself, the journal comes back and the last write
 // is rolled back.
-TEST_F(PowerLossTest, AsOpenedARemovalThatAwaitsASyncTakesTheLastWriteBackWhole)
+TEST_F(PowerLossTest, UnsyncedJournalRemovalUndoesTheLastWriteCompletely)
 {
     const DurabilityMode mode{"", "PRAGMA cache_size = 4", Removals::AwaitingASync};
     int takenBack = 0;
