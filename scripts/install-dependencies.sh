@@ -6,7 +6,7 @@
 # SET names the purpose:
 #   build             to build the library and the examples
 #   test              also to build and run the tests on this machine (default)
-#   test-all          also in all of their forms, those for the target among them
+#   test-all          also to run the tests with all presets, including those for the target
 #   package           also to make Debian packages for this machine; package-armhf: for the target
 #   install           also to check the packages and what is installed
 #   reference         to write the site of the guide and the reference; check-reference: to check it in a browser

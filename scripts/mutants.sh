@@ -4,7 +4,7 @@
 #
 #   scripts/mutants.sh                      tries every change, in about an hour on two processors
 #   scripts/mutants.sh --sample N [--seed S]
-#                                           tries N changes, chosen at random or as with the seed of an earlier run
+#                                           tries N random changes; the same seed gives the same changes
 #   scripts/mutants.sh --only PATH...       tries the changes in files whose path contains one of these
 #   scripts/mutants.sh --continue           tries the changes that earlier runs did not reach
 #   scripts/mutants.sh --again              tries the changes that survived before

@@ -80,7 +80,7 @@ Statement SampleStatement(int count)
     return statement;
 }
 
-// SQLite may keep only a few pages. Otherwise the memory for pages would hide the memory for the statement.
+// Limits SQLite's cache to a few pages. Otherwise the memory for pages would hide the memory for the statement.
 void WriteStatement(std::FILE* output, const Statement& statement, const char* separator)
 {
     DatabaseApi database;

@@ -86,7 +86,8 @@ private:
     std::int32_t m_position = AtEnd;
     DbTableRowValues* m_row = nullptr;
     std::uintptr_t m_reserved = 0;
-    // Part of the layout, otherwise unused. Naming it prevents clang's warning about unused private fields.
+    // `m_reserved` is part of the layout and otherwise unused. Naming it here prevents clang's warning about unused
+    // fields.
     static_assert(sizeof(m_reserved) == sizeof(void*));
 };
 

@@ -187,7 +187,8 @@ std::string SqlCommand::ColumnText(int column) const
     if (!m_impl->RowAvailable()) {
         return {};
     }
-    // The length is read first: that may convert the value, and the pointer must be that of the converted value.
+    // The length is read first, because reading it may convert the value; the pointer must be that of the converted
+    // value.
     const int bytes = sqlite3_column_bytes(m_impl->statement, column);
     if (bytes <= 0) {
         return {};

@@ -18,8 +18,8 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 
-// Files that SQLite rejects when they are opened or first used. Its error is passed on, and the files keep their
-// content.
+// Files that SQLite rejects when they are opened or first used. The library returns SQLite's error, and the files keep
+// their content.
 class SqlDatabaseBadFileTest : public testing::Test {
 protected:
     // A database with one row in a directory that everybody may enter.

@@ -140,7 +140,7 @@ TEST_F(DatabaseApiLongWalkTest, FacadeReleasesItsRowWhenAQueryIsBegun)
 
 #if !TKOSQLLITE_ADDRESS_SANITIZER
 
-/// Ends this process after a walk over all rows or a complete read, with 32 MiB more memory than now.
+/// Reads all rows, with a walk or a complete read, in at most 32 MiB more memory than now. Then ends this process.
 [[noreturn]] void ReadInLittleMemory(DatabaseApi& database, bool walk)
 {
     std::size_t pages = 0;

@@ -27,7 +27,7 @@ protected:
         RawSqlite(path).Execute("CREATE TABLE " + quoted + " (a); INSERT INTO " + quoted + " VALUES (1), (2)");
     }
 
-    /// The table with its rows is there after every test.
+    /// Checks after every test that the table exists and has its rows.
     void TearDown() override { EXPECT_THAT(RawRows("SELECT count(*) FROM " + quoted), ElementsAre(ElementsAre("2"))); }
 
     /// The result of raw SQLite for the query that tests whether the table exists.

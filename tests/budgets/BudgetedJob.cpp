@@ -1,5 +1,5 @@
-// Does one job on 1,000 rows or files, whose instructions another program counts, and prints the number of its heap
-// allocations.
+// Does one job on 1,000 rows or files and prints the number of the job's heap allocations. Another program counts the
+// instructions of the job.
 
 #include <charconv>
 #include <cstdio>

@@ -41,7 +41,7 @@ DbTableColumnValue RandomCell(FuzzInput& choices)
     cell.type = static_cast<DbTableColumnType>(choices.OneIn(20) ? static_cast<std::int32_t>(choices.Bits())
                                                                  : static_cast<std::int32_t>(choices.Below(14)) - 2);
     cell.column = choices.Bits();
-    // Mostly quotes, because only they are changed, between bytes of every kind.
+    // Many of the bytes are quotes, because the library changes only quotes. The others are bytes of every kind.
     const std::string bytes =
         choices.TextOf("'\"''\"\"ab \0\n\\%;\x7F\x80\xC3\xA4\xFF"sv, choices.OneIn(10) ? 300 : 12);
     switch (choices.Below(4)) {

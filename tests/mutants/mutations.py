@@ -194,7 +194,7 @@ def qualified_name(function: Cursor) -> str:
 
 
 def mutants_of(path: pathlib.Path, name: str, arguments: list[str]) -> list[Mutant]:
-    """The mutants of one file, which the project calls `name`, in the order of the file."""
+    """The mutants of one file, in their order in the file. `name` is its path in the project."""
     finder = Finder(path, arguments)
     source, mutants = finder.source, []
     alike: collections.Counter[tuple[str, str, str]] = collections.Counter()

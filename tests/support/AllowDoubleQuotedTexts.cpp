@@ -1,5 +1,5 @@
-// Linked into the tests if SQLite is built without double-quoted texts: all their connections allow these texts. An
-// application that writes texts on such a SQLite does the same.
+// Linked into the tests if SQLite is built without double-quoted texts: all connections of the tests then accept these
+// texts. An application that writes texts on such a SQLite does the same.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 

@@ -20,7 +20,7 @@ enum class Memory { OfNew, OfSqlite };
 ///         if (!failing.Fired()) { break; }   // Act() needs no more allocations than these
 ///     }
 ///
-/// Test macros allocate too, so check the result after the object is destroyed, or after its one failure fired.
+/// Test macros allocate too, so check the result after the object is destroyed, or after its only failure has happened.
 class OomInjector {
 public:
     explicit OomInjector(int succeeding, FailureExtent extent = FailureExtent::Once, Memory memory = Memory::OfNew);

@@ -191,7 +191,7 @@ void ReferenceFacade::ReadRow(DbTableRowValues& row) const
     }
 }
 
-// If the query has no statement, the loop ends at once; the error is the cursor's in any case.
+// If the query has no statement, the loop ends at once. The error is always copied from the cursor.
 bool ReferenceFacade::ReadValues(const std::string& sql, DbTableData& data) const
 {
     if (!OpenQuery(sql)) {

@@ -67,7 +67,7 @@ std::vector<CodesRow> CodesRows()
 
 const std::string Sqlites = "SQLite's";
 
-/// "SQLite's", "SQLite's, 5", "unchanged" or a number. Only "SQLite's" and a number may be combined.
+/// The cell is "SQLite's", "SQLite's, 5", "unchanged" or a number. Only "SQLite's" and a number may be combined.
 int ExpectedCode(const std::string& cell, const SituationResult& outcome)
 {
     if (cell == "unchanged") {
@@ -88,7 +88,7 @@ int ExpectedCode(const std::string& cell, const SituationResult& outcome)
     return outcome.raw->code;
 }
 
-/// "SQLite's", "unchanged", or texts in quotes and names of values, joined by " + ".
+/// The cell is "SQLite's", "unchanged", or texts in quotes and names of values, joined by " + ".
 std::string ExpectedMessage(const std::string& cell, const SituationResult& outcome)
 {
     if (cell == "unchanged") {

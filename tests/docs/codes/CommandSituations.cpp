@@ -26,7 +26,7 @@ Run ExecutingACommand(const std::string& sql, bool open = true)
     };
 }
 
-/// Prepares a command that has an earlier error. On a closed connection only another Prepare can leave one.
+/// Prepares a command that has an earlier error. On a closed connection only another Prepare can leave an error.
 Run Preparing(std::string_view sql, bool open = true)
 {
     return [=] {

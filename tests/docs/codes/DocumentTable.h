@@ -34,8 +34,8 @@ inline std::vector<std::string> CellsOfLine(const std::string& line)
     return cells;
 }
 
-/// The rows of every table of a document, in order, without those of column titles. Each row begins with the heading of
-/// its section. Empty if there is no such file.
+/// The rows of every table of a document, in order, without the rows of column titles. Each row begins with the heading
+/// of its section. Empty if there is no such file.
 inline std::vector<std::vector<std::string>> TableRows(const std::string& path)
 {
     std::vector<std::vector<std::string>> rows;

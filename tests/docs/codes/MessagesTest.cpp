@@ -60,7 +60,7 @@ DbTableDataWrite OneReal(double number)
     return OneCell({.type = DbTableColumnType::Real, .value = number});
 }
 
-/// A facade on a temporary file with the table t, whose column a is 1, and a list of its failures.
+/// A facade on a temporary file, and a list of its failures. The table t in the file has one row, whose column a is 1.
 struct Failures {
     Failures() { database.Execute("CREATE TABLE t (a INTEGER UNIQUE, b TEXT); INSERT INTO t VALUES (1, 'one')"); }
 

@@ -52,7 +52,7 @@ SituationResult ExecutedOnNoDatabase()
                    [&] { return facade.database.Execute("SELECT * FROM t"); });
 }
 
-/// Writes or updates; `sql` gives SQLite's result. The invalid cell of the request is its second, of column 4.
+/// Writes or updates; `sql` gives SQLite's result. The second cell of the request is invalid; its column is 4.
 Run Sending(const std::function<bool(DatabaseApi&)>& request, const std::string& sql, bool open)
 {
     return [=] {

@@ -50,7 +50,7 @@ public:
         : m_number(number), m_waits(timeout != "0")
     {
         // The power does not fail in this test, and workers that do not wait for the disk compete more often. The
-        // statement also reads the file.
+        // first busy_timeout is needed because setting `synchronous` reads the file.
         Require(m_database.OpenDatabase(path, false) &&
                 m_database.Execute("PRAGMA busy_timeout = 60000; PRAGMA synchronous = OFF; PRAGMA busy_timeout = " +
                                    timeout));

@@ -97,7 +97,7 @@ bool ReadColumns(Subject& subject, SqlCommand& command)
     return command.Prepare(Query) && command.BindInteger(1, 0) && StepRows(command, read) && command.Reset();
 }
 
-// A failed conversion shows at the latest in the code of the statement's next Step(), Reset() or Finalize().
+// A failed conversion is reported at the latest by the statement's next Step(), Reset() or Finalize().
 bool ReadConverted(Subject& subject, SqlCommand& command)
 {
     command.Finalize();

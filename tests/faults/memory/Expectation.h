@@ -61,7 +61,7 @@ public:
     /// Repeats the scenario with the same objects after the attempt, while memory is available.
     void ExpectAgain(const Attempt& attempt, Subject& subject) const;
 
-    /// Checks what the file contains after that repetition, given its content before.
+    /// Checks what the file contains after ExpectAgain(); `before` is its content before ExpectAgain().
     void ExpectContentAgain(const Attempt& attempt, const std::string& before, const std::string& content) const;
 
     std::vector<std::string> UnusedAllowances() const;

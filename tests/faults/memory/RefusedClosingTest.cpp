@@ -24,8 +24,8 @@ void ExpectDestructionToAbort(std::optional<Owner>& owner)
         testing::KilledBySignal(SIGABRT), "");
 }
 
-// The only situation in which running out of memory ends the process: a connection object is destroyed, SQLite refuses
-// to close its connection, and the message cannot be stored. It cannot happen if statements are destroyed before their
+// The only situation in which running out of memory ends the process: a connection object is destroyed, SQLite rejects
+// closing its connection, and the message cannot be stored. It cannot happen if statements are destroyed before their
 // database.
 TEST(RefusedClosingDeathTest, ConnectionDestroyedBeforeItsStatementEndsTheProcessWithoutMemory)
 {
