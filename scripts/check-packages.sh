@@ -43,7 +43,7 @@ cp examples/first_steps/main.cpp "$root/project/first_steps.cpp"
 cp build/packages/*.deb build/packages/armhf/*.deb "$root/packages/"
 cp "$(command -v qemu-arm-static)" "$root/usr/bin/"
 
-# The program is built on this machine; on the other system it finds only what apt installed.
+# The program is built on this machine. On the other system it can use only the packages that apt installed.
 build_here()
 {
     mkdir -p "$work/$1" && dpkg-deb -x "build/packages/$2"libtkosqllite_*.deb "$work/$1/files" &&

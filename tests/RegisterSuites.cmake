@@ -1,7 +1,7 @@
 # register_suites(PROGRAM [TIMEOUT SECONDS] [LABEL NAME [FOR CLASS...]])
 #
-# Registers each suite of a GoogleTest program as a test of CTest, when the program is built. One process for each
-# suite is a tenth of the processes that one for each case would be. This saves time with sanitizers and under
+# Registers each suite of a GoogleTest program as a test of CTest, when the program is built. A process runs a
+# complete suite, not a single case. That takes a tenth of the processes, which saves time with sanitizers and under
 # emulation. The label is for the suites of these classes, or for all suites. ${CMAKE_BINARY_DIR}/cases has a list of
 # the program's cases, and each run of a suite writes its results to ${CMAKE_BINARY_DIR}/results: scripts/test.sh counts
 # both.

@@ -56,7 +56,7 @@ template <typename Action>
     sqlite3_finalize(statement);
 }
 
-// The two ways to read a cell. Each object is one cell of the current row.
+// ByValue and ByColumn are the two ways to read a cell. Each object is one cell of the current row.
 class ByValue {
 public:
     ByValue(sqlite3_stmt* statement, int column) : m_value(sqlite3_column_value(statement, column)) {}

@@ -1,4 +1,4 @@
-// Keeps an inventory of the installed Debian packages in a database and tells what changed since the previous run.
+// Keeps an inventory of the installed Debian packages in a database and prints what changed since the previous run.
 //
 //   package_inventory DATABASE [STATUS-FILE]
 

@@ -100,7 +100,7 @@ public:
 
     /// A copy of the text of column `column` (from 0) up to its first zero byte. Throws std::logic_error for every
     /// NULL: check GetValue(column).GetValueType() first if a column may hold NULL. Throws std::bad_alloc when SQLite
-    /// has no memory for the text; SQLite may then have set the value to NULL, as Close() tells with code 7.
+    /// has no memory for the text; SQLite may then have set the value to NULL; Close() reports this with code 7.
     std::string GetText(int column) const;
 
     /// The bytes of column `column` (from 0), owned by SQLite and valid until the next ReadNext(), Reset() or Close(),

@@ -26,7 +26,7 @@ class SqliteValue {
 public:
     explicit SqliteValue(const SqlValue& value) noexcept : m_value(value.ValueInstance()) {}
 
-    /// The storage class. It is not in StorageClass if SQLite has added one.
+    /// The storage class. A newer SQLite may return a class that StorageClass does not list.
     StorageClass Type() const;
 
     /// The value as a 32-bit integer; a wider value is cut to its low 32 bits.

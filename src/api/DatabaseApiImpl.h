@@ -72,7 +72,7 @@ struct __attribute__((visibility("hidden"))) DatabaseApi::Impl {
     /// Fetches the cursor's next row without resetting the code.
     bool ReadNextRow(DbTableRowValues& row);
 
-    /// Converts the cursor's current row, up to the first cell that fails. The code tells afterwards whether the row is
+    /// Converts the cursor's current row, up to the first cell that fails. The code is 0 afterwards if the row is
     /// complete. If the code was not 0 before, the row has no cells.
     void ReadRow(const SqlTable& cursor, DbTableRowValues& row);
 

@@ -28,7 +28,7 @@ protected:
 __attribute__((visibility("default"))) std::unique_ptr<IDatabaseApi>
 MakeNotingDatabase(std::vector<std::string>& calls);
 
-/// The same object as a Named: the interface is its second base.
+/// An object of the same kind that is returned as a Named: the interface is its second base.
 __attribute__((visibility("default"))) std::unique_ptr<Named> MakeNamedDatabase(std::vector<std::string>& calls);
 
 /// Whether the other library recognises the object as an object of its class.

@@ -22,7 +22,7 @@ SEPARATOR = "\x1e"
 INCLUDE = re.compile(r"^#include .*\n", re.M)
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
-# The page that lists the headers for the code of the other pages.
+# The page with the #include lines that the code of all pages needs.
 GUIDE = PROJECT / "docs" / "guide" / "README.md"
 
 

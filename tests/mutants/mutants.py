@@ -48,7 +48,7 @@ def choose(options: argparse.Namespace, mutants: list[Mutant], earlier: dict[Key
         chosen = [mutant for mutant in chosen if earlier.get(mutant.key) == "survived"]
     if options.sample is None:
         return chosen
-    # A suppressed mutant would survive again and take the longest; a full run tells whether it still survives.
+    # A suppressed mutant would survive again and take the longest. Only a full run checks that it still survives.
     suppressed = read_suppressions(SUPPRESSIONS)
     chosen = [mutant for mutant in chosen if mutant.key not in suppressed]
     seed = random.randrange(1_000_000) if options.seed is None else options.seed

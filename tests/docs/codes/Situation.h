@@ -130,7 +130,7 @@ struct SituationFile {
 
 using SituationConnection = SituationFile<SqlDatabase>;
 
-/// The same for a facade, whose error is 112 "Missing command.".
+/// A facade on such a file. The facade has the error 112 "Missing command." of an earlier failure.
 struct SituationFacade : SituationFile<DatabaseApi> {
     explicit SituationFacade(bool open = true) : SituationFile(open) { FailBefore(); }
 

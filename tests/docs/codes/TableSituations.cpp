@@ -31,7 +31,7 @@ SituationResult CreatedReadOnly()
     });
 }
 
-/// An operation that tests whether a table exists, on a table.
+/// Runs an operation of the facade on the table of this name. The operation first tests whether the table exists.
 using TableOperation = std::function<std::string(DatabaseApi&, const std::string&)>;
 
 std::string Exists(DatabaseApi& database, const std::string& table)

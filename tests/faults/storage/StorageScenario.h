@@ -36,7 +36,7 @@ private:
 struct StorageScenario {
     std::string name;
 
-    /// The steps with the fault: the operation that the scenario is named for.
+    /// The steps during which a call fails. The scenario is named for this operation.
     StorageSteps act;
 
     /// Raw SQL statements that change the content from one state that the operation may leave to the next. The last
