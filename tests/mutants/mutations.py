@@ -29,8 +29,8 @@ BLOCKS = {Kind.COMPOUND_STMT, Kind.CASE_STMT, Kind.DEFAULT_STMT}
 JUMPS = {Kind.BREAK_STMT, Kind.CONTINUE_STMT}
 LEFT_OUT = {Kind.STATIC_ASSERT, Kind.USING_DECLARATION, Kind.TYPE_ALIAS_DECL}
 
-# File, function, the lines before and after the mutation, and the number, from 1, among equal mutations of the file. The
-# key stays the same when lines move.
+# File, function, the lines before and after the mutation, and the number, from 1, among equal mutations of the file.
+# The key stays the same when lines move.
 Key = tuple[str, str, str, str, int]
 Change = tuple[int, int, str]  # the offsets of the replaced text, and its replacement
 

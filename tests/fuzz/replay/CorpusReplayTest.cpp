@@ -48,7 +48,7 @@ TEST_P(CorpusReplayTest, EveryInputOfTheCorpusEndsWithoutAFinding)
         const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
         ASSERT_TRUE(file) << input;
         std::cout << input.filename()
-                  << std::endl; // a finding ends the program: the last name printed is that of its input
+                  << std::endl; // a finding ends the program, so the last name printed is the failing input
         GetParam().target(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
     }
 
