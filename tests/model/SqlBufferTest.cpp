@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "model/Strings.h"
+#include "model/ValueLiteral.h"
+#include "support/Cells.h"
 #include "support/NumberLocales.h"
 #include "support/OomInjector.h"
 
@@ -40,6 +42,20 @@ TEST(SqlBufferTest, GrowsBeyondItsExpectedSize)
     }
 
     EXPECT_EQ(text.Release(), expected);
+}
+
+TEST(SqlBufferTest, EveryPieceFitsIntoAnyFreeSpace)
+{
+    for (std::size_t free = 0; free < 8; ++free) {
+        SCOPED_TRACE(free);
+        SqlBuffer joined(free);
+        joined.Append(',', "abcd");
+        EXPECT_EQ(joined.Release(), ",abcd");
+
+        SqlBuffer quoted(free);
+        EXPECT_TRUE(ColumnValueAsString(TextCell("abcd"), quoted));
+        EXPECT_EQ(quoted.Release(), "\"abcd\"");
+    }
 }
 
 TEST(SqlBufferTest, GrowingTakesAboutTwiceAtMost)
