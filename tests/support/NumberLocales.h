@@ -83,6 +83,7 @@ inline std::vector<NumberLocale> NumberLocales()
             {"LetterForAPoint", with(new Punctuation('e', '-', ""))},
             {"CombinedUnderTheClassicName", std::locale::classic().combine<std::numpunct<char>>(comma)},
             {"DigitsWidened", with(new WideningToX)},
+            {"EveryFacetReplaced", std::locale(std::locale(comma, new WideningToX), new FixedNumbers("7", false))},
             {"NoText", with(new FixedNumbers("", false))},
             {"Throwing", with(new FixedNumbers("", true))},
             {"ThrowingAfterSomeText", with(new FixedNumbers("12", true))}};
