@@ -142,7 +142,7 @@ Situations OpeningSituations()
         {open, "a database is open already", OpenedTwice},
         {open, "a database is open already and could not be closed", OpenedAfterARejectedClose},
         {close, "a query is still held", Closing(query)},
-        {close, "a whole read is still held", Closing(read)},
+        {close, "a complete read is still held", Closing(read)},
         {close, "a prepared statement is still held", Closing(statement)},
         {close, "the database is closed", Closing(nothing, false)},
         {"SqlDatabase::Open", "a connection is open already", ConnectionOpenedTwice},
