@@ -224,7 +224,12 @@ const std::map<std::string, Cause> Causes{
          failures.Reopen(true);
          Execute("INSERT INTO t VALUES (2, 'two')")(failures);
      }},
-    {"opening a file that is not there read-only, or a directory",
+    {"opening a directory read-only",
+     [](Failures& failures) {
+         failures.database.CloseDatabase();
+         failures.Add(failures.database.OpenDatabase(failures.directory.Path().string(), true));
+     }},
+    {"opening a file that is not there read-only, or a directory to write",
      [](Failures& failures) {
          failures.database.CloseDatabase();
          failures.Add(failures.database.OpenDatabase(failures.directory.File("absent.db"), true));
@@ -261,6 +266,31 @@ const std::map<std::string, Cause> Causes{
          failures.database.SqlQueryBegin("SELECT 1");
          failures.database.ExistData("t", "", failures.result);
          failures.Add(failures.database.ReadNextRow(failures.row));
+     }},
+    {"CreateTable, WriteTableValues or another operation with an empty table name",
+     [](Failures& failures) {
+         failures.Add(failures.database.CreateTable({}));
+         Write(OneText("kitchen"), "")(failures);
+         failures.Add(failures.database.UpdateTableValues("", OneText("kitchen"), ""));
+         failures.Add(failures.database.DropTable(""));
+     }},
+    {"UpdateTableValues without columns", Update({.columns = {}, .rows = OneText("kitchen").rows}, "")},
+    {"Execute with an empty text", Execute("")},
+    {"ReadValues or SqlQueryBegin with an empty text",
+     [](Failures& failures) {
+         failures.Add(failures.database.ReadValues("", failures.data));
+         failures.Add(failures.database.SqlQueryBegin(""));
+     }},
+    {"GetValue of a column that the query of a SqlTable does not have",
+     [](Failures& failures) {
+         SqlDatabase connection;
+         connection.Open(failures.path, true);
+         SqlTable table(connection);
+         table.Open("SELECT a FROM t");
+         table.ReadNext();
+         SqlValue value = table["b"];
+         value.GetValue<int>();
+         failures.AddOf(value, value.GetLastError() == 0);
      }},
     {"AlterTable with a quoted name",
      [](Failures& failures) {
