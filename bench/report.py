@@ -173,7 +173,7 @@ def flatness(figures):
         c = figures.per_row(job, LARGEST, FLOOR).median / figures.per_row(job, SIZES[0], FLOOR).median
         apart = ratio_large.low > ratio_small.high or ratio_large.high < ratio_small.low
         sentences.append(f"{title}: the cost per row changes by a factor of {large.median / small.median:.2f} "
-                         f"(C: {c:.2f}). The quartiles of the ratio to C {'do not overlap' if apart else 'overlap'}.")
+                         f"(C: {c:.2f}). The quartiles of the ratio to C {'do not overlap, so the ratio differs between the sizes' if apart else 'overlap'}.")
     return "\n".join(f"- {sentence[0].upper()}{sentence[1:]}" for sentence in sentences)
 
 
