@@ -40,6 +40,8 @@ write_pages()
     TKOSQLLITE_VERSION=$(sed -n 's/^ *VERSION \([0-9.]*\)$/\1/p' CMakeLists.txt) doxygen docs/reference/Doxyfile &&
         # Removes the backslash that Doxygen keeps before a bar in a table.
         sed -i '/class="markdownTable/s/\\|/|/g' "$html"/*.html &&
+        # Marks where a line may end in the path of a file.
+        sed -i 's|\xe2\x80\x8b|<wbr>|g' "$html"/*.html &&
         # Removes the namespace that enumerations have in the navigation tree.
         sed -i 's/"Morvik::sql::/"/' "$html"/group__*.js &&
         cp docs/*/*.svg "$html" &&

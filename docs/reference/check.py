@@ -6,7 +6,7 @@ usage: check.py DIRECTORY     prints what is wrong, a line each
 Every page of the guide is in the navigation tree and leads to its neighbours. Every public member is described. Every
 link, anchor, picture and place that the search can find exists. Nothing is written to the console, and no page is wider
 than the window, on a telephone and on a desktop, light and dark, chosen by the system and by the switch. Every block of
-code has a copy button. The search finds what readers type.
+code has a copy button, and inline code is that of the source. The search finds what readers type.
 """
 
 import json
@@ -22,6 +22,8 @@ from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import WebDriverWait
 
+from page import page_name
+
 TELEPHONE, DESKTOP = (375, 667), (1300, 850)
 LEAST_CONTRAST = 4.5  # what the Web's accessibility guidelines ask of body text
 LEAST_SIZE = 10  # pixels
@@ -31,11 +33,24 @@ SEARCHES = {
     "busy": "transactions.html#transactions-waiting-for-others",
     "transaction": "transactions.html",
     "apostrophe": "writing.html#writing-apostrophes",
-    "112": "codes.html",
+    "112": "codes.html#codes-the-codes-by-number",
     "Missing table name": "codes.html",
     "near \")\"": "messages.html",
     "database is locked": "transactions.html#transactions-waiting-for-others",
     "null": "reading.html#reading-null",
+    "blob": "writing.html#writing-blobs-null-and-zero-bytes",
+    "delete": "writing.html#writing-deleting-rows",
+    "row by row": "walking.html",
+    "read only": "files.html#files-opening-to-read-only",
+    "timestamp": "writing.html#writing-what-a-cell-becomes",
+    "upgrade": "migration.html",
+    "precision": "writing.html#writing-digits",
+    "concurrency": "threads.html",
+    "retry": "transactions.html#transactions-waiting-for-others",
+    "tutorial": "getting-started.html",
+    "windows": "index.html",
+    "unicode": "writing.html#writing-what-a-cell-becomes",
+    "raspberry": "device.html",
     "install": "index.html#index-install",
     "ReadNext": "classMorvik_1_1sql_1_1SqlTable.html",
     "next row": "classMorvik_1_1sql_1_1DatabaseApi.html",
@@ -85,7 +100,28 @@ LINKS = """
 return [...document.querySelectorAll('a[href], link[href], img, script[src]')].map(
     link => link.href?.baseVal ?? link.href ?? link.src);
 """
+# The text of a page without its blocks of code, and its prose.
+WORDS = """
+const page = document.querySelector('.contents').cloneNode(true);
+page.querySelectorAll('.fragment').forEach(block => block.remove());
+const all = page.textContent;
+page.querySelectorAll('code').forEach(code => code.remove());
+return {all, prose: page.textContent};
+"""
 RESULTS = """return [...document.querySelectorAll('#MSearchResultsWindow a')].map(link => link.href);"""
+
+
+def sources():
+    """The inline code of each page of Markdown."""
+    pages = {}
+    for path in (path for folder in (".", "docs", "docs/guide") for path in pathlib.Path(folder).glob("*.md")):
+        text = re.sub(r"(?ms)^ *```.*?^ *```$", "", path.read_text(encoding="utf-8"))
+        pages[page_name(path.resolve()) + ".html"] = {
+            " ".join(code.replace("\\|", "|").split()) for code in re.findall(r"`+([^`]+)`+", text)}
+    return pages
+
+
+SOURCES = sources()
 
 
 class Reader:
@@ -150,11 +186,22 @@ class Reader:
         for link in sorted(set(self.browser.execute_script(LINKS))):
             if not link.startswith("javascript:") and not self.leads_somewhere(link):
                 self.find(page, f"leads nowhere: {link}")
+        self.check_words(page)
         for size, scheme in ((DESKTOP, "light"), (DESKTOP, "dark"), (TELEPHONE, "dark"), (TELEPHONE, "light")):
             self.hold(size, scheme)
             self.check_look(f"{page} ({size[0]} wide, {scheme})", size[0], scheme)
         for entry in self.browser.get_log("browser"):
             self.find(page, f"on the console: {entry['message']}")
+
+    def check_words(self, page):
+        """Doxygen keeps the code of the source, and leaves no sign of Markdown."""
+        words = self.browser.execute_script(WORDS)
+        if page in SOURCES and "**" in words["prose"]:
+            self.find(page, "has a ** outside of code")
+        shown = " ".join(words["all"].split())
+        for code in SOURCES.get(page, []):
+            if code not in shown:
+                self.find(page, f"does not have the code {code}")
 
     def check_look(self, where, width, scheme):
         self.wait(lambda browser: browser.execute_script(

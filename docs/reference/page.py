@@ -62,7 +62,10 @@ def link(page, mark, text, target):
     if path.parent == PROJECT / "include/sql":
         return reference(f"Morvik::sql::{path.stem}", text)
     where = path.relative_to(PROJECT)  # a file of the sources, which the site does not have
-    return text if str(where) in text or text.strip("`") == path.name else f"{text} (`{where}`)"
+    if str(where) in text or text.strip("`") == path.name:
+        return text
+    # A line may end after a slash: scripts/reference.sh replaces the space of no width.
+    return f"{text} (`{where}`)".replace("/", "/\u200b")
 
 
 def reference(name, text):
@@ -103,6 +106,7 @@ def operation_link(code, section, classes):
 def prose(lines, page, section):
     """Changes the links, and the code that names an operation."""
     parts = re.split(r"(`+[^`]*`+)", "\n".join(lines))
+    parts[1::2] = [re.sub(r"%(?=\w)", "%%", part) for part in parts[1::2]]  # a percent sign alone would disappear
     for number, part in enumerate(parts):
         if number % 2 == 1 and not parts[number - 1].endswith("["):
             code = part.strip("`")  # an apostrophe would end the code between single backticks

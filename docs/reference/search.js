@@ -69,10 +69,13 @@ function close() {
 
 // Pages that are searched for less, or more, than others.
 const weights = {'contributing.html': 0.3, 'architecture.html': 0.3, 'changelog.html': 0.3, 'more-devices.html': 0.6,
-                 'codes.html': 2, 'messages.html': 4};
-const weight = url => weights[url.replace(/#.*/, '')] ?? 1;
+                 'codes.html': 2, 'codes.html#codes-the-codes-by-number': 5, 'walking.html': 2, 'messages.html': 4};
+const weight = url => weights[url] ?? weights[url.replace(/#.*/, '')] ??
+    (/^struct/.test(url) ? 0.4 : /^(class|group)/.test(url) ? 0.8 : 1);
 // Words that newcomers type and the pages do not use.
-const synonyms = {injection: 'untrusted', license: 'licence', multithreading: 'thread'};
+const synonyms = {concurrency: 'thread', injection: 'untrusted', license: 'licence', multithreading: 'thread',
+                  precision: 'digits', raspberry: 'device', retry: 'wait', timestamp: 'datetimenow', tutorial: 'started',
+                  unicode: 'utf', upgrade: 'migration', windows: 'linux'};
 const humps = text => text.replace(/([a-z0-9])([A-Z])/g, '$1 $2');
 
 function build() {
@@ -92,7 +95,7 @@ function places(typed) {
     const words = lunr.tokenizer(typed).map(word => synonyms[word] ?? String(word));
     const found = SearchBox.index.query(query => words.forEach(word => {
         query.term(word, {boost: 10});
-        if (word.length > 1) query.term(word, {boost: 2, wildcard: lunr.Query.wildcard.TRAILING, usePipeline: false});
+        if (word.length > 1 && lunr.stopWordFilter(word)) query.term(word, {boost: 2, wildcard: lunr.Query.wildcard.TRAILING, usePipeline: false});
         if (word.length > 4) query.term(word, {editDistance: 1, usePipeline: false});
     }));
     const plain = text => text.toLowerCase().replace(/\s+/g, ' ').trim();

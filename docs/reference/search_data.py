@@ -11,8 +11,8 @@ import re
 import sys
 
 SKIPPED = {"toc", "neighbours", "memberdecls", "groupheader", "permalink", "mlabels", "ingroups"}
-EMPTY = {"area", "base", "br", "col", "hr", "img", "input", "link", "meta"}
-INLINE = {"a", "b", "code", "em", "i", "small", "span", "strong", "tt", "tspan"}
+EMPTY = {"area", "base", "br", "col", "hr", "img", "input", "link", "meta", "wbr"}
+INLINE = {"a", "b", "code", "em", "i", "small", "span", "strong", "tt", "tspan", "wbr"}
 
 
 class Page(html.parser.HTMLParser):
