@@ -69,6 +69,7 @@ def link(page, mark, text, target):
 
 
 def reference(name, text):
+    text = text.replace('"', "&quot;")
     if re.fullmatch("`[^`]*`", text):
         return f'<code>@ref {name} "{text[1:-1]}"</code>'
     return f'@ref {name} "{text.replace("`", "")}"'
