@@ -180,9 +180,9 @@ bool DatabaseApi::Impl::ReadValues(const std::string& sql, DbTableData& data)
     // If the text has no statement, the cursor stays closed, and there are no rows to read.
     while (table.ReadNext()) {
         // The row is appended first and read into its final place. If it is not complete, it is removed.
-        std::vector<DbTableColumnValue>& cells = data.rows.emplace_back().cells;
+        data.rows.emplace_back();
         try {
-            AppendCells(table, cells);
+            AppendCells(table, data.rows.back().cells);
         } catch (...) {
             data.rows.pop_back();
             throw;
