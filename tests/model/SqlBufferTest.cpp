@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <locale>
+#include <utility>
+
+#include "model/NumberText.h"
 #include "model/Strings.h"
 #include "model/ValueLiteral.h"
 #include "support/Cells.h"
@@ -79,13 +83,41 @@ TEST(SqlBufferTest, KeepsWhatIsWrittenInItsReservedBytes)
     EXPECT_EQ(text.Release(), "xy");
 }
 
-TEST(SqlBufferTest, KnowsWhetherNumbersNeedAStream)
+TEST(SqlBufferTest, ExpectedSizeIsAllocatedOnce)
 {
-    EXPECT_TRUE(SqlBuffer(0).HasPlainNumbers());
+    SqlBuffer text(12);
+    const OomInjector failing(0);
 
+    for (const char letter : {'a', 'b', 'c'}) {
+        text.Append(letter);
+    }
+    text.Append(',', "ab");
+    text.Append(',', "abcde");
+
+    EXPECT_FALSE(failing.Fired());
+    EXPECT_EQ(text.Release(), "abc,ab,abcde");
+}
+
+TEST(SqlBufferTest, NumbersNeedAStreamIfALocaleWritesThemDifferently)
+{
+    const std::locale otherOrder(std::locale::classic(), new std::collate<char>);
+    for (const auto& [locale, plain] : {std::pair(std::locale::classic(), true), std::pair(otherOrder, true),
+                                        std::pair(std::locale(std::locale::classic(), new Punctuation), false)}) {
+        const ScopedGlobalLocale scoped(locale);
+
+        EXPECT_EQ(SqlBuffer(0).HasPlainNumbers(), plain);
+    }
+}
+
+TEST(SqlBufferTest, LocaleIsThatOfItsConstruction)
+{
+    SqlBuffer text(0);
     const ScopedGlobalLocale locale;
 
-    EXPECT_FALSE(SqlBuffer(0).HasPlainNumbers());
+    AppendNumber(text, 1234567);
+    AppendNumber(text, -0.5);
+
+    EXPECT_EQ(text.Release(), "1234567-0.5");
 }
 
 TEST(StringsTest, PiecesAreConcatenatedInOneAllocationOfTheirSize)
