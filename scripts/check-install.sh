@@ -133,7 +133,7 @@ with_cmake()
 }
 static_with_pkg_config()
 {
-    PKG_CONFIG_PATH=$project/build/native/tests/install/work/static/files/lib/pkgconfig PKG_CONFIG='pkg-config --static' \
+    PKG_CONFIG_PATH=$project/build/native/tests/install/projects/static/files/lib/pkgconfig PKG_CONFIG='pkg-config --static' \
         "$tests/consume.sh" "$work/consumer" "$first_steps" g++ -std=c++20
 }
 step "Building projects with CMake" quietly with_cmake
