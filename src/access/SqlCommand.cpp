@@ -21,6 +21,13 @@ int ByteCount(std::size_t size)
     return static_cast<int>(std::min<std::size_t>(size, std::numeric_limits<int>::max()));
 }
 
+// Stores the message and frees it.
+[[gnu::cold, gnu::noinline]] void TakeErrorMsg(char* text, SqlError& error)
+{
+    const std::unique_ptr<char, decltype(&sqlite3_free)> owned(text, sqlite3_free);
+    error.SetErrorMsg(text);
+}
+
 } // namespace
 
 class __attribute__((visibility("hidden"))) SqlCommand::Impl : public SqlError {
@@ -69,14 +76,12 @@ SqlCommand& SqlCommand::operator=(SqlCommand&& other) noexcept = default;
 
 SqlCommand::~SqlCommand() = default;
 
-// Marked cold, so that it is built for size: almost all of its time is spent in SQLite.
-[[gnu::cold]] bool SqlCommand::Execute(const std::string& sql)
+bool SqlCommand::Execute(const std::string& sql)
 {
     char* text = nullptr;
     m_impl->SetError(sqlite3_exec(m_impl->Handle(), sql.c_str(), nullptr, nullptr, &text));
-    const std::unique_ptr<char, decltype(&sqlite3_free)> owned(text, sqlite3_free);
     if (text != nullptr) {
-        m_impl->SetErrorMsg(text);
+        TakeErrorMsg(text, *m_impl);
     }
     return m_impl->Succeeded();
 }
