@@ -11,6 +11,7 @@
 namespace Morvik::sql {
 
 enum class StorageClass : int;
+struct InvalidCell;
 struct WriteStatement;
 
 /// The facade's implementation: it checks arguments, runs the statements of the model on its connection, converts rows,
@@ -63,7 +64,10 @@ struct __attribute__((visibility("hidden"))) DatabaseApi::Impl {
     bool Update(const std::string& table, const DbTableDataWrite& data, const std::string& condition);
 
     /// Runs the statement, even if it has an invalid cell, and records that cell.
-    bool RunWrite(const WriteStatement& statement);
+    bool RunWrite(WriteStatement& statement);
+
+    /// Records the cell.
+    void FailInvalidCell(const InvalidCell& cell);
 
     /// Closes the cursor, resets the code and opens the cursor on the query.
     bool OpenCursor(const std::string& sql);

@@ -4,12 +4,19 @@
 
 namespace Morvik::sql {
 
-bool DatabaseApi::Impl::RunWrite(const WriteStatement& statement)
+[[gnu::cold, gnu::noinline]] void DatabaseApi::Impl::FailInvalidCell(const InvalidCell& cell)
+{
+    SqlBuffer text(0);
+    AppendInvalidCellMessage(text, cell);
+    Fail(MissingValue, text.Text());
+}
+
+bool DatabaseApi::Impl::RunWrite(WriteStatement& statement)
 {
     if (statement.invalidCell) {
-        Fail(MissingValue, InvalidCellMessage(*statement.invalidCell));
+        FailInvalidCell(*statement.invalidCell);
     }
-    RunCommand(statement.sql);
+    RunCommand(statement.sql.Text());
     return Succeeded();
 }
 
@@ -19,7 +26,8 @@ bool DatabaseApi::Impl::Write(const std::string& name, const DbTableDataWrite& d
     if (name.empty()) {
         return Fail(MissingValue, "Missing table name.");
     }
-    return RunWrite(InsertStatement(name, data));
+    InsertStatement statement(name, data);
+    return RunWrite(statement);
 }
 
 bool DatabaseApi::Impl::Update(const std::string& name, const DbTableDataWrite& data, const std::string& condition)
@@ -31,7 +39,8 @@ bool DatabaseApi::Impl::Update(const std::string& name, const DbTableDataWrite& 
     if (data.columns.empty()) {
         return Fail(MissingValue, "Missing column names.");
     }
-    return RunWrite(UpdateStatement(name, data, condition));
+    UpdateStatement statement(name, data, condition);
+    return RunWrite(statement);
 }
 
 bool DatabaseApi::WriteTableValues(const std::string& table, const DbTableDataWrite& data)

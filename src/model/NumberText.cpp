@@ -23,7 +23,7 @@ constexpr std::size_t LongestNumber = 13;
 
 // One stream writes every type of number: the code of a second stream would be larger than the rest of this file.
 template <typename Number>
-bool AppendStreamed(SqlBuffer& text, Number number)
+[[gnu::cold, gnu::noinline]] bool AppendStreamed(SqlBuffer& text, Number number)
 {
     const StreamInsertion insert = [](std::ostream& stream, const void* value) {
         stream << *static_cast<const Number*>(value);
@@ -36,25 +36,16 @@ bool AppendStreamed(SqlBuffer& text, Number number)
     return std::to_chars(end, end + LongestNumber, number).ptr;
 }
 
-char* WriteSixDigits(char* end, SixDigits number)
+// Writes the digits one place to the right, then moves those before the point to the left.
+char* WriteSixDigits(char* begin, SixDigits number)
 {
-    const int wholeDigits = number.exponent + 1;
-    std::array<char, LongestNumber> digits;
-    WriteDigits(digits.data(), number.digits);
-    std::size_t count = Precision;
-    while (count > static_cast<std::size_t>(wholeDigits) && digits[count - 1] == '0') {
-        --count;
+    char* end = WriteDigits(begin + 1, number.digits);
+    char* const point = std::copy_n(begin + 1, number.exponent + 1, begin);
+    *point = '.';
+    while (end[-1] == '0') {
+        --end;
     }
-    // Always copies all six digits, and again those after the point, because copies of a fixed size are the fastest.
-    std::copy_n(digits.begin(), Precision, end);
-    if (count > static_cast<std::size_t>(wholeDigits)) {
-        end[wholeDigits] = '.';
-        for (auto i = static_cast<std::size_t>(wholeDigits); i < count; ++i) {
-            end[i + 1] = digits[i];
-        }
-        ++count;
-    }
-    return end + count;
+    return end[-1] == '.' ? end - 1 : end;
 }
 
 } // namespace

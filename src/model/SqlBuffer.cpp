@@ -1,7 +1,5 @@
 #include "model/SqlBuffer.h"
 
-#include <utility>
-
 #include "model/StreamText.h"
 
 namespace Morvik::sql {
@@ -11,17 +9,16 @@ SqlBuffer::SqlBuffer(std::size_t expectedSize)
       m_hasPlainNumbers(StreamsWritePlainNumbers())
 {}
 
-std::string SqlBuffer::Release()
+const std::string& SqlBuffer::Text()
 {
-    m_text.resize(Size());
-    return std::move(m_text);
+    return m_text.erase(Size());
 }
 
-// The expected size is almost right, so growing by an eighth wastes little.
 void SqlBuffer::Grow(std::size_t missing)
 {
     const std::size_t used = Size();
-    m_text.resize(used + missing + used / 8);
+    m_text.resize(used + missing);
+    m_text.resize(m_text.capacity()); // the string doubles its memory
     m_end = m_text.data() + used;
     m_limit = m_text.data() + m_text.size();
 }

@@ -13,6 +13,8 @@ namespace Morvik::sql {
 class SqlBuffer {
 public:
     explicit SqlBuffer(std::size_t expectedSize);
+    SqlBuffer(const SqlBuffer&) = delete;
+    SqlBuffer& operator=(const SqlBuffer&) = delete;
 
     std::size_t Size() const { return static_cast<std::size_t>(m_end - m_text.data()); }
 
@@ -49,13 +51,16 @@ public:
         return m_end;
     }
 
+    /// The end of the text. At first, the expected size is free after it.
+    char* End() { return m_end; }
+
     void SetEnd(char* end) { m_end = end; }
 
     /// Drops everything after the first `size` bytes.
     void Truncate(std::size_t size) { m_end = m_text.data() + size; }
 
-    /// Returns the text. Nothing may be appended afterwards.
-    std::string Release();
+    /// Returns the text, which is valid during the lifetime of the buffer. Nothing may be appended afterwards.
+    const std::string& Text();
 
 private:
     [[gnu::cold]] void Grow(std::size_t missing);

@@ -1,7 +1,9 @@
 #include "model/ValueLiteral.h"
 
 #include <algorithm>
+#include <cstring>
 #include <exception>
+#include <span>
 #include <string_view>
 
 #include <boost/algorithm/string/replace.hpp>
@@ -57,10 +59,10 @@ bool AppendNumberOf(SqlBuffer& sql, const DbTableColumnValue& cell)
 
 bool Holds(const std::string& text, char quote)
 {
-    return text.find(quote) != std::string::npos;
+    return std::memchr(text.data(), quote, text.size()) != nullptr;
 }
 
-[[gnu::cold]] bool AppendDoubled(SqlBuffer& sql, const std::string& text)
+[[gnu::cold, gnu::noinline]] bool AppendDoubled(SqlBuffer& sql, const std::string& text)
 {
     std::string doubled;
     try {
@@ -125,19 +127,18 @@ std::size_t ColumnValueSize(const DbTableColumnValue& cell)
     return cell.type < DbTableColumnType::DateTimeNow ? size : std::max(TimeFunction(cell.type).size(), size);
 }
 
-std::optional<InvalidCell> AppendRowLiterals(SqlBuffer& sql, const DbTableRowValues& row)
+const DbTableColumnValue* AppendRowLiterals(SqlBuffer& sql, const DbTableRowValues& row)
 {
-    int position = 0;
-    for (const DbTableColumnValue& cell : row.cells) {
-        if (position != 0) {
+    const std::span cells(row.cells);
+    for (const DbTableColumnValue& cell : cells) {
+        if (&cell != cells.data()) {
             sql.Append(',');
         }
         if (!ColumnValueAsString(cell, sql)) {
-            return InvalidCell{position, cell.column};
+            return &cell;
         }
-        ++position;
     }
-    return std::nullopt;
+    return nullptr;
 }
 
 std::size_t RowLiteralsSize(const DbTableRowValues& row)

@@ -3,8 +3,6 @@
 #include <sql/DbTableRowValues.h>
 
 #include <cstddef>
-#include <cstdint>
-#include <optional>
 
 namespace Morvik::sql {
 
@@ -19,15 +17,9 @@ bool ColumnValueAsString(const DbTableColumnValue& cell, SqlBuffer& sql);
 /// has many quotes, or if it is a number in a locale with digit groups.
 std::size_t ColumnValueSize(const DbTableColumnValue& cell);
 
-/// A cell that has no SQL text.
-struct InvalidCell {
-    int position;         ///< The cell's index in its row, from 0.
-    std::uint32_t column; ///< The cell's `column` field.
-};
-
 /// Appends the literals of the row's cells, separated by ",". At the first invalid cell it stops, after the comma
-/// before that cell, and returns it.
-std::optional<InvalidCell> AppendRowLiterals(SqlBuffer& sql, const DbTableRowValues& row);
+/// before that cell, and returns it. Returns null if all cells are valid.
+const DbTableColumnValue* AppendRowLiterals(SqlBuffer& sql, const DbTableRowValues& row);
 
 /// The expected size of the text of AppendRowLiterals().
 std::size_t RowLiteralsSize(const DbTableRowValues& row);

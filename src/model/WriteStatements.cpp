@@ -1,7 +1,7 @@
 #include "model/WriteStatements.h"
 
-#include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <ostream>
 #include <span>
 #include <string_view>
@@ -18,28 +18,47 @@ using namespace std::string_view_literals;
 
 constexpr std::string_view BetweenRows = ") ,(";
 
-// Empty names before the first non-empty one are left out; a later empty name leaves nothing between its commas.
-void AppendColumnList(SqlBuffer& sql, const std::vector<std::string>& columns)
+char* Write(char* end, std::string_view piece)
 {
-    const auto first = std::ranges::find_if_not(columns, &std::string::empty);
-    if (first == columns.end()) {
-        return;
-    }
-    char separator = '(';
-    sql.Append(' ');
-    for (const std::string& column : std::span(first, columns.end())) {
-        sql.Append(separator, column);
-        separator = ',';
-    }
-    sql.Append(')');
+    return static_cast<char*>(std::memcpy(end, piece.data(), piece.size())) + piece.size();
 }
 
-// The size of the keywords, the table's name and the column list.
-std::size_t FrameSize(const std::string& table, const std::vector<std::string>& columns)
+// Empty names before the first non-empty one are left out; a later empty name leaves nothing between its commas.
+[[gnu::noinline]] char* WriteColumnList(char* end, const std::vector<std::string>& columns)
+{
+    auto column = columns.begin();
+    while (column != columns.end() && column->empty()) {
+        ++column;
+    }
+    if (column == columns.end()) {
+        return end;
+    }
+    *end++ = ' ';
+    char separator = '(';
+    for (; column != columns.end(); ++column) {
+        *end++ = separator;
+        end = Write(end, *column);
+        separator = ',';
+    }
+    *end++ = ')';
+    return end;
+}
+
+// The size of the keywords, the table's name and the column list; at most a few bytes too large.
+std::size_t BeginningSize(const std::string& table, const std::vector<std::string>& columns)
 {
     std::size_t size = "INSERT INTO  () VALUES"sv.size() + table.size();
     for (const std::string& column : columns) {
         size += column.size() + 1;
+    }
+    return size;
+}
+
+std::size_t RowsSize(const std::vector<DbTableRowValues>& rows)
+{
+    std::size_t size = 0;
+    for (const DbTableRowValues& row : rows) {
+        size += BetweenRows.size() + RowLiteralsSize(row);
     }
     return size;
 }
@@ -52,45 +71,49 @@ void WriteInvalidCell(std::ostream& stream, const void* value)
 
 } // namespace
 
-WriteStatement InsertStatement(const std::string& table, const DbTableDataWrite& data)
+void WriteStatement::AppendRow(const DbTableRowValues& row)
 {
-    std::size_t size = FrameSize(table, data.columns);
-    for (const DbTableRowValues& row : data.rows) {
-        size += BetweenRows.size() + RowLiteralsSize(row);
+    if (const DbTableColumnValue* const cell = AppendRowLiterals(sql, row)) {
+        invalidCell = {static_cast<int>(cell - row.cells.data()), cell->column};
     }
-
-    SqlBuffer sql(size);
-    std::optional<InvalidCell> invalidCell;
-    sql.Append("INSERT INTO "sv);
-    sql.Append(table);
-    AppendColumnList(sql, data.columns);
-    std::string_view opening = " VALUES ("sv;
-    for (const DbTableRowValues& row : data.rows) {
-        sql.Append(opening);
-        if (const std::optional<InvalidCell> invalid = AppendRowLiterals(sql, row)) {
-            invalidCell = invalid;
-        }
-        opening = BetweenRows;
-    }
-    sql.Append(data.rows.empty() ? " VALUES"sv : ")"sv);
-    return {sql.Release(), invalidCell};
 }
 
-WriteStatement UpdateStatement(const std::string& table, const DbTableDataWrite& data, const std::string& condition)
+// The text before the first value is written without checks: the buffer was made with space for it.
+InsertStatement::InsertStatement(const std::string& table, const DbTableDataWrite& data)
+    : WriteStatement(BeginningSize(table, data.columns) + RowsSize(data.rows))
 {
-    const bool hasRow = !data.rows.empty();
-    SqlBuffer sql(FrameSize(table, data.columns) + (hasRow ? RowLiteralsSize(data.rows.front()) + 3 : 0) +
-                  condition.size());
-    std::optional<InvalidCell> invalidCell;
-    sql.Append("UPDATE "sv);
-    sql.Append(table);
-    sql.Append(" SET"sv);
-    AppendColumnList(sql, data.columns);
-    sql.Append('=');
-    if (hasRow) {
+    char* end = Write(sql.End(), "INSERT INTO "sv);
+    end = Write(end, table);
+    end = WriteColumnList(end, data.columns);
+    if (data.rows.empty()) {
+        sql.SetEnd(Write(end, " VALUES"sv));
+        return;
+    }
+    sql.SetEnd(Write(end, " VALUES ("sv));
+    const std::span rows(data.rows);
+    for (const DbTableRowValues& row : rows) {
+        if (&row != rows.data()) {
+            sql.Append(BetweenRows);
+        }
+        AppendRow(row);
+    }
+    sql.Append(')');
+}
+
+UpdateStatement::UpdateStatement(const std::string& table, const DbTableDataWrite& data, const std::string& condition)
+    : WriteStatement(BeginningSize(table, data.columns) + condition.size() +
+                     (data.rows.empty() ? 0 : "() "sv.size() + RowLiteralsSize(data.rows.front())))
+{
+    char* end = Write(sql.End(), "UPDATE "sv);
+    end = Write(end, table);
+    end = Write(end, " SET"sv);
+    end = WriteColumnList(end, data.columns);
+    *end++ = '=';
+    sql.SetEnd(end);
+    if (!data.rows.empty()) {
         const std::size_t begin = sql.Size();
         sql.Append('(');
-        invalidCell = AppendRowLiterals(sql, data.rows.front());
+        AppendRow(data.rows.front());
         if (sql.Size() > begin + 1) {
             sql.Append(") "sv);
         } else {
@@ -98,14 +121,11 @@ WriteStatement UpdateStatement(const std::string& table, const DbTableDataWrite&
         }
     }
     sql.Append(condition);
-    return {sql.Release(), invalidCell};
 }
 
-[[gnu::cold]] std::string InvalidCellMessage(const InvalidCell& cell)
+[[gnu::cold]] void AppendInvalidCellMessage(SqlBuffer& message, const InvalidCell& cell)
 {
-    SqlBuffer message(0);
     AppendStreamed(message, WriteInvalidCell, &cell);
-    return message.Release();
 }
 
 } // namespace Morvik::sql

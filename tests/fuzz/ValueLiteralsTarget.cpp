@@ -82,7 +82,7 @@ std::optional<std::string> Literal(const DbTableColumnValue& cell)
     statement.Append("VALUES ('\"");
     const std::size_t begin = statement.Size();
     const bool written = ColumnValueAsString(cell, statement);
-    const std::string sql = statement.Release();
+    const std::string sql = statement.Text();
     if (!written) {
         RequireSame("What a cell without a literal leaves", sql.substr(begin), "");
         return std::nullopt;

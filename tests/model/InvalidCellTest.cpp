@@ -103,7 +103,7 @@ void ExpectNothingWithoutMemory(const DbTableColumnValue& cell, std::size_t spac
         }
         EXPECT_EQ(written, !fired) << "after " << failures << " allocations";
         EXPECT_EQ(thrown, fired && expected == WithoutMemory::Throws) << "after " << failures << " allocations";
-        EXPECT_EQ(sql.Release(), fired ? "" : literal);
+        EXPECT_EQ(sql.Text(), fired ? "" : literal);
     }
     EXPECT_GT(failures, 1) << "no allocation failed";
 }

@@ -18,7 +18,7 @@ inline std::optional<std::string> LiteralOf(const DbTableColumnValue& cell)
     SqlBuffer statement(0);
     statement.Append(earlier);
     const bool written = ColumnValueAsString(cell, statement);
-    const std::string sql = statement.Release();
+    const std::string sql = statement.Text();
     if (!written) {
         EXPECT_EQ(sql, earlier) << "a cell without a literal leaves the statement as it is";
         return std::nullopt;

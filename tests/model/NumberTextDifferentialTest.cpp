@@ -31,7 +31,7 @@ public:
         m_stream << number;
         SqlBuffer statement(0);
         const bool appended = AppendNumber(statement, number);
-        const std::string text = statement.Release();
+        const std::string text = statement.Text();
         const std::size_t size = NumberSize(number);
         const bool fits = !m_plain || (size >= text.size() && size <= LargestSize(text.size()));
         ++m_compared;

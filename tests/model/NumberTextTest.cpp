@@ -21,7 +21,7 @@ std::string Appended(double number)
 {
     SqlBuffer text(0);
     AppendNumber(text, number);
-    return text.Release();
+    return text.Text();
 }
 
 TEST(NumberTextTest, FollowsTheCurrentRoundingMode)

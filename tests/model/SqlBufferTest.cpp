@@ -30,7 +30,7 @@ TEST(SqlBufferTest, HasItsPiecesInOrderAndDropsTheTruncatedEnd)
     text.Truncate(12);
     text.Append("1");
 
-    EXPECT_EQ(text.Release(), "INSERT in\0to1"s);
+    EXPECT_EQ(text.Text(), "INSERT in\0to1"s);
 }
 
 TEST(SqlBufferTest, GrowsBeyondItsExpectedSize)
@@ -45,7 +45,7 @@ TEST(SqlBufferTest, GrowsBeyondItsExpectedSize)
         expected += letter + "piece"s;
     }
 
-    EXPECT_EQ(text.Release(), expected);
+    EXPECT_EQ(text.Text(), expected);
 }
 
 /// A way to append a piece, and its text.
@@ -67,7 +67,7 @@ TEST(SqlBufferTest, EveryPieceFitsIntoAnyFreeSpace)
         for (std::size_t free = 0; free <= expected.size(); ++free) {
             SqlBuffer text(free);
             append(text);
-            EXPECT_EQ(text.Release(), expected) << free << " free bytes";
+            EXPECT_EQ(text.Text(), expected) << free << " free bytes";
         }
     }
 }
@@ -105,7 +105,7 @@ TEST(SqlBufferTest, KeepsWhatIsWrittenInItsReservedBytes)
 
         text.SetEnd(std::copy_n("xyz", 2, text.Reserve(8)));
 
-        EXPECT_EQ(text.Release(), "xy");
+        EXPECT_EQ(text.Text(), "xy");
     }
 }
 
@@ -130,7 +130,7 @@ TEST(SqlBufferTest, LocaleIsThatOfItsConstruction)
     AppendNumber(text, 1234567);
     AppendNumber(text, -0.5);
 
-    EXPECT_EQ(text.Release(), "1234567-0.5");
+    EXPECT_EQ(text.Text(), "1234567-0.5");
 }
 
 TEST(StringsTest, PiecesAreConcatenatedInOneAllocationOfTheirSize)
