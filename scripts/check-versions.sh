@@ -14,7 +14,7 @@ rows=("$@")
 [ $# -gt 0 ] || rows=(bookworm:g++-11:20 bookworm:g++-12:20 bookworm:g++-12:23 bookworm:clang++-14:20
     bookworm:clang++-19:23 trixie:g++-14:20 trixie:g++-14:23 trixie:clang++-19:20 trixie:clang++-19:23 libc++)
 
-page=docs/supported-versions.md
+export TKOSQLLITE_FIGURES=1
 common=(make cmake ninja-build libsqlite3-dev libboost-filesystem-dev libgtest-dev libgmock-dev sqlite3 python3
     abigail-tools)
 declare -A packages=([bookworm]="${common[*]} g++-11 g++-12 clang-14 clang-19"
@@ -31,9 +31,9 @@ version_of()
 
 check_row()
 {
-    local release=$1 compiler=$2 standard=$3 folder=build/versions/$1-$2-$3 status=0 boost row key counts passed not out
+    local release=$1 compiler=$2 standard=$3 folder=build/versions/$1-$2-$3 status=0 boost key tests counts passed not out
     local results=$project/$folder/results.xml
-    key="| ${names[$release]} | $compiler | C++$standard |"
+    key="${names[$release]} | $compiler | C++$standard"
     in_debian=(scripts/in-debian.sh "$release" "${packages[$release]}")
     rm -rf "$results" "$folder/results"
     step "Configuring ($*)" quietly "${in_debian[@]}" cmake -S . -B "$folder" -G Ninja -D CMAKE_BUILD_TYPE=Release \
@@ -47,13 +47,11 @@ check_row()
     read -r passed not out <<<"$counts"
     boost=$(chroot "build/debian/$release" cat /usr/include/boost/version.hpp |
         sed -n 's/.*BOOST_LIB_VERSION "\(.*\)"/\1/p' | tr _ .)
-    row="$key $(version_of "$release" libstdc++6) | $boost | $(version_of "$release" libsqlite3-0)"
-    echo "$key $passed passed, $not failed, $out left out"
-    if [ "$status" -eq 0 ]; then row="$row | all pass |"; else row="$row | $not fail |"; fi
+    echo "$key: $passed passed, $not failed, $out left out"
     sed -n 's/.*<testcase name="\([^"]*\)".* status="disabled">.*/left out: \1/p' "$results"
-    # The rows stay in the order of the systems, compilers and standards.
-    { sed '/^| Debian/,$d' "$page" && { grep -vF "$key" "$page" | grep '^| Debian' || true; echo "$row"; } | sort &&
-        sed '1,/^| ---/d; /^| Debian/d' "$page"; } >"$folder/page.md" && cat "$folder/page.md" >"$page"
+    if [ "$status" -eq 0 ]; then tests="all pass"; else tests="$not fail"; fi
+    scripts/record.sh docs/supported-versions.md "$key" "$(version_of "$release" libstdc++6)" "$boost" \
+        "$(version_of "$release" libsqlite3-0)" "$tests"
     [ "$status" -eq 0 ] || failed=1
 }
 

@@ -42,6 +42,12 @@ accept()
     done
 }
 
+# Prints a number of seconds as "2 min 23 s".
+duration()
+{
+    if [ "$1" -ge 60 ]; then echo "$(($1 / 60)) min $(($1 % 60)) s"; else echo "$1 s"; fi
+}
+
 # step TITLE COMMAND...: prints the title and runs the command. If it fails, the last line says which step failed and
 # why.
 step()

@@ -38,4 +38,5 @@ step "Counting" quietly gcovr --root "$project" --filter src/ --filter include/ 
     --exclude-throw-branches --exclude-unreachable-branches --json "$report/coverage.json" \
     --html-details "$report/index.html" "$build/src/CMakeFiles/tkosqllite_objects.dir" "$build/tests"
 step "Checking what the tests reach" \
-    python3 tests/check_listed.py coverage "$report/coverage.json" tests/coverage/unreached.txt
+    python3 tests/check_listed.py coverage "$report/coverage.json" tests/coverage/unreached.txt | tee "$report/summary"
+[ $# -gt 0 ] || scripts/record.sh docs/reliability.md coverage "$(grep ' branches (' "$report/summary")"

@@ -25,4 +25,10 @@ step "Building (native)" quietly cmake --build --preset native \
     --target tkosqllite_tests tkosqllite_internals_tests tkosqllite_memory_fault_tests
 
 # Debian's clang package for Python is installed for Debian's Python only.
-step "Trying mutants" /usr/bin/python3 -B tests/mutants/mutants.py build/native --workers "$(nproc)" "$@"
+mutants=(/usr/bin/python3 -B tests/mutants/mutants.py build/native)
+step "Trying mutants" "${mutants[@]}" --workers "$(nproc)" "$@" | tee build/mutants.log
+
+# A figure must include every change.
+[ -n "${TKOSQLLITE_FIGURES:-}" ] || exit 0
+summary=$(grep ' killed, ' build/mutants.log || true)
+[[ $summary != "$("${mutants[@]}" --list | tail -n 1): "* ]] || scripts/record.sh docs/reliability.md mutation "$summary"

@@ -5,13 +5,15 @@
 # one. All files are in build/replication. The replication program comes from npm as an x86-64 binary, the SSH server
 # from Debian; neither is installed.
 #
-#   scripts/replication.sh              trials of a few seconds, in about half a minute; CI runs these
-#   scripts/replication.sh --figures    longer trials (4 minutes); writes the table of docs/guide/more-devices.md
+#   scripts/replication.sh
+#
+# The trials take a few seconds. If the environment sets TKOSQLLITE_FIGURES, they take longer, and their results are
+# written into docs/guide/more-devices.md.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
 
-accept --figures -- "$@"
+accept -- "$@"
 
 work=$project/build/replication
 engine=$work/node_modules/@flydotio/litestream-linux-x64/litestream
@@ -150,7 +152,7 @@ trial()
 # kill.
 compare()
 {
-    local acknowledged restored sound prefix lost
+    local acknowledged restored sound prefix lost key cells
     acknowledged=$(wc -l <acknowledged)
     sound=$(sqlite3 restored.db 'PRAGMA integrity_check')
     [ "$sound" = ok ] || fail "the restored file is damaged: $sound"
@@ -165,9 +167,12 @@ compare()
         fail "the engine could finish, and yet only $restored of $acknowledged rows were restored"
     lost=$(awk -v last="$restored" '$1 == last { kept = $2 } END { printf "%.2f", last < $1 ? ($2 - kept) / 1e6 : 0 }' \
         acknowledged)
-    printf '| %s | %s | %d s | %s | %s | %d | %d | %d, %.2f s | %s | %s |\n' "$1" "${2/#0/no pause}" "$3" "$4" \
-        "$5" "$acknowledged" "$restored" $((acknowledged < restored ? 0 : acknowledged - restored)) "$lost" \
-        "$(megabytes "$6")" "$(megabytes "$7")" | tee -a "$work/table"
+    key="$1 | ${2/#0/no pause} | $3 s | $4 | $5"
+    cells=("$acknowledged" "$restored" "$((acknowledged < restored ? 0 : acknowledged - restored)), $lost s"
+        "$(megabytes "$6")" "$(megabytes "$7")")
+    printf '| %s' "$key" "${cells[@]}"
+    echo ' |'
+    "$project/scripts/record.sh" "$page" "$key" "${cells[@]}"
 }
 
 collect()
@@ -176,27 +181,12 @@ collect()
     rm -rf "$work/devices" && mkdir "$work/devices"
     read -r files rows seconds <<<"$("$programs/FileCollector" "$work/devices" 1000)"
     [ -n "$seconds" ] || fail "the files of 1,000 devices were not collected"
-    printf '%d rows of %d files collected in %.1f s\n' "$rows" "$files" "$seconds" | tee "$work/collected"
+    printf '%d rows of %d files collected in %.1f s\n' "$rows" "$files" "$seconds"
+    scripts/record.sh "$page" 'files of 1,000 devices' "$(printf '%d rows in %.1f s' "$rows" "$seconds")"
     rm -rf "$work/devices"
 }
 
-# Replaces the text between two comments of the page.
-write_page()
-{
-    awk -v table="$work/table" -v collected="$work/collected" '
-        /<!-- end of what scripts\/replication.sh writes/ { skip = 0 }
-        !skip { print }
-        /<!-- trials, by scripts\/replication.sh/ { skip = 1; while ((getline line < table) > 0) print line }
-        /<!-- collecting, by scripts\/replication.sh/ { skip = 1; getline line < collected; print line }' \
-        "$page" >"$work/page.md"
-    cat "$work/page.md" >"$page"
-}
-
-case $*:$(uname -m) in
-:x86_64 | --figures:x86_64) ;;
-*:x86_64) fail "usage: replication.sh [--figures]" ;;
-*) fail "the engine is to be had for x86-64 only" ;;
-esac
+[ "$(uname -m)" = x86_64 ] || fail "the engine is available for x86-64 only"
 for tool in npm ssh-keygen sqlite3 unshare; do
     command -v "$tool" >/dev/null || fail "$tool is needed and not installed"
 done
@@ -206,12 +196,9 @@ step "Building" quietly cmake --preset native
 quietly cmake --build build/native --target SampleWriter FileCollector
 started_server
 
-{
-    echo '| To | Rows a second | For | monitor-interval | Engine | Acknowledged | Restored | Lost | Largest WAL | Copies of it |'
-    echo '| --- | ---: | ---: | ---: | --- | ---: | ---: | ---: | ---: | ---: |'
-} >"$work/table"
 echo "== Losing the device"
-if [ "${1:-}" = --figures ]; then
+echo '| To | Rows a second | For | monitor-interval | Engine | Acknowledged | Restored | Lost | Largest WAL | Copies of it |'
+if [ -n "${TKOSQLLITE_FIGURES:-}" ]; then
     trial directory 160 60 1s killed
     trial directory 160 20 100ms killed
     trial directory 160 20 1s stopped
@@ -219,16 +206,11 @@ if [ "${1:-}" = --figures ]; then
     trial directory 0 40 1s killed
     trial SFTP 160 20 1s killed
     trial SFTP 900 20 1s killed
-    collect
-    read -r _ load _ </proc/loadavg
-    printf '\nMeasured on %s at commit %s, on %d cores; the load average over five minutes was %s.\n' \
-        "$(date -u +%F)" "$(git describe --always --dirty)" "$(nproc)" "$load" >>"$work/table"
-    write_page
 else
     trial directory 160 5 1s killed
     trial directory 160 5 1s stopped
     trial directory 900 5 1s killed
     trial SFTP 160 5 1s killed
-    collect
 fi
+collect
 echo "== Every restored file was sound and held the first of the acknowledged rows"

@@ -11,6 +11,9 @@
 # sanitizer. budgets: limits for the library's instructions and memory. fuzz: fuzzed inputs, 20 seconds for each target.
 # armhf: the target, 32-bit ARM, under emulation. The tests of failing memory, disks and power, of contention and of
 # damaged files run in dev and native, a few also in armhf.
+#
+# If the environment sets TKOSQLLITE_FIGURES, each form begins with an empty build folder. Its duration, and what the
+# fault tests of dev counted, are written into README.md, CONTRIBUTING.md and docs/reliability.md.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -65,6 +68,43 @@ run_tests()
     [ "$here" -gt 0 ] && [ "$status" -eq 0 ] || ended_badly=1
 }
 
+# record_counts KEY SUITE: writes how many tests the suites of this name have, and the sum of each property that the
+# tests recorded, with the least and the greatest value.
+record_counts()
+{
+    local counts
+    counts=$(cat build/dev/results/*/*"$2.xml" | awk -F '"' '
+        /<testcase / { ++tests }
+        /<property / {
+            if (!($2 in sum)) { names[++count] = $2; least[$2] = greatest[$2] = $4 }
+            sum[$2] += $4
+            if ($4 < least[$2]) { least[$2] = $4 }
+            if ($4 > greatest[$2]) { greatest[$2] = $4 }
+        }
+        END {
+            printf "%d tests pass", tests
+            for (i = 1; i <= count; ++i) {
+                name = names[i]
+                range = least[name] == greatest[name] ? "" : " (" least[name] " to " greatest[name] " each)"
+                printf "; %d %s%s", sum[name], name, range
+            }
+        }' | tr _ ' ')
+    scripts/record.sh docs/reliability.md "$1" "$counts"
+}
+
+# record_figures PRESET SECONDS
+record_figures()
+{
+    scripts/record.sh CONTRIBUTING.md "\`$1\`" "$(duration "$2")"
+    [ "$1" = dev ] || return 0
+    scripts/record.sh README.md "\`scripts/test.sh\`" "$(duration "$2")"
+    record_counts 'failing allocations' MemoryFaultTest
+    record_counts 'failing calls on files' FailingCallTest
+    record_counts 'power loss' DurableKeepingTest
+    record_counts 'power loss, unsafe settings' PowerLossTest
+    record_counts 'killed processes' KilledWriterTest
+}
+
 scripts/install-dependencies.sh "$needs"
 for preset in "${presets[@]}"; do
     case $preset in
@@ -72,10 +112,14 @@ for preset in "${presets[@]}"; do
     m32) step "Fetching the 32-bit libraries" scripts/sysroot.sh i386 ;;
     no-dqs) step "Building a SQLite without double-quoted texts" scripts/sqlite-without-dqs.sh ;;
     esac
+    [ -z "${TKOSQLLITE_FIGURES:-}" ] || rm -rf "build/$preset"
+    begin=$SECONDS
     step "Configuring ($preset)" quietly cmake --preset "$preset"
     step "Building ($preset)" cmake --build --preset "$preset"
     run_tests "$preset"
+    [ -z "${TKOSQLLITE_FIGURES:-}" ] || [ "$ended_badly" -gt 0 ] || record_figures "$preset" $((SECONDS - begin))
 done
+[ "$*:$ended_badly" != --all:0 ] || scripts/record.sh CONTRIBUTING.md "\`--all\`" "$(duration "$SECONDS")"
 
 counts="$passed passed, $failed failed"
 [ "$left_out" -eq 0 ] || counts="$counts, $left_out skipped"

@@ -53,17 +53,19 @@ def analyzers(report: str, entries: list[str]) -> Iterator[Finding]:
 
 
 def coverage(report: str, entries: list[str]) -> Iterator[Finding]:
-    lines = functions = branches = taken = 0
+    lines = functions = branches = taken = reached = called = 0
     for source in json.loads(report)["files"]:
         file = source["file"]
         for function in source["functions"]:
             functions += 1
+            called += function["execution_count"] > 0
             if function["execution_count"] == 0:
                 yield f"{file}:{function['lineno']}: no test calls {function['name']}", set()
         for line in (line for line in source["lines"] if not line["gcovr/noncode"]):
             here = line_of(file, line["line_number"])
             missed = sum(branch["count"] == 0 for branch in line["branches"])
             lines += 1
+            reached += line["count"] > 0
             branches += len(line["branches"])
             taken += len(line["branches"]) - missed
             if line["count"] == 0:
@@ -73,7 +75,8 @@ def coverage(report: str, entries: list[str]) -> Iterator[Finding]:
                 print(f"{file}:{line['line_number']}: {missed} of {len(line['branches'])} branches not taken: {here}")
     if lines == 0 or functions == 0 or taken < REQUIRED_BRANCHES * branches or branches == 0:
         yield f"nothing was counted, or fewer than {REQUIRED_BRANCHES:.0%} of the branches were taken", set()
-    print(f"{lines} lines, {functions} functions, {taken} of {branches} branches ({taken / max(branches, 1):.1%})")
+    print(f"{reached} of {lines} lines, {called} of {functions} functions, "
+          f"{taken} of {branches} branches ({taken / max(branches, 1):.1%})")
 
 
 def main(check: str, report: pathlib.Path, listed: pathlib.Path) -> int:

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Checks the links and pictures of the documents.
+"""Checks the links, pictures and figures of the documents.
 
 usage: links.py PROJECT
 
 Each relative link leads to a file, and its anchor to a heading. Each picture has a text alternative. Each SVG picture
-has colours for dark pages.
+has colours for dark pages. A duration, an amount of data or a percentage is in the row of a table that scripts/record.sh
+wrote, which ends with a date and a commit.
 """
 
 import pathlib
@@ -12,6 +13,10 @@ import re
 import sys
 
 LINK = re.compile(r"(!?)\[((?:[^\[\]]|\[[^\]]*\])*)\]\(([^)\s]+)\)")
+FIGURE = re.compile(r"\d ?(?:s|ms|min|kB|MB|%)(?!\w)")
+RECORDED = re.compile(r"\| \d{4}-\d\d-\d\d, \S+ \|$")
+# Not written by scripts/record.sh: a limit, and what scripts/device.sh measures.
+OTHER_FIGURES = ("fail below 97 %", "0.25 s", "| default settings | about 10^12 |")
 PICTURE = re.compile(r'<img src="([^"]+)" alt="([^"]*)"')
 
 
@@ -43,6 +48,9 @@ def findings(page):
             yield f"has no text alternative: {target}"
         if is_picture and path.is_file() and path.suffix == ".svg" and "prefers-color-scheme: dark" not in path.read_text():
             yield f"has no colours for the dark: {target}"
+    for line in without_code(text).splitlines() if page.name != "performance.md" else []:
+        if FIGURE.search(line) and not RECORDED.search(line) and not any(other in line for other in OTHER_FIGURES):
+            yield f"has a figure that scripts/record.sh did not write: {line}"
 
 
 def main():

@@ -6,7 +6,8 @@
 # TARGET is one of value-literals, schema-text, operations, database-files. SECONDS is 20 unless the environment sets
 # TKOSQLLITE_FUZZ_SECONDS. The search begins with the target's corpus and with the files in DIRECTORY, where new inputs
 # are kept for the next run; without DIRECTORY new inputs are discarded. An input with a finding is kept in
-# build/fuzz/findings.
+# build/fuzz/findings. If SECONDS is given and the environment sets TKOSQLLITE_FIGURES, it writes the number of inputs into
+# docs/reliability.md.
 
 set -euo pipefail
 
@@ -54,3 +55,4 @@ reached=$(sed -n 's/^.*DONE *cov: \([0-9]*\) .*/\1/p' "$scratch/log")
 echo "$target: $executed inputs in $seconds seconds, coverage $reached"
 [ "${executed:-0}" -ge $((rate * seconds)) ] || fail "that is too few inputs: it does not try what it should"
 [ "${reached:-0}" -ge $coverage ] || fail "that is too little coverage: it does not try what it should"
+[ $# -lt 2 ] || "$here/../../scripts/record.sh" docs/reliability.md "\`$target\`" "$executed in $seconds s"

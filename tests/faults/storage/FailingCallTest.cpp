@@ -152,6 +152,7 @@ TEST_P(FailingCallTest, GivesTheReferencesOutcomeAndACompleteContent)
 {
     const std::vector<DatabaseContent> states = States();
     std::set<FileCall> fired;
+    int faults = 0;
     int failures = 0;
 
     for (FileFault fault : Faults()) {
@@ -175,11 +176,13 @@ TEST_P(FailingCallTest, GivesTheReferencesOutcomeAndACompleteContent)
                 break;
             }
             fired.insert(fault.call);
+            ++faults;
             failures += actual.acknowledged ? 0 : 1;
         }
     }
 
     EXPECT_EQ(failures > 0, GetParam().scenario->canFail);
+    RecordProperty("faults", faults);
     const std::set<FileCall> necessary = NecessaryCalls(*GetParam().scenario, GetParam().mode);
     for (const FileCall call : necessary) {
         EXPECT_TRUE(fired.contains(call)) << Described(FileFault{.call = call}) << " never happened";

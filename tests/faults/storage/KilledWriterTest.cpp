@@ -114,7 +114,6 @@ TEST_P(KilledWriterTest, KeepsAcknowledgedWritesAndNoIncompleteWrite)
     RecordProperty("killed", killed);
     RecordProperty("killed_in_a_call", killedInACall);
     RecordProperty("recovered", recovered);
-    RecordProperty("moments", static_cast<int>(moments.size()));
 }
 
 // A small cache makes SQLite write into the database before the commit.

@@ -100,6 +100,7 @@ protected:
     template <typename Check>
     void RunRounds(const DurabilityMode& mode, Check check) const
     {
+        RecordProperty("power_cuts", static_cast<int>(TestSeeds().size()) * Rounds(50, 500));
         for (const std::uint64_t seed : TestSeeds()) {
             for (int round = 0; round < Rounds(50, 500) && !HasFatalFailure(); ++round) {
                 SCOPED_TRACE(Describe(seed) + ", round " + std::to_string(round));
@@ -127,8 +128,8 @@ TEST_P(DurableKeepingTest, KeepsAcknowledgedWritesAndNoIncompleteWrite)
 
     EXPECT_GT(roundsWithLoss, 0);
     EXPECT_GT(roundsWithRecovery, 0);
-    RecordProperty("rounds_with_loss", roundsWithLoss);
-    RecordProperty("rounds_with_recovery", roundsWithRecovery);
+    RecordProperty("with_lost_sectors", roundsWithLoss);
+    RecordProperty("with_recovery", roundsWithRecovery);
 }
 
 // A small cache makes SQLite write into the database before the commit.
@@ -158,7 +159,7 @@ TEST_F(PowerLossTest, UnsyncedJournalRemovalUndoesTheLastWriteCompletely)
     });
 
     EXPECT_GT(takenBack, 0);
-    RecordProperty("rounds_taken_back", takenBack);
+    RecordProperty("without_the_last_write", takenBack);
 }
 
 // Proves that the rounds can find a loss: without syncs, data is lost.
@@ -171,7 +172,7 @@ TEST_F(PowerLossTest, WithoutSyncsTheSameRoundsFindLossAndDamage)
               [&](const RoundResult& outcome) { found += outcome.found == Found::EverythingAcknowledged ? 0 : 1; });
 
     EXPECT_GT(found, 0);
-    RecordProperty("rounds_found", found);
+    RecordProperty("with_loss_or_damage_in_the_control", found);
 }
 
 } // namespace
