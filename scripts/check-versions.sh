@@ -31,8 +31,8 @@ version_of()
 
 check_row()
 {
-    local release=$1 compiler=$2 standard=$3 folder=build/versions/$1-$2-$3 status=0 boost key tests counts passed not out
-    local results=$project/$folder/results.xml
+    local release=$1 compiler=$2 standard=$3 folder=build/versions/$1-$2-$3 status=0 key
+    local results=$project/$folder/results.xml boost counts passed not out tests
     key="${names[$release]} | $compiler | C++$standard"
     in_debian=(scripts/in-debian.sh "$release" "${packages[$release]}")
     rm -rf "$results" "$folder/results"

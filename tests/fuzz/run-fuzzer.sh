@@ -6,7 +6,7 @@
 # TARGET is one of value-literals, schema-text, operations, database-files. SECONDS is 20 unless the environment sets
 # TKOSQLLITE_FUZZ_SECONDS. The search begins with the target's corpus and with the files in DIRECTORY, where new inputs
 # are kept for the next run; without DIRECTORY new inputs are discarded. An input with a finding is kept in
-# build/fuzz/findings. If SECONDS is given and the environment sets TKOSQLLITE_FIGURES, it writes the number of inputs into
+# build/fuzz/findings. With SECONDS and TKOSQLLITE_FIGURES in the environment, the number of inputs is written into
 # docs/reliability.md.
 
 set -euo pipefail
