@@ -32,7 +32,7 @@ databases=$(realpath -m --relative-base="$caller" "$project/build/demo")
 step "Writing an inventory of the installed packages and reading it back" \
     "$examples/package_inventory" "$databases/inventory.db" "$status_file"
 step "Logging this machine for two seconds" "$examples/device_log" "$databases/device_log.db" 3 1
-(cd "$project" && scripts/record.sh README.md "\`scripts/demo.sh\`" "$(duration $((SECONDS - begin)))")
+"$project/scripts/record.sh" README.md "\`scripts/demo.sh\`" "$(duration $((SECONDS - begin)))"
 
 cat <<END
 

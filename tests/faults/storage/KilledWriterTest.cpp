@@ -113,7 +113,7 @@ TEST_P(KilledWriterTest, KeepsAcknowledgedWritesAndNoIncompleteWrite)
     EXPECT_GT(moments.size(), 1U);
     RecordProperty("killed", killed);
     RecordProperty("killed_in_a_call", killedInACall);
-    RecordProperty("recovered", recovered);
+    RecordProperty("with_recovery", recovered);
 }
 
 // A small cache makes SQLite write into the database before the commit.
