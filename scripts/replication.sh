@@ -170,8 +170,8 @@ compare()
     key="$1 | ${2/#0/no pause} | $3 s | $4 | $5"
     cells=("$acknowledged" "$restored" "$((acknowledged < restored ? 0 : acknowledged - restored)), $lost s"
         "$(megabytes "$6")" "$(megabytes "$7")")
-    printf '| %s' "$key" "${cells[@]}"
-    echo ' |'
+    printf '| %s ' "$key" "${cells[@]}"
+    echo '|'
     "$project/scripts/record.sh" "$page" "$key" "${cells[@]}"
 }
 
