@@ -1,12 +1,12 @@
 #!/bin/bash
-# Makes a separate apt state for another Debian architecture in FOLDER. scripts/sysroot.sh and scripts/device.sh use it
-# to fetch packages.
+# Makes a separate apt state in FOLDER, with which other scripts fetch packages.
 #
-#   scripts/debian-apt.sh ARCHITECTURE FOLDER
+#   scripts/debian-apt.sh ARCHITECTURE FOLDER      the packages of another Debian architecture
+#   scripts/debian-apt.sh source FOLDER            the source packages of this machine's release
 #
 # The state has separate package lists, a separate cache and one signed source. apt verifies the signature of the
 # release, which has the checksums of all packages. Nothing is installed: with APT_CONFIG=FOLDER/apt.conf,
-# "apt-get download" and "apt-cache" work on that architecture.
+# "apt-get download", "apt-get source" and "apt-cache" work on these packages.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
 
@@ -18,17 +18,24 @@ state=${2:+$(realpath -m -- "$2")} || exit 2
 [ $# -eq 2 ] || fail "it takes an architecture and a folder (--help explains)"
 architecture=$1
 mirror=${TKOSQLLITE_DEBIAN_MIRROR:-http://deb.debian.org/debian}
-release=bookworm
 keyring=/usr/share/keyrings/debian-archive-keyring.gpg
 [ -r "$keyring" ] || fail "$keyring is needed and not there (package debian-archive-keyring)"
 
 mkdir -p "$state/state/lists/partial" "$state/cache/archives/partial"
 : >"$state/state/status"
-echo "deb [arch=$architecture signed-by=$keyring] $mirror $release main" >"$state/sources.list"
-cat >"$state/apt.conf" <<END
+: >"$state/apt.conf"
+if [ "$architecture" = source ]; then
+    # shellcheck source=/dev/null
+    echo "deb-src [signed-by=$keyring] $mirror $(. /etc/os-release && echo "$VERSION_CODENAME") main"
+else
+    echo "deb [arch=$architecture signed-by=$keyring] $mirror bookworm main"
+fi >"$state/sources.list"
+[ "$architecture" = source ] || cat >"$state/apt.conf" <<END
 APT::Architecture "$architecture";
 #clear APT::Architectures;
 APT::Architectures { "$architecture"; };
+END
+cat >>"$state/apt.conf" <<END
 #clear APT::Update::Post-Invoke;
 #clear APT::Update::Post-Invoke-Success;
 APT::Update::Error-Mode "any";

@@ -1,8 +1,7 @@
 #!/bin/bash
 # Builds Debian's SQLite, with Debian's options and without double-quoted texts (SQLITE_DQS=0), into build/no-dqs-sqlite
-# for the preset "no-dqs", which compiles with this machine's sqlite3.h. Does nothing if that directory exists. apt gets
-# a separate state, because this machine's package sources may not list source packages. The build takes half a minute
-# because it is not optimized; its speed does not matter.
+# for the preset "no-dqs", which compiles with this machine's sqlite3.h. Does nothing if that directory exists. The build
+# takes half a minute because it is not optimized; its speed does not matter.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
 
@@ -16,33 +15,15 @@ folder=$project/build/no-dqs-sqlite
 for tool in dpkg-source tclsh make cc; do
     command -v "$tool" >/dev/null || fail "$tool is needed and not installed (packages dpkg-dev tcl make gcc)"
 done
-# shellcheck source=/dev/null
-release=$(. /etc/os-release && echo "$VERSION_CODENAME")
 rm -rf "$folder"
-mkdir -p "$folder/apt/state/lists/partial" "$folder/apt/cache/archives/partial"
-cd "$folder"
-
-: >apt/state/status
-echo "deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg]" \
-    "${TKOSQLLITE_DEBIAN_MIRROR:-http://deb.debian.org/debian} $release main" >apt/sources.list
-cat >apt/apt.conf <<END
-#clear APT::Update::Post-Invoke;
-#clear APT::Update::Post-Invoke-Success;
-APT::Update::Error-Mode "any";
-APT::Sandbox::User "";
-Acquire::Languages "none";
-Acquire::Retries "3";
-Dir::State "$PWD/apt/state";
-Dir::State::status "$PWD/apt/state/status";
-Dir::Cache "$PWD/apt/cache";
-Dir::Etc::sourcelist "$PWD/apt/sources.list";
-Dir::Etc::sourceparts "/dev/null";
-END
+mkdir -p "$folder"
 
 fetched()
 {
-    export APT_CONFIG=$PWD/apt/apt.conf
-    apt-get update && apt-get source --download-only sqlite3 && dpkg-source -x sqlite3_*.dsc source
+    scripts/debian-apt.sh source "$folder/apt" || return
+    cd "$folder" || return
+    export APT_CONFIG=$folder/apt/apt.conf
+    apt-get source --download-only sqlite3 && dpkg-source -x sqlite3_*.dsc source
 }
 built()
 {

@@ -2,7 +2,7 @@
 # Writes the baselines of the tests from the current library. Look at the difference that it prints before you commit
 # it.
 #
-#   scripts/update-baseline.sh exports     the exported symbols, tests/binary/exports-*.txt, on both machines
+#   scripts/update-baseline.sh exports     the exported symbols, tests/binary/exports.txt
 #   scripts/update-baseline.sh abi         the binary interface, tests/binary/abi-*.xml, on both machines
 #   scripts/update-baseline.sh budgets     the instructions and heap allocations of each job, tests/budgets, on both machines
 #
@@ -16,8 +16,9 @@ accept exports abi budgets -- "$@"
 presets=(native armhf)
 case $1 in
 exports)
+    presets=(native)
     target=update-exports
-    files=(tests/binary/exports-*.txt)
+    files=(tests/binary/exports.txt)
     ;;
 abi)
     target=update-abi-baseline

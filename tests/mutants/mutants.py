@@ -21,7 +21,7 @@ from mutations import Finder, Key, Mutant
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
 WORK = PROJECT / "build" / "mutants"
-RESULTS = PROJECT / "build" / "mutants.json"
+RESULTS = PROJECT / "build" / "mutants.jsonl"
 SUPPRESSIONS = PROJECT / "tests" / "mutants" / "suppressions.txt"
 REQUIRED_SHARE = 0.97
 LIBRARY = "src/libtkosqllite.so"
