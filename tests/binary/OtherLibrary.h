@@ -10,8 +10,10 @@
 
 namespace Morvik::sql::tests {
 
+#pragma GCC visibility push(default)
+
 /// A separate class hierarchy, besides the library's.
-class __attribute__((visibility("default"))) Named {
+class Named {
 public:
     Named(const Named&) = delete;
     Named& operator=(const Named&) = delete;
@@ -25,23 +27,24 @@ protected:
 
 /// An implementation of the interface in a separate shared library, which exports nothing of the class except the
 /// functions below. It appends the name of each called operation, also of the destructor, to `calls`.
-__attribute__((visibility("default"))) std::unique_ptr<IDatabaseApi>
-MakeNotingDatabase(std::vector<std::string>& calls);
+std::unique_ptr<IDatabaseApi> MakeNotingDatabase(std::vector<std::string>& calls);
 
 /// An object of the same kind that is returned as a Named: the interface is its second base.
-__attribute__((visibility("default"))) std::unique_ptr<Named> MakeNamedDatabase(std::vector<std::string>& calls);
+std::unique_ptr<Named> MakeNamedDatabase(std::vector<std::string>& calls);
 
 /// Whether the other library recognises the object as an object of its class.
-__attribute__((visibility("default"))) bool IsNotingDatabase(const IDatabaseApi& database);
+bool IsNotingDatabase(const IDatabaseApi& database);
 
 /// Whether the other library recognises the object as the library's facade.
-__attribute__((visibility("default"))) bool IsFacade(const IDatabaseApi& database);
+bool IsFacade(const IDatabaseApi& database);
 
 /// A facade created by the other library.
-__attribute__((visibility("default"))) std::unique_ptr<IDatabaseApi> MakeFacade();
+std::unique_ptr<IDatabaseApi> MakeFacade();
 
 /// Calls every operation of the interface on the object, from inside the other library.
-__attribute__((visibility("default"))) bool CallEveryOperationThere(IDatabaseApi& database);
+bool CallEveryOperationThere(IDatabaseApi& database);
+
+#pragma GCC visibility pop
 
 /// Calls every operation, in the order of the interface. Returns whether each one returned true, or 1.
 inline bool CallEveryOperation(IDatabaseApi& database)

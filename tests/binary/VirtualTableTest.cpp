@@ -16,6 +16,8 @@
 #include <memory>
 #include <string>
 #include <typeinfo>
+#include <utility>
+#include <vector>
 
 #include "binary/ObjectBytes.h"
 
@@ -74,38 +76,33 @@ std::string Demangled(const std::string& linkageName)
     return text != nullptr ? text.get() : linkageName;
 }
 
-TEST(VirtualTableTest, OperationsOfTheInterfaceFollowItsTwoDestructorsInOrder)
+TEST(VirtualTableTest, OperationsFollowTheTwoDestructorsInOrder)
 {
-    EXPECT_EQ(Slot(&IDatabaseApi::OpenDatabase), 2U);
-    EXPECT_EQ(Slot(&IDatabaseApi::CloseDatabase), 3U);
-    EXPECT_EQ(Slot(&IDatabaseApi::IsOpen), 4U);
-    EXPECT_EQ(Slot(&IDatabaseApi::CreateTable), 5U);
-    EXPECT_EQ(Slot(&IDatabaseApi::ExistsTable), 6U);
-    EXPECT_EQ(Slot(&IDatabaseApi::DropTable), 7U);
-    EXPECT_EQ(Slot(&IDatabaseApi::AlterTable), 8U);
-    EXPECT_EQ(Slot(&IDatabaseApi::Execute), 9U);
-    EXPECT_EQ(Slot(&IDatabaseApi::WriteTableValues), 10U);
-    EXPECT_EQ(Slot(&IDatabaseApi::UpdateTableValues), 11U);
-    EXPECT_EQ(Slot(&IDatabaseApi::ReadTableValues), 12U);
-    EXPECT_EQ(Slot(&IDatabaseApi::ReadValues), 13U);
-    EXPECT_EQ(Slot(&IDatabaseApi::ExistData), 14U);
-}
-
-TEST(VirtualTableTest, FacadeFillsThePositionsOfTheInterface)
-{
+    const std::vector<std::pair<const char*, std::size_t>> operations{
+        {"OpenDatabase", Slot(&IDatabaseApi::OpenDatabase)},
+        {"CloseDatabase", Slot(&IDatabaseApi::CloseDatabase)},
+        {"IsOpen", Slot(&IDatabaseApi::IsOpen)},
+        {"CreateTable", Slot(&IDatabaseApi::CreateTable)},
+        {"ExistsTable", Slot(&IDatabaseApi::ExistsTable)},
+        {"DropTable", Slot(&IDatabaseApi::DropTable)},
+        {"AlterTable", Slot(&IDatabaseApi::AlterTable)},
+        {"Execute", Slot(&IDatabaseApi::Execute)},
+        {"WriteTableValues", Slot(&IDatabaseApi::WriteTableValues)},
+        {"UpdateTableValues", Slot(&IDatabaseApi::UpdateTableValues)},
+        {"ReadTableValues", Slot(&IDatabaseApi::ReadTableValues)},
+        {"ReadValues", Slot(&IDatabaseApi::ReadValues)},
+        {"ExistData", Slot(&IDatabaseApi::ExistData)}};
     const DatabaseApi facade;
     const auto* table = TableOf(&facade);
 
     EXPECT_THAT(Find(table[0]).name, ContainsRegex("DatabaseApiD[12]Ev$")) << "the destructor of the complete object";
     EXPECT_THAT(Find(table[1]).name, ContainsRegex("DatabaseApiD0Ev$")) << "the deleting destructor";
-    std::size_t slot = 2;
-    for (const char* operation :
-         {"OpenDatabase", "CloseDatabase", "IsOpen", "CreateTable", "ExistsTable", "DropTable", "AlterTable", "Execute",
-          "WriteTableValues", "UpdateTableValues", "ReadTableValues", "ReadValues", "ExistData"}) {
-        EXPECT_THAT(Demangled(Find(table[slot]).name),
-                    StartsWith(std::string("Morvik::sql::DatabaseApi::") + operation + "("))
-            << "in slot " << slot;
-        ++slot;
+    std::size_t position = 2;
+    for (const auto& [operation, slot] : operations) {
+        EXPECT_EQ(slot, position) << operation;
+        EXPECT_THAT(Demangled(Find(table[position]).name),
+                    StartsWith(std::string("Morvik::sql::DatabaseApi::") + operation + "("));
+        ++position;
     }
 }
 
