@@ -37,9 +37,9 @@ package_of()
 }
 step "Making a bare Debian" quietly debootstrap --variant=minbase bookworm "$root" "$mirror"
 cp /etc/resolv.conf "$root/etc/"
-mkdir -p "$root/project/examples" "$root/packages"
+mkdir -p "$root/project/examples/first_steps" "$root/packages"
 cp -r tests/install "$root/project/"
-cp examples/first_steps/main.cpp "$root/project/first_steps.cpp"
+cp examples/first_steps/main.cpp "$root/project/examples/first_steps/"
 cp build/packages/*.deb build/packages/armhf/*.deb "$root/packages/"
 cp "$(command -v qemu-arm-static)" "$root/usr/bin/"
 
@@ -88,19 +88,23 @@ quietly installed_native
 step "Installing the target's beside it" quietly build_here armhf armhf/ "$target-g++" "$target"
 quietly installed_armhf
 
+# with_cmake FOLDER EMULATOR OPTION...
+with_cmake()
+{
+    inside cmake -S /project/install/consumer -B "$1" -DTKOSQLLITE=/project "${@:3}" && inside cmake --build "$1" &&
+        [ "$(inside ${2:+"$2"} "$1/first_steps")" = 'kitchen 21.5' ]
+}
 developed_native()
 {
-    install g++ make cmake pkg-config "$(package_of libtkosqllite-dev amd64)" &&
-        inside /project/install/consume.sh cmake /project/cmake /project/first_steps.cpp &&
-        inside /project/install/consume.sh pkg-config /project/pkg-config /project/first_steps.cpp g++ -std=c++20
+    install g++ make cmake pkg-config "$(package_of libtkosqllite-dev amd64)" && with_cmake /project/cmake '' &&
+        inside /project/install/consume.sh /project/pkg-config /project/examples/first_steps/main.cpp g++ -std=c++20
 }
 developed_armhf()
 {
     install "g++-$target" "$(package_of libtkosqllite-dev armhf)" &&
+        with_cmake /project/cmake-armhf qemu-arm-static "-DCMAKE_CXX_COMPILER=$target-g++" &&
         inside env RUN=qemu-arm-static "PKG_CONFIG_LIBDIR=/usr/lib/$target/pkgconfig" /project/install/consume.sh \
-            pkg-config /project/pkg-config-armhf /project/first_steps.cpp "$target-g++" -std=c++20 -Wno-psabi &&
-        inside env RUN=qemu-arm-static /project/install/consume.sh cmake /project/cmake-armhf \
-            /project/first_steps.cpp "-DCMAKE_CXX_COMPILER=$target-g++"
+            /project/pkg-config-armhf /project/examples/first_steps/main.cpp "$target-g++" -std=c++20 -Wno-psabi
 }
 step "Building programs with the development package" quietly developed_native
 step "Building programs for the target with its development package" quietly developed_armhf
