@@ -236,7 +236,11 @@ def main() -> int:
                 print(f"survived: {mutant}", flush=True)
             if count % 50 == 0:
                 print(f"{count} of {len(mutants)} tried", flush=True)
-    build.measure_tests()  # a test that began to fail during the run noticed no mutant
+    try:
+        build.measure_tests()  # a test that began to fail during the run noticed no mutant
+    except ValueError:
+        RESULTS.unlink()
+        raise
     print(f"{time.monotonic() - started:.0f} s")
     return 0 if judge(results, suppressed, len(results) == len(existing)) else 1
 
