@@ -29,7 +29,7 @@ LIBRARY = "src/libtkosqllite.so"
 PROGRAMS = {
     "tests/tkosqllite_tests": "*",
     "tests/tkosqllite_internals_tests": "*",
-    "tests/faults/memory/tkosqllite_memory_fault_tests": "LostConversionTest.*:RefusedClosingDeathTest.*",
+    "tests/faults/memory/tkosqllite_memory_fault_tests": "LostConversionTest.*:RejectedClosingDeathTest.*",
 }
 COMPILE = "-O0 -g0 -fno-lto -w"
 OBJECT = re.compile(r"\S+\.o\b")

@@ -4,8 +4,6 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <new>
 #include <ostream>
 #include <stdexcept>
@@ -21,9 +19,9 @@ const std::string StopsAfterFirstStep = "stops after the first step";
 const std::string PassesUndone = "reports success with nothing done";
 const std::string ThrowsForSqlite = "throws std::bad_alloc for SQLite";
 
-std::string RefusesWith(const Refusal& refusal)
+std::string FailsWith(const AllowedError& error)
 {
-    return "is refused with code " + std::to_string(refusal.code) + ", \"" + std::string(refusal.message) + '"';
+    return "fails with code " + std::to_string(error.code) + ", \"" + std::string(error.message) + '"';
 }
 
 // A message ending in ": " is followed by a name.
@@ -32,7 +30,7 @@ bool Matches(std::string_view message, std::string_view expected)
     return message == expected || (expected.ends_with(": ") && message.starts_with(expected));
 }
 
-Report ActWithMemory(const Scenario& scenario, Subject& subject)
+void ActWithMemory(const Scenario& scenario, Subject& subject)
 {
     subject.ForgetWhatWasRead();
     const Report report = scenario.act(subject);
@@ -41,14 +39,19 @@ Report ActWithMemory(const Scenario& scenario, Subject& subject)
                                  std::string(report.Message()));
     }
     ++subject.timesDone;
-    return report;
+}
+
+const std::vector<AllowedError>& AllowedErrors(const Scenario& scenario, Memory memory)
+{
+    return memory == Memory::OfSqlite ? scenario.allocations.errorsWithoutSqlite
+                                      : scenario.allocations.errorsWithoutNew;
 }
 
 } // namespace
 
 std::ostream& operator<<(std::ostream& stream, const Attempt& attempt)
 {
-    static constexpr std::string_view Names[] = {"done", "refused", "std::bad_alloc", "another exception"};
+    static constexpr std::string_view Names[] = {"done", "failed", "std::bad_alloc", "another exception"};
     return stream << Names[static_cast<int>(attempt.outcome)] << ", code " << attempt.report.Code() << ", \""
                   << attempt.report.Message() << '"';
 }
@@ -60,7 +63,7 @@ Attempt ActWithout(Memory memory, Course course, int succeeding, const Scenario&
                               memory);
     try {
         attempt.report = scenario.act(subject);
-        attempt.outcome = attempt.report.Done() ? Outcome::Done : Outcome::Refused;
+        attempt.outcome = attempt.report.Done() ? Outcome::Done : Outcome::Failed;
     } catch (const std::bad_alloc&) {
         attempt.outcome = Outcome::BadAlloc;
     } catch (const std::exception& other) {
@@ -73,11 +76,11 @@ Attempt ActWithout(Memory memory, Course course, int succeeding, const Scenario&
     return attempt;
 }
 
-Expectation::Expectation(const Scenario& scenario, Memory memory, const std::string& path, const std::string& fresh,
+Expectation::Expectation(const Scenario& scenario, Memory memory, const std::string& path, const DatabaseFiles& fresh,
                          ContentCache& contents)
     : m_scenario(scenario), m_memory(memory)
 {
-    StartAgain(path, fresh);
+    fresh.PutBack(path);
     {
         Subject subject(path);
         scenario.arrange(subject);
@@ -92,20 +95,21 @@ Expectation::Expectation(const Scenario& scenario, Memory memory, const std::str
         m_twice = contents.Of(subject.path);
     }
 
+    const Allocations& allowed = scenario.allocations;
     const bool ofSqlite = memory == Memory::OfSqlite;
-    if (scenario.firstStep && (ofSqlite ? scenario.least.ofSqlite : scenario.least.ofNew) > 0) {
-        StartAgain(path, fresh);
-        RawSqlite(path).Execute(*scenario.firstStep);
+    if (allowed.firstStep && (ofSqlite ? allowed.leastOfSqlite : allowed.leastOfNew) > 0) {
+        fresh.PutBack(path);
+        RawSqlite(path).Execute(*allowed.firstStep);
         m_afterFirstStep = contents.Of(path);
         m_used[StopsAfterFirstStep] = false;
     }
-    for (const Refusal& refusal : ofSqlite ? scenario.refusalsForSqlite : scenario.refusalsForNew) {
-        m_used[RefusesWith(refusal)] = false;
+    for (const AllowedError& error : AllowedErrors(scenario, memory)) {
+        m_used[FailsWith(error)] = false;
     }
-    if (ofSqlite && scenario.mayPassUndone) {
+    if (ofSqlite && allowed.mayPassUndone) {
         m_used[PassesUndone] = false;
     }
-    if (ofSqlite && scenario.convertsText) {
+    if (ofSqlite && allowed.convertsText) {
         m_used[ThrowsForSqlite] = false;
     }
 }
@@ -123,28 +127,25 @@ bool Expectation::MayReport(const Attempt& attempt)
     switch (attempt.outcome) {
     case Outcome::Done:
         return true;
-    case Outcome::Refused:
-        return MayRefuseWith(attempt.report);
+    case Outcome::Failed:
+        return MayFailWith(attempt.report);
     case Outcome::BadAlloc:
-        Use(ThrowsForSqlite);
-        return m_memory == Memory::OfNew || m_scenario.convertsText;
+        return m_memory == Memory::OfNew || Use(ThrowsForSqlite);
     default:
         return false;
     }
 }
 
-bool Expectation::MayRefuseWith(const Report& report)
+bool Expectation::MayFailWith(const Report& report)
 {
-    const auto matches = [&](const Refusal& refusal) {
-        return report.Code() == refusal.code && Matches(report.Message(), refusal.message);
+    const auto matches = [&](const AllowedError& error) {
+        return report.Code() == error.code && Matches(report.Message(), error.message);
     };
-    const bool ofSqlite = m_memory == Memory::OfSqlite;
-    const std::vector<Refusal>& allowed = ofSqlite ? m_scenario.refusalsForSqlite : m_scenario.refusalsForNew;
+    const std::vector<AllowedError>& allowed = AllowedErrors(m_scenario, m_memory);
     if (const auto found = std::ranges::find_if(allowed, matches); found != allowed.end()) {
-        Use(RefusesWith(*found));
-        return true;
+        return Use(FailsWith(*found));
     }
-    return ofSqlite && (matches({SQLITE_NOMEM, "out of memory"}) || matches({SQLITE_NOMEM, ""}));
+    return m_memory == Memory::OfSqlite && (matches({SQLITE_NOMEM, "out of memory"}) || matches({SQLITE_NOMEM, ""}));
 }
 
 void Expectation::ExpectRead(const Attempt& attempt, const Subject& subject) const
@@ -158,21 +159,13 @@ void Expectation::ExpectRead(const Attempt& attempt, const Subject& subject) con
     EXPECT_TRUE(std::equal(rows.begin(), rows.end(), m_rowsOnce.begin())) << subject.WhatWasRead();
 }
 
-void Expectation::ExpectContent(const Attempt& attempt, const std::string& content)
+void Expectation::ExpectContent(const Attempt& attempt, const DatabaseContent& content)
 {
-    const bool undone = content == m_before;
-    if (attempt.outcome == Outcome::Done) {
-        EXPECT_TRUE(content == m_once || (m_scenario.mayPassUndone && undone)) << content;
-        if (content != m_once) {
-            Use(PassesUndone);
-        }
-        return;
-    }
-    const bool begun = content == m_afterFirstStep;
-    EXPECT_TRUE(undone || begun) << content;
-    if (begun) {
-        Use(StopsAfterFirstStep);
-    }
+    const bool done = attempt.outcome == Outcome::Done;
+    const bool expected =
+        content == (done ? m_once : m_before) ||
+        (done ? content == m_before && Use(PassesUndone) : content == m_afterFirstStep && Use(StopsAfterFirstStep));
+    EXPECT_TRUE(expected) << Described(content);
 }
 
 void Expectation::ExpectAgain(const Attempt& attempt, Subject& subject) const
@@ -185,21 +178,19 @@ void Expectation::ExpectAgain(const Attempt& attempt, Subject& subject) const
     EXPECT_EQ(subject.WhatWasRead(), wasDone ? m_readTwice : m_readOnce);
 }
 
-void Expectation::ExpectContentAgain(const Attempt& attempt, const std::string& before,
-                                     const std::string& content) const
+void Expectation::ExpectContentAgain(const Attempt& attempt, const DatabaseContent& before,
+                                     const DatabaseContent& content) const
 {
-    const bool wasDone = attempt.outcome == Outcome::Done && (m_scenario.mayStayLocked || before == m_once);
+    const bool wasDone = attempt.outcome == Outcome::Done && (m_scenario.allocations.mayStayLocked || before == m_once);
     const bool wasBegun = before == m_afterFirstStep;
-    const std::string& expected = wasDone ? m_twice : m_once;
-    EXPECT_TRUE(content == expected || (wasBegun && content == m_twice)) << content;
+    EXPECT_TRUE(content == (wasDone ? m_twice : m_once) || (wasBegun && content == m_twice)) << Described(content);
 }
 
 // Allocates nothing that stays allocated, because the caller counts such memory.
-void Expectation::Use(const std::string& allowance)
+bool Expectation::Use(const std::string& allowance)
 {
-    if (const auto found = m_used.find(allowance); found != m_used.end()) {
-        found->second = true;
-    }
+    const auto found = m_used.find(allowance);
+    return found != m_used.end() && (found->second = true);
 }
 
 std::vector<std::string> Expectation::UnusedAllowances() const
@@ -211,12 +202,6 @@ std::vector<std::string> Expectation::UnusedAllowances() const
         }
     }
     return unused;
-}
-
-void StartAgain(const std::string& path, const std::string& fresh)
-{
-    std::filesystem::remove(path + "-journal");
-    std::ofstream(path, std::ios::binary) << fresh;
 }
 
 } // namespace Morvik::sql::tests

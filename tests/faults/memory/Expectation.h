@@ -4,11 +4,10 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "ContentCache.h"
 #include "Scenario.h"
+#include "faults/ContentCache.h"
 #include "support/OomInjector.h"
 
 namespace Morvik::sql::tests {
@@ -25,10 +24,7 @@ enum class Course {
     UntilDestroyed
 };
 
-constexpr std::pair<Course, const char*> Courses[] = {
-    {Course::Once, "once"}, {Course::ForEver, "forEver"}, {Course::UntilDestroyed, "untilDestroyed"}};
-
-enum class Outcome { Done, Refused, BadAlloc, OtherException };
+enum class Outcome { Done, Failed, BadAlloc, OtherException };
 
 /// The result of a scenario while memory fails.
 struct Attempt {
@@ -50,42 +46,42 @@ class Expectation {
 public:
     /// Runs the scenario twice on new files, so that the process also makes the allocations that it makes only once.
     /// Throws std::runtime_error if the scenario does not succeed.
-    Expectation(const Scenario& scenario, Memory memory, const std::string& path, const std::string& fresh,
+    Expectation(const Scenario& scenario, Memory memory, const std::string& path, const DatabaseFiles& fresh,
                 ContentCache& contents);
 
     /// Check an attempt: what it reported, what it read, and what the file contains afterwards.
     void ExpectReport(const Attempt& attempt);
     void ExpectRead(const Attempt& attempt, const Subject& subject) const;
-    void ExpectContent(const Attempt& attempt, const std::string& content);
+    void ExpectContent(const Attempt& attempt, const DatabaseContent& content);
 
     /// Repeats the scenario with the same objects after the attempt, while memory is available.
     void ExpectAgain(const Attempt& attempt, Subject& subject) const;
 
     /// Checks what the file contains after ExpectAgain(); `before` is its content before ExpectAgain().
-    void ExpectContentAgain(const Attempt& attempt, const std::string& before, const std::string& content) const;
+    void ExpectContentAgain(const Attempt& attempt, const DatabaseContent& before,
+                            const DatabaseContent& content) const;
 
     std::vector<std::string> UnusedAllowances() const;
 
 private:
-    void Use(const std::string& allowance);
     bool MayReport(const Attempt& attempt);
-    bool MayRefuseWith(const Report& report);
+    bool MayFailWith(const Report& report);
+
+    /// Notes that an allowance is used, and returns whether the scenario has it.
+    bool Use(const std::string& allowance);
 
     const Scenario& m_scenario;
-    Memory m_memory;
+    const Memory m_memory;
 
-    std::string m_before;
-    std::string m_once;
-    std::string m_twice;
-    std::optional<std::string> m_afterFirstStep;
+    DatabaseContent m_before;
+    DatabaseContent m_once;
+    DatabaseContent m_twice;
+    std::optional<DatabaseContent> m_afterFirstStep;
     std::string m_readOnce;
     std::string m_readTwice;
     std::vector<std::vector<std::string>> m_rowsOnce;
 
     std::map<std::string, bool> m_used;
 };
-
-/// Writes the database file again with its content before the first attempt.
-void StartAgain(const std::string& path, const std::string& fresh);
 
 } // namespace Morvik::sql::tests

@@ -6,10 +6,8 @@
 #include <ostream>
 #include <tuple>
 
-#include "ContentCache.h"
 #include "Expectation.h"
 #include "Scenario.h"
-#include "support/ChildProcess.h"
 #include "support/RawSqlite.h"
 #include "support/TemporaryDirectory.h"
 
@@ -29,13 +27,15 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-std::vector<Scenario> AllScenarios()
+ScenarioList AllScenarios()
 {
-    std::vector<Scenario> all;
-    for (const auto& some : {OpeningScenarios(), CommandScenarios(), CursorScenarios(), MoveScenarios(),
-                             TableScenarios(), RowScenarios()}) {
-        all.insert(all.end(), some.begin(), some.end());
-    }
+    ScenarioList all;
+    AddOpeningScenarios(all);
+    AddCommandScenarios(all);
+    AddCursorScenarios(all);
+    AddMoveScenarios(all);
+    AddTableScenarios(all);
+    AddRowScenarios(all);
     return all;
 }
 
@@ -53,20 +53,19 @@ protected:
 
     MemoryFaultTest()
     {
-        RawSqlite plain(path);
-        plain.Execute(
+        RawSqlite(path).Execute(
             "PRAGMA page_size = 1024;"
             "CREATE TABLE t (id INTEGER PRIMARY KEY, name TEXT, weight REAL CHECK (weight >= 0), picture BLOB);"
             "CREATE INDEX by_name ON t (name);"
             "CREATE TABLE room (name TEXT);"
             "INSERT INTO room VALUES ('kitchen'), ('hall');"
-            "INSERT INTO t VALUES (1, 'door', 0.5, x'0041'), (3, NULL, NULL, zeroblob(3))");
-        plain.Execute("INSERT INTO t VALUES (2, '" + AllocatedText + "', 1.5, CAST('" + AllocatedText + "' AS BLOB))");
+            "INSERT INTO t VALUES (1, 'door', 0.5, x'0041'), (3, NULL, NULL, zeroblob(3)), (2, '" +
+            AllocatedText + "', 1.5, CAST('" + AllocatedText + "' AS BLOB))");
+        fresh = DatabaseFiles(path);
     }
 
     void SetUp() override
     {
-        fresh = FileContent(path);
         SCOPED_TRACE("with memory"); // reserves memory that later traces use again
         expected.emplace(scenario, memory, path, fresh, contents);
     }
@@ -74,7 +73,7 @@ protected:
     /// Returns whether an allocation failed.
     bool FailAfter(int succeeding)
     {
-        StartAgain(path, fresh);
+        fresh.PutBack(path);
         Subject subject(path);
         scenario.arrange(subject);
         subject.ForgetWhatWasRead();
@@ -84,15 +83,15 @@ protected:
         SCOPED_TRACE(testing::Message() << "after " << succeeding << " allocations: " << attempt);
         expected->ExpectReport(attempt);
         expected->ExpectRead(attempt, subject);
-        std::string content;
-        if (!scenario.mayStayLocked || course == Course::UntilDestroyed) {
-            content = contents.Of(subject.path);
+        DatabaseContent content;
+        if (!scenario.allocations.mayStayLocked || course == Course::UntilDestroyed) {
+            content = ContentOf(subject);
             expected->ExpectContent(attempt, content);
         }
         if (course != Course::UntilDestroyed) {
             expected->ExpectAgain(attempt, subject);
             subject.DestroyObjects();
-            expected->ExpectContentAgain(attempt, content, contents.Of(subject.path));
+            expected->ExpectContentAgain(attempt, content, ContentOf(subject));
         }
         return attempt.fired;
     }
@@ -102,15 +101,24 @@ protected:
     {
         int failures = 0;
         for (bool fired = true; fired && !HasFailure(); failures += fired ? 1 : 0) {
-            const std::size_t before = LiveBytesOfNew() - contents.BytesHeld();
+            const std::size_t before = LiveBytesOfNew() - bytesOfContents;
             const sqlite3_int64 sqliteBefore = sqlite3_memory_used();
             fired = FailAfter(failures);
             if (!HasFailure()) { // the message of a failure would count as leaked memory
-                EXPECT_EQ(LiveBytesOfNew() - contents.BytesHeld(), before) << "leaked after " << failures;
+                EXPECT_EQ(LiveBytesOfNew() - bytesOfContents, before) << "leaked after " << failures;
                 EXPECT_EQ(sqlite3_memory_used(), sqliteBefore) << "leaked after " << failures;
             }
         }
         return failures;
+    }
+
+    /// The content of the subject's file. Counts the memory that the result takes in the cache.
+    const DatabaseContent& ContentOf(const Subject& subject)
+    {
+        const std::size_t before = LiveBytesOfNew();
+        const DatabaseContent& content = contents.Of(subject.path);
+        bytesOfContents += LiveBytesOfNew() - before;
+        return content;
     }
 
     const Scenario& scenario = std::get<Scenario>(GetParam());
@@ -119,14 +127,18 @@ protected:
 
     const TemporaryDirectory directory;
     const std::string path = directory.File("test.db");
-    std::string fresh;
+    DatabaseFiles fresh;
     ContentCache contents;
+    std::size_t bytesOfContents = 0;
     std::optional<Expectation> expected;
 };
 
 TEST_P(MemoryFaultTest, EveryFailedAllocationIsReportedAndNothingIsLost)
 {
-    const int least = memory == Memory::OfSqlite ? scenario.least.ofSqlite : scenario.least.ofNew;
+    const Allocations& allocations = scenario.allocations;
+    const int least = memory == Memory::OfSqlite ? allocations.leastOfSqlite : allocations.leastOfNew;
+    constexpr std::pair<Course, const char*> Courses[] = {
+        {Course::Once, "once"}, {Course::ForEver, "forEver"}, {Course::UntilDestroyed, "untilDestroyed"}};
 
     int failedAllocations = 0;
 

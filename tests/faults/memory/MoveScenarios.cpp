@@ -1,3 +1,4 @@
+// Moves of cursors and statements that hold something, and of their connection.
 #include <sqlite3.h>
 
 #include <utility>
@@ -34,7 +35,7 @@ private:
 
 void ArrangeOpenCursor(Subject& subject)
 {
-    MakeWarmCursor(subject);
+    Warm<MakeCursor>(subject);
     subject.cursor->Open(Query);
     subject.cursor->ReadNext();
 }
@@ -46,7 +47,7 @@ bool StepFirst(SqlCommand& command)
 
 void ArrangeSteppedCommand(Subject& subject)
 {
-    MakeWarmCommand(subject);
+    Warm<MakeCommand>(subject);
     StepFirst(*subject.command);
 }
 
@@ -55,7 +56,7 @@ Report ReplaceCursor(Subject& subject)
 {
     SqlTable source(*subject.connection);
     if (!source.Open(OtherQuery) || !source.ReadNext()) {
-        return ReportOf(false, source);
+        return Report(false, source);
     }
     NoDestructor<SqlTable> closed(*subject.connection);
 
@@ -64,112 +65,87 @@ Report ReplaceCursor(Subject& subject)
     source = std::move(*closed);
 
     subject.text = cursor.GetText(0);
-    return ReportOf(cursor.IsOpen() && cursor.GetLastError() == SQLITE_ROW, cursor);
-}
-
-Report ReplaceFailedCursor(Subject& subject)
-{
-    const SqlTable& cursor = *subject.cursor;
-    if (!cursor.Open(Overflow)) {
-        return ReportOf(false, cursor);
-    }
-    return cursor.ReadNext() ? ReportOf(false, cursor) : ReplaceCursor(subject);
+    return Report(cursor.IsOpen() && cursor.GetLastError() == SQLITE_ROW, cursor);
 }
 
 Report ReplaceCommand(Subject& subject)
 {
     SqlCommand source(*subject.connection);
     if (!StepFirst(source)) {
-        return ReportOf(false, source);
+        return Report(false, source);
     }
-
     SqlCommand& command = *subject.command;
     command = std::move(source);
-
     subject.integer = command.ColumnInt64(0);
     subject.text = command.ColumnText(1);
-    return ReportOf(command.HasRowData(), command);
-}
-
-Report ReplaceFailedCommand(Subject& subject)
-{
-    SqlCommand& command = *subject.command;
-    command.Finalize();
-    if (!command.Prepare(Overflow)) {
-        return ReportOf(false, command);
-    }
-    return command.Step() ? ReportOf(false, command) : ReplaceCommand(subject);
-}
-
-Report WalkMovedCursor(Subject& subject)
-{
-    if (!subject.cursor->Open(Query)) {
-        return ReportOf(false, *subject.cursor);
-    }
-    if (!subject.cursor->ReadNext()) {
-        subject.cursor->Close(); // leaves the code of the failure
-        return ReportOf(false, *subject.cursor);
-    }
-    MovedAway<SqlTable> cursor(*subject.cursor);
-    do {
-        subject.integer += cursor->GetInt64(0);
-        subject.text += cursor->GetText(1);
-    } while (cursor->ReadNext());
-    const bool ended = cursor->GetLastError() == SQLITE_OK;
-    const bool closed = cursor->Close();
-    return ReportOf(ended && closed, *cursor);
-}
-
-Report StepMovedCommand(Subject& subject)
-{
-    subject.command->Finalize();
-    if (!StepFirst(*subject.command)) {
-        return ReportOf(false, *subject.command);
-    }
-    MovedAway<SqlCommand> command(*subject.command);
-    bool stepped = true;
-    for (; stepped && command->HasRowData(); stepped = command->Step()) {
-        subject.integer += command->ColumnInt64(0);
-        subject.text += command->ColumnText(1);
-    }
-    return ReportOf(stepped && command->Finalize(), *command);
-}
-
-// A statement uses its connection wherever the connection was moved, and can be used again after it was moved back.
-Report UseMovedConnection(Subject& subject)
-{
-    {
-        MovedAway<SqlDatabase> connection(*subject.connection);
-        if (connection->Close() || connection->GetLastError() != SQLITE_BUSY) {
-            return ReportOf(false, *connection);
-        }
-        SqlCommand reading(*connection);
-        if (!StepFirst(reading)) {
-            return ReportOf(false, reading);
-        }
-        subject.text = reading.ColumnText(1);
-    }
-    SqlCommand& command = *subject.command;
-    command.Reset();
-    const bool stepped = command.Step();
-    subject.integer = command.ColumnInt64(0);
-    return ReportOf(stepped && command.HasRowData(), command);
+    return Report(command.HasRowData(), command);
 }
 
 } // namespace
 
-std::vector<Scenario> MoveScenarios()
+void AddMoveScenarios(ScenarioList& list)
 {
-    using S = Scenario;
-    return {
-        S{"MoveOntoAnOpenCursor", ArrangeOpenCursor, {20, 2}, ReplaceCursor}.WithoutSqlite(FailedStep),
-        S{"MoveOntoAFailedCursor", MakeWarmCursor, {20, 3}, ReplaceFailedCursor}.WithoutSqlite(FailedStep),
-        S{"MoveOntoACommandHoldingAStatement", ArrangeSteppedCommand, {20, 1}, ReplaceCommand},
-        S{"MoveOntoAFailedCommand", MakeWarmCommand, {20, 2}, ReplaceFailedCommand},
-        S{"WalkMovedCursor", MakeWarmCursor, {20, 3}, WalkMovedCursor},
-        S{"StepMovedCommand", MakeWarmCommand, {20, 2}, StepMovedCommand},
-        S{"UseMovedConnectionHoldingAStatement", ArrangeSteppedCommand, {20, 2}, UseMovedConnection},
-    };
+    list.Add("MoveOntoAnOpenCursor", ArrangeOpenCursor, Allocations{20, 2}.WithoutSqlite(FailedStep), ReplaceCursor);
+    list.Add("MoveOntoAFailedCursor", Warm<MakeCursor>, Allocations{20, 3}.WithoutSqlite(FailedStep),
+             [](Subject& subject) {
+                 const bool failed = subject.cursor->Open(Overflow) && !subject.cursor->ReadNext();
+                 return failed ? ReplaceCursor(subject) : Report(false, *subject.cursor);
+             });
+    list.Add("MoveOntoACommandHoldingAStatement", ArrangeSteppedCommand, {20, 1}, ReplaceCommand);
+    list.Add("MoveOntoAFailedCommand", Warm<MakeCommand>, {20, 2}, [](Subject& subject) {
+        subject.command->Finalize();
+        const bool failed = subject.command->Prepare(Overflow) && !subject.command->Step();
+        return failed ? ReplaceCommand(subject) : Report(false, *subject.command);
+    });
+    list.Add("WalkMovedCursor", Warm<MakeCursor>, {20, 3}, [](Subject& subject) {
+        if (!subject.cursor->Open(Query)) {
+            return Report(false, *subject.cursor);
+        }
+        if (!subject.cursor->ReadNext()) {
+            subject.cursor->Close(); // leaves the code of the failure
+            return Report(false, *subject.cursor);
+        }
+        MovedAway<SqlTable> cursor(*subject.cursor);
+        do {
+            subject.integer += cursor->GetInt64(0);
+            subject.text += cursor->GetText(1);
+        } while (cursor->ReadNext());
+        const bool ended = cursor->GetLastError() == SQLITE_OK;
+        const bool closed = cursor->Close();
+        return Report(ended && closed, *cursor);
+    });
+    list.Add("StepMovedCommand", Warm<MakeCommand>, {20, 2}, [](Subject& subject) {
+        subject.command->Finalize();
+        if (!StepFirst(*subject.command)) {
+            return Report(false, *subject.command);
+        }
+        MovedAway<SqlCommand> command(*subject.command);
+        bool stepped = true;
+        for (; stepped && command->HasRowData(); stepped = command->Step()) {
+            subject.integer += command->ColumnInt64(0);
+            subject.text += command->ColumnText(1);
+        }
+        return Report(stepped && command->Finalize(), *command);
+    });
+    // A statement uses its connection wherever the connection was moved, and can be used again after it was moved back.
+    list.Add("UseMovedConnectionHoldingAStatement", ArrangeSteppedCommand, {20, 2}, [](Subject& subject) {
+        {
+            MovedAway<SqlDatabase> connection(*subject.connection);
+            if (connection->Close() || connection->GetLastError() != SQLITE_BUSY) {
+                return Report(false, *connection);
+            }
+            SqlCommand reading(*connection);
+            if (!StepFirst(reading)) {
+                return Report(false, reading);
+            }
+            subject.text = reading.ColumnText(1);
+        }
+        SqlCommand& command = *subject.command;
+        command.Reset();
+        const bool stepped = command.Step();
+        subject.integer = command.ColumnInt64(0);
+        return Report(stepped && command.HasRowData(), command);
+    });
 }
 
 } // namespace Morvik::sql::tests

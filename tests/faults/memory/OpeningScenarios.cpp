@@ -8,29 +8,6 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-const std::string MemoryPath = ":memory:";
-const std::string Query = "SELECT id, name FROM t WHERE id > ? ORDER BY id";
-
-bool OpenPath(SqlDatabase& connection, const std::string& path, bool readOnly)
-{
-    return connection.Open(path, readOnly);
-}
-
-bool OpenPath(DatabaseApi& facade, const std::string& path, bool readOnly)
-{
-    return facade.OpenDatabase(path, readOnly);
-}
-
-bool ClosePath(SqlDatabase& connection)
-{
-    return connection.Close();
-}
-
-bool ClosePath(DatabaseApi& facade)
-{
-    return facade.CloseDatabase();
-}
-
 template <auto Object>
 void Create(Subject& subject)
 {
@@ -64,97 +41,83 @@ void HoldStatement(Subject& subject)
     subject.command->Prepare("SELECT 1");
 }
 
-Report ConstructConnection(Subject& subject)
-{
-    subject.connection.emplace();
-    return ReportOf(!subject.connection->IsOpen(), *subject.connection);
-}
+constexpr AllowedError CreateDirectoryFailed{111, "Create directory failed: "};
 
-Report ConstructFacade(Subject& subject)
-{
-    subject.facade.emplace();
-    return ReportOf(!subject.facade->IsOpen() && subject.facade->Succeeded(), *subject.facade);
-}
+// Adds the scenarios that open and close one of the subject's objects, a connection or a facade.
+template <auto Object, auto Open, auto Close>
+struct Opening {
+    ScenarioList& list;
 
-template <typename Object>
-bool OpenReadOnly(Subject& subject, Object& object)
-{
-    return ClosePath(object) && OpenPath(object, subject.path, true);
-}
+    void AddOpen(std::string name, void (*arrange)(Subject&), Allocations allocations, bool readOnly) const
+    {
+        const auto act = [=](Subject& subject, auto& used) {
+            return (used.*Close)() && (used.*Open)(subject.path, readOnly);
+        };
+        list.Add(std::move(name), arrange, allocations.WithoutNew(CreateDirectoryFailed), Object, act);
+    }
 
-template <typename Object>
-bool OpenForWriting(Subject& subject, Object& object)
-{
-    return ClosePath(object) && OpenPath(object, subject.path, false);
-}
+    void AddOpenMissing(std::string name) const
+    {
+        const auto act = [](Subject& subject, auto& used) {
+            return !(used.*Open)(subject.path, true) && used.GetLastError() == SQLITE_CANTOPEN;
+        };
+        const auto allocations = Allocations{10, 2}.WithoutNew(CreateDirectoryFailed);
+        list.Add(std::move(name), CreateWithoutFile<Object>, allocations, Object, act);
+    }
 
-bool OpenInMemory(Subject&, SqlDatabase& connection)
-{
-    return connection.Close() && connection.Open(MemoryPath, false);
-}
-
-template <typename Object>
-bool OpenMissingFile(Subject& subject, Object& object)
-{
-    return !OpenPath(object, subject.path, true) && object.GetLastError() == SQLITE_CANTOPEN;
-}
-
-template <typename Object>
-bool Close(Subject& subject, Object& object)
-{
-    return (object.IsOpen() || OpenPath(object, subject.path, false)) && ClosePath(object);
-}
-
-template <typename Object>
-bool CloseInUse(Subject&, Object& object)
-{
-    return !ClosePath(object) && object.GetLastError() == SQLITE_BUSY && object.IsOpen();
-}
-
-bool CloseWhileAQueryIsOpen(Subject& subject, DatabaseApi& facade)
-{
-    return facade.SqlQueryBegin(Query) && CloseInUse(subject, facade);
-}
-
-bool Move(Subject&, SqlDatabase& connection)
-{
-    NoDestructor<SqlDatabase> taken;
-    *taken = std::move(connection);
-    connection = std::move(*taken);
-    return connection.IsOpen();
-}
+    void AddClose(std::string name, void (*arrange)(Subject&)) const
+    {
+        list.Add(std::move(name), arrange, {0, 0}, Object, [](Subject& subject, auto& used) {
+            return (used.IsOpen() || (used.*Open)(subject.path, false)) && (used.*Close)();
+        });
+    }
+};
 
 } // namespace
 
-std::vector<Scenario> OpeningScenarios()
+void AddOpeningScenarios(ScenarioList& list)
 {
-    using S = Scenario;
-    std::vector<Scenario> creating{
-        S{"OpenFile", OpenConnection, {50, 1}, On(Connection, OpenForWriting)},
-        S{"OpenFileReadOnly", OpenConnection, {50, 1}, On(Connection, OpenReadOnly)},
-        S{"OpenInMissingDirectories", CreateWithoutDirectories<Connection>, {50, 3}, On(Connection, OpenForWriting)},
-        S{"OpenForTheFirstTime", CreateForFirstUse, {55, 1}, On(Connection, OpenForWriting)},
-        S{"OpenMissingFile", CreateWithoutFile<Connection>, {10, 2}, On(Connection, OpenMissingFile)},
-        S{"OpenDatabase", Create<Facade>, {50, 1}, On(Facade, OpenForWriting)},
-        S{"OpenDatabaseReadOnly", Create<Facade>, {50, 1}, On(Facade, OpenReadOnly)},
-        S{"OpenDatabaseInMissingDirectories", CreateWithoutDirectories<Facade>, {50, 3}, On(Facade, OpenForWriting)},
-        S{"OpenMissingDatabase", CreateWithoutFile<Facade>, {10, 2}, On(Facade, OpenMissingFile)},
-    };
-    for (Scenario& scenario : creating) {
-        scenario.refusalsForNew = {{111, "Create directory failed: "}};
-    }
-    std::vector<Scenario> all{
-        S{"ConstructConnection", Nothing, {0, 1}, ConstructConnection},
-        S{"OpenInMemory", OpenConnection, {50, 0}, On(Connection, OpenInMemory)},
-        S{"CloseConnection", OpenConnection, {0, 0}, On(Connection, Close)},
-        S{"CloseConnectionWithHeldStatement", HoldStatement, {1, 1}, On(Connection, CloseInUse)},
-        S{"MoveConnection", OpenConnection, {0, 1}, On(Connection, Move)},
-        S{"ConstructFacade", Nothing, {0, 3}, ConstructFacade},
-        S{"CloseDatabase", OpenSubjectFacade, {0, 0}, On(Facade, Close)},
-        S{"CloseDatabaseWhileAQueryIsOpen", OpenWarmFacade, {10, 1}, On(Facade, CloseWhileAQueryIsOpen)},
-    };
-    all.insert(all.end(), creating.begin(), creating.end());
-    return all;
+    const Opening<Connection, &SqlDatabase::Open, &SqlDatabase::Close> connection{list};
+    connection.AddOpen("OpenFile", OpenConnection, {50, 1}, false);
+    connection.AddOpen("OpenFileReadOnly", OpenConnection, {50, 1}, true);
+    connection.AddOpen("OpenInMissingDirectories", CreateWithoutDirectories<Connection>, {50, 3}, false);
+    connection.AddOpen("OpenForTheFirstTime", CreateForFirstUse, {55, 1}, false);
+    connection.AddOpenMissing("OpenMissingFile");
+    connection.AddClose("CloseConnection", OpenConnection);
+
+    const Opening<Facade, &DatabaseApi::OpenDatabase, &DatabaseApi::CloseDatabase> facade{list};
+    facade.AddOpen("OpenDatabase", Create<Facade>, {50, 1}, false);
+    facade.AddOpen("OpenDatabaseReadOnly", Create<Facade>, {50, 1}, true);
+    facade.AddOpen("OpenDatabaseInMissingDirectories", CreateWithoutDirectories<Facade>, {50, 3}, false);
+    facade.AddOpenMissing("OpenMissingDatabase");
+    facade.AddClose("CloseDatabase", OpenFacade);
+
+    list.Add("ConstructConnection", Nothing, {0, 1}, [](Subject& subject) {
+        const SqlDatabase& made = subject.connection.emplace();
+        return Report(!made.IsOpen(), made);
+    });
+    list.Add("ConstructFacade", Nothing, {0, 3}, [](Subject& subject) {
+        const DatabaseApi& made = subject.facade.emplace();
+        return Report(!made.IsOpen() && made.Succeeded(), made);
+    });
+    list.Add("OpenInMemory", OpenConnection, {50, 0}, Connection, [](Subject&, SqlDatabase& used) {
+        static const std::string Path = ":memory:";
+        return used.Close() && used.Open(Path, false);
+    });
+    list.Add("CloseConnectionWithHeldStatement", HoldStatement, {1, 1}, Connection, [](Subject&, SqlDatabase& used) {
+        return !used.Close() && used.GetLastError() == SQLITE_BUSY && used.IsOpen();
+    });
+    list.Add("CloseDatabaseWhileAQueryIsOpen", Warm<OpenFacade>, {10, 1}, Facade, [](Subject&, DatabaseApi& used) {
+        static const std::string Query = "SELECT id, name FROM t WHERE id > ? ORDER BY id";
+        return used.SqlQueryBegin(Query) && !used.CloseDatabase() && used.GetLastError() == SQLITE_BUSY &&
+               used.IsOpen();
+    });
+    list.Add("MoveConnection", OpenConnection, {0, 1}, Connection, [](Subject&, SqlDatabase& used) {
+        NoDestructor<SqlDatabase> taken;
+        *taken = std::move(used);
+        used = std::move(*taken);
+        return used.IsOpen();
+    });
 }
 
 } // namespace Morvik::sql::tests

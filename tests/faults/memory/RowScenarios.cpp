@@ -17,7 +17,7 @@ const std::string Failing = "SELECT name FROM t UNION ALL SELECT abs(-9223372036
 
 void ArrangeRows(Subject& subject)
 {
-    OpenSubjectFacade(subject);
+    OpenFacade(subject);
     subject.write.columns = {"name", "weight", "picture"};
     for (int row = 0; row < Rounds(3, 100); ++row) {
         subject.write.rows.push_back(
@@ -28,19 +28,19 @@ void ArrangeRows(Subject& subject)
 // Doubling the quotes needs a separate allocation.
 void ArrangeQuotes(Subject& subject)
 {
-    OpenWarmFacade(subject);
+    Warm<OpenFacade>(subject);
     subject.write = {{"weight", "name"}, {{{IntegerCell(7), TextCell("O'Brien and O'Hara of \"The Blue Door\"")}}}};
 }
 
 void ArrangeInvalidCell(Subject& subject)
 {
-    OpenWarmFacade(subject);
+    Warm<OpenFacade>(subject);
     subject.write = {{"name", "weight"}, {{{TextCell("a"), InvalidCell(1)}}}};
 }
 
 void ArrangeTimes(Subject& subject)
 {
-    OpenWarmFacade(subject);
+    Warm<OpenFacade>(subject);
     subject.write.columns = {"name", "weight", "picture", "id"};
     subject.write.rows = {
         {{TagCell(DbTableColumnType::DateTimeNow), TagCell(DbTableColumnType::JulianDayNow),
@@ -52,15 +52,16 @@ bool Write(Subject& subject, DatabaseApi& facade)
     return facade.WriteTableValues(Table, subject.write);
 }
 
-bool WriteInvalid(Subject& subject, DatabaseApi& facade)
-{
-    return !facade.WriteTableValues(Table, subject.write) && facade.GetLastError() == 1;
-}
-
 template <const std::string& Selected>
 bool Update(Subject& subject, DatabaseApi& facade)
 {
     return facade.UpdateTableValues(Table, subject.write, Selected);
+}
+
+template <const std::string& Sql>
+bool Read(Subject& subject, DatabaseApi& facade)
+{
+    return facade.ReadValues(Sql, subject.data);
 }
 
 // Reads the row in place, because copying its cells is not safe when memory fails (see DbTableColumnValue).
@@ -80,28 +81,6 @@ void Note(Subject& subject, const DbTableRowValues& row)
     }
 }
 
-bool ReadTable(Subject& subject, DatabaseApi& facade)
-{
-    return facade.ReadTableValues(Table, subject.data);
-}
-
-template <const std::string& Sql>
-bool Read(Subject& subject, DatabaseApi& facade)
-{
-    return facade.ReadValues(Sql, subject.data);
-}
-
-// A failed step has the generic code; closing returns the code of the failure.
-bool ReadFailing(Subject& subject, DatabaseApi& facade)
-{
-    const bool read = facade.ReadValues(Failing, subject.data);
-    if (facade.GetLastError() != 1) {
-        return read;
-    }
-    const bool closed = facade.CloseReadTable();
-    return !read && !closed && facade.GetLastError() == 1;
-}
-
 template <const std::string& Sql>
 bool Walk(Subject& subject, DatabaseApi& facade)
 {
@@ -114,50 +93,51 @@ bool Walk(Subject& subject, DatabaseApi& facade)
     return facade.Succeeded() && facade.CloseReadTable();
 }
 
-bool Iterate(Subject& subject, DatabaseApi& facade)
-{
-    if (!facade.SqlQueryBegin(Query)) {
-        return false;
-    }
-    for (const DbTableRowValues& row : facade) {
-        Note(subject, row);
-    }
-    return facade.Succeeded() && facade.CloseReadTable();
-}
-
-// The query stays open until the next query begins or the facade is destroyed.
-bool LeaveQueryOpen(Subject& subject, DatabaseApi& facade)
-{
-    return facade.SqlQueryBegin(Query) && facade.ReadNextRow(subject.row);
-}
-
 } // namespace
 
-std::vector<Scenario> RowScenarios()
+void AddRowScenarios(ScenarioList& list)
 {
-    const Refusal nearParenthesis{1, "near \")\": syntax error"};
-    using S = Scenario;
-    return {
-        S{"WriteTableValues", ArrangeRows, {40, 2}, On(Facade, Write)},
-        S{"WriteTextWithQuotes", ArrangeQuotes, {25, 4}, On(Facade, Write)}.WithoutNew(nearParenthesis),
-        S{"WriteInvalidCell", ArrangeInvalidCell, {5, 3}, On(Facade, WriteInvalid)},
-        S{"UpdateTableValues", ArrangeRows, {40, 2}, On(Facade, Update<Condition>)},
-        S{"UpdateTextWithQuotes", ArrangeQuotes, {40, 4}, On(Facade, Update<Condition>)}.WithoutNew(nearParenthesis),
-        S{"UpdateNoRowWithTimes", ArrangeTimes, {20, 2}, On(Facade, Update<NoRow>)},
+    const AllowedError nearParenthesis{1, "near \")\": syntax error"};
+    list.Add("WriteTableValues", ArrangeRows, {40, 2}, Facade, Write);
+    list.Add("WriteTextWithQuotes", ArrangeQuotes, Allocations{25, 4}.WithoutNew(nearParenthesis), Facade, Write);
+    list.Add("WriteInvalidCell", ArrangeInvalidCell, {5, 3}, Facade, [](Subject& subject, DatabaseApi& facade) {
+        return !Write(subject, facade) && facade.GetLastError() == 1;
+    });
+    list.Add("UpdateTableValues", ArrangeRows, {40, 2}, Facade, Update<Condition>);
+    list.Add("UpdateTextWithQuotes", ArrangeQuotes, Allocations{40, 4}.WithoutNew(nearParenthesis), Facade,
+             Update<Condition>);
+    list.Add("UpdateNoRowWithTimes", ArrangeTimes, {20, 2}, Facade, Update<NoRow>);
 
-        S{"ReadTableValues", OpenWarmFacade, {20, 5}, On(Facade, ReadTable)}.WithoutSqlite(FailedStep),
-        S{"ReadValues", OpenSubjectFacade, {20, 5}, On(Facade, Read<Query>)}.WithoutSqlite(FailedStep),
-        S{"ReadConvertedValues", OpenWarmFacade, {20, 5}, On(Facade, Read<Conversions>)}
-            .WithoutSqlite(FailedStep)
-            .ConvertsText(),
-        S{"ReadValuesFailing", OpenWarmFacade, {20, 3}, On(Facade, ReadFailing)},
-        S{"ReadNextRow", OpenWarmFacade, {20, 5}, On(Facade, Walk<Query>)}.WithoutSqlite(FailedStep),
-        S{"ReadNextConvertedRow", OpenWarmFacade, {20, 5}, On(Facade, Walk<Conversions>)}
-            .WithoutSqlite(FailedStep)
-            .ConvertsText(),
-        S{"IterateOverRows", OpenWarmFacade, {20, 5}, On(Facade, Iterate)}.WithoutSqlite(FailedStep),
-        S{"LeaveQueryOpen", OpenWarmFacade, {20, 2}, On(Facade, LeaveQueryOpen)}.WithoutSqlite(FailedStep),
-    };
+    const Allocations reading = Allocations{20, 5}.WithoutSqlite(FailedStep);
+    list.Add("ReadTableValues", Warm<OpenFacade>, reading, Facade,
+             [](Subject& subject, DatabaseApi& facade) { return facade.ReadTableValues(Table, subject.data); });
+    list.Add("ReadValues", OpenFacade, reading, Facade, Read<Query>);
+    list.Add("ReadConvertedValues", Warm<OpenFacade>, reading.ConvertsText(), Facade, Read<Conversions>);
+    // A failed step has the generic code; closing returns the code of the failure.
+    list.Add("ReadValuesFailing", Warm<OpenFacade>, {20, 3}, Facade, [](Subject& subject, DatabaseApi& facade) {
+        const bool read = facade.ReadValues(Failing, subject.data);
+        if (facade.GetLastError() != 1) {
+            return read;
+        }
+        const bool closed = facade.CloseReadTable();
+        return !read && !closed && facade.GetLastError() == 1;
+    });
+    list.Add("ReadNextRow", Warm<OpenFacade>, reading, Facade, Walk<Query>);
+    list.Add("ReadNextConvertedRow", Warm<OpenFacade>, reading.ConvertsText(), Facade, Walk<Conversions>);
+    list.Add("IterateOverRows", Warm<OpenFacade>, reading, Facade, [](Subject& subject, DatabaseApi& facade) {
+        if (!facade.SqlQueryBegin(Query)) {
+            return false;
+        }
+        for (const DbTableRowValues& row : facade) {
+            Note(subject, row);
+        }
+        return facade.Succeeded() && facade.CloseReadTable();
+    });
+    // The query stays open until the next query begins or the facade is destroyed.
+    list.Add("LeaveQueryOpen", Warm<OpenFacade>, Allocations{20, 2}.WithoutSqlite(FailedStep), Facade,
+             [](Subject& subject, DatabaseApi& facade) {
+                 return facade.SqlQueryBegin(Query) && facade.ReadNextRow(subject.row);
+             });
 }
 
 } // namespace Morvik::sql::tests

@@ -10,19 +10,15 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-void ReadSchema(SqlCommand& command)
+template <typename Object>
+void Require(bool succeeded, const Object& object)
 {
-    if (!SoakIsOn() && !command.Execute("SELECT 1 FROM t")) {
-        throw std::runtime_error(command.GetLastErrorMsg());
+    if (!succeeded) {
+        throw std::runtime_error(object.GetLastErrorMsg());
     }
 }
 
 } // namespace
-
-Report::Report(bool done, int code, std::string_view message) : m_done(done), m_code(code)
-{
-    message.copy(m_message.data(), m_message.size() - 1);
-}
 
 void Subject::DestroyObjects()
 {
@@ -31,18 +27,6 @@ void Subject::DestroyObjects()
     cursor.reset();
     command.reset();
     connection.reset();
-}
-
-void Subject::ForgetWhatWasRead()
-{
-    data.rows.clear();
-    row.cells.clear();
-    text.clear();
-    otherText.clear();
-    bytes.clear();
-    integer = 0;
-    real = 0;
-    result = 0;
 }
 
 std::string Subject::WhatWasRead() const
@@ -65,10 +49,8 @@ void Nothing(Subject&) {}
 
 void OpenConnection(Subject& subject)
 {
-    subject.connection.emplace();
-    if (!subject.connection->Open(subject.path, false)) {
-        throw std::runtime_error(subject.connection->GetLastErrorMsg());
-    }
+    SqlDatabase& connection = subject.connection.emplace();
+    Require(connection.Open(subject.path, false), connection);
 }
 
 void MakeCommand(Subject& subject)
@@ -83,32 +65,18 @@ void MakeCursor(Subject& subject)
     subject.cursor.emplace(*subject.connection);
 }
 
-void OpenSubjectFacade(Subject& subject)
+void OpenFacade(Subject& subject)
 {
-    subject.facade.emplace();
-    if (!subject.facade->OpenDatabase(subject.path, false)) {
-        throw std::runtime_error(subject.facade->GetLastErrorMsg());
+    DatabaseApi& facade = subject.facade.emplace();
+    Require(facade.OpenDatabase(subject.path, false), facade);
+}
+
+void ReadSchema(Subject& subject)
+{
+    if (!SoakIsOn()) {
+        SqlCommand reading = subject.facade ? subject.facade->PrepareStatement("") : SqlCommand(*subject.connection);
+        Require(reading.Execute("SELECT 1 FROM t"), reading);
     }
-}
-
-void MakeWarmCommand(Subject& subject)
-{
-    MakeCommand(subject);
-    ReadSchema(*subject.command);
-}
-
-void MakeWarmCursor(Subject& subject)
-{
-    MakeCursor(subject);
-    SqlCommand reading(*subject.connection);
-    ReadSchema(reading);
-}
-
-void OpenWarmFacade(Subject& subject)
-{
-    OpenSubjectFacade(subject);
-    SqlCommand reading = subject.facade->PrepareStatement("");
-    ReadSchema(reading);
 }
 
 } // namespace Morvik::sql::tests

@@ -8,6 +8,7 @@
 #include <array>
 #include <filesystem>
 #include <functional>
+#include <list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,7 +22,16 @@ namespace Morvik::sql::tests {
 class Report {
 public:
     Report() = default;
-    Report(bool done, int code, std::string_view message);
+
+    Report(bool done, int code, std::string_view message) : m_done(done), m_code(code)
+    {
+        message.copy(m_message.data(), m_message.size() - 1);
+    }
+
+    /// Whether the operation succeeded, and the error of the object that it was called on.
+    template <typename Object>
+    Report(bool done, const Object& object) : Report(done, object.GetLastError(), object.GetLastErrorMsg())
+    {}
 
     bool Done() const { return m_done; }
     int Code() const { return m_code; }
@@ -35,23 +45,28 @@ private:
     std::array<char, 80> m_message{};
 };
 
-/// Whether the operation succeeded, and the error of the object that it was called on.
-template <typename Object>
-Report ReportOf(bool done, const Object& object)
-{
-    return {done, object.GetLastError(), object.GetLastErrorMsg()};
-}
+/// The data that a scenario read.
+struct ReadData {
+    DbTableData data;
+    DbTableRowValues row;
+    std::string text;
+    std::string otherText;
+    std::vector<char> bytes;
+    long long integer = 0;
+    double real = 0;
+    int result = 0;
+};
 
 /// The objects that a scenario uses, and the data that it read. They are members, so that they can be checked when
 /// memory is available again, and so that their memory is counted.
-struct Subject {
+struct Subject : ReadData {
     /// A subject whose database file is `file`; it may create other files in the same directory.
     explicit Subject(const std::filesystem::path& file) : path(file.string()), directory(file.parent_path()) {}
 
     /// Destroys the objects of the library in the required order.
     void DestroyObjects();
 
-    void ForgetWhatWasRead();
+    void ForgetWhatWasRead() { static_cast<ReadData&>(*this) = {}; }
 
     /// The data that was read, as a text to compare.
     std::string WhatWasRead() const;
@@ -71,28 +86,63 @@ struct Subject {
 
     DbTableDefinition definition;
     DbTableDataWrite write;
-
-    DbTableData data;
-    DbTableRowValues row;
-    std::string text;
-    std::string otherText;
-    std::vector<char> bytes;
-    long long integer = 0;
-    double real = 0;
-    int result = 0;
 };
 
+constexpr auto Connection = &Subject::connection;
+constexpr auto Command = &Subject::command;
+constexpr auto Cursor = &Subject::cursor;
+constexpr auto Facade = &Subject::facade;
+
 /// A code and the beginning of its message.
-struct Refusal {
+struct AllowedError {
     int code;
     std::string_view message;
 };
 
-/// The minimum number of allocations of each kind that a scenario makes. 0 means that it makes none, and so cannot
-/// fail.
-struct LeastAllocations {
-    int ofSqlite;
-    int ofNew;
+/// The allocations of a scenario, and what the scenario may do when one of them fails.
+struct Allocations {
+    /// The minimum number of allocations of each kind. 0 means that the scenario makes none, and so cannot fail.
+    int leastOfSqlite;
+    int leastOfNew;
+
+    std::vector<AllowedError> errorsWithoutSqlite{};
+    std::vector<AllowedError> errorsWithoutNew{};
+    std::optional<std::string> firstStep{};
+    bool mayPassUndone = false;
+    bool convertsText = false;
+    bool mayStayLocked = false;
+
+    /// The errors allowed when SQLite's memory fails, in addition to code 7. With code 7, the message is "out of
+    /// memory", or empty if SQLite had no memory for the text or the operation stores none.
+    Allocations WithoutSqlite(std::vector<AllowedError> errors) const
+    {
+        return With(&Allocations::errorsWithoutSqlite, std::move(errors));
+    }
+
+    /// The error allowed when operator new fails, instead of std::bad_alloc.
+    Allocations WithoutNew(AllowedError error) const { return With(&Allocations::errorsWithoutNew, {error}); }
+
+    /// A statement that may have been executed already when the scenario fails.
+    Allocations After(std::string statement) const { return With(&Allocations::firstStep, std::move(statement)); }
+
+    /// The scenario may report success without an effect, if SQLite's memory failed where the library must not report
+    /// it.
+    Allocations MayPassUndone() const { return With(&Allocations::mayPassUndone, true); }
+
+    /// The scenario reads texts or bytes for which SQLite needs memory; without memory, it throws std::bad_alloc.
+    Allocations ConvertsText() const { return With(&Allocations::convertsText, true); }
+
+    /// A failed act may leave a transaction open, so that other connections may find the file locked.
+    Allocations MayStayLocked() const { return With(&Allocations::mayStayLocked, true); }
+
+private:
+    template <typename Value>
+    Allocations With(Value Allocations::*member, std::type_identity_t<Value> value) const
+    {
+        Allocations copy = *this;
+        copy.*member = std::move(value);
+        return copy;
+    }
 };
 
 /// A use of the library that is run while memory fails. It can be repeated with the same objects after a success and
@@ -103,83 +153,58 @@ struct Scenario {
     /// Prepares what the scenario needs, while memory is available.
     void (*arrange)(Subject& subject);
 
-    LeastAllocations least;
+    Allocations allocations;
 
     /// Runs the operation. It allocates only for what it reads, and reports success only if everything succeeded.
     std::function<Report(Subject& subject)> act;
+};
 
-    std::vector<Refusal> refusalsForSqlite{};
-    std::vector<Refusal> refusalsForNew{};
-    std::optional<std::string> firstStep{};
-    bool mayPassUndone = false;
-    bool convertsText = false;
-    bool mayStayLocked = false;
-
-    /// The errors allowed when SQLite's memory fails, in addition to code 7. With code 7, the message is "out of
-    /// memory", or empty if SQLite had no memory for the text or the operation stores none.
-    Scenario WithoutSqlite(std::vector<Refusal> refusals) const { return With(&Scenario::refusalsForSqlite, refusals); }
-
-    /// The errors allowed when operator new fails, instead of std::bad_alloc.
-    Scenario WithoutNew(Refusal refusal) const { return With(&Scenario::refusalsForNew, std::vector{refusal}); }
-
-    /// A statement that may have been executed already when the scenario fails.
-    Scenario After(std::string statement) const { return With(&Scenario::firstStep, std::optional(statement)); }
-
-    /// The scenario may report success without an effect, if SQLite's memory failed where the library must not report
-    /// it.
-    Scenario MayPassUndone() const { return With(&Scenario::mayPassUndone, true); }
-
-    /// The scenario reads texts or bytes for which SQLite needs memory; without memory, it throws std::bad_alloc.
-    Scenario ConvertsText() const { return With(&Scenario::convertsText, true); }
-
-    /// A failed act may leave a transaction open, so that other connections may find the file locked.
-    Scenario MayStayLocked() const { return With(&Scenario::mayStayLocked, true); }
-
-private:
-    template <typename Value>
-    Scenario With(Value Scenario::*member, Value value) const
+/// The scenarios, in the order in which they were added.
+class ScenarioList : public std::vector<Scenario> {
+public:
+    void Add(std::string name, void (*arrange)(Subject&), Allocations allocations, std::function<Report(Subject&)> act)
     {
-        Scenario copy = *this;
-        copy.*member = std::move(value);
-        return copy;
+        push_back({std::move(name), arrange, std::move(allocations), std::move(act)});
+    }
+
+    /// Adds an operation on one of the subject's objects; it reports the error of that object.
+    template <typename Object>
+    void Add(std::string name, void (*arrange)(Subject&), Allocations allocations,
+             std::optional<Object> Subject::*object,
+             std::type_identity_t<std::function<bool(Subject&, Object&)>> operation)
+    {
+        Add(std::move(name), arrange, std::move(allocations), [=](Subject& subject) {
+            Object& used = *(subject.*object);
+            return Report(operation(subject, used), used);
+        });
     }
 };
 
-/// An operation of one of the subject's objects; its report is the error of that object.
-template <typename Object>
-std::function<Report(Subject&)> On(std::optional<Object> Subject::*object,
-                                   std::type_identity_t<bool (*)(Subject& subject, Object& object)> operation)
-{
-    return [=](Subject& subject) {
-        Object& used = *(subject.*object);
-        return ReportOf(operation(subject, used), used);
-    };
-}
-
-constexpr auto Connection = &Subject::connection;
-constexpr auto Command = &Subject::command;
-constexpr auto Cursor = &Subject::cursor;
-constexpr auto Facade = &Subject::facade;
-
-std::vector<Scenario> OpeningScenarios();
-std::vector<Scenario> CommandScenarios();
-std::vector<Scenario> CursorScenarios();
-std::vector<Scenario> MoveScenarios();
-std::vector<Scenario> TableScenarios();
-std::vector<Scenario> RowScenarios();
+void AddOpeningScenarios(ScenarioList& list);
+void AddCommandScenarios(ScenarioList& list);
+void AddCursorScenarios(ScenarioList& list);
+void AddMoveScenarios(ScenarioList& list);
+void AddTableScenarios(ScenarioList& list);
+void AddRowScenarios(ScenarioList& list);
 
 // Functions for `arrange` that several scenarios use.
 void Nothing(Subject& subject);
 void OpenConnection(Subject& subject);
 void MakeCommand(Subject& subject);
 void MakeCursor(Subject& subject);
-void OpenSubjectFacade(Subject& subject);
+void OpenFacade(Subject& subject);
 
-// The same functions, which also read the schema. Without them, the first statement of the scenario reads the schema,
-// which takes many allocations. Only a soak makes all of these allocations fail in every scenario.
-void MakeWarmCommand(Subject& subject);
-void MakeWarmCursor(Subject& subject);
-void OpenWarmFacade(Subject& subject);
+/// Reads the schema. Only a soak leaves it out: then the first statement of the scenario reads the schema, which takes
+/// many allocations.
+void ReadSchema(Subject& subject);
+
+/// Prepares the scenario with `Arrange`, and reads the schema.
+template <void (*Arrange)(Subject&)>
+void Warm(Subject& subject)
+{
+    Arrange(subject);
+    ReadSchema(subject);
+}
 
 /// Opens the query, calls `read` for each row, and closes the cursor. Only the code distinguishes the end of the rows
 /// from a failed step. A failed step has the generic code; closing returns the specific one.
@@ -208,7 +233,7 @@ bool StepRows(SqlCommand& command, const Read& read)
 }
 
 /// The error of a cursor's step without memory: the generic code of the legacy interface.
-inline const std::vector<Refusal> FailedStep{{1, "out of memory"}, {1, "SQL logic error"}};
+inline const std::vector<AllowedError> FailedStep{{1, "out of memory"}, {1, "SQL logic error"}};
 
 /// A query whose step fails.
 inline const std::string Overflow = "SELECT abs(-9223372036854775807 - 1)";

@@ -24,7 +24,7 @@ void MakeClosedFacade(Subject& subject)
 
 void ArrangeDefinition(Subject& subject)
 {
-    OpenSubjectFacade(subject);
+    OpenFacade(subject);
     subject.definition.name = "made";
     subject.definition.columns = {
         {"id", DbTableColumnType::Integer, 0, PrimaryKey, {{PrimaryKey, "AUTOINCREMENT"}}},
@@ -47,124 +47,77 @@ void ArrangeLongDefinition(Subject& subject)
     subject.definition.constraints.foreignKey = {"room of the reading", "time of the reading"};
 }
 
-bool Create(Subject& subject, DatabaseApi& facade)
+Report Count(Subject& subject, const std::string& condition, int expectedRows, int expectedResult)
 {
-    return facade.CreateTable(subject.definition);
+    const int rows = subject.facade->ExistData(Table, condition, subject.result);
+    return {rows == expectedRows && subject.result == expectedResult, subject.result,
+            subject.facade->GetLastErrorMsg()};
 }
 
-bool Exists(Subject& subject, DatabaseApi& facade)
+void AddRendering(ScenarioList& list, const std::string& name, int leastOfNew,
+                  std::string (*render)(const DbTableDefinition& definition))
 {
-    return facade.ExistsTable(Table, subject.result);
-}
-
-bool Drop(Subject&, DatabaseApi& facade)
-{
-    return facade.DropTable(Room);
-}
-
-// Renames the table, and at the next call renames it back.
-bool Alter(Subject& subject, DatabaseApi& facade)
-{
-    const bool there = subject.timesDone % 2 == 0;
-    return facade.AlterTable(there ? Room : Chamber, there ? Chamber : Room);
-}
-
-Report Count(Subject& subject)
-{
-    const int rows = subject.facade->ExistData(Table, Condition, subject.result);
-    return {rows == 2 && subject.result == 0, subject.result, subject.facade->GetLastErrorMsg()};
-}
-
-Report FailCount(Subject& subject)
-{
-    const int rows = subject.facade->ExistData(Table, FailingCondition, subject.result);
-    return {rows == 0 && subject.result == 1, subject.result, subject.facade->GetLastErrorMsg()};
-}
-
-bool Execute(Subject&, DatabaseApi& facade)
-{
-    return facade.Execute(Insert);
-}
-
-bool ExecuteRejected(Subject&, DatabaseApi& facade)
-{
-    return !facade.Execute(Nonsense) && facade.GetLastError() == SQLITE_ERROR;
-}
-
-Report PrepareStatement(Subject& subject)
-{
-    SqlCommand& statement = subject.statement.emplace(subject.facade->PrepareStatement(Query));
-    const auto read = [&] { subject.text += statement.ColumnText(1); };
-    return ReportOf(statement.BindInteger(1, 1) && StepRows(statement, read) && statement.Finalize(), statement);
-}
-
-// The failed checks of operations without a database; each leaves a different message.
-bool UseClosed(Subject& subject, DatabaseApi& facade)
-{
-    return !facade.CreateTable(subject.definition) && !facade.DropTable(Table) && !facade.AlterTable(Table, Table) &&
-           !facade.Execute(Empty) && !facade.WriteTableValues(Empty, subject.write) &&
-           !facade.UpdateTableValues(Table, subject.write, Empty) && !facade.ReadValues(Query, subject.data) &&
-           !facade.SqlQueryBegin(Query) && !facade.ReadNextRow(subject.row) && facade.CloseReadTable();
-}
-
-template <auto Part, auto Render>
-Report RenderPart(Subject& subject)
-{
-    subject.text = (Part(subject.definition).*Render)();
-    return {true, 0, ""};
-}
-
-const DbTableColumnDefinition& FirstColumn(const DbTableDefinition& definition)
-{
-    return definition.columns.front();
-}
-
-const DbTableConstraints& Constraints(const DbTableDefinition& definition)
-{
-    return definition.constraints;
-}
-
-const DbTableDefinition& Itself(const DbTableDefinition& definition)
-{
-    return definition;
-}
-
-Report CopyDefinition(Subject& subject)
-{
-    const DbTableDefinition copy = subject.definition;
-    return {copy.constraints.foreignKey == subject.definition.constraints.foreignKey, 0, ""};
+    list.Add(name, ArrangeLongDefinition, {0, leastOfNew}, [=](Subject& subject) {
+        subject.text = render(subject.definition);
+        return Report(true, 0, "");
+    });
 }
 
 } // namespace
 
-std::vector<Scenario> TableScenarios()
+void AddTableScenarios(ScenarioList& list)
 {
-    using S = Scenario;
-    using Column = DbTableColumnDefinition;
-    constexpr auto ColumnConstraints = RenderPart<FirstColumn, &Column::ColumnConstraintsAsString>;
-    constexpr auto ColumnDefinition = RenderPart<FirstColumn, &Column::ColumnDefinitionAsString>;
-    constexpr auto ForeignKey = RenderPart<Constraints, &DbTableConstraints::ForeignKeyConstraintAsString>;
-    constexpr auto TableConstraint = RenderPart<Itself, &DbTableDefinition::TableConstraintAsString>;
-    return {
-        S{"Execute", OpenWarmFacade, {20, 1}, On(Facade, Execute)},
-        S{"ExecuteRejectedText", OpenWarmFacade, {5, 2}, On(Facade, ExecuteRejected)},
-        S{"PrepareStatement", OpenWarmFacade, {10, 2}, PrepareStatement},
-        S{"UseClosedFacade", MakeClosedFacade, {0, 1}, On(Facade, UseClosed)},
+    using Definition = DbTableDefinition;
 
-        S{"CreateTable", ArrangeDefinition, {40, 5}, On(Facade, Create)},
-        S{"ExistsTable", OpenSubjectFacade, {10, 2}, On(Facade, Exists)}.WithoutSqlite({{0, ""}}),
-        S{"DropTable", OpenWarmFacade, {40, 4}, On(Facade, Drop)}.After("DELETE FROM room").MayPassUndone(),
-        S{"AlterTable", OpenWarmFacade, {40, 3}, On(Facade, Alter)}.WithoutSqlite(
-            {{113, "No table exists: "}, {7, "unable to open a temporary database file for storing temporary tables"}}),
-        S{"ExistData", OpenWarmFacade, {20, 3}, Count}.WithoutSqlite({{0, ""}}).WithoutNew({110, ""}),
-        S{"ExistDataFailing", OpenWarmFacade, {20, 3}, FailCount}.WithoutSqlite({{0, ""}}).WithoutNew({110, ""}),
+    list.Add("Execute", Warm<OpenFacade>, {20, 1}, Facade,
+             [](Subject&, DatabaseApi& facade) { return facade.Execute(Insert); });
+    list.Add("ExecuteRejectedText", Warm<OpenFacade>, {5, 2}, Facade, [](Subject&, DatabaseApi& facade) {
+        return !facade.Execute(Nonsense) && facade.GetLastError() == SQLITE_ERROR;
+    });
+    list.Add("PrepareStatement", Warm<OpenFacade>, {10, 2}, [](Subject& subject) {
+        SqlCommand& statement = subject.statement.emplace(subject.facade->PrepareStatement(Query));
+        const auto read = [&] { subject.text += statement.ColumnText(1); };
+        return Report(statement.BindInteger(1, 1) && StepRows(statement, read) && statement.Finalize(), statement);
+    });
+    // The failed checks of operations without a database; each leaves a different message.
+    list.Add("UseClosedFacade", MakeClosedFacade, {0, 1}, Facade, [](Subject& subject, DatabaseApi& facade) {
+        return !facade.CreateTable(subject.definition) && !facade.DropTable(Table) &&
+               !facade.AlterTable(Table, Table) && !facade.Execute(Empty) &&
+               !facade.WriteTableValues(Empty, subject.write) &&
+               !facade.UpdateTableValues(Table, subject.write, Empty) && !facade.ReadValues(Query, subject.data) &&
+               !facade.SqlQueryBegin(Query) && !facade.ReadNextRow(subject.row) && facade.CloseReadTable();
+    });
 
-        S{"RenderColumnConstraints", ArrangeLongDefinition, {0, 2}, ColumnConstraints},
-        S{"RenderColumnDefinition", ArrangeLongDefinition, {0, 3}, ColumnDefinition},
-        S{"RenderForeignKey", ArrangeLongDefinition, {0, 3}, ForeignKey},
-        S{"RenderTableConstraint", ArrangeLongDefinition, {0, 4}, TableConstraint},
-        S{"CopyDefinition", ArrangeLongDefinition, {0, 5}, CopyDefinition},
-    };
+    list.Add("CreateTable", ArrangeDefinition, {40, 5}, Facade,
+             [](Subject& subject, DatabaseApi& facade) { return facade.CreateTable(subject.definition); });
+    list.Add("ExistsTable", OpenFacade, Allocations{10, 2}.WithoutSqlite({{0, ""}}), Facade,
+             [](Subject& subject, DatabaseApi& facade) { return facade.ExistsTable(Table, subject.result); });
+    list.Add("DropTable", Warm<OpenFacade>, Allocations{40, 4}.After("DELETE FROM room").MayPassUndone(), Facade,
+             [](Subject&, DatabaseApi& facade) { return facade.DropTable(Room); });
+    const std::vector<AllowedError> alterErrors{
+        {113, "No table exists: "}, {7, "unable to open a temporary database file for storing temporary tables"}};
+    list.Add("AlterTable", Warm<OpenFacade>, Allocations{40, 3}.WithoutSqlite(alterErrors), Facade,
+             [](Subject& subject, DatabaseApi& facade) { // renames the table, and at the next call renames it back
+                 const bool there = subject.timesDone % 2 == 0;
+                 return facade.AlterTable(there ? Room : Chamber, there ? Chamber : Room);
+             });
+    const Allocations counting = Allocations{20, 3}.WithoutSqlite({{0, ""}}).WithoutNew({110, ""});
+    list.Add("ExistData", Warm<OpenFacade>, counting, [](Subject& subject) { return Count(subject, Condition, 2, 0); });
+    list.Add("ExistDataFailing", Warm<OpenFacade>, counting,
+             [](Subject& subject) { return Count(subject, FailingCondition, 0, 1); });
+
+    AddRendering(list, "RenderColumnConstraints", 2,
+                 [](const Definition& table) { return table.columns[0].ColumnConstraintsAsString(); });
+    AddRendering(list, "RenderColumnDefinition", 3,
+                 [](const Definition& table) { return table.columns[0].ColumnDefinitionAsString(); });
+    AddRendering(list, "RenderForeignKey", 3,
+                 [](const Definition& table) { return table.constraints.ForeignKeyConstraintAsString(); });
+    AddRendering(list, "RenderTableConstraint", 4,
+                 [](const Definition& table) { return table.TableConstraintAsString(); });
+    list.Add("CopyDefinition", ArrangeLongDefinition, {0, 5}, [](Subject& subject) {
+        const DbTableDefinition copy = subject.definition;
+        return Report(copy.constraints.foreignKey == subject.definition.constraints.foreignKey, 0, "");
+    });
 }
 
 } // namespace Morvik::sql::tests

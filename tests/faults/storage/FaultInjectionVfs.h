@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "faults/storage/VfsShim.h"
@@ -17,7 +18,14 @@ struct FileFault {
 };
 
 /// Describes the fault, for a message.
-std::string Described(const FileFault& fault);
+inline std::string Described(const FileFault& fault)
+{
+    static constexpr const char* Names[] = {"open",   "read", "write",  "truncate", "sync", "size",       "delete",
+                                            "access", "lock", "unlock", "locked",   "map",  "shared lock"};
+    return std::string(Names[static_cast<int>(fault.call)]) + ' ' + std::to_string(fault.position) +
+           (fault.lasting ? " and later" : "") + (fault.carriedOut ? ", carried out," : "") + " with code " +
+           std::to_string(fault.code);
+}
 
 /// A file system in which a call fails while the object lives. Fired() tells how many calls failed.
 ///
@@ -31,15 +39,27 @@ std::string Described(const FileFault& fault);
 class FaultInjectionVfs : public VfsShim {
 public:
     /// From now on, counts the calls and makes them fail as `fault` says.
-    void Arm(const FileFault& fault);
+    void Arm(const FileFault& fault)
+    {
+        m_fault = fault;
+        m_calls = 0;
+        m_fired = 0;
+    }
 
     int Fired() const { return m_fired; }
 
-    FileFailure Fails(FileCall call) override;
+    FileFailure Fails(FileCall call) override
+    {
+        if (!m_fault || call != m_fault->call || ++m_calls < m_fault->position ||
+            (m_calls > m_fault->position && !m_fault->lasting)) {
+            return {};
+        }
+        ++m_fired;
+        return {m_fault->code, m_fault->carriedOut};
+    }
 
 private:
-    FileFault m_fault{};
-    bool m_armed = false;
+    std::optional<FileFault> m_fault;
     int m_calls = 0;
     int m_fired = 0;
 };

@@ -17,25 +17,34 @@ InterposedFile& Of(sqlite3_file* file)
     return *reinterpret_cast<OpenedFile*>(file)->file;
 }
 
-// Forwards a call to the real file.
-template <typename... Parameters, typename... Arguments>
-int Forward(sqlite3_file* file, int (*sqlite3_io_methods::*method)(sqlite3_file*, Parameters...),
-            Arguments... arguments)
-{
-    sqlite3_file* const real = Of(file).Real();
-    return (real->pMethods->*method)(real, arguments...);
-}
+// A call that the real file carries out, or that fails if the call is of a kind that can fail.
+template <auto Method, FileCall... Kind>
+struct Forwarded;
 
-// Forwards a call to the real file, or makes it fail.
-template <typename... Parameters, typename... Arguments>
-int Run(FileCall kind, sqlite3_file* file, int (*sqlite3_io_methods::*method)(sqlite3_file*, Parameters...),
-        Arguments... arguments)
+template <typename... Parameters, int (*sqlite3_io_methods::*Method)(sqlite3_file*, Parameters...), FileCall... Kind>
+struct Forwarded<Method, Kind...> {
+    static int Call(sqlite3_file* file, Parameters... parameters)
+    {
+        sqlite3_file* const real = Of(file).Real();
+        const auto call = [&] { return (real->pMethods->*Method)(real, parameters...); };
+        if constexpr (sizeof...(Kind) == 0) {
+            return call();
+        } else {
+            return Of(file).System().Run(Kind..., call);
+        }
+    }
+};
+
+// Releasing a shared lock never fails.
+int CallShmLock(sqlite3_file* file, int offset, int count, int flags)
 {
-    return Of(file).System().Run(kind, [&] { return Forward(file, method, arguments...); });
+    constexpr auto ShmLock = &sqlite3_io_methods::xShmLock;
+    return (flags & SQLITE_SHM_LOCK) != 0 ? Forwarded<ShmLock, FileCall::LockShared>::Call(file, offset, count, flags)
+                                          : Forwarded<ShmLock>::Call(file, offset, count, flags);
 }
 
 // Leaves out the calls of version 3, which map files into memory: SQLite would then read and write without calling this
-// file system. Releasing a shared lock never fails.
+// file system.
 constexpr sqlite3_io_methods Methods = {
     .iVersion = 2,
     .xClose =
@@ -43,43 +52,22 @@ constexpr sqlite3_io_methods Methods = {
             delete &Of(file);
             return SQLITE_OK;
         },
-    .xRead = [](sqlite3_file* file, void* bytes, int count,
-                sqlite3_int64 at) { return Run(FileCall::Read, file, &sqlite3_io_methods::xRead, bytes, count, at); },
+    .xRead = Forwarded<&sqlite3_io_methods::xRead, FileCall::Read>::Call,
     .xWrite = [](sqlite3_file* file, const void* bytes, int count,
                  sqlite3_int64 at) { return Of(file).Write(bytes, count, at); },
     .xTruncate = [](sqlite3_file* file, sqlite3_int64 size) { return Of(file).Truncate(size); },
     .xSync = [](sqlite3_file* file, int) { return Of(file).Sync(); },
-    .xFileSize =
-        [](sqlite3_file* file, sqlite3_int64* size) {
-            return Run(FileCall::FileSize, file, &sqlite3_io_methods::xFileSize, size);
-        },
-    .xLock = [](sqlite3_file* file, int level) { return Run(FileCall::Lock, file, &sqlite3_io_methods::xLock, level); },
-    .xUnlock = [](sqlite3_file* file,
-                  int level) { return Run(FileCall::Unlock, file, &sqlite3_io_methods::xUnlock, level); },
-    .xCheckReservedLock =
-        [](sqlite3_file* file, int* reserved) {
-            return Run(FileCall::CheckReservedLock, file, &sqlite3_io_methods::xCheckReservedLock, reserved);
-        },
-    .xFileControl =
-        [](sqlite3_file* file, int operation, void* argument) {
-            return Forward(file, &sqlite3_io_methods::xFileControl, operation, argument);
-        },
-    .xSectorSize = [](sqlite3_file* file) { return Forward(file, &sqlite3_io_methods::xSectorSize); },
-    .xDeviceCharacteristics =
-        [](sqlite3_file* file) { return Forward(file, &sqlite3_io_methods::xDeviceCharacteristics); },
-    .xShmMap =
-        [](sqlite3_file* file, int region, int size, int extend, volatile void** memory) {
-            return Run(FileCall::MapShared, file, &sqlite3_io_methods::xShmMap, region, size, extend, memory);
-        },
-    .xShmLock =
-        [](sqlite3_file* file, int offset, int count, int flags) {
-            constexpr auto ShmLock = &sqlite3_io_methods::xShmLock;
-            return (flags & SQLITE_SHM_LOCK) != 0 ? Run(FileCall::LockShared, file, ShmLock, offset, count, flags)
-                                                  : Forward(file, ShmLock, offset, count, flags);
-        },
+    .xFileSize = Forwarded<&sqlite3_io_methods::xFileSize, FileCall::FileSize>::Call,
+    .xLock = Forwarded<&sqlite3_io_methods::xLock, FileCall::Lock>::Call,
+    .xUnlock = Forwarded<&sqlite3_io_methods::xUnlock, FileCall::Unlock>::Call,
+    .xCheckReservedLock = Forwarded<&sqlite3_io_methods::xCheckReservedLock, FileCall::CheckReservedLock>::Call,
+    .xFileControl = Forwarded<&sqlite3_io_methods::xFileControl>::Call,
+    .xSectorSize = Forwarded<&sqlite3_io_methods::xSectorSize>::Call,
+    .xDeviceCharacteristics = Forwarded<&sqlite3_io_methods::xDeviceCharacteristics>::Call,
+    .xShmMap = Forwarded<&sqlite3_io_methods::xShmMap, FileCall::MapShared>::Call,
+    .xShmLock = CallShmLock,
     .xShmBarrier = [](sqlite3_file* file) { Of(file).Real()->pMethods->xShmBarrier(Of(file).Real()); },
-    .xShmUnmap = [](sqlite3_file* file,
-                    int deleteIt) { return Forward(file, &sqlite3_io_methods::xShmUnmap, deleteIt); },
+    .xShmUnmap = Forwarded<&sqlite3_io_methods::xShmUnmap>::Call,
     .xFetch = nullptr,
     .xUnfetch = nullptr,
 };
@@ -106,63 +94,35 @@ int InterposedFile::Sync()
     return m_system.Run(FileCall::Sync, [] { return SQLITE_OK; });
 }
 
-// SQLite's calls on the file system.
-struct VfsShim::Calls {
-    static VfsShim& Of(sqlite3_vfs* own) { return *static_cast<VfsShim*>(own->pAppData); }
-    static sqlite3_vfs* Real(sqlite3_vfs* own) { return Of(own).m_real; }
-
-    static int Open(sqlite3_vfs* own, const char* path, sqlite3_file* file, int flags, int* outFlags)
-    {
+// The calls that are not replaced here are those of the real file system.
+VfsShim::VfsShim() : m_real(sqlite3_vfs_find(nullptr)), m_own{*m_real, this}
+{
+    m_own.szOsFile = sizeof(OpenedFile);
+    m_own.zName = "interposed";
+    m_own.xOpen = [](sqlite3_vfs* own, const char* path, sqlite3_file* file, int flags, int* outFlags) {
         VfsShim& system = Of(own);
         auto real = std::make_unique<std::byte[]>(static_cast<std::size_t>(system.m_real->szOsFile));
         auto* const opened = reinterpret_cast<sqlite3_file*>(real.get());
         file->pMethods = nullptr;
         const int code = system.Open(path, opened, flags, outFlags);
-        if (code != SQLITE_OK) {
-            if (opened->pMethods != nullptr) {
-                opened->pMethods->xClose(opened);
-            }
-            return code;
+        if (code == SQLITE_OK) {
+            reinterpret_cast<OpenedFile*>(file)->file = system.Interpose(path, flags, std::move(real)).release();
+            file->pMethods = &Methods;
+        } else if (opened->pMethods != nullptr) {
+            opened->pMethods->xClose(opened);
         }
-        reinterpret_cast<OpenedFile*>(file)->file = system.Interpose(path, flags, std::move(real)).release();
-        file->pMethods = &Methods;
-        return SQLITE_OK;
-    }
-};
-
-VfsShim::VfsShim() : m_real(sqlite3_vfs_find(nullptr))
-{
-    m_own.iVersion = 2;
-    m_own.szOsFile = sizeof(OpenedFile);
-    m_own.mxPathname = m_real->mxPathname;
-    m_own.zName = "interposed";
-    m_own.pAppData = this;
-    m_own.xOpen = Calls::Open;
+        return code;
+    };
     m_own.xDelete = [](sqlite3_vfs* own, const char* path, int syncDirectory) {
-        return Calls::Of(own).Delete(path, syncDirectory);
+        return Of(own).Delete(path, syncDirectory);
     };
     m_own.xAccess = [](sqlite3_vfs* own, const char* path, int flags, int* answer) {
-        return Calls::Of(own).Run(FileCall::Access,
-                                  [&] { return Calls::Real(own)->xAccess(Calls::Real(own), path, flags, answer); });
-    };
-    m_own.xFullPathname = [](sqlite3_vfs* own, const char* path, int count, char* full) {
-        return Calls::Real(own)->xFullPathname(Calls::Real(own), path, count, full);
-    };
-    m_own.xRandomness = [](sqlite3_vfs* own, int count, char* bytes) {
-        return Calls::Real(own)->xRandomness(Calls::Real(own), count, bytes);
+        sqlite3_vfs* const real = Of(own).m_real;
+        return Of(own).Run(FileCall::Access, [&] { return real->xAccess(real, path, flags, answer); });
     };
     m_own.xSleep = [](sqlite3_vfs*, int microseconds) { return microseconds; };
-    m_own.xCurrentTime = [](sqlite3_vfs* own, double* now) {
-        return Calls::Real(own)->xCurrentTime(Calls::Real(own), now);
-    };
-    m_own.xCurrentTimeInt64 = [](sqlite3_vfs* own, sqlite3_int64* now) {
-        return Calls::Real(own)->xCurrentTimeInt64(Calls::Real(own), now);
-    };
-    m_own.xGetLastError = [](sqlite3_vfs* own, int count, char* text) {
-        return Calls::Real(own)->xGetLastError(Calls::Real(own), count, text);
-    };
     if (sqlite3_vfs_register(&m_own, 1) != SQLITE_OK) {
-        throw std::runtime_error("SQLite does not take the file system");
+        throw std::runtime_error("SQLite rejects the file system");
     }
 }
 
@@ -180,12 +140,6 @@ int VfsShim::Open(const char* path, sqlite3_file* real, int flags, int* outFlags
 int VfsShim::Delete(const char* path, int /*syncDirectory*/)
 {
     return Run(FileCall::Delete, [&] { return m_real->xDelete(m_real, path, 0); });
-}
-
-std::unique_ptr<InterposedFile> VfsShim::Interpose(const char* /*path*/, int /*flags*/,
-                                                   std::unique_ptr<std::byte[]> real)
-{
-    return std::make_unique<InterposedFile>(*this, std::move(real));
 }
 
 } // namespace Morvik::sql::tests

@@ -72,10 +72,15 @@ protected:
     virtual std::unique_ptr<InterposedFile> Interpose(const char* path, int flags, std::unique_ptr<std::byte[]> real);
 
 private:
-    struct Calls;
+    // Registered with SQLite, which gives it to every call.
+    struct Registered : sqlite3_vfs {
+        VfsShim* shim;
+    };
+
+    static VfsShim& Of(sqlite3_vfs* own) { return *static_cast<Registered*>(own)->shim; }
 
     sqlite3_vfs* m_real;
-    sqlite3_vfs m_own{};
+    Registered m_own;
 };
 
 /// One file that SQLite opened. A derived class overrides the calls that it changes.
@@ -99,5 +104,11 @@ private:
     VfsShim& m_system;
     std::unique_ptr<std::byte[]> m_real;
 };
+
+inline std::unique_ptr<InterposedFile> VfsShim::Interpose(const char* /*path*/, int /*flags*/,
+                                                          std::unique_ptr<std::byte[]> real)
+{
+    return std::make_unique<InterposedFile>(*this, std::move(real));
+}
 
 } // namespace Morvik::sql::tests

@@ -27,7 +27,7 @@ void ExpectDestructionToAbort(std::optional<Owner>& owner)
 // The only situation in which running out of memory ends the process: a connection object is destroyed, SQLite rejects
 // closing its connection, and the message cannot be stored. It cannot happen if statements are destroyed before their
 // database.
-TEST(RefusedClosingDeathTest, ConnectionDestroyedBeforeItsStatementEndsTheProcessWithoutMemory)
+TEST(RejectedClosingDeathTest, ConnectionDestroyedBeforeItsStatementEndsTheProcessWithoutMemory)
 {
     std::optional<SqlDatabase> connection(std::in_place);
     ASSERT_TRUE(connection->Open(":memory:", false));
@@ -37,7 +37,7 @@ TEST(RefusedClosingDeathTest, ConnectionDestroyedBeforeItsStatementEndsTheProces
     ExpectDestructionToAbort(connection);
 }
 
-TEST(RefusedClosingDeathTest, FacadeDestroyedBeforeItsStatementEndsTheProcessWithoutMemory)
+TEST(RejectedClosingDeathTest, FacadeDestroyedBeforeItsStatementEndsTheProcessWithoutMemory)
 {
     std::optional<DatabaseApi> facade(std::in_place);
     ASSERT_TRUE(facade->OpenDatabase(":memory:", false));

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <algorithm>
+#include <filesystem>
+#include <list>
+#include <string>
+#include <utility>
+
+#include "support/DatabaseContent.h"
+#include "support/DatabaseFiles.h"
+
+namespace Morvik::sql::tests {
+
+/// Reads the content of database files as another process finds it, and their schema as the table "sqlite_master".
+/// Files with the same bytes are read only once.
+class ContentCache {
+public:
+    /// The content of the file at `path`; an absent file and an empty one have the same content. Throws
+    /// std::runtime_error for a file that SQLite cannot read or finds damaged. The result is valid as long as this
+    /// object.
+    const DatabaseContent& Of(const std::string& path)
+    {
+        if (std::filesystem::exists(path + "-journal")) {
+            Read(path); // the first reader rolls a journal back, which changes the files
+        }
+        const DatabaseFiles files(path);
+        const auto known = std::ranges::find(m_known, files, &std::pair<DatabaseFiles, DatabaseContent>::first);
+        if (known != m_known.end()) {
+            return known->second;
+        }
+        return m_known.emplace_back(files, files.contents.empty() ? DatabaseContent() : Read(path)).second;
+    }
+
+private:
+    static DatabaseContent Read(const std::string& path)
+    {
+        DatabaseContent content = ContentOf(path);
+        auto schema = RawSqlite(path).Rows("SELECT name, type, tbl_name, sql FROM sqlite_master ORDER BY 1");
+        if (!schema.empty()) {
+            content["sqlite_master"] = std::move(schema);
+        }
+        return content;
+    }
+
+    std::list<std::pair<DatabaseFiles, DatabaseContent>> m_known;
+};
+
+} // namespace Morvik::sql::tests
