@@ -82,19 +82,14 @@ FileFailure PowerLossVfs::Fails(FileCall call)
 {
     switch (call) {
     case FileCall::Write:
-        return {GoesOut() ? SQLITE_IOERR_WRITE : SQLITE_OK};
     case FileCall::Truncate:
-        return {GoesOut() ? SQLITE_IOERR_TRUNCATE : SQLITE_OK};
     case FileCall::Sync:
-        return {GoesOut() ? SQLITE_IOERR_FSYNC : SQLITE_OK};
+        return {GoesOut() ? SQLITE_IOERR : SQLITE_OK};
     case FileCall::Read:
-        return {IsOut() ? SQLITE_IOERR_READ : SQLITE_OK};
     case FileCall::FileSize:
-        return {IsOut() ? SQLITE_IOERR_FSTAT : SQLITE_OK};
     case FileCall::Access:
-        return {IsOut() ? SQLITE_IOERR_ACCESS : SQLITE_OK};
     case FileCall::Lock:
-        return {IsOut() ? SQLITE_IOERR_LOCK : SQLITE_OK};
+        return {IsOut() ? SQLITE_IOERR : SQLITE_OK};
     default:
         return {};
     }

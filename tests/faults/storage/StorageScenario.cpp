@@ -9,10 +9,9 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-using Found = StorageScenario::Found;
-
 constexpr const char* EveryRow = "SELECT * FROM reading ORDER BY id";
-constexpr const char* CreateEvent = "CREATE TABLE event (id INTEGER PRIMARY KEY,what TEXT)";
+const DbTableDefinition Event{
+    "event", {{"id", DbTableColumnType::Integer, 0, PrimaryKey}, {"what", DbTableColumnType::Text}}, {}};
 
 // A text so long that a few of them fill a page.
 std::string LargeText(char letter)
@@ -41,7 +40,8 @@ std::string InsertOfNewReadings()
 
 std::string Transaction()
 {
-    return "BEGIN;" + InsertOfNewReadings() + ";DELETE FROM reading WHERE id < 10;" + CreateEvent + ";COMMIT";
+    return "BEGIN;" + InsertOfNewReadings() + ";DELETE FROM reading WHERE id < 10;" + ReferenceCreateStatement(Event) +
+           ";COMMIT";
 }
 
 // Opens the database with a cache of a few pages, which makes SQLite write into the database before the commit.
@@ -59,10 +59,7 @@ constexpr auto OpenReadOnly = [](auto& side) { return side.Open(StorageFile, tru
 constexpr auto Close = [](auto& side) { return side.CloseAll(); };
 constexpr auto ReadEveryRow = [](auto& side) { return side.Read(EveryRow); };
 constexpr auto WriteReadings = [](auto& side) { return side.Write("reading", NewReadings()); };
-constexpr auto CreateTable = [](auto& side) {
-    return side.Create(
-        {"event", {{"id", DbTableColumnType::Integer, 0, PrimaryKey}, {"what", DbTableColumnType::Text}}, {}});
-};
+constexpr auto CreateTable = [](auto& side) { return side.Create(Event); };
 
 std::vector<StorageScenario> MakeScenarios()
 {
@@ -71,8 +68,11 @@ std::vector<StorageScenario> MakeScenarios()
         {.name = "OpenNewFile", .act = Open, .prepare = DoNothing, .found = Found::Nothing},
         {.name = "OpenExistingFile", .act = Open, .prepare = DoNothing},
         {.name = "OpenReadOnly", .act = OpenReadOnly, .prepare = DoNothing, .readOnly = true},
-        {.name = "CreateFirstTable", .act = CreateTable, .changes = {CreateEvent}, .found = Found::Nothing},
-        {.name = "CreateTable", .act = CreateTable, .changes = {CreateEvent}},
+        {.name = "CreateFirstTable",
+         .act = CreateTable,
+         .changes = {ReferenceCreateStatement(Event)},
+         .found = Found::Nothing},
+        {.name = "CreateTable", .act = CreateTable, .changes = {ReferenceCreateStatement(Event)}},
         {.name = "WriteTableValues", .act = WriteReadings, .changes = {InsertOfNewReadings()}},
         {.name = "UpdateTableValues",
          .act =

@@ -14,6 +14,10 @@ namespace Morvik::sql::tests {
 /// The journal modes of SQLite that the tests use.
 enum class JournalMode { Delete, Truncate, WriteAheadLog };
 
+/// The files before a scenario: none, a database, or a database whose last writer ended between its first write and
+/// its commit.
+enum class Found { Nothing, Database, Unfinished };
+
 /// The name of the database file.
 inline constexpr const char* StorageFile = "test.db";
 
@@ -47,9 +51,7 @@ struct StorageScenario {
     /// The steps before the fault.
     StorageSteps prepare = [](auto& side) { return side.Open(StorageFile, false); };
 
-    /// The files before the scenario: none, a database, or a database whose last writer ended between its first write
-    /// and its commit.
-    enum class Found { Nothing, Database, Unfinished } found = Found::Database;
+    Found found = Found::Database;
 
     bool readOnly = false;
 
@@ -64,7 +66,7 @@ struct StorageScenario {
 const std::vector<StorageScenario>& StorageScenarios();
 
 /// The files before the scenario.
-DatabaseFiles FoundFiles(StorageScenario::Found found, JournalMode mode);
+DatabaseFiles FoundFiles(Found found, JournalMode mode);
 
 /// The kinds of calls that the scenario always makes.
 std::set<FileCall> NecessaryCalls(const StorageScenario& scenario, JournalMode mode);
