@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "fuzz/Finding.h"
+#include "fuzz/FuzzTarget.h"
 #include "support/FacadeDriver.h"
 
 namespace Morvik::sql::tests {

@@ -2,8 +2,6 @@
 // of the reference implementation on a copy of the file.
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <span>
 #include <string>
 #include <variant>
@@ -11,6 +9,7 @@
 
 #include "fuzz/ComparedFacades.h"
 #include "fuzz/FuzzTarget.h"
+#include "support/DatabaseFiles.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -35,8 +34,10 @@ public:
     explicit DamagedFile(std::span<const std::uint8_t> content)
         : ComparedFacades(Directory() + "library", Directory() + "reference")
     {
-        WriteFile("library.db", content);
-        WriteFile("reference.db", content);
+        DatabaseFiles files;
+        files.contents[""].assign(content.begin(), content.end());
+        files.PutBack(Directory() + "library.db");
+        files.PutBack(Directory() + "reference.db");
     }
 
     /// The texts in a column of the query; a damaged file may have other types in that column.
@@ -67,19 +68,6 @@ private:
     {
         static const TemporaryDirectory directory;
         return directory.Path().string() + '/';
-    }
-
-    static void WriteFile(const std::string& name, std::span<const std::uint8_t> content)
-    {
-        const std::string path = Directory() + name;
-        for (const char* const left : {"-journal", "-wal", "-shm"}) {
-            std::filesystem::remove(path + left);
-        }
-        std::ofstream file(path, std::ios::binary | std::ios::trunc);
-        file << std::string(content.begin(), content.end());
-        if (!file.flush()) {
-            ReportFinding("The file cannot be written: " + path);
-        }
     }
 };
 

@@ -3,7 +3,6 @@
 #include <span>
 #include <string>
 
-#include "fuzz/Finding.h"
 #include "fuzz/FuzzTarget.h"
 #include "support/FacadeOperations.h"
 #include "support/TemporaryDirectory.h"

@@ -8,8 +8,7 @@ set(fuzz_source_database-files ${fuzz_directory}/DatabaseFilesTarget.cpp)
 
 add_library(tkosqllite_fuzz_support OBJECT
     ${fuzz_directory}/ComparedFacades.cpp
-    ${fuzz_directory}/Finding.cpp
-    ${fuzz_directory}/StoredRow.cpp)
+    ${fuzz_directory}/FuzzTarget.cpp)
 target_include_directories(tkosqllite_fuzz_support
     PUBLIC ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
 target_link_libraries(tkosqllite_fuzz_support PUBLIC tkosqllite_options SQLite::SQLite3 ${CMAKE_DL_LIBS})

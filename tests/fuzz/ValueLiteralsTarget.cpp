@@ -1,23 +1,20 @@
 // SQLite must read the literal of any value as one value with the cell's content: a text with its apostrophes doubled,
 // a number as a default stream writes it. With a zero byte in a text, nothing is written.
 
-#include <sql/DbTableColumnValue.h>
+#include <sql/DatabaseApi.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>
-#include <cstddef>
-#include <cstdint>
+#include <cstdlib>
+#include <iterator>
 #include <optional>
 #include <span>
-#include <string>
 #include <variant>
 #include <vector>
 
-#include "fuzz/Finding.h"
 #include "fuzz/FuzzTarget.h"
-#include "fuzz/StoredRow.h"
 #include "model/SqlBuffer.h"
 #include "model/ValueLiteral.h"
 #include "support/Cells.h"
@@ -27,6 +24,9 @@
 namespace Morvik::sql::tests {
 
 namespace {
+
+// The table's columns. An update reads a text that equals one of them as that column.
+const std::vector<std::string> Columns{"c0", "c1", "c2", "c3", "c4", "c5"};
 
 std::string WithoutZeroBytes(std::string text)
 {
@@ -71,7 +71,7 @@ std::vector<DbTableColumnValue> ChosenCells(FuzzInput& choices)
     std::vector<DbTableColumnValue> cells;
     do {
         cells.push_back(ChosenCell(choices));
-    } while (choices.Left() && cells.size() < MostStoredCells);
+    } while (choices.Left() && cells.size() < Columns.size());
     return cells;
 }
 
@@ -109,6 +109,123 @@ bool HoldsZeroByte(const DbTableColumnValue& cell)
 {
     const auto* const text = std::get_if<std::string>(&cell.value);
     return cell.type == DbTableColumnType::Text && text != nullptr && text->find('\0') != std::string::npos;
+}
+
+/// A facade with the table, emptied. It is kept open from one input to the next.
+DatabaseApi& FacadeTable()
+{
+    static DatabaseApi facade;
+    if (!(facade.IsOpen() || facade.OpenDatabase(":memory:", false)) ||
+        !facade.Execute("CREATE TABLE IF NOT EXISTS stored (c0, c1, c2, c3, c4, c5); DELETE FROM stored")) {
+        ReportFinding("The table cannot be made: " + facade.GetLastErrorMsg());
+    }
+    return facade;
+}
+
+/// The values of the table's only row.
+std::vector<DbTableColumnValue> OnlyRow(const DatabaseApi& facade, const std::string& columns)
+{
+    DbTableData data;
+    if (!facade.ReadValues("SELECT " + columns + " FROM stored", data)) {
+        ReportFinding("The table cannot be read: " + facade.GetLastErrorMsg());
+    }
+    RequireSame("The number of rows", std::to_string(data.rows.size()), "1");
+    return data.rows.front().cells;
+}
+
+/// The index in "rowid, *" of the column that a double-quoted text names; nothing if it names no column.
+std::optional<std::size_t> NamedColumn(std::string text)
+{
+    std::ranges::transform(text, text.begin(),
+                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    const auto column = std::ranges::find(Columns, text);
+    if (column != Columns.end()) {
+        return column - Columns.begin() + 1;
+    }
+    return text == "rowid" || text == "oid" || text == "_rowid_" ? std::optional<std::size_t>(0) : std::nullopt;
+}
+
+void RequireSameNumber(const std::string& stored, const std::string& literal)
+{
+    const double actual = std::strtod(stored.c_str(), nullptr);
+    const double expected = std::strtod(literal.c_str(), nullptr);
+    // SQLite prints 15 digits, and parses the smallest numbers with fewer.
+    const bool same = std::abs(actual - expected) <= std::max(std::abs(expected) * 1e-14, 1e-290);
+    if (!same || stored.front() == '\'') {
+        ReportFinding("The number " + literal + " is stored as " + stored);
+    }
+}
+
+// The text with its apostrophes doubled, as the library stores it.
+std::string Doubled(const std::string& text)
+{
+    std::string doubled;
+    for (const char c : text) {
+        doubled.append(c == '\'' ? 2 : 1, c);
+    }
+    return doubled;
+}
+
+// Reports a finding unless `stored`, a value as SQLite's quote() writes it, is the value of the cell. `literal` is the
+// cell's text in the statement.
+void RequireStoredAs(const DbTableColumnValue& cell, const std::string& literal, const std::string& stored)
+{
+    if (const auto* const text = std::get_if<std::string>(&cell.value); literal.front() == '"' && text != nullptr) {
+        RequireSame("The stored text of " + Printable(*text), stored, "'" + Doubled(Doubled(*text)) + "'");
+    } else if (literal.front() == '"') {
+        const auto& bytes = std::get<std::vector<char>>(cell.value);
+        RequireSame("The stored bytes", stored, "'" + Doubled({bytes.begin(), bytes.end()}) + "'");
+    } else if (cell.type > DbTableColumnType::Null) {
+        const bool isText = cell.type != DbTableColumnType::JulianDayNow;
+        RequireSame("The time's first character", stored.substr(0, 1), isText ? "'" : "2");
+    } else {
+        RequireSameNumber(stored, literal);
+    }
+}
+
+DbTableDataWrite Request(const std::vector<DbTableColumnValue>& cells)
+{
+    return {{Columns.begin(), Columns.begin() + static_cast<std::ptrdiff_t>(cells.size())}, {{cells}}};
+}
+
+/// Reports a finding unless the facade inserts the cells, whose texts in the statement are `literals`, and SQLite
+/// stores the value of each cell, a text with its apostrophes doubled. An update with the same cells must store the
+/// same texts, except that it reads a text that equals a column's name as that column.
+void RequireWritten(const std::vector<DbTableColumnValue>& cells, const std::vector<std::string>& literals)
+{
+    DatabaseApi& facade = FacadeTable();
+    if (!facade.WriteTableValues("stored", Request(cells))) {
+        ReportFinding("WriteTableValues left " + facade.GetLastErrorMsg());
+    }
+    const auto quoted = OnlyRow(facade, "quote(c0), quote(c1), quote(c2), quote(c3), quote(c4), quote(c5)");
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        RequireStoredAs(cells[i], literals[i], std::get<std::string>(quoted.at(i).value));
+    }
+    const std::vector<DbTableColumnValue> written = OnlyRow(facade, "rowid, *");
+    if (!facade.UpdateTableValues("stored", Request(cells), "")) {
+        ReportFinding("UpdateTableValues left " + facade.GetLastErrorMsg());
+    }
+    const std::vector<DbTableColumnValue> updated = OnlyRow(facade, "rowid, *");
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        const auto* const text = std::get_if<std::string>(&cells[i].value);
+        if (text != nullptr && cells[i].type == DbTableColumnType::Text) {
+            RequireSame("The updated text", ValueText(updated.at(i + 1)),
+                        ValueText(written.at(NamedColumn(*text).value_or(i + 1))));
+        }
+    }
+}
+
+/// Reports a finding unless SQLite rejects the row and nothing is written: the zero byte ends the statement inside its
+/// text.
+void RequireRejected(const std::vector<DbTableColumnValue>& cells)
+{
+    DatabaseApi& facade = FacadeTable();
+    const bool written = facade.WriteTableValues("stored", Request(cells));
+    RequireSame("The code of a text with a zero byte", std::to_string(facade.GetLastError()), "1");
+    int result = -1;
+    if (written || facade.ExistData("stored", "", result) != 0 || result != 0) {
+        ReportFinding("A text with a zero byte is written");
+    }
 }
 
 void TryCells(const std::vector<DbTableColumnValue>& cells)

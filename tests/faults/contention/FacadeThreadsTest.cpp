@@ -1,14 +1,11 @@
-#include <sql/DatabaseApi.h>
+#include <gtest/gtest.h>
 
 #include <array>
 #include <atomic>
-#include <functional>
 #include <thread>
 
-#include <gtest/gtest.h>
-#include <sqlite3.h>
-
-#include "support/Cells.h"
+#include "faults/files/Transcript.h"
+#include "support/DatabaseFiles.h"
 #include "support/FacadeOperations.h"
 #include "support/SoakMode.h"
 #include "support/TemporaryDirectory.h"
@@ -44,64 +41,23 @@ void ExpectNoFailureOnThreads(Work work)
     }
 }
 
-/// Creates, fills, changes, reads, walks and drops a table, and makes some operations fail. Returns what went wrong.
-std::string UseEveryOperation(DatabaseApi& database, int round)
-{
-    int result = -1;
-    DbTableData data;
-    DbTableRowValues row;
-    const DbTableDefinition definition{
-        "log", {{"number", DbTableColumnType::Integer, 0, PrimaryKey}, {"text", DbTableColumnType::Text}}, {}};
-    const DbTableDataWrite rows{{}, {{{IntegerCell(1), TextCell("it's")}}, {{IntegerCell(2), TextCell("two")}}}};
-    const DbTableDataWrite update{{"text"}, {{{RealCell(round + 0.5)}}}};
-    const std::string updated = "string(" + std::to_string(round) + ".5)";
-    const auto failsWith = [&](int code, bool succeeded) { return !succeeded && database.GetLastError() == code; };
-    const auto bind = [](SqlCommand command) {
-        return command.BindInt64(1, 3) && command.BindText(2, "three") && command.Step();
-    };
-
-    const std::pair<const char*, std::function<bool()>> operations[] = {
-        {"create", [&] { return database.CreateTable(definition); }},
-        {"write", [&] { return database.WriteTableValues("log", rows); }},
-        {"update", [&] { return database.UpdateTableValues("log", update, "WHERE number=2"); }},
-        {"write twice", [&] { return failsWith(SQLITE_CONSTRAINT, database.WriteTableValues("log", rows)); }},
-        {"read what is absent", [&] { return failsWith(SQLITE_ERROR, database.ReadTableValues("absent", data)); }},
-        {"read", [&] { return database.ReadTableValues("log", data) && data.rows.size() == 2; }},
-        {"begin", [&] { return database.SqlQueryBegin("SELECT text FROM log ORDER BY number DESC"); }},
-        {"walk", [&] { return database.ReadNextRow(row) && ValueText(row.cells.at(0)) == updated; }},
-        {"end", [&] { return database.CloseReadTable(); }},
-        {"count", [&] { return database.ExistData("log", "WHERE number>1", result) == 1; }},
-        {"test", [&] { return database.ExistsTable("LOG", result); }},
-        {"bind", [&] { return bind(database.PrepareStatement("INSERT INTO log VALUES (?, ?)")); }},
-        {"rename", [&] { return database.AlterTable("log", "old"); }},
-        {"drop", [&] { return database.DropTable("old") && !database.ExistsTable("old", result); }},
-        {"run nothing", [&] { return failsWith(112, database.Execute("")); }},
-    };
-    for (const auto& [name, succeeds] : operations) {
-        if (!succeeds()) {
-            return std::string(name) + ": " + std::to_string(database.GetLastError()) + " " +
-                   database.GetLastErrorMsg();
-        }
-    }
-    return "";
-}
-
-TEST(FacadeThreadsTest, FacadesOfTwoThreadsDoEverythingAtOnce)
+TEST(FacadeThreadsTest, EveryOperationOfTwoThreadsEqualsTheReference)
 {
     const TemporaryDirectory directory;
     const int rounds = Rounds(30, 1000);
+    DatabaseFiles sample;
+    sample.contents[""] = SampleDatabase(1024);
 
     ExpectNoFailureOnThreads([&](std::size_t number) {
-        std::string failure;
-        for (int round = 0; round < rounds && failure.empty(); ++round) {
-            DatabaseApi database;
-            if (!database.OpenDatabase(directory.File(std::to_string(number) + "/thread.db"), false) ||
-                !database.Execute("PRAGMA synchronous = OFF")) {
-                return "open: " + database.GetLastErrorMsg();
-            }
-            failure = UseEveryOperation(database, round);
+        const std::string path = directory.File(std::to_string(number));
+        sample.PutBack(path);
+        const Transcript expected = ReferenceTranscript(path, false);
+        std::string difference;
+        for (int round = 0; round < rounds && difference.empty(); ++round) {
+            sample.PutBack(path);
+            difference = Difference(LibraryTranscript(path, false), expected);
         }
-        return failure;
+        return difference;
     });
 }
 

@@ -1,47 +1,17 @@
-#include "files/DamageTrials.h"
+#include "faults/files/DamageTrials.h"
 
 #include <gtest/gtest.h>
 
 #include <exception>
-#include <filesystem>
-#include <fstream>
 #include <set>
 #include <utility>
 
 #include "support/ChildProcess.h"
-#include "support/RawSqlite.h"
+#include "support/DatabaseFiles.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
-
-/// A database with the tables "reading" (with the index "by_label") and "note", whose texts and blobs fill several
-/// pages, and with free pages of a dropped table.
-std::string SampleDatabase(std::size_t page)
-{
-    const TemporaryDirectory directory;
-    const std::string path = directory.File("sample.db");
-    RawSqlite sqlite(path);
-    const auto insert = [&](const std::string& table, int rows, std::size_t labelSize) {
-        const std::string size = "(" + std::to_string(labelSize) + " + i)";
-        sqlite.Execute("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT " + std::to_string(rows) +
-                       ") INSERT INTO " + table + " SELECT i, substr('label ' || (i * 7919 % 1000) || replace(hex(" +
-                       "zeroblob(" + size + ")), '00', char(97 + i % 26)), 1, " + size + "), i / 8.0, NULL FROM n");
-    };
-    sqlite.Execute("PRAGMA synchronous = OFF; PRAGMA page_size = " + std::to_string(page));
-    for (const char* const table : {"reading", "note", "scrap"}) {
-        sqlite.Execute(std::string("CREATE TABLE ") + table +
-                       " (number INTEGER PRIMARY KEY, label TEXT NOT NULL, value REAL, bytes BLOB)");
-    }
-    sqlite.Execute("CREATE INDEX by_label ON reading (label)");
-    insert("scrap", 6, 2 * page);
-    insert("reading", 60, page / 32);
-    insert("note", 6, page);
-    sqlite.Execute("UPDATE reading SET bytes = CAST(label || label || label AS BLOB) WHERE number = 3;"
-                   "UPDATE note SET bytes = CAST(label || label AS BLOB) WHERE number = 2;"
-                   "DELETE FROM scrap; DROP TABLE scrap");
-    return FileContent(path);
-}
 
 using Operations = Transcript (*)(const std::string& path, bool readOnly);
 
@@ -53,12 +23,9 @@ struct FileResult {
 /// Runs the operations on a file with this content. An exception is recorded as a distinct result.
 FileResult Run(Operations operations, const std::string& path, const std::string& content, bool readOnly)
 {
-    // The file is created again each time: some systems write a file to the disk at once if it is emptied and filled
-    // again.
-    for (const char* companion : {"", "-journal", "-wal", "-shm"}) {
-        std::filesystem::remove(path + companion);
-    }
-    std::ofstream(path, std::ios::binary) << content;
+    DatabaseFiles files;
+    files.contents[""] = content;
+    files.PutBack(path);
     FileResult outcome;
     try {
         outcome.answers = operations(path, readOnly);

@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-#include "files/Transcript.h"
+#include "faults/files/Transcript.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "files/DamageTrials.h"
+#include "faults/files/DamageTrials.h"
 #include "support/FuzzInput.h"
 #include "support/SoakMode.h"
 #include "support/TestSeeds.h"

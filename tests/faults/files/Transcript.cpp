@@ -1,4 +1,4 @@
-#include "files/Transcript.h"
+#include "faults/files/Transcript.h"
 
 #include <sql/SqlCommand.h>
 #include <sql/SqlDatabase.h>
@@ -10,6 +10,10 @@
 #include <cstddef>
 #include <sstream>
 #include <string_view>
+
+#include "support/ChildProcess.h"
+#include "support/RawSqlite.h"
+#include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
 
@@ -101,7 +105,7 @@ Transcript FacadeTranscript(const std::string& path, bool readOnly)
         side.Read("SELECT label, number FROM reading INDEXED BY by_label WHERE label > 'label 5'"),
         side.Walk("SELECT number, bytes, value FROM note ORDER BY number DESC"),
         side.Count("reading", "WHERE value > 2"),
-        side.Prepare("SELECT label FROM note"),
+        side.RunPrepared("SELECT label FROM note WHERE number = ?", "2"),
         side.Read("PRAGMA integrity_check"),
         side.Write("reading", rows),
         side.Update("note", rows, "WHERE number > 3"),
@@ -124,6 +128,32 @@ Transcript Everything(const std::string& path, bool readOnly)
 }
 
 } // namespace
+
+std::string SampleDatabase(std::size_t page)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.File("sample.db");
+    RawSqlite sqlite(path);
+    const auto insert = [&](const std::string& table, int rows, std::size_t labelSize) {
+        const std::string size = "(" + std::to_string(labelSize) + " + i)";
+        sqlite.Execute("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT " + std::to_string(rows) +
+                       ") INSERT INTO " + table + " SELECT i, substr('label ' || (i * 7919 % 1000) || replace(hex(" +
+                       "zeroblob(" + size + ")), '00', char(97 + i % 26)), 1, " + size + "), i / 8.0, NULL FROM n");
+    };
+    sqlite.Execute("PRAGMA synchronous = OFF; PRAGMA page_size = " + std::to_string(page));
+    for (const char* const table : {"reading", "note", "scrap"}) {
+        sqlite.Execute(std::string("CREATE TABLE ") + table +
+                       " (number INTEGER PRIMARY KEY, label TEXT NOT NULL, value REAL, bytes BLOB)");
+    }
+    sqlite.Execute("CREATE INDEX by_label ON reading (label)");
+    insert("scrap", 6, 2 * page);
+    insert("reading", 60, page / 32);
+    insert("note", 6, page);
+    sqlite.Execute("UPDATE reading SET bytes = CAST(label || label || label AS BLOB) WHERE number = 3;"
+                   "UPDATE note SET bytes = CAST(label || label AS BLOB) WHERE number = 2;"
+                   "DELETE FROM scrap; DROP TABLE scrap");
+    return FileContent(path);
+}
 
 Transcript LibraryTranscript(const std::string& path, bool readOnly)
 {

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <string>
 
-#include "files/Transcript.h"
+#include "faults/files/Transcript.h"
 #include "support/HasError.h"
 #include "support/RawSqlite.h"
 #include "support/TemporaryDirectory.h"

@@ -1,14 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
+#include <set>
 #include <string>
-#include <vector>
+
+#include "support/ChildProcess.h"
 
 // The functions of the fuzz targets; CMakeLists.txt gives each function its name.
 extern "C" {
@@ -25,34 +24,24 @@ namespace {
 struct Corpus {
     std::string folder;
     decltype(value_literals)* target;
-
-    std::vector<std::filesystem::path> Inputs() const
-    {
-        std::vector<std::filesystem::path> inputs;
-        for (const auto& entry : std::filesystem::directory_iterator(TKOSQLLITE_CORPUS "/" + folder)) {
-            inputs.push_back(entry.path());
-        }
-        std::ranges::sort(inputs);
-        return inputs;
-    }
 };
 
 class CorpusReplayTest : public testing::TestWithParam<Corpus> {};
 
 TEST_P(CorpusReplayTest, EveryInputOfTheCorpusEndsWithoutAFinding)
 {
-    const std::vector<std::filesystem::path> inputs = GetParam().Inputs();
+    const std::set<std::filesystem::path> inputs(
+        std::filesystem::directory_iterator(TKOSQLLITE_CORPUS "/" + GetParam().folder), {});
 
     for (const std::filesystem::path& input : inputs) {
-        std::ifstream file(input, std::ios::binary);
-        const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-        ASSERT_TRUE(file) << input;
-        std::cout << input.filename()
-                  << std::endl; // a finding ends the program, so the last name printed is the failing input
+        const std::string bytes = FileContent(input);
+        // A finding ends the program, so the last name printed is the failing input.
+        std::cout << input.filename() << std::endl;
         GetParam().target(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
     }
 
     EXPECT_FALSE(inputs.empty()) << GetParam().folder;
+    RecordProperty("inputs", static_cast<int>(inputs.size()));
 }
 
 INSTANTIATE_TEST_SUITE_P(ValueLiterals, CorpusReplayTest, testing::Values(Corpus{"value-literals", value_literals}));

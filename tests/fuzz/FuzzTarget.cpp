@@ -1,4 +1,4 @@
-#include "fuzz/Finding.h"
+#include "fuzz/FuzzTarget.h"
 
 #include <array>
 #include <cstdint>
