@@ -2,9 +2,9 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <iostream>
 #include <stdexcept>
+#include <string_view>
 #include <thread>
 
 #include <sqlite3.h>
@@ -13,7 +13,6 @@
 //
 //   writer FILE NUMBER SECONDS TIMEOUT     adds entries until the time is over
 //   reader FILE NUMBER SECONDS TIMEOUT     reads the balance and the entries until then
-//   holder FILE MARK SECONDS TIMEOUT       locks the file, makes the directory MARK, later adds an entry
 //
 // A writer or reader that has not succeeded even once continues until it does: SQLite does not promise fair turns.
 // TIMEOUT is SQLite's busy timeout in milliseconds. The program prints "entry N" for every committed entry, "read" for
@@ -81,15 +80,6 @@ public:
                 m_database.CloseReadTable(); // returns the code of the failed step again
             }
         }
-    }
-
-    void Hold(const std::string& mark, std::chrono::milliseconds duration)
-    {
-        Require(m_database.Execute("BEGIN EXCLUSIVE"));
-        std::filesystem::create_directory(mark);
-        std::this_thread::sleep_for(duration);
-        Require(Insert(1, 0) && m_database.Execute("COMMIT"));
-        std::cout << "entry 1\n";
     }
 
 private:
@@ -185,28 +175,15 @@ private:
     DatabaseApi m_database;
 };
 
-void Work(const std::string& role, const std::string& path, const std::string& which, double seconds,
-          const std::string& timeout)
-{
-    const auto duration = std::chrono::milliseconds(static_cast<int>(seconds * 1000));
-    const auto end = steady_clock::now() + duration;
-    StressWorker worker(path, role == "holder" ? 0 : std::stoi(which), timeout);
-    if (role == "holder") {
-        worker.Hold(which, duration);
-    } else if (role == "writer") {
-        worker.AddEntries(end);
-    } else {
-        worker.Read(end);
-    }
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
     try {
         ThrowUnless(argc == 6, "ROLE FILE NUMBER SECONDS TIMEOUT");
-        Work(argv[1], argv[2], argv[3], std::stod(argv[4]), argv[5]);
+        const auto end = steady_clock::now() + std::chrono::seconds(std::stoi(argv[4]));
+        StressWorker worker(argv[2], std::stoi(argv[3]), argv[5]);
+        std::string_view(argv[1]) == "writer" ? worker.AddEntries(end) : worker.Read(end);
         return EXIT_SUCCESS;
     } catch (const std::exception& failure) {
         std::cerr << failure.what() << '\n';

@@ -1,17 +1,24 @@
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
+#include <map>
+#include <set>
 #include <string>
 #include <vector>
 
-#include "faults/files/DamageTrials.h"
+#include "faults/files/Transcript.h"
+#include "support/ChildProcess.h"
+#include "support/DatabaseFiles.h"
 #include "support/FuzzInput.h"
 #include "support/SoakMode.h"
+#include "support/TemporaryDirectory.h"
 #include "support/TestSeeds.h"
 
-// Changes a real database. The library must give the same outcomes as the reference implementation.
+// Changes a real database. The library must give the same outcomes as the reference implementation, and leave the same
+// bytes in the file.
 
 namespace Morvik::sql::tests {
 
@@ -19,25 +26,110 @@ namespace {
 
 constexpr std::size_t Page = 1024;
 
-class DamagedFileTest : public testing::Test {
-protected:
-    void ExpectEqualOutcomes(const std::string& damaged, const std::string& damage)
-    {
-        ASSERT_TRUE(trials.Try(damaged, damage));
-    }
+using Operations = Transcript (*)(const std::string& path, bool readOnly);
 
-    DamageTrials trials{Page};
-    const std::size_t size = trials.Content().size();
+struct FileResult {
+    Transcript answers;
+    std::string content;
 };
 
-// Files that end too early, as a copy or a power failure leaves them, and files that are too long.
-class CutFileTest : public DamagedFileTest {
+/// Runs the operations on a file with this content. An exception is recorded as a distinct result.
+FileResult Run(Operations operations, const std::string& path, const std::string& content, bool readOnly)
+{
+    DatabaseFiles files;
+    files.contents[""] = content;
+    files.PutBack(path);
+    FileResult outcome;
+    try {
+        outcome.answers = operations(path, readOnly);
+    } catch (const std::exception& thrown) {
+        outcome.answers.push_back({"an exception", false, -1, thrown.what()});
+    }
+    outcome.content = FileContent(path);
+    return outcome;
+}
+
+/// Gives damaged copies of one database to the library and to the reference implementation.
+class DamageTrials {
+public:
+    explicit DamageTrials(std::size_t pageSize) : content(SampleDatabase(pageSize))
+    {
+        for (const bool readOnly : {false, true}) {
+            const FileResult library = Run(LibraryTranscript, m_path, content, readOnly);
+            EXPECT_EQ(library.content == content, readOnly) << "the operations change the file";
+            m_undamaged[readOnly] = library.answers;
+            EXPECT_TRUE(Try(content, "undamaged", readOnly));
+        }
+        trials = unnoticed = 0;
+    }
+
+    /// Tries one damaged content. `damage` describes the damage for a failure's message. Returns whether both results
+    /// are equal.
+    bool Try(const std::string& damaged, const std::string& damage, bool readOnly = false)
+    {
+        const FileResult library = Run(LibraryTranscript, m_path, damaged, readOnly);
+        const FileResult reference = Run(ReferenceTranscript, m_path, damaged, readOnly);
+        const std::string difference = Difference(library.answers, reference.answers);
+        EXPECT_EQ(difference, "") << damage;
+        EXPECT_TRUE(library.content == reference.content) << damage << ": other bytes than with the reference";
+        Tally(library.answers, m_undamaged[readOnly]);
+        return difference.empty() && library.content == reference.content;
+    }
+
+    /// The undamaged database.
+    const std::string content;
+
+    /// How many damaged databases were tried, how many of them gave the same results as the undamaged one, and how many
+    /// were read without a failure but with other content.
+    int trials = 0;
+    int unnoticed = 0;
+    int otherContent = 0;
+
+    /// For each of SQLite's codes, the number of databases on which an operation failed with that code.
+    std::map<int, int> codes;
+
+private:
+    void Tally(const Transcript& answers, const Transcript& undamaged)
+    {
+        ++trials;
+        if (answers == undamaged) {
+            ++unnoticed;
+            return;
+        }
+        // A read-only database rejects the changes even without damage.
+        std::set<int> failures;
+        for (const StepOutcome& answer : answers) {
+            if (!answer.succeeded && answer.code != 0) {
+                failures.insert(answer.code);
+            }
+        }
+        for (const StepOutcome& answer : undamaged) {
+            failures.erase(answer.code);
+        }
+        otherContent += failures.empty() ? 1 : 0;
+        for (const int code : failures) {
+            ++codes[code];
+        }
+    }
+
+    const TemporaryDirectory m_directory;
+    const std::string m_path = m_directory.File("damaged.db");
+    std::map<bool, Transcript> m_undamaged;
+};
+
+class DamagedFileTest : public testing::Test {
 protected:
     void CutTo(std::size_t bytes)
     {
-        ExpectEqualOutcomes(trials.Content().substr(0, bytes), "cut to " + std::to_string(bytes) + " bytes");
+        ASSERT_TRUE(trials.Try(trials.content.substr(0, bytes), "cut to " + std::to_string(bytes) + " bytes"));
     }
+
+    DamageTrials trials{Page};
+    const std::size_t size = trials.content.size();
 };
+
+// Files that end too early, as a copy or a power failure leaves them, and files that are too long.
+using CutFileTest = DamagedFileTest;
 
 TEST_F(CutFileTest, CompletePagesGiveEqualOutcomes)
 {
@@ -77,7 +169,7 @@ TEST_F(CutFileTest, BytesAfterTheEndGiveEqualOutcomes)
 {
     for (const std::size_t bytes : {std::size_t{1}, Page - 1, Page, 10 * Page}) {
         for (const char byte : {'\0', '\x2A'}) {
-            ExpectEqualOutcomes(trials.Content() + std::string(bytes, byte), std::to_string(bytes) + " bytes more");
+            ASSERT_TRUE(trials.Try(trials.content + std::string(bytes, byte), std::to_string(bytes) + " bytes more"));
         }
     }
 }
@@ -85,7 +177,7 @@ TEST_F(CutFileTest, BytesAfterTheEndGiveEqualOutcomes)
 TEST_F(CutFileTest, OneRepeatedByteGivesEqualOutcomes)
 {
     for (const char byte : {'\0', '\x2A', '\xFF'}) {
-        ExpectEqualOutcomes(std::string(3 * Page, byte), "filled with " + std::to_string(byte));
+        ASSERT_TRUE(trials.Try(std::string(3 * Page, byte), "filled with " + std::to_string(byte)));
     }
 
     EXPECT_EQ(trials.codes[SQLITE_NOTADB], 3);
@@ -101,7 +193,7 @@ void FlipEach(DamageTrials& trials, std::size_t begin, std::size_t end, const st
 {
     for (std::size_t offset = begin; offset < end; offset += stride) {
         for (const unsigned pattern : patterns) {
-            std::string damaged = trials.Content();
+            std::string damaged = trials.content;
             damaged.at(offset) = static_cast<char>(static_cast<unsigned char>(damaged.at(offset)) ^ pattern);
             ASSERT_TRUE(trials.Try(damaged, "byte " + std::to_string(offset) + " ^ " + std::to_string(pattern)));
         }
@@ -198,7 +290,7 @@ TEST_F(HeaderValueTest, UnlikelyValuesGiveEqualOutcomes)
         for (const std::uint32_t value : values) {
             for (const bool readOnly : {false, true}) {
                 const std::string damage = std::string(field.name) + " " + std::to_string(value);
-                ASSERT_TRUE(trials.Try(WithValue(trials.Content(), field, value), damage, readOnly));
+                ASSERT_TRUE(trials.Try(WithValue(trials.content, field, value), damage, readOnly));
             }
         }
     }

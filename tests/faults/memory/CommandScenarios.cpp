@@ -59,7 +59,7 @@ void AddCommandScenarios(ScenarioList& list)
     list.Add("ConstructCommand", OpenConnection, {0, 1},
              [](Subject& subject) { return Report(true, subject.command.emplace(*subject.connection)); });
     list.Add("ExecuteInsert", MakeCommand, {20, 0}, Command, Execute<Insert>);
-    list.Add("ExecuteTransaction", Warm<MakeCommand>, Allocations{40, 0}.MayStayLocked(), Command,
+    list.Add("ExecuteTransaction", Warm<MakeCommand>, {.ofSqlite = 40, .ofNew = 0, .mayStayLocked = true}, Command,
              [](Subject& subject, SqlCommand& command) {
                  // A transaction that is still open makes the next BEGIN fail.
                  if (sqlite3_get_autocommit(subject.connection->GetNativeDatabaseInstance<sqlite3>()) == 0) {
@@ -68,10 +68,10 @@ void AddCommandScenarios(ScenarioList& list)
                  return command.Execute(Transaction);
              });
     list.Add("ExecuteRejectedStatement", Warm<MakeCommand>, {20, 1}, Command, ExecuteRejected<Rejected>);
-    list.Add("ExecuteStatementsTheLastOfWhichIsRejected", Warm<MakeCommand>, Allocations{20, 1}.After(First), Command,
-             ExecuteRejected<RejectedAtLast>);
-    list.Add("ExecuteStatementBeforeAComment", Warm<MakeCommand>, Allocations{20, 0}.After(First), Command,
-             Execute<CommentAtLast>);
+    list.Add("ExecuteStatementsTheLastOfWhichIsRejected", Warm<MakeCommand>,
+             {.ofSqlite = 20, .ofNew = 1, .firstStep = First}, Command, ExecuteRejected<RejectedAtLast>);
+    list.Add("ExecuteStatementBeforeAComment", Warm<MakeCommand>, {.ofSqlite = 20, .ofNew = 0, .firstStep = First},
+             Command, Execute<CommentAtLast>);
     list.Add("InsertBoundValues", Warm<MakeCommand>, {20, 0}, Command, [](Subject&, SqlCommand& command) {
         const std::span picture(reinterpret_cast<const unsigned char*>(AllocatedText.data()), AllocatedText.size());
         command.Finalize();
@@ -92,7 +92,7 @@ void AddCommandScenarios(ScenarioList& list)
         return command.Prepare(Query) && command.BindInteger(1, 0) && StepRows(command, read) && command.Reset();
     });
     // A failed conversion is reported at the latest by the statement's next Step(), Reset() or Finalize().
-    list.Add("ReadConvertedColumns", MakeCommand, Allocations{20, 3}.ConvertsText(), Command,
+    list.Add("ReadConvertedColumns", MakeCommand, {.ofSqlite = 20, .ofNew = 3, .convertsText = true}, Command,
              [](Subject& subject, SqlCommand& command) {
                  command.Finalize();
                  if (!command.Prepare(Conversions) || !command.BindText(1, AllocatedText) || !command.Step()) {
@@ -105,7 +105,7 @@ void AddCommandScenarios(ScenarioList& list)
                  subject.bytes.assign(zeroes.begin(), zeroes.end());
                  return command.Step() && command.Finalize();
              });
-    list.Add("ReadUtf16Columns", ArrangeUtf16, Allocations{10, 1}.ConvertsText(), Command,
+    list.Add("ReadUtf16Columns", ArrangeUtf16, {.ofSqlite = 10, .ofNew = 1, .convertsText = true}, Command,
              [](Subject& subject, SqlCommand& command) {
                  command.Finalize();
                  return command.Prepare(Utf16Query) && command.BindText(1, "null") &&

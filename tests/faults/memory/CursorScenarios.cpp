@@ -51,7 +51,7 @@ void AddCursorScenarios(ScenarioList& list)
             subject.result += cursor[Absent].GetValueType();
         });
     });
-    list.Add("OpenCursorAgain", Warm<MakeCursor>, Allocations{20, 0}.WithoutSqlite(FailedStep), Cursor,
+    list.Add("OpenCursorAgain", Warm<MakeCursor>, {.ofSqlite = 20, .ofNew = 0, .errorsOfSqlite = FailedStep}, Cursor,
              [](Subject& subject, SqlTable& cursor) {
                  const bool read = cursor.Open(Query) && cursor.ReadNext() && cursor.Open(OtherQuery) &&
                                    cursor.ReadNext() && cursor.Columns() == 1;
@@ -72,7 +72,7 @@ void AddCursorScenarios(ScenarioList& list)
         const bool failedAgain = !cursor.ReadNext() && !cursor.Close();
         return !stepped && !rewound && failedAgain && cursor.GetLastError() == SQLITE_ERROR;
     });
-    list.Add("ReadConvertedFromCursor", Warm<MakeCursor>, Allocations{20, 3}.ConvertsText(), Cursor,
+    list.Add("ReadConvertedFromCursor", Warm<MakeCursor>, {.ofSqlite = 20, .ofNew = 3, .convertsText = true}, Cursor,
              [](Subject& subject, SqlTable& cursor) {
                  return ReadRows(cursor, Conversions, [&] {
                      for (int column = 0; column < cursor.Columns(); ++column) {
@@ -86,13 +86,14 @@ void AddCursorScenarios(ScenarioList& list)
         cursor = std::move(*taken);
         return cursor.IsOpen();
     });
-    list.Add("DestroyOpenCursor", Warm<MakeCursor>, Allocations{10, 1}.WithoutSqlite(FailedStep), [](Subject& subject) {
-        const SqlTable cursor(*subject.connection);
-        return Report(cursor.Open(Query) && cursor.ReadNext(), cursor);
-    });
+    list.Add("DestroyOpenCursor", Warm<MakeCursor>, {.ofSqlite = 10, .ofNew = 1, .errorsOfSqlite = FailedStep},
+             [](Subject& subject) {
+                 const SqlTable cursor(*subject.connection);
+                 return Report(cursor.Open(Query) && cursor.ReadNext(), cursor);
+             });
 
     // Reading a text reports a failed conversion at once.
-    list.Add("ReadTextsOfValues", Warm<MakeCursor>, Allocations{20, 3}.ConvertsText(), Cursor,
+    list.Add("ReadTextsOfValues", Warm<MakeCursor>, {.ofSqlite = 20, .ofNew = 3, .convertsText = true}, Cursor,
              [](Subject& subject, SqlTable& cursor) {
                  return ReadRows(cursor, ValueQuery, [&] {
                      for (int column = 0; column < 5; ++column) {

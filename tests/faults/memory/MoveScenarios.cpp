@@ -85,8 +85,9 @@ Report ReplaceCommand(Subject& subject)
 
 void AddMoveScenarios(ScenarioList& list)
 {
-    list.Add("MoveOntoAnOpenCursor", ArrangeOpenCursor, Allocations{20, 2}.WithoutSqlite(FailedStep), ReplaceCursor);
-    list.Add("MoveOntoAFailedCursor", Warm<MakeCursor>, Allocations{20, 3}.WithoutSqlite(FailedStep),
+    list.Add("MoveOntoAnOpenCursor", ArrangeOpenCursor, {.ofSqlite = 20, .ofNew = 2, .errorsOfSqlite = FailedStep},
+             ReplaceCursor);
+    list.Add("MoveOntoAFailedCursor", Warm<MakeCursor>, {.ofSqlite = 20, .ofNew = 3, .errorsOfSqlite = FailedStep},
              [](Subject& subject) {
                  const bool failed = subject.cursor->Open(Overflow) && !subject.cursor->ReadNext();
                  return failed ? ReplaceCursor(subject) : Report(false, *subject.cursor);

@@ -53,7 +53,8 @@ struct Opening {
         const auto act = [=](Subject& subject, auto& used) {
             return (used.*Close)() && (used.*Open)(subject.path, readOnly);
         };
-        list.Add(std::move(name), arrange, allocations.WithoutNew(CreateDirectoryFailed), Object, act);
+        allocations.errorsOfNew = {CreateDirectoryFailed};
+        list.Add(std::move(name), arrange, allocations, Object, act);
     }
 
     void AddOpenMissing(std::string name) const
@@ -61,7 +62,7 @@ struct Opening {
         const auto act = [](Subject& subject, auto& used) {
             return !(used.*Open)(subject.path, true) && used.GetLastError() == SQLITE_CANTOPEN;
         };
-        const auto allocations = Allocations{10, 2}.WithoutNew(CreateDirectoryFailed);
+        const Allocations allocations{.ofSqlite = 10, .ofNew = 2, .errorsOfNew = {CreateDirectoryFailed}};
         list.Add(std::move(name), CreateWithoutFile<Object>, allocations, Object, act);
     }
 

@@ -99,20 +99,23 @@ void AddRowScenarios(ScenarioList& list)
 {
     const AllowedError nearParenthesis{1, "near \")\": syntax error"};
     list.Add("WriteTableValues", ArrangeRows, {40, 2}, Facade, Write);
-    list.Add("WriteTextWithQuotes", ArrangeQuotes, Allocations{25, 4}.WithoutNew(nearParenthesis), Facade, Write);
+    list.Add("WriteTextWithQuotes", ArrangeQuotes, {.ofSqlite = 25, .ofNew = 4, .errorsOfNew = {nearParenthesis}},
+             Facade, Write);
     list.Add("WriteInvalidCell", ArrangeInvalidCell, {5, 3}, Facade, [](Subject& subject, DatabaseApi& facade) {
         return !Write(subject, facade) && facade.GetLastError() == 1;
     });
     list.Add("UpdateTableValues", ArrangeRows, {40, 2}, Facade, Update<Condition>);
-    list.Add("UpdateTextWithQuotes", ArrangeQuotes, Allocations{40, 4}.WithoutNew(nearParenthesis), Facade,
-             Update<Condition>);
+    list.Add("UpdateTextWithQuotes", ArrangeQuotes, {.ofSqlite = 40, .ofNew = 4, .errorsOfNew = {nearParenthesis}},
+             Facade, Update<Condition>);
     list.Add("UpdateNoRowWithTimes", ArrangeTimes, {20, 2}, Facade, Update<NoRow>);
 
-    const Allocations reading = Allocations{20, 5}.WithoutSqlite(FailedStep);
+    const Allocations reading{.ofSqlite = 20, .ofNew = 5, .errorsOfSqlite = FailedStep};
+    Allocations converting = reading;
+    converting.convertsText = true;
     list.Add("ReadTableValues", Warm<OpenFacade>, reading, Facade,
              [](Subject& subject, DatabaseApi& facade) { return facade.ReadTableValues(Table, subject.data); });
     list.Add("ReadValues", OpenFacade, reading, Facade, Read<Query>);
-    list.Add("ReadConvertedValues", Warm<OpenFacade>, reading.ConvertsText(), Facade, Read<Conversions>);
+    list.Add("ReadConvertedValues", Warm<OpenFacade>, converting, Facade, Read<Conversions>);
     // A failed step has the generic code; closing returns the code of the failure.
     list.Add("ReadValuesFailing", Warm<OpenFacade>, {20, 3}, Facade, [](Subject& subject, DatabaseApi& facade) {
         const bool read = facade.ReadValues(Failing, subject.data);
@@ -123,7 +126,7 @@ void AddRowScenarios(ScenarioList& list)
         return !read && !closed && facade.GetLastError() == 1;
     });
     list.Add("ReadNextRow", Warm<OpenFacade>, reading, Facade, Walk<Query>);
-    list.Add("ReadNextConvertedRow", Warm<OpenFacade>, reading.ConvertsText(), Facade, Walk<Conversions>);
+    list.Add("ReadNextConvertedRow", Warm<OpenFacade>, converting, Facade, Walk<Conversions>);
     list.Add("IterateOverRows", Warm<OpenFacade>, reading, Facade, [](Subject& subject, DatabaseApi& facade) {
         if (!facade.SqlQueryBegin(Query)) {
             return false;
@@ -134,7 +137,7 @@ void AddRowScenarios(ScenarioList& list)
         return facade.Succeeded() && facade.CloseReadTable();
     });
     // The query stays open until the next query begins or the facade is destroyed.
-    list.Add("LeaveQueryOpen", Warm<OpenFacade>, Allocations{20, 2}.WithoutSqlite(FailedStep), Facade,
+    list.Add("LeaveQueryOpen", Warm<OpenFacade>, {.ofSqlite = 20, .ofNew = 2, .errorsOfSqlite = FailedStep}, Facade,
              [](Subject& subject, DatabaseApi& facade) {
                  return facade.SqlQueryBegin(Query) && facade.ReadNextRow(subject.row);
              });

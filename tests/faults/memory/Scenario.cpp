@@ -3,7 +3,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "support/Cells.h"
+#include "support/FacadeDriver.h"
 #include "support/SoakMode.h"
 
 namespace Morvik::sql::tests {
@@ -32,14 +32,10 @@ void Subject::DestroyObjects()
 std::string Subject::WhatWasRead() const
 {
     std::ostringstream read;
-    std::vector<std::vector<std::string>> rows = CellTexts(data);
-    rows.push_back(CellTexts(row));
-    for (const std::vector<std::string>& cells : rows) {
-        for (const std::string& cell : cells) {
-            read << cell << "; ";
-        }
-        read << '\n';
+    for (const DbTableRowValues& each : data.rows) {
+        read << RowText(each) << '\n';
     }
+    read << RowText(row) << '\n';
     read << text << '\n' << otherText << '\n' << std::string(bytes.begin(), bytes.end()) << '\n';
     read << integer << ' ' << real << ' ' << result;
     return read.str();

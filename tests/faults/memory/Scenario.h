@@ -16,6 +16,8 @@
 #include <utility>
 #include <vector>
 
+#include "support/OomInjector.h"
+
 namespace Morvik::sql::tests {
 
 /// The result of an operation, stored without allocating.
@@ -99,49 +101,37 @@ struct AllowedError {
     std::string_view message;
 };
 
-/// The allocations of a scenario, and what the scenario may do when one of them fails.
+/// The allocations of a scenario, and what the scenario may do when one of them fails. Every allowance must be used.
 struct Allocations {
     /// The minimum number of allocations of each kind. 0 means that the scenario makes none, and so cannot fail.
-    int leastOfSqlite;
-    int leastOfNew;
-
-    std::vector<AllowedError> errorsWithoutSqlite{};
-    std::vector<AllowedError> errorsWithoutNew{};
-    std::optional<std::string> firstStep{};
-    bool mayPassUndone = false;
-    bool convertsText = false;
-    bool mayStayLocked = false;
+    int ofSqlite;
+    int ofNew;
 
     /// The errors allowed when SQLite's memory fails, in addition to code 7. With code 7, the message is "out of
     /// memory", or empty if SQLite had no memory for the text or the operation stores none.
-    Allocations WithoutSqlite(std::vector<AllowedError> errors) const
-    {
-        return With(&Allocations::errorsWithoutSqlite, std::move(errors));
-    }
+    std::vector<AllowedError> errorsOfSqlite{};
 
-    /// The error allowed when operator new fails, instead of std::bad_alloc.
-    Allocations WithoutNew(AllowedError error) const { return With(&Allocations::errorsWithoutNew, {error}); }
+    /// The errors allowed when operator new fails, instead of std::bad_alloc.
+    std::vector<AllowedError> errorsOfNew{};
 
     /// A statement that may have been executed already when the scenario fails.
-    Allocations After(std::string statement) const { return With(&Allocations::firstStep, std::move(statement)); }
+    std::optional<std::string> firstStep{};
 
     /// The scenario may report success without an effect, if SQLite's memory failed where the library must not report
     /// it.
-    Allocations MayPassUndone() const { return With(&Allocations::mayPassUndone, true); }
+    bool mayPassUndone = false;
 
     /// The scenario reads texts or bytes for which SQLite needs memory; without memory, it throws std::bad_alloc.
-    Allocations ConvertsText() const { return With(&Allocations::convertsText, true); }
+    bool convertsText = false;
 
     /// A failed act may leave a transaction open, so that other connections may find the file locked.
-    Allocations MayStayLocked() const { return With(&Allocations::mayStayLocked, true); }
+    bool mayStayLocked = false;
 
-private:
-    template <typename Value>
-    Allocations With(Value Allocations::*member, std::type_identity_t<Value> value) const
+    int LeastOf(Memory memory) const { return memory == Memory::OfSqlite ? ofSqlite : ofNew; }
+
+    const std::vector<AllowedError>& ErrorsOf(Memory memory) const
     {
-        Allocations copy = *this;
-        copy.*member = std::move(value);
-        return copy;
+        return memory == Memory::OfSqlite ? errorsOfSqlite : errorsOfNew;
     }
 };
 

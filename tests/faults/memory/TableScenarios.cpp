@@ -54,10 +54,10 @@ Report Count(Subject& subject, const std::string& condition, int expectedRows, i
             subject.facade->GetLastErrorMsg()};
 }
 
-void AddRendering(ScenarioList& list, const std::string& name, int leastOfNew,
+void AddRendering(ScenarioList& list, const std::string& name, int allocations,
                   std::string (*render)(const DbTableDefinition& definition))
 {
-    list.Add(name, ArrangeLongDefinition, {0, leastOfNew}, [=](Subject& subject) {
+    list.Add(name, ArrangeLongDefinition, {0, allocations}, [=](Subject& subject) {
         subject.text = render(subject.definition);
         return Report(true, 0, "");
     });
@@ -90,18 +90,19 @@ void AddTableScenarios(ScenarioList& list)
 
     list.Add("CreateTable", ArrangeDefinition, {40, 5}, Facade,
              [](Subject& subject, DatabaseApi& facade) { return facade.CreateTable(subject.definition); });
-    list.Add("ExistsTable", OpenFacade, Allocations{10, 2}.WithoutSqlite({{0, ""}}), Facade,
+    list.Add("ExistsTable", OpenFacade, {.ofSqlite = 10, .ofNew = 2, .errorsOfSqlite = {{0, ""}}}, Facade,
              [](Subject& subject, DatabaseApi& facade) { return facade.ExistsTable(Table, subject.result); });
-    list.Add("DropTable", Warm<OpenFacade>, Allocations{40, 4}.After("DELETE FROM room").MayPassUndone(), Facade,
+    list.Add("DropTable", Warm<OpenFacade>,
+             {.ofSqlite = 40, .ofNew = 4, .firstStep = "DELETE FROM room", .mayPassUndone = true}, Facade,
              [](Subject&, DatabaseApi& facade) { return facade.DropTable(Room); });
     const std::vector<AllowedError> alterErrors{
         {113, "No table exists: "}, {7, "unable to open a temporary database file for storing temporary tables"}};
-    list.Add("AlterTable", Warm<OpenFacade>, Allocations{40, 3}.WithoutSqlite(alterErrors), Facade,
+    list.Add("AlterTable", Warm<OpenFacade>, {.ofSqlite = 40, .ofNew = 3, .errorsOfSqlite = alterErrors}, Facade,
              [](Subject& subject, DatabaseApi& facade) { // renames the table, and at the next call renames it back
                  const bool there = subject.timesDone % 2 == 0;
                  return facade.AlterTable(there ? Room : Chamber, there ? Chamber : Room);
              });
-    const Allocations counting = Allocations{20, 3}.WithoutSqlite({{0, ""}}).WithoutNew({110, ""});
+    const Allocations counting{.ofSqlite = 20, .ofNew = 3, .errorsOfSqlite = {{0, ""}}, .errorsOfNew = {{110, ""}}};
     list.Add("ExistData", Warm<OpenFacade>, counting, [](Subject& subject) { return Count(subject, Condition, 2, 0); });
     list.Add("ExistDataFailing", Warm<OpenFacade>, counting,
              [](Subject& subject) { return Count(subject, FailingCondition, 0, 1); });

@@ -28,55 +28,27 @@ void Put(std::string& content, std::size_t position, const std::string& bytes)
 
 } // namespace
 
-class PowerLossVfs::File : public InterposedFile {
-public:
-    File(PowerLossVfs& system, Entry stored, bool isNewJournal, std::unique_ptr<std::byte[]> real)
-        : InterposedFile(system, std::move(real)), m_system(system), m_stored(std::move(stored)),
-          m_directoryAwaitsSync(isNewJournal)
-    {}
-
-    int Write(const void* bytes, int count, sqlite3_int64 offset) override
-    {
-        Keep(offset, std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(count)));
-        return InterposedFile::Write(bytes, count, offset);
+void PowerLossVfs::Changing(const std::string& path, sqlite3_int64 position, std::string_view bytes)
+{
+    if (!IsOut()) {
+        Current(path)->changes.push_back({static_cast<std::size_t>(position), std::string(bytes)});
     }
+}
 
-    int Truncate(sqlite3_int64 size) override
-    {
-        Keep(size, {});
-        return InterposedFile::Truncate(size);
-    }
-
-    int Sync() override
-    {
-        const int code = InterposedFile::Sync();
-        if (code == SQLITE_OK) {
-            for (const Change& change : std::exchange(m_stored->changes, {})) {
-                if (change.bytes.empty()) {
-                    m_stored->synced.resize(change.position);
-                } else {
-                    Put(m_stored->synced, change.position, change.bytes);
-                }
-            }
-            if (std::exchange(m_directoryAwaitsSync, false)) {
-                m_system.SyncDirectory();
-            }
-        }
-        return code;
-    }
-
-private:
-    void Keep(sqlite3_int64 position, std::string bytes)
-    {
-        if (!m_system.IsOut()) {
-            m_stored->changes.push_back({static_cast<std::size_t>(position), std::move(bytes)});
+void PowerLossVfs::Synced(const std::string& path)
+{
+    StoredFile& file = *Current(path);
+    for (const Change& change : std::exchange(file.changes, {})) {
+        if (change.bytes.empty()) {
+            file.synced.resize(change.position);
+        } else {
+            Put(file.synced, change.position, change.bytes);
         }
     }
-
-    PowerLossVfs& m_system;
-    Entry m_stored;
-    bool m_directoryAwaitsSync;
-};
+    if (m_newJournals.erase(path) > 0) {
+        SyncDirectory();
+    }
+}
 
 FileFailure PowerLossVfs::Fails(FileCall call)
 {
@@ -131,6 +103,9 @@ int PowerLossVfs::Open(const char* path, sqlite3_file* real, int flags, int* out
             return SQLITE_CANTOPEN;
         }
     }
+    if (IsNewJournal(flags)) {
+        m_newJournals.insert(path);
+    }
     return VfsShim::Open(path, real, flags, outFlags);
 }
 
@@ -154,14 +129,6 @@ int PowerLossVfs::Delete(const char* path, int syncDirectory)
         SyncDirectory();
     }
     return VfsShim::Delete(path, 0);
-}
-
-std::unique_ptr<InterposedFile> PowerLossVfs::Interpose(const char* path, int flags, std::unique_ptr<std::byte[]> real)
-{
-    if (path == nullptr) {
-        return VfsShim::Interpose(path, flags, std::move(real));
-    }
-    return std::make_unique<File>(*this, Current(path), IsNewJournal(flags), std::move(real));
 }
 
 // Writes one sector to the disk. A lost sector is written in part, as garbage, or not at all.

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -41,11 +42,10 @@ public:
 protected:
     int Open(const char* path, sqlite3_file* real, int flags, int* outFlags) override;
     int Delete(const char* path, int syncDirectory) override;
-    std::unique_ptr<InterposedFile> Interpose(const char* path, int flags, std::unique_ptr<std::byte[]> real) override;
+    void Changing(const std::string& path, sqlite3_int64 position, std::string_view bytes) override;
+    void Synced(const std::string& path) override;
 
 private:
-    class File;
-
     // A write or, without bytes, a truncation to the size `position`.
     struct Change {
         std::size_t position;
@@ -75,6 +75,8 @@ private:
 
     // The files that the directory may have for a path after the last sync: the oldest first, the current one last.
     std::map<std::string, std::vector<Entry>> m_directory;
+
+    std::set<std::string> m_newJournals; // not synced yet
 };
 
 } // namespace Morvik::sql::tests

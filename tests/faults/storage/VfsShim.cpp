@@ -4,59 +4,86 @@
 
 namespace Morvik::sql::tests {
 
-namespace {
-
-// The data in the memory that SQLite reserves for an open file.
-struct OpenedFile {
+// An open file, in the memory that SQLite reserves for it. The real file is behind it in the same memory.
+struct alignas(8) VfsShim::File {
     sqlite3_file base;
-    InterposedFile* file;
-};
+    VfsShim* shim;
+    const char* path; // valid until the file is closed; null for a temporary file without a name
 
-InterposedFile& Of(sqlite3_file* file)
-{
-    return *reinterpret_cast<OpenedFile*>(file)->file;
-}
+    static File& Of(sqlite3_file* file) { return *reinterpret_cast<File*>(file); }
+    static sqlite3_file* Real(sqlite3_file* file) { return reinterpret_cast<sqlite3_file*>(&Of(file) + 1); }
 
-// A call that the real file carries out, or that fails if the call is of a kind that can fail.
-template <auto Method, FileCall... Kind>
-struct Forwarded;
+    // A call that the real file carries out, or that fails if the call is of a kind that can fail.
+    template <auto Method, FileCall... Kind>
+    struct Forwarded;
 
-template <typename... Parameters, int (*sqlite3_io_methods::*Method)(sqlite3_file*, Parameters...), FileCall... Kind>
-struct Forwarded<Method, Kind...> {
-    static int Call(sqlite3_file* file, Parameters... parameters)
+    template <typename... Parameters, int (*sqlite3_io_methods::*Method)(sqlite3_file*, Parameters...),
+              FileCall... Kind>
+    struct Forwarded<Method, Kind...> {
+        static int Call(sqlite3_file* file, Parameters... parameters)
+        {
+            const auto call = [&] { return (Real(file)->pMethods->*Method)(Real(file), parameters...); };
+            if constexpr (sizeof...(Kind) == 0) {
+                return call();
+            } else {
+                return Of(file).shim->Run(Kind..., call);
+            }
+        }
+    };
+
+    static int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 position)
     {
-        sqlite3_file* const real = Of(file).Real();
-        const auto call = [&] { return (real->pMethods->*Method)(real, parameters...); };
-        if constexpr (sizeof...(Kind) == 0) {
-            return call();
-        } else {
-            return Of(file).System().Run(Kind..., call);
+        Of(file).Changing(position, {static_cast<const char*>(bytes), static_cast<std::size_t>(count)});
+        const FileFailure failure = Of(file).shim->Fails(FileCall::Write);
+        const auto write = [&](int size) { return Real(file)->pMethods->xWrite(Real(file), bytes, size, position); };
+        if (failure.carriedOut) {
+            write(count / 2);
+        }
+        return failure.code != SQLITE_OK ? failure.code : write(count);
+    }
+
+    static int Truncate(sqlite3_file* file, sqlite3_int64 size)
+    {
+        Of(file).Changing(size, {});
+        return Forwarded<&sqlite3_io_methods::xTruncate, FileCall::Truncate>::Call(file, size);
+    }
+
+    static int Sync(sqlite3_file* file, int /*flags*/)
+    {
+        const int code = Of(file).shim->Run(FileCall::Sync, [] { return SQLITE_OK; });
+        if (code == SQLITE_OK && Of(file).path != nullptr) {
+            Of(file).shim->Synced(Of(file).path);
+        }
+        return code;
+    }
+
+    // Releasing a shared lock never fails.
+    static int ShmLock(sqlite3_file* file, int offset, int count, int flags)
+    {
+        constexpr auto Lock = &sqlite3_io_methods::xShmLock;
+        return (flags & SQLITE_SHM_LOCK) != 0 ? Forwarded<Lock, FileCall::LockShared>::Call(file, offset, count, flags)
+                                              : Forwarded<Lock>::Call(file, offset, count, flags);
+    }
+
+    void Changing(sqlite3_int64 position, std::string_view bytes) const
+    {
+        if (path != nullptr) {
+            shim->Changing(path, position, bytes);
         }
     }
-};
 
-// Releasing a shared lock never fails.
-int CallShmLock(sqlite3_file* file, int offset, int count, int flags)
-{
-    constexpr auto ShmLock = &sqlite3_io_methods::xShmLock;
-    return (flags & SQLITE_SHM_LOCK) != 0 ? Forwarded<ShmLock, FileCall::LockShared>::Call(file, offset, count, flags)
-                                          : Forwarded<ShmLock>::Call(file, offset, count, flags);
-}
+    static const sqlite3_io_methods Methods;
+};
 
 // Leaves out the calls of version 3, which map files into memory: SQLite would then read and write without calling this
 // file system.
-constexpr sqlite3_io_methods Methods = {
+constexpr sqlite3_io_methods VfsShim::File::Methods = {
     .iVersion = 2,
-    .xClose =
-        [](sqlite3_file* file) {
-            delete &Of(file);
-            return SQLITE_OK;
-        },
+    .xClose = Forwarded<&sqlite3_io_methods::xClose>::Call,
     .xRead = Forwarded<&sqlite3_io_methods::xRead, FileCall::Read>::Call,
-    .xWrite = [](sqlite3_file* file, const void* bytes, int count,
-                 sqlite3_int64 at) { return Of(file).Write(bytes, count, at); },
-    .xTruncate = [](sqlite3_file* file, sqlite3_int64 size) { return Of(file).Truncate(size); },
-    .xSync = [](sqlite3_file* file, int) { return Of(file).Sync(); },
+    .xWrite = Write,
+    .xTruncate = Truncate,
+    .xSync = Sync,
     .xFileSize = Forwarded<&sqlite3_io_methods::xFileSize, FileCall::FileSize>::Call,
     .xLock = Forwarded<&sqlite3_io_methods::xLock, FileCall::Lock>::Call,
     .xUnlock = Forwarded<&sqlite3_io_methods::xUnlock, FileCall::Unlock>::Call,
@@ -65,52 +92,26 @@ constexpr sqlite3_io_methods Methods = {
     .xSectorSize = Forwarded<&sqlite3_io_methods::xSectorSize>::Call,
     .xDeviceCharacteristics = Forwarded<&sqlite3_io_methods::xDeviceCharacteristics>::Call,
     .xShmMap = Forwarded<&sqlite3_io_methods::xShmMap, FileCall::MapShared>::Call,
-    .xShmLock = CallShmLock,
-    .xShmBarrier = [](sqlite3_file* file) { Of(file).Real()->pMethods->xShmBarrier(Of(file).Real()); },
+    .xShmLock = ShmLock,
+    .xShmBarrier = [](sqlite3_file* file) { Real(file)->pMethods->xShmBarrier(Real(file)); },
     .xShmUnmap = Forwarded<&sqlite3_io_methods::xShmUnmap>::Call,
     .xFetch = nullptr,
     .xUnfetch = nullptr,
 };
 
-} // namespace
-
-int InterposedFile::Write(const void* bytes, int count, sqlite3_int64 offset)
-{
-    const FileFailure failure = m_system.Fails(FileCall::Write);
-    const auto write = [&](int size) { return Real()->pMethods->xWrite(Real(), bytes, size, offset); };
-    if (failure.carriedOut) {
-        write(count / 2);
-    }
-    return failure.code != SQLITE_OK ? failure.code : write(count);
-}
-
-int InterposedFile::Truncate(sqlite3_int64 size)
-{
-    return m_system.Run(FileCall::Truncate, [&] { return Real()->pMethods->xTruncate(Real(), size); });
-}
-
-int InterposedFile::Sync()
-{
-    return m_system.Run(FileCall::Sync, [] { return SQLITE_OK; });
-}
-
 // The calls that are not replaced here are those of the real file system.
 VfsShim::VfsShim() : m_real(sqlite3_vfs_find(nullptr)), m_own{*m_real, this}
 {
-    m_own.szOsFile = sizeof(OpenedFile);
+    m_own.szOsFile = static_cast<int>(sizeof(File)) + m_real->szOsFile;
     m_own.zName = "interposed";
     m_own.xOpen = [](sqlite3_vfs* own, const char* path, sqlite3_file* file, int flags, int* outFlags) {
-        VfsShim& system = Of(own);
-        auto real = std::make_unique<std::byte[]>(static_cast<std::size_t>(system.m_real->szOsFile));
-        auto* const opened = reinterpret_cast<sqlite3_file*>(real.get());
-        file->pMethods = nullptr;
-        const int code = system.Open(path, opened, flags, outFlags);
-        if (code == SQLITE_OK) {
-            reinterpret_cast<OpenedFile*>(file)->file = system.Interpose(path, flags, std::move(real)).release();
-            file->pMethods = &Methods;
-        } else if (opened->pMethods != nullptr) {
-            opened->pMethods->xClose(opened);
+        sqlite3_file* const real = File::Real(file);
+        real->pMethods = nullptr;
+        const int code = Of(own).Open(path, real, flags, outFlags);
+        if (code != SQLITE_OK && real->pMethods != nullptr) {
+            real->pMethods->xClose(real);
         }
+        File::Of(file) = {{code == SQLITE_OK ? &File::Methods : nullptr}, &Of(own), path};
         return code;
     };
     m_own.xDelete = [](sqlite3_vfs* own, const char* path, int syncDirectory) {

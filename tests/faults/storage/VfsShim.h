@@ -2,9 +2,8 @@
 
 #include <sqlite3.h>
 
-#include <cstddef>
-#include <memory>
-#include <utility>
+#include <string>
+#include <string_view>
 
 namespace Morvik::sql::tests {
 
@@ -31,8 +30,6 @@ struct FileFailure {
     int code = SQLITE_OK;
     bool carriedOut = false;
 };
-
-class InterposedFile;
 
 /// Replaces SQLite's default file system while the object lives, and forwards to it every call that does not fail.
 /// Every database that is opened without naming a file system uses this object, so close it before the object is
@@ -68,10 +65,16 @@ protected:
     virtual int Open(const char* path, sqlite3_file* real, int flags, int* outFlags);
     virtual int Delete(const char* path, int syncDirectory);
 
-    /// Returns the object that SQLite uses for an opened file. `path` is null for a temporary file without a name.
-    virtual std::unique_ptr<InterposedFile> Interpose(const char* path, int flags, std::unique_ptr<std::byte[]> real);
+    /// Is called before SQLite writes `bytes` into a file, or truncates the file to the size `position`, which is a
+    /// change without bytes. Files without a name are left out.
+    virtual void Changing(const std::string& /*path*/, sqlite3_int64 /*position*/, std::string_view /*bytes*/) {}
+
+    /// Is called after a successful sync of a file that has a name.
+    virtual void Synced(const std::string& /*path*/) {}
 
 private:
+    struct File;
+
     // Registered with SQLite, which gives it to every call.
     struct Registered : sqlite3_vfs {
         VfsShim* shim;
@@ -82,33 +85,5 @@ private:
     sqlite3_vfs* m_real;
     Registered m_own;
 };
-
-/// One file that SQLite opened. A derived class overrides the calls that it changes.
-class InterposedFile {
-public:
-    /// Takes over an opened file of the real file system, in memory of the size that the real file system needs.
-    InterposedFile(VfsShim& system, std::unique_ptr<std::byte[]> real) : m_system(system), m_real(std::move(real)) {}
-    virtual ~InterposedFile() { Real()->pMethods->xClose(Real()); }
-
-    InterposedFile(const InterposedFile&) = delete;
-    InterposedFile& operator=(const InterposedFile&) = delete;
-
-    virtual int Write(const void* bytes, int count, sqlite3_int64 offset);
-    virtual int Truncate(sqlite3_int64 size);
-    virtual int Sync();
-
-    VfsShim& System() const { return m_system; }
-    sqlite3_file* Real() const { return reinterpret_cast<sqlite3_file*>(m_real.get()); }
-
-private:
-    VfsShim& m_system;
-    std::unique_ptr<std::byte[]> m_real;
-};
-
-inline std::unique_ptr<InterposedFile> VfsShim::Interpose(const char* /*path*/, int /*flags*/,
-                                                          std::unique_ptr<std::byte[]> real)
-{
-    return std::make_unique<InterposedFile>(*this, std::move(real));
-}
 
 } // namespace Morvik::sql::tests
