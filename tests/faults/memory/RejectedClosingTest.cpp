@@ -13,6 +13,9 @@ namespace Morvik::sql::tests {
 
 namespace {
 
+// The only situation in which running out of memory ends the process: a connection object is destroyed, SQLite rejects
+// closing its connection, and the message cannot be stored. It cannot happen if statements are destroyed before their
+// database.
 template <typename Owner>
 void ExpectDestructionToAbort(std::optional<Owner>& owner)
 {
@@ -24,9 +27,6 @@ void ExpectDestructionToAbort(std::optional<Owner>& owner)
         testing::KilledBySignal(SIGABRT), "");
 }
 
-// The only situation in which running out of memory ends the process: a connection object is destroyed, SQLite rejects
-// closing its connection, and the message cannot be stored. It cannot happen if statements are destroyed before their
-// database.
 TEST(RejectedClosingDeathTest, ConnectionDestroyedBeforeItsStatementEndsTheProcessWithoutMemory)
 {
     std::optional<SqlDatabase> connection(std::in_place);

@@ -83,8 +83,7 @@ std::vector<StorageScenario> MakeScenarios()
         {.name = "AlterTable",
          .act = [](auto& side) { return side.Alter("reading", "old_reading"); },
          .changes = {"ALTER TABLE reading RENAME TO old_reading"}},
-        // If the test for the table cannot read the file, the table counts as absent, and the operation succeeds
-        // (TestForTableTest).
+        // If the test for the table cannot read the file, the table counts as absent, and the operation succeeds.
         {.name = "DropTable",
          .act = [](auto& side) { return side.Drop("reading"); },
          .changes = {"DELETE FROM reading", "DROP TABLE reading"},
