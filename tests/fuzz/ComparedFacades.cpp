@@ -39,28 +39,6 @@ constexpr int Padding = 256;
 sqlite3_pcache_methods2 original;
 std::map<sqlite3_pcache*, int> pageSizes;
 
-sqlite3_pcache* Create(int pageSize, int extraSize, int purgeable)
-{
-    sqlite3_pcache* const cache = original.xCreate(pageSize + Padding, extraSize, purgeable);
-    pageSizes[cache] = pageSize;
-    return cache;
-}
-
-void Destroy(sqlite3_pcache* cache)
-{
-    pageSizes.erase(cache);
-    original.xDestroy(cache);
-}
-
-sqlite3_pcache_page* Fetch(sqlite3_pcache* cache, unsigned int key, int create)
-{
-    sqlite3_pcache_page* const page = original.xFetch(cache, key, create);
-    if (page != nullptr) {
-        std::memset(static_cast<char*>(page->pBuf) + pageSizes.at(cache), 0, Padding);
-    }
-    return page;
-}
-
 // Adds zeroes after every page that SQLite holds in memory. A damaged page may make SQLite read a few bytes past its
 // end. Without the zeroes, SQLite's own pointers are there, and two connections to the same file would read different
 // bytes. This must happen before the first connection is opened.
@@ -71,9 +49,22 @@ void PadPages()
     }
     int code = sqlite3_config(SQLITE_CONFIG_GETPCACHE2, &original);
     sqlite3_pcache_methods2 padded = original;
-    padded.xCreate = Create;
-    padded.xDestroy = Destroy;
-    padded.xFetch = Fetch;
+    padded.xCreate = [](int pageSize, int extraSize, int purgeable) {
+        sqlite3_pcache* const cache = original.xCreate(pageSize + Padding, extraSize, purgeable);
+        pageSizes[cache] = pageSize;
+        return cache;
+    };
+    padded.xDestroy = [](sqlite3_pcache* cache) {
+        pageSizes.erase(cache);
+        original.xDestroy(cache);
+    };
+    padded.xFetch = [](sqlite3_pcache* cache, unsigned int key, int create) {
+        sqlite3_pcache_page* const page = original.xFetch(cache, key, create);
+        if (page != nullptr) {
+            std::memset(static_cast<char*>(page->pBuf) + pageSizes.at(cache), 0, Padding);
+        }
+        return page;
+    };
     if (code == SQLITE_OK) {
         code = sqlite3_config(SQLITE_CONFIG_PCACHE2, &padded);
     }

@@ -16,7 +16,6 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-constexpr std::size_t MostTables = 5;
 constexpr std::size_t LongSize = 700; // a row that does not fit on a page of 512 bytes
 
 std::string Identifier(const std::string& name)
@@ -57,9 +56,7 @@ public:
 
     std::vector<std::string> NamesOfTables()
     {
-        std::vector<std::string> names = Texts("SELECT name FROM sqlite_master WHERE type IN ('table', 'view')", 0);
-        names.resize(std::min(names.size(), MostTables));
-        return names;
+        return Texts("SELECT name FROM sqlite_master WHERE type IN ('table', 'view') LIMIT 5", 0);
     }
 
 private:
@@ -90,12 +87,12 @@ void ReadAll(DamagedFile& file)
 
 DbTableDataWrite NewRows(const std::vector<std::string>& columns)
 {
-    DbTableDataWrite data;
-    data.columns = columns;
+    DbTableDataWrite data{columns, {}};
     for (int row = 0; row < 2; ++row) {
         DbTableRowValues& values = data.rows.emplace_back();
-        for (std::size_t column = 0; column < columns.size(); ++column) {
-            values.cells.push_back(column == 1 ? TextCell(std::string(LongSize, 'x')) : IntegerCell(1000 + row));
+        values.cells.assign(columns.size(), IntegerCell(1000 + row));
+        if (columns.size() > 1) {
+            values.cells[1] = TextCell(std::string(LongSize, 'x'));
         }
     }
     return data;

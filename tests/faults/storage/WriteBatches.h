@@ -1,17 +1,17 @@
 #pragma once
 
+#include <sql/DatabaseApi.h>
+
 #include <cstdint>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "support/Cells.h"
 #include "support/DatabaseContent.h"
 #include "support/FuzzInput.h"
-
-namespace Morvik::sql {
-class DatabaseApi;
-}
 
 namespace Morvik::sql::tests {
 
@@ -31,24 +31,128 @@ public:
     explicit WriteBatches(std::uint64_t seed) : m_choices(seed) {}
 
     /// The next call, for a database on which all earlier calls succeeded. The first call creates a table.
-    WriteBatch Next();
+    WriteBatch Next()
+    {
+        if (m_tables.empty() || (m_tables.size() < MostTables && m_choices.OneIn(6))) {
+            return Create();
+        }
+        using Call = WriteBatch (WriteBatches::*)();
+        static constexpr Call Calls[] = {&WriteBatches::Update,      &WriteBatches::Update, &WriteBatches::Update,
+                                         &WriteBatches::Alter,       &WriteBatches::Drop,   &WriteBatches::Transaction,
+                                         &WriteBatches::Transaction, &WriteBatches::Write,  &WriteBatches::Write,
+                                         &WriteBatches::Write};
+        return (this->*Calls[m_choices.Below(std::size(Calls))])();
+    }
 
 private:
-    WriteBatch Create();
-    WriteBatch Write();
-    WriteBatch Update();
-    WriteBatch Alter();
-    WriteBatch Drop();
-    WriteBatch Transaction();
+    static constexpr std::size_t MostTables = 3;
+    static constexpr std::size_t MostRows = 60;
+
+    WriteBatch Create()
+    {
+        DbTableDefinition definition;
+        definition.name = NewName();
+        definition.columns = {{"id", DbTableColumnType::Integer, 0, PrimaryKey}, {"note", DbTableColumnType::Text}};
+        m_tables[definition.name] = {};
+        return {[=](DatabaseApi& facade) { return facade.CreateTable(definition); }, {Content()}};
+    }
+
+    WriteBatch Write()
+    {
+        const std::string table = AnyTable();
+        if (m_tables[table].size() > MostRows) {
+            return Drop();
+        }
+        DbTableDataWrite data{{"id", "note"}, {}};
+        AddRows(table, [&](int id, const std::string& text) {
+            data.rows.push_back({{IntegerCell(id), TextCell(text)}});
+        });
+        return {[=](DatabaseApi& facade) { return facade.WriteTableValues(table, data); }, {Content()}};
+    }
+
+    WriteBatch Update()
+    {
+        const std::string table = AnyTable();
+        const std::string text = AnyText();
+        const int divisor = 1 + static_cast<int>(m_choices.Below(5));
+        for (auto& [id, note] : m_tables[table]) {
+            note = id % divisor == 0 ? text : note;
+        }
+        const DbTableDataWrite data{{"note"}, {{{TextCell(text)}}}};
+        const std::string condition = "WHERE id % " + std::to_string(divisor) + " = 0";
+        return {[=](DatabaseApi& facade) { return facade.UpdateTableValues(table, data, condition); }, {Content()}};
+    }
+
+    WriteBatch Alter()
+    {
+        const std::string table = AnyTable();
+        const std::string newName = NewName();
+        auto renamed = m_tables.extract(table);
+        renamed.key() = newName;
+        m_tables.insert(std::move(renamed));
+        return {[=](DatabaseApi& facade) { return facade.AlterTable(table, newName); }, {Content()}};
+    }
+
+    // The rows are deleted with a separate statement.
+    WriteBatch Drop()
+    {
+        const std::string table = AnyTable();
+        WriteBatch batch{[=](DatabaseApi& facade) { return facade.DropTable(table); }, {}};
+        m_tables[table].clear();
+        batch.states.push_back(Content());
+        m_tables.erase(table);
+        batch.states.push_back(Content());
+        return batch;
+    }
+
+    WriteBatch Transaction()
+    {
+        const std::string table = AnyTable();
+        std::string sql = "BEGIN;DELETE FROM " + table + " WHERE id % 2 = 0";
+        std::erase_if(m_tables[table], [](const auto& row) { return row.first % 2 == 0; });
+        AddRows(table, [&](int id, const std::string& text) {
+            sql += ";INSERT INTO " + table + " VALUES (" + std::to_string(id) + ",'" + text + "')";
+        });
+        sql += ";COMMIT";
+        return {[=](DatabaseApi& facade) { return facade.Execute(sql); }, {Content()}};
+    }
 
     std::string NewName() { return "t" + std::to_string(++m_names); }
-    std::string AnyTable();
-    std::string AnyText();
-    DatabaseContent Content() const;
+
+    std::string AnyTable()
+    {
+        return std::next(m_tables.begin(), static_cast<std::ptrdiff_t>(m_choices.Below(m_tables.size())))->first;
+    }
+
+    // Some texts are longer than a page.
+    std::string AnyText()
+    {
+        const std::size_t longest = m_choices.OneIn(8) ? 6000 : 300;
+        return std::string(m_choices.Below(longest), static_cast<char>('A' + m_choices.Below(26)));
+    }
+
+    DatabaseContent Content() const
+    {
+        DatabaseContent content;
+        for (const auto& [table, rows] : m_tables) {
+            auto& written = content[table];
+            for (const auto& [id, note] : rows) {
+                written.push_back({std::to_string(id), "'" + note + "'"});
+            }
+        }
+        return content;
+    }
 
     /// Adds up to twenty rows to the table and calls `written(id, text)` for each of them.
     template <typename Written>
-    void AddRows(const std::string& table, Written written);
+    void AddRows(const std::string& table, Written written)
+    {
+        for (std::size_t rows = 1 + m_choices.Below(20); rows > 0; --rows) {
+            const std::string text = AnyText();
+            m_tables[table][++m_rows] = text;
+            written(m_rows, text);
+        }
+    }
 
     FuzzInput m_choices;
     std::map<std::string, std::map<int, std::string>> m_tables; // the text of each row by its id
