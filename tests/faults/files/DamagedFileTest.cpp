@@ -29,7 +29,7 @@ constexpr std::size_t Page = 1024;
 using Operations = Transcript (*)(const std::string& path, bool readOnly);
 
 struct FileResult {
-    Transcript answers;
+    Transcript transcript;
     std::string content;
 };
 
@@ -41,9 +41,9 @@ FileResult Run(Operations operations, const std::string& path, const std::string
     files.PutBack(path);
     FileResult outcome;
     try {
-        outcome.answers = operations(path, readOnly);
+        outcome.transcript = operations(path, readOnly);
     } catch (const std::exception& thrown) {
-        outcome.answers.push_back({"an exception", false, -1, thrown.what()});
+        outcome.transcript.push_back({"an exception", false, -1, thrown.what()});
     }
     outcome.content = FileContent(path);
     return outcome;
@@ -57,7 +57,7 @@ public:
         for (const bool readOnly : {false, true}) {
             const FileResult library = Run(LibraryTranscript, m_path, content, readOnly);
             EXPECT_EQ(library.content == content, readOnly) << "the operations change the file";
-            m_undamaged[readOnly] = library.answers;
+            m_undamaged[readOnly] = library.transcript;
             EXPECT_TRUE(Try(content, "undamaged", readOnly));
         }
         trials = unnoticed = 0;
@@ -69,10 +69,10 @@ public:
     {
         const FileResult library = Run(LibraryTranscript, m_path, damaged, readOnly);
         const FileResult reference = Run(ReferenceTranscript, m_path, damaged, readOnly);
-        const std::string difference = Difference(library.answers, reference.answers);
+        const std::string difference = Difference(library.transcript, reference.transcript);
         EXPECT_EQ(difference, "") << damage;
         EXPECT_TRUE(library.content == reference.content) << damage << ": other bytes than with the reference";
-        Tally(library.answers, m_undamaged[readOnly]);
+        Tally(library.transcript, m_undamaged[readOnly]);
         return difference.empty() && library.content == reference.content;
     }
 
@@ -89,22 +89,22 @@ public:
     std::map<int, int> codes;
 
 private:
-    void Tally(const Transcript& answers, const Transcript& undamaged)
+    void Tally(const Transcript& transcript, const Transcript& undamaged)
     {
         ++trials;
-        if (answers == undamaged) {
+        if (transcript == undamaged) {
             ++unnoticed;
             return;
         }
         // A read-only database rejects the changes even without damage.
         std::set<int> failures;
-        for (const StepOutcome& answer : answers) {
-            if (!answer.succeeded && answer.code != 0) {
-                failures.insert(answer.code);
+        for (const StepOutcome& step : transcript) {
+            if (!step.succeeded && step.code != 0) {
+                failures.insert(step.code);
             }
         }
-        for (const StepOutcome& answer : undamaged) {
-            failures.erase(answer.code);
+        for (const StepOutcome& step : undamaged) {
+            failures.erase(step.code);
         }
         otherContent += failures.empty() ? 1 : 0;
         for (const int code : failures) {

@@ -117,9 +117,9 @@ VfsShim::VfsShim() : m_real(sqlite3_vfs_find(nullptr)), m_own{*m_real, this}
     m_own.xDelete = [](sqlite3_vfs* own, const char* path, int syncDirectory) {
         return Of(own).Delete(path, syncDirectory);
     };
-    m_own.xAccess = [](sqlite3_vfs* own, const char* path, int flags, int* answer) {
+    m_own.xAccess = [](sqlite3_vfs* own, const char* path, int flags, int* result) {
         sqlite3_vfs* const real = Of(own).m_real;
-        return Of(own).Run(FileCall::Access, [&] { return real->xAccess(real, path, flags, answer); });
+        return Of(own).Run(FileCall::Access, [&] { return real->xAccess(real, path, flags, result); });
     };
     m_own.xSleep = [](sqlite3_vfs*, int microseconds) { return microseconds; };
     if (sqlite3_vfs_register(&m_own, 1) != SQLITE_OK) {
