@@ -100,8 +100,8 @@ record_figures()
     scripts/record.sh README.md "\`scripts/test.sh\`" "$(duration "$2")"
     record_counts 'failing allocations' MemoryFaultTest
     record_counts 'failing calls on files' FailingCallTest
-    record_counts 'power loss' DurableKeepingTest
-    record_counts 'power loss, unsafe settings' PowerLossTest
+    record_counts 'power loss' Durable.PowerLossTest
+    record_counts 'power loss, unsafe settings' Lossy.PowerLossTest
     record_counts 'killed processes' KilledWriterTest
 }
 

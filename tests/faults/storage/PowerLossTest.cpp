@@ -126,10 +126,11 @@ TEST_P(PowerLossTest, FindsNothingWorseThanTheSettingsAllow)
     EXPECT_GT(found.at(static_cast<std::size_t>(GetParam().worst)), 0);
     EXPECT_GT(roundsWithLoss, 0);
     EXPECT_GT(roundsWithRecovery, 0);
-    RecordProperty("rounds_with_loss", roundsWithLoss);
-    RecordProperty("rounds_with_recovery", roundsWithRecovery);
-    RecordProperty("rounds_taken_back", found[1]);
-    RecordProperty("rounds_with_damage", found[2]);
+    RecordProperty("power_cuts", found[0] + found[1] + found[2]);
+    RecordProperty("with_lost_sectors", roundsWithLoss);
+    RecordProperty("with_recovery", roundsWithRecovery);
+    RecordProperty("without_the_last_write", found[1]);
+    RecordProperty("with_more_lost_or_damaged", found[2]);
 }
 
 constexpr auto NameOf = [](const auto& tested) { return tested.param.name; };
