@@ -1,10 +1,10 @@
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <cctype>
 #include <map>
 #include <set>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "docs/codes/DocumentTable.h"
 #include "docs/codes/Situation.h"
@@ -16,20 +16,17 @@ namespace {
 // Checks that docs/codes.md and the library agree: each row's situation is created here, and the result is compared
 // with the row.
 
-std::string Key(const std::string& operation, const std::string& situation)
-{
-    return operation + ": " + situation;
-}
-
+/// The situations by operation and name, as in "SqlTable::Open: the connection is closed".
 const std::map<std::string, Run>& Registered()
 {
     static const std::map<std::string, Run> All = [] {
         std::map<std::string, Run> all;
         for (const auto& page : {OpeningSituations, TableSituations, WritingSituations, ReadingSituations,
-                                 WalkingSituations, CommandSituations, CursorSituations, ValueSituations}) {
+                                 CommandSituations, CursorSituations}) {
             for (const Situation& situation : page()) {
-                if (!all.emplace(Key(situation.operation, situation.name), situation.run).second) {
-                    throw std::logic_error("registered twice: " + Key(situation.operation, situation.name));
+                const auto [key, added] = all.emplace(situation.operation + ": " + situation.name, situation.run);
+                if (!added) {
+                    throw std::logic_error("registered twice: " + key->first);
                 }
             }
         }
@@ -57,8 +54,8 @@ std::vector<CodesRow> CodesRows()
         }
         std::string operations = WithoutBackticks(cells[1]) + ", ";
         for (std::size_t end = operations.find(", "); end != std::string::npos; end = operations.find(", ")) {
-            const std::string operation = cells[0] + "::" + operations.substr(0, end);
-            rows.push_back({Key(operation, cells[2]), WithoutBackticks(cells[3]), cells[4], cells[5]});
+            const std::string key = cells[0] + "::" + operations.substr(0, end) + ": " + cells[2];
+            rows.push_back({key, WithoutBackticks(cells[3]), cells[4], cells[5]});
             operations.erase(0, end + 2);
         }
     }

@@ -1,13 +1,13 @@
 #include <sql/SqlCommand.h>
 
-#include <sqlite3.h>
-
 #include <array>
+#include <functional>
 #include <string>
 #include <string_view>
 
+#include <sqlite3.h>
+
 #include "docs/codes/Situation.h"
-#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
@@ -17,45 +17,38 @@ const std::string Violation = "INSERT INTO t VALUES (1)";
 
 constexpr std::array<unsigned char, 6> SixBytes{'l', 'o', 'n', 'g', 'e', 'r'};
 
-Run ExecutingACommand(const std::string& sql, bool open = true)
-{
-    return [=] {
-        SituationConnection connection(open);
-        SqlCommand command(connection.database);
-        return Observe(command, FailureOfExec(connection.raw.Handle(), sql), [&] { return command.Execute(sql); });
-    };
-}
-
-/// Prepares a command that has an earlier error. On a closed connection only another Prepare can leave an error.
-Run Preparing(std::string_view sql, bool open = true)
-{
-    return [=] {
-        SituationConnection connection(open);
-        SqlCommand command(connection.database);
-        open ? command.Execute("nonsense") : command.Prepare("SELECT 1");
-        return Observe(command, FailureOfPrepare(connection.raw.Handle(), std::string(sql)),
-                       [&] { return command.Prepare(sql); });
-    };
-}
-
-using CommandOperation = std::function<std::string(SqlCommand&)>;
 using ArrangeCommand = std::function<void(SituationConnection&, SqlCommand&)>;
 
-/// Runs the operation on a command that has the error of an earlier failure.
-Run OnACommand(const ArrangeCommand& arrange, const CommandOperation& operation)
+/// Runs the operation on a command that has the error of an earlier failure. `failing` gives SQLite's result.
+template <typename Operation>
+Run OnACommand(const ArrangeCommand& arrange, const Operation& operation, const std::string& failing = Violation)
 {
     return [=] {
         SituationConnection connection;
         SqlCommand command(connection.database);
         command.Execute("nonsense");
         arrange(connection, command);
-        return Observe(command, FailureOfExec(connection.raw.Handle(), Violation), [&] { return operation(command); });
+        return Observe(command, FailureOfExec(connection.raw.Handle(), failing),
+                       [&] { return std::invoke(operation, command); });
     };
+}
+
+void Unprepared(SituationConnection& /*connection*/, SqlCommand& /*command*/) {}
+
+void CloseTheConnection(SituationConnection& connection, SqlCommand& /*command*/)
+{
+    connection.database.Close();
 }
 
 ArrangeCommand Prepared(const std::string& sql)
 {
     return [=](SituationConnection&, SqlCommand& command) { command.Prepare(sql); };
+}
+
+void PreparedWithALimit(SituationConnection& connection, SqlCommand& command)
+{
+    command.Prepare("SELECT ?");
+    sqlite3_limit(connection.database.GetNativeDatabaseInstance<sqlite3>(), SQLITE_LIMIT_LENGTH, 5);
 }
 
 ArrangeCommand Stepped(const std::string& sql)
@@ -66,79 +59,69 @@ ArrangeCommand Stepped(const std::string& sql)
     };
 }
 
-void Unprepared(SituationConnection& /*connection*/, SqlCommand& /*command*/) {}
-
-void PreparedWithALimit(SituationConnection& connection, SqlCommand& command)
+auto ExecuteCommand(const std::string& sql)
 {
-    command.Prepare("SELECT ?");
-    sqlite3_limit(connection.database.GetNativeDatabaseInstance<sqlite3>(), SQLITE_LIMIT_LENGTH, 5);
+    return [=](SqlCommand& command) { return command.Execute(sql); };
 }
 
-Run WithoutMemory(const std::string& function, const CommandOperation& operation)
+auto PrepareCommand(std::string_view sql)
 {
-    return OnACommand(Stepped("SELECT 'text'"), [=](SqlCommand& command) {
-        SqliteCallRecorder sqlite;
-        sqlite.ReplaceNextResult(function, 0, false);
-        return operation(command);
-    });
+    return [=](SqlCommand& command) { return command.Prepare(sql); };
 }
 
-std::string EmptyOrNot(bool empty)
+std::string TextOfColumn(SqlCommand& command)
 {
-    return empty ? "empty" : "not empty";
+    return command.ColumnText(0).empty() ? "empty" : "not empty";
 }
 
-/// A member function without parameters.
-template <typename Returned>
-CommandOperation Call(Returned (SqlCommand::*member)())
+std::string BlobOfColumn(SqlCommand& command)
 {
-    return [=](SqlCommand& command) { return ReturnedText((command.*member)()); };
+    return command.ColumnBlob(0).empty() ? "empty" : "not empty";
 }
 
 } // namespace
 
 Situations CommandSituations()
 {
-    const CommandOperation text = [](SqlCommand& command) { return EmptyOrNot(command.ColumnText(0).empty()); };
-    const CommandOperation blob = [](SqlCommand& command) { return EmptyOrNot(command.ColumnBlob(0).empty()); };
-    const CommandOperation step = Call(&SqlCommand::Step);
-    const CommandOperation reset = Call(&SqlCommand::Reset);
-    const CommandOperation finalize = Call(&SqlCommand::Finalize);
-    const CommandOperation prepare = [](SqlCommand& command) { return ReturnedText(command.Prepare("SELECT 2")); };
+    const std::string closed = "the connection is closed";
+    const std::string noStatement = "no statement is held";
+    const std::string noRow = "no row is available";
+    const std::string noMemory = "SQLite has no memory for the value";
+    const std::string noMemoryToConvert = "SQLite has no memory to convert the value";
+    const ArrangeCommand onAText = Stepped("SELECT 'text'");
+    const std::string absent = "SELECT absent FROM t";
     Situations all{
-        {"SqlCommand::Execute", "SQLite rejects the text", ExecutingACommand("nonsense")},
-        {"SqlCommand::Execute", "a constraint is violated", ExecutingACommand(Violation)},
-        {"SqlCommand::Execute", "the connection is closed", ExecutingACommand("SELECT 1", false)},
-        {"SqlCommand::Prepare", "a statement is held already", OnACommand(Prepared("SELECT 1"), prepare)},
-        {"SqlCommand::Prepare", "SQLite rejects the text", Preparing("SELECT absent FROM t")},
-        {"SqlCommand::Prepare", "the connection is closed", Preparing("SELECT 1", false)},
-        {"SqlCommand::Prepare", "the view has no data", Preparing(std::string_view())},
-        {"SqlCommand::Step", "the step fails", OnACommand(Prepared(Violation), step)},
-        {"SqlCommand::Reset", "the last step failed", OnACommand(Stepped(Violation), reset)},
-        {"SqlCommand::Finalize", "the last step failed", OnACommand(Stepped(Violation), finalize)},
-        {"SqlCommand::ColumnText", "SQLite has no memory for the value", WithoutMemory("sqlite3_column_text", text)},
-        {"SqlCommand::ColumnBlob", "SQLite has no memory for the value", WithoutMemory("sqlite3_column_blob", blob)},
-        {"SqlCommand::ColumnText", "SQLite has no memory to convert the value",
-         WithoutMemory("sqlite3_column_bytes", text)},
-        {"SqlCommand::ColumnBlob", "SQLite has no memory to convert the value",
-         WithoutMemory("sqlite3_column_bytes", blob)},
+        {"SqlCommand::Execute", "SQLite rejects the text",
+         OnACommand(Unprepared, ExecuteCommand("nonsense"), "nonsense")},
+        {"SqlCommand::Execute", "a constraint is violated", OnACommand(Unprepared, ExecuteCommand(Violation))},
+        {"SqlCommand::Execute", closed, OnACommand(CloseTheConnection, ExecuteCommand("SELECT 1"))},
+        {"SqlCommand::Prepare", "a statement is held already",
+         OnACommand(Prepared("SELECT 1"), PrepareCommand("SELECT 2"))},
+        {"SqlCommand::Prepare", "SQLite rejects the text", OnACommand(Unprepared, PrepareCommand(absent), absent)},
+        {"SqlCommand::Prepare", closed, OnACommand(CloseTheConnection, PrepareCommand("SELECT 1"))},
+        {"SqlCommand::Prepare", "the view has no data", OnACommand(Unprepared, PrepareCommand(std::string_view()))},
+        {"SqlCommand::ClearBindings", noStatement, OnACommand(Unprepared, &SqlCommand::ClearBindings)},
+        {"SqlCommand::Step", noStatement, OnACommand(Unprepared, &SqlCommand::Step)},
+        {"SqlCommand::Step", "the step fails", OnACommand(Prepared(Violation), &SqlCommand::Step)},
+        {"SqlCommand::Reset", noStatement, OnACommand(Unprepared, &SqlCommand::Reset)},
+        {"SqlCommand::Reset", "the last step failed", OnACommand(Stepped(Violation), &SqlCommand::Reset)},
+        {"SqlCommand::Finalize", noStatement, OnACommand(Unprepared, &SqlCommand::Finalize)},
+        {"SqlCommand::Finalize", "the last step failed", OnACommand(Stepped(Violation), &SqlCommand::Finalize)},
+        {"SqlCommand::ColumnCount", noRow, OnACommand(Unprepared, [](SqlCommand& c) { return c.ColumnCount(); })},
+        {"SqlCommand::ColumnIsNull", noRow, OnACommand(Unprepared, [](SqlCommand& c) { return c.ColumnIsNull(0); })},
+        {"SqlCommand::ColumnInt", noRow, OnACommand(Unprepared, [](SqlCommand& c) { return c.ColumnInt(0); })},
+        {"SqlCommand::ColumnInt64", noRow, OnACommand(Unprepared, [](SqlCommand& c) { return c.ColumnInt64(0); })},
+        {"SqlCommand::ColumnDouble", noRow,
+         OnACommand(Unprepared, [](SqlCommand& c) { return c.ColumnDouble(0) == 0.0 ? 0 : 1; })},
+        {"SqlCommand::ColumnText", noRow, OnACommand(Unprepared, TextOfColumn)},
+        {"SqlCommand::ColumnText", noMemory, OnACommand(onAText, WithNull("sqlite3_column_text", TextOfColumn))},
+        {"SqlCommand::ColumnText", noMemoryToConvert,
+         OnACommand(onAText, WithNull("sqlite3_column_bytes", TextOfColumn))},
+        {"SqlCommand::ColumnBlob", noRow, OnACommand(Unprepared, BlobOfColumn)},
+        {"SqlCommand::ColumnBlob", noMemory, OnACommand(onAText, WithNull("sqlite3_column_blob", BlobOfColumn))},
+        {"SqlCommand::ColumnBlob", noMemoryToConvert,
+         OnACommand(onAText, WithNull("sqlite3_column_bytes", BlobOfColumn))},
     };
-    const std::map<std::string, CommandOperation> ofAStatement{
-        {"ClearBindings", Call(&SqlCommand::ClearBindings)}, {"Step", step}, {"Reset", reset}, {"Finalize", finalize}};
-    for (const auto& [name, operation] : ofAStatement) {
-        all.push_back({"SqlCommand::" + name, "no statement is held", OnACommand(Unprepared, operation)});
-    }
-    const std::map<std::string, CommandOperation> ofARow{
-        {"ColumnCount", [](SqlCommand& command) { return ReturnedText(command.ColumnCount()); }},
-        {"ColumnIsNull", [](SqlCommand& command) { return ReturnedText(command.ColumnIsNull(0)); }},
-        {"ColumnInt", [](SqlCommand& command) { return ReturnedText(command.ColumnInt(0)); }},
-        {"ColumnInt64", [](SqlCommand& command) { return ReturnedText(command.ColumnInt64(0)); }},
-        {"ColumnDouble", [](SqlCommand& command) { return ReturnedText(command.ColumnDouble(0) == 0.0 ? 0 : 1); }},
-        {"ColumnText", text},
-        {"ColumnBlob", blob}};
-    for (const auto& [name, operation] : ofARow) {
-        all.push_back({"SqlCommand::" + name, "no row is available", OnACommand(Unprepared, operation)});
-    }
     const std::map<std::string, std::function<bool(SqlCommand&, int)>> binds{
         {"BindInteger", [](SqlCommand& command, int index) { return command.BindInteger(index, 1); }},
         {"BindInt64", [](SqlCommand& command, int index) { return command.BindInt64(index, 1); }},
@@ -146,17 +129,17 @@ Situations CommandSituations()
         {"BindText", [](SqlCommand& command, int index) { return command.BindText(index, "longer"); }},
         {"BindBlob", [](SqlCommand& command, int index) { return command.BindBlob(index, SixBytes); }}};
     for (const auto& [name, bind] : binds) {
-        const std::string operation = "SqlCommand::" + name;
-        const auto at = [bind = bind](int index) -> CommandOperation {
-            return [=](SqlCommand& command) { return ReturnedText(bind(command, index)); };
+        const auto add = [&all, &name = name, &bind = bind](const char* situation, const ArrangeCommand& arrange,
+                                                            int index) {
+            const auto bindAt = [=](SqlCommand& command) { return bind(command, index); };
+            all.push_back({"SqlCommand::" + name, situation, OnACommand(arrange, bindAt)});
         };
-        all.push_back({operation, "no statement is held", OnACommand(Unprepared, at(1))});
-        all.push_back({operation, "the index is 0", OnACommand(Prepared("SELECT ?"), at(0))});
-        all.push_back({operation, "the index is too large", OnACommand(Prepared("SELECT ?"), at(2))});
-        all.push_back({operation, "the statement was stepped and not reset", OnACommand(Stepped("SELECT ?"), at(1))});
+        add("no statement is held", Unprepared, 1);
+        add("the index is 0", Prepared("SELECT ?"), 0);
+        add("the index is too large", Prepared("SELECT ?"), 2);
+        add("the statement was stepped and not reset", Stepped("SELECT ?"), 1);
         if (name == "BindText" || name == "BindBlob") {
-            all.push_back(
-                {operation, "the value is longer than SQLite's limit", OnACommand(PreparedWithALimit, at(1))});
+            add("the value is longer than SQLite's limit", PreparedWithALimit, 1);
         }
     }
     return all;

@@ -1,27 +1,25 @@
 #include <sql/SqlTable.h>
 #include <sql/SqlValue.h>
 
-#include <sqlite3.h>
-
+#include <functional>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include "docs/codes/Situation.h"
 #include "support/AbandonedConnection.h"
-#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
+using Bytes = std::vector<char>;
+
 const std::string Overflow = "SELECT abs(-9223372036854775807 - 1)";
 
-using CursorOperation = std::function<std::string(const SqlTable&)>;
-
-/// Runs the operation on a cursor on which the query, if there is one, was opened and stepped `steps` times. `function`
-/// of SQLite then returns null once.
-Run OnACursor(const std::string& sql, int steps, const CursorOperation& operation, const std::string& function = "")
+/// Runs the operation on a cursor on which the query, if there is one, was opened and stepped `steps` times.
+template <typename Operation>
+Run OnACursor(const std::string& sql, int steps, const Operation& operation)
 {
     return [=] {
         SituationConnection connection;
@@ -31,21 +29,19 @@ Run OnACursor(const std::string& sql, int steps, const CursorOperation& operatio
         for (int step = 0; step < steps; ++step) {
             table.ReadNext();
         }
-        SqliteCallRecorder sqlite;
-        if (!function.empty()) {
-            sqlite.ReplaceNextResult(function, 0, false);
-        }
-        return Observe(table, steps == 0 ? raw.step : raw.finalize, [&] { return operation(table); });
+        return Observe(table, steps == 0 ? raw.step : raw.finalize, [&] { return std::invoke(operation, table); });
     };
 }
 
-Run OnAClosedCursor(const CursorOperation& operation)
+template <typename Operation>
+Run OnAClosedCursor(const Operation& operation)
 {
     return OnACursor("nonsense", 0, operation);
 }
 
 /// Runs the operation on a cursor that holds a query while its connection counts as closed.
-Run OnAConnectionThatIsGone(const std::string& sql, const CursorOperation& operation)
+template <typename Operation>
+Run OnAConnectionThatIsGone(const std::string& sql, const Operation& operation)
 {
     return [=] {
         SituationConnection connection;
@@ -53,7 +49,7 @@ Run OnAConnectionThatIsGone(const std::string& sql, const CursorOperation& opera
         table.Open(sql);
         table.ReadNext();
         const AbandonedConnection gone(connection.database);
-        return Observe(table, std::nullopt, [&] { return operation(table); });
+        return Observe(table, std::nullopt, [&] { return std::invoke(operation, table); });
     };
 }
 
@@ -67,19 +63,15 @@ Run OpeningACursor(const std::string& sql, bool open)
     };
 }
 
-std::string ValueByName(const SqlTable& table)
-{
-    return table["absent"].ValueInstance() == nullptr ? "a value without instance" : "a value";
-}
-
 /// A number, or whether a text or blob is empty, in the words of the document.
 template <typename Value>
-std::string TextOf(const Value& value)
+std::string ReadValue(SqlValue& value)
 {
+    const Value read = value.GetValue<Value>();
     if constexpr (std::is_arithmetic_v<Value>) {
-        return value == 0 ? "0" : "not 0";
+        return read == 0 ? "0" : "not 0";
     } else {
-        return value.empty() ? "empty" : "not empty";
+        return read.empty() ? "empty" : "not empty";
     }
 }
 
@@ -87,19 +79,19 @@ template <typename Value>
 SituationResult OfNothing()
 {
     SqlValue value(nullptr);
-    return Observe(value, std::nullopt, [&] { return TextOf(value.GetValue<Value>()); });
+    return Observe(value, std::nullopt, [&] { return ReadValue<Value>(value); });
 }
 
 SituationResult TypeOfNothing()
 {
     SqlValue value(nullptr);
-    value.GetValue<int>();
+    ReadValue<int>(value);
     return Observe(value, std::nullopt, [&] { return value.GetValueType(); });
 }
 
-/// Reads a column of a row as a value that already has an error. `function` of SQLite then returns null once.
-template <typename Value>
-Run OfAColumn(const std::string& sql, const std::string& function = "")
+/// Reads a column of a row as a value that already has an error.
+template <typename Operation>
+Run OfAColumn(const std::string& sql, const Operation& read)
 {
     return [=] {
         SituationConnection connection;
@@ -109,11 +101,7 @@ Run OfAColumn(const std::string& sql, const std::string& function = "")
         SqlValue value = table.GetValue(0);
         value.SetError(112);
         value.SetErrorMsg("earlier");
-        SqliteCallRecorder sqlite;
-        if (!function.empty()) {
-            sqlite.ReplaceNextResult(function, 0, false);
-        }
-        return Observe(value, std::nullopt, [&] { return TextOf(value.GetValue<Value>()); });
+        return Observe(value, std::nullopt, [&] { return read(value); });
     };
 }
 
@@ -121,12 +109,18 @@ Run OfAColumn(const std::string& sql, const std::string& function = "")
 
 Situations CursorSituations()
 {
-    const CursorOperation open = [](const SqlTable& table) { return ReturnedText(table.Open("SELECT 2")); };
-    const CursorOperation next = [](const SqlTable& table) { return ReturnedText(table.ReadNext()); };
-    const CursorOperation columns = [](const SqlTable& table) { return ReturnedText(table.Columns()); };
-    const CursorOperation reset = [](const SqlTable& table) { return ReturnedText(table.Reset()); };
-    const CursorOperation close = [](const SqlTable& table) { return ReturnedText(table.Close()); };
-    const CursorOperation text = [](const SqlTable& table) { return table.GetText(0); };
+    const auto open = [](const SqlTable& table) { return table.Open("SELECT 2"); };
+    const auto next = [](const SqlTable& table) { return table.ReadNext(); };
+    const auto columns = [](const SqlTable& table) { return table.Columns(); };
+    const auto reset = [](const SqlTable& table) { return table.Reset(); };
+    const auto close = [](const SqlTable& table) { return table.Close(); };
+    const auto text = [](const SqlTable& table) { return table.GetText(0); };
+    const auto byName = [](const SqlTable& table) {
+        return std::string(table["absent"].ValueInstance() == nullptr ? "a value without instance" : "a value");
+    };
+    const std::string getText = "SqlValue::GetValue<std::string>";
+    const std::string getBytes = "SqlValue::GetValue<std::vector<char>>";
+    const std::string noMemory = "SQLite has no memory for the value";
     return {
         {"SqlTable::Open", "SQLite rejects the text", OpeningACursor("nonsense", true)},
         {"SqlTable::Open", "the connection is closed", OpeningACursor("SELECT 1", false)},
@@ -147,29 +141,19 @@ Situations CursorSituations()
         {"SqlTable::Close", "a query is held on a closed connection after a failure",
          OnAConnectionThatIsGone(Overflow, close)},
         {"SqlTable::GetText", "the column holds NULL", OnACursor("SELECT NULL", 1, text)},
-        {"SqlTable::GetText", "SQLite has no memory for the value",
-         OnACursor("SELECT 'text'", 1, text, "sqlite3_column_text")},
-        {"SqlTable::operator[]", "no column has the name", OnACursor("SELECT 1 AS a", 1, ValueByName)},
-    };
-}
-
-Situations ValueSituations()
-{
-    using Bytes = std::vector<char>;
-    const std::string text = "SqlValue::GetValue<std::string>";
-    const std::string bytes = "SqlValue::GetValue<std::vector<char>>";
-    const std::string noMemory = "SQLite has no memory for the value";
-    return {
+        {"SqlTable::GetText", noMemory, OnACursor("SELECT 'text'", 1, WithNull("sqlite3_column_text", text))},
+        {"SqlTable::operator[]", "no column has the name", OnACursor("SELECT 1 AS a", 1, byName)},
         {"SqlValue::GetValueType", "nothing is wrapped", TypeOfNothing},
         {"SqlValue::GetValue<int>", "nothing is wrapped", OfNothing<int>},
         {"SqlValue::GetValue<long long>", "nothing is wrapped", OfNothing<long long>},
         {"SqlValue::GetValue<double>", "nothing is wrapped", OfNothing<double>},
-        {text, "nothing is wrapped", OfNothing<std::string>},
-        {bytes, "nothing is wrapped", OfNothing<Bytes>},
-        {text, "the value is NULL", OfAColumn<std::string>("SELECT NULL")},
-        {text, noMemory, OfAColumn<std::string>("SELECT 'text'", "sqlite3_value_text")},
-        {bytes, noMemory, OfAColumn<Bytes>("SELECT X'01'", "sqlite3_value_blob")},
-        {bytes, "SQLite has no memory to convert the value", OfAColumn<Bytes>("SELECT 1", "sqlite3_value_bytes")},
+        {getText, "nothing is wrapped", OfNothing<std::string>},
+        {getBytes, "nothing is wrapped", OfNothing<Bytes>},
+        {getText, "the value is NULL", OfAColumn("SELECT NULL", ReadValue<std::string>)},
+        {getText, noMemory, OfAColumn("SELECT 'text'", WithNull("sqlite3_value_text", ReadValue<std::string>))},
+        {getBytes, noMemory, OfAColumn("SELECT X'01'", WithNull("sqlite3_value_blob", ReadValue<Bytes>))},
+        {getBytes, "SQLite has no memory to convert the value",
+         OfAColumn("SELECT 1", WithNull("sqlite3_value_bytes", ReadValue<Bytes>))},
     };
 }
 

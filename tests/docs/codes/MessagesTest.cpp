@@ -1,12 +1,11 @@
-#include <gmock/gmock.h>
-
-#include <fstream>
 #include <functional>
 #include <limits>
 #include <map>
 #include <set>
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
 
 #include "docs/codes/DocumentTable.h"
 #include "docs/codes/Situation.h"
@@ -16,10 +15,6 @@
 namespace Morvik::sql::tests {
 
 namespace {
-
-using testing::Each;
-using testing::IsEmpty;
-using testing::Not;
 
 // Checks that docs/guide/messages.md and the library agree: the cause in each row is created here, and the code and
 // message are compared with the row.
@@ -42,12 +37,35 @@ std::vector<MessagesRow> MessagesRows()
     return rows;
 }
 
+using Step = std::function<CodeAndMessage(SituationFacade&)>;
+
+/// The steps that create the cause, and the steps that then fail.
+struct Cause {
+    std::vector<std::function<void(SituationFacade&)>> before;
+    std::vector<Step> failing;
+};
+
+const CodeAndMessage Succeeded{-1, "succeeded"};
+
+/// An operation of the facade.
+template <typename Operation>
+Step On(const Operation& operation)
+{
+    return [=](SituationFacade& facade) { return operation(facade.database) ? Succeeded : ErrorOf(facade.database); };
+}
+
+template <typename... Operations>
+Cause Failures(const Operations&... operations)
+{
+    return {{}, {On(operations)...}};
+}
+
 const DbTableColumnValue IntInReal{.type = DbTableColumnType::Real, .value = 3};
-const DbTableDataWrite NoRows{.columns = {"b"}, .rows = {}};
+const DbTableDataWrite NoRows{.columns = {"a"}, .rows = {}};
 
 DbTableDataWrite OneCell(const DbTableColumnValue& cell)
 {
-    return {.columns = {"b"}, .rows = {{.cells = {cell}}}};
+    return {.columns = {"a"}, .rows = {{.cells = {cell}}}};
 }
 
 DbTableDataWrite OneText(const std::string& text)
@@ -60,243 +78,158 @@ DbTableDataWrite OneReal(double number)
     return OneCell({.type = DbTableColumnType::Real, .value = number});
 }
 
-/// A facade on a temporary file, and a list of its failures. The table t in the file has one row, whose column a is 1.
-struct Failures {
-    Failures() { database.Execute("CREATE TABLE t (a INTEGER UNIQUE, b TEXT); INSERT INTO t VALUES (1, 'one')"); }
+const DbTableDataWrite Kitchen = OneText("kitchen");
+const std::string Insertion = "INSERT INTO t VALUES (4)";
 
-    /// Adds the error of an operation on the object to the list, or a note that the operation succeeded.
-    template <typename Object>
-    void AddOf(const Object& object, bool succeeded)
-    {
-        errors.push_back(succeeded ? CodeAndMessage{-1, "succeeded"} : ErrorOf(object));
-    }
-
-    void Add(bool succeeded) { AddOf(database, succeeded); }
-
-    void Reopen(bool readOnly)
-    {
-        database.CloseDatabase();
-        database.OpenDatabase(path, readOnly);
-    }
-
-    void BeginWalk(const std::string& sql)
-    {
-        database.SqlQueryBegin(sql);
-        database.ReadNextRow(row);
-    }
-
-    const TemporaryDirectory directory;
-    const std::string path = directory.File("test.db");
-    DatabaseApi database;
-    bool open = database.OpenDatabase(path, false);
-    DbTableData data;
-    DbTableRowValues row;
-    int result = 0;
-    std::vector<CodeAndMessage> errors;
-};
-
-void WriteWithoutDoubleQuotedTexts(Failures& failures)
+Step Open(const std::string& name, bool readOnly)
 {
-    const DoubleQuotedTexts off(false);
-    failures.Reopen(false);
-    failures.Add(failures.database.WriteTableValues("t", OneText("TEXT")));
-
-    // Newer versions of SQLite quote the name and add a hint.
-    std::string& message = failures.errors.back().message;
-    if (message == R"(no such column: "TEXT" - should this be a string literal in single-quotes?)") {
-        message = "no such column: TEXT";
-    }
-}
-
-void WriteFromAnOldState(Failures& failures)
-{
-    failures.database.ReadValues("PRAGMA journal_mode = WAL", failures.data);
-    failures.database.Execute("PRAGMA busy_timeout = 10000");
-    RawSqlite other(failures.path);
-    failures.BeginWalk("SELECT a FROM t");
-    other.Execute("INSERT INTO t VALUES (2, 'two')");
-    failures.Add(failures.database.Execute("INSERT INTO t VALUES (3, 'three')"));
-}
-
-void Bind(Failures& failures, bool stepped, int index)
-{
-    SqlCommand command = failures.database.PrepareStatement("SELECT ?");
-    if (stepped) {
-        command.Step();
-    }
-    failures.AddOf(command, command.BindInteger(index, 1));
-}
-
-using Cause = std::function<void(Failures&)>;
-
-Cause Write(const DbTableDataWrite& rows, const std::string& table = "t")
-{
-    return [=](Failures& failures) { failures.Add(failures.database.WriteTableValues(table, rows)); };
-}
-
-Cause Update(const DbTableDataWrite& rows, const std::string& condition)
-{
-    return [=](Failures& failures) { failures.Add(failures.database.UpdateTableValues("t", rows, condition)); };
-}
-
-Cause Create(const DbTableColumnDefinition& column, const DbTableConstraints& constraints = {})
-{
-    const DbTableDefinition definition{.name = "n", .columns = {column}, .constraints = constraints};
-    return [=](Failures& failures) { failures.Add(failures.database.CreateTable(definition)); };
-}
-
-Cause Execute(const std::string& sql)
-{
-    return [=](Failures& failures) { failures.Add(failures.database.Execute(sql)); };
-}
-
-Cause Both(const Cause& first, const Cause& second)
-{
-    return [=](Failures& failures) {
-        first(failures);
-        second(failures);
+    return [=](SituationFacade& facade) {
+        facade.database.CloseDatabase();
+        return On([&](DatabaseApi& database) { return database.OpenDatabase(facade.directory.File(name), readOnly); })(
+            facade);
     };
 }
 
+CodeAndMessage WriteWithoutDoubleQuotedTexts(SituationFacade& facade)
+{
+    const DoubleQuotedTexts off(false);
+    facade.Reopen(facade.path, false);
+    CodeAndMessage error = On(Write("t", OneText("TEXT")))(facade);
+    // Newer versions of SQLite quote the name and add a hint.
+    if (error.message == R"(no such column: "TEXT" - should this be a string literal in single-quotes?)") {
+        error.message = "no such column: TEXT";
+    }
+    return error;
+}
+
+bool WriteRealWithAComma(DatabaseApi& database)
+{
+    const ScopedGlobalLocale comma;
+    return database.WriteTableValues("t", OneReal(2.5));
+}
+
+bool CountWithoutKeyword(DatabaseApi& database)
+{
+    int result = 0;
+    database.ExistData("t", "a = 1", result);
+    return result == 0;
+}
+
+bool ReadNext(DatabaseApi& database)
+{
+    DbTableRowValues row;
+    return database.ReadNextRow(row);
+}
+
+bool ReadNextAfterACount(DatabaseApi& database)
+{
+    int result = 0;
+    database.SqlQueryBegin("SELECT 1");
+    database.ExistData("t", "", result);
+    return ReadNext(database);
+}
+
+Step OnAnother(const std::string& sql)
+{
+    return [=](SituationFacade& facade) {
+        facade.raw.Execute(sql);
+        return Succeeded;
+    };
+}
+
+Step PrepareRejected(bool thenStep)
+{
+    return [=](SituationFacade& facade) {
+        SqlCommand command = facade.database.PrepareStatement("SELEC 1");
+        return thenStep && command.Step() ? Succeeded : ErrorOf(command);
+    };
+}
+
+Step Bind(bool stepped, int index)
+{
+    return [=](SituationFacade& facade) {
+        SqlCommand command = facade.database.PrepareStatement("SELECT ?");
+        if (stepped) {
+            command.Step();
+        }
+        return command.BindInteger(index, 1) ? Succeeded : ErrorOf(command);
+    };
+}
+
+CodeAndMessage ReadAbsentColumn(SituationFacade& facade)
+{
+    SqlDatabase connection;
+    connection.Open(facade.path, true);
+    SqlTable table(connection);
+    table.Open("SELECT a FROM t");
+    table.ReadNext();
+    SqlValue value = table["b"];
+    value.GetValue<int>();
+    return ErrorOf(value);
+}
+
 const std::map<std::string, Cause> Causes{
-    {"WriteTableValues with a Real cell that holds an int", Write(OneCell(IntInReal))},
+    {"WriteTableValues with a Real cell that holds an int", Failures(Write("t", OneCell(IntInReal)))},
     {"WriteTableValues with a Null cell, or one that was read from NULL",
-     Both(Write(OneCell({.type = DbTableColumnType::Null})),
-          Write(OneCell({.type = DbTableColumnType::None, .value = ""})))},
-    {"CreateTable with a foreign key", Create({.name = "a"}, {.referenceTable = "t", .foreignKey = {"a"}})},
+     Failures(Write("t", OneCell({.type = DbTableColumnType::Null})),
+              Write("t", OneCell({.type = DbTableColumnType::None, .value = ""})))},
+    {"CreateTable with a foreign key",
+     Failures(CreateTable({"n", {{.name = "a"}}, {.referenceTable = "t", .foreignKey = {"a"}}}))},
     {"CreateTable with Check or Default without an argument",
-     Both(Create({.name = "b", .constraintFlags = Check}), Create({.name = "b", .constraintFlags = Default}))},
+     Failures(CreateTable({"n", {{.name = "b", .constraintFlags = Check}}}),
+              CreateTable({"n", {{.name = "b", .constraintFlags = Default}}}))},
     {"UpdateTableValues with a first cell that is invalid, or without rows",
-     Both(Update(OneCell(IntInReal), "WHERE a = 1"), Update(NoRows, "WHERE a = 1"))},
-    {"WriteTableValues without rows", Write(NoRows)},
+     Failures(Update("t", OneCell(IntInReal)), Update("t", NoRows))},
+    {"WriteTableValues without rows", Failures(Write("t", NoRows))},
     {"UpdateTableValues without rows or with an invalid first cell, and without a condition",
-     Both(Update(OneCell(IntInReal), ""), Update(NoRows, ""))},
-    {"UpdateTableValues with the condition a = 1", Update(OneText("kitchen"), "a = 1")},
-    {"ExistData with the condition a = 1",
-     [](Failures& failures) {
-         failures.database.ExistData("t", "a = 1", failures.result);
-         failures.Add(failures.result == 0);
-     }},
-    {"a write to the table my table", Write(OneText("kitchen"), "my table")},
-    {"a row with fewer cells than columns", Write({.columns = {"a", "b"}, .rows = OneText("kitchen").rows})},
-    {"a Real cell of 2.5 under a locale with a decimal comma",
-     [](Failures& failures) {
-         const ScopedGlobalLocale comma;
-         Write(OneReal(2.5))(failures);
-     }},
-    {"a text with a zero byte", Write(OneText(std::string("a\0b", 3)))},
+     Failures(Update("t", OneCell(IntInReal), ""), Update("t", NoRows, ""))},
+    {"UpdateTableValues with the condition a = 1", Failures(Update("t", Kitchen, "a = 1"))},
+    {"ExistData with the condition a = 1", Failures(CountWithoutKeyword)},
+    {"a write to the table my table", Failures(Write("my table", Kitchen))},
+    {"a row with fewer cells than columns", Failures(Write("t", {.columns = {"a", "rowid"}, .rows = Kitchen.rows}))},
+    {"a Real cell of 2.5 under a locale with a decimal comma", Failures(WriteRealWithAComma)},
+    {"a text with a zero byte", Failures(Write("t", OneText(std::string("a\0b", 3))))},
     {"a blob cell that holds a double quotation mark",
-     Write(OneCell({.type = DbTableColumnType::Blob, .value = std::vector<char>{'a', '"', 'b'}}))},
-    {"a text cell TEXT, with a SQLite that has double-quoted texts off", WriteWithoutDoubleQuotedTexts},
-    {"a Real cell that holds infinity", Write(OneReal(std::numeric_limits<double>::infinity()))},
-    {"a text without apostrophes in a condition or a query", Execute("SELECT a FROM t WHERE b = kitchen")},
-    {"a write to a table that is not there", Write(OneText("kitchen"), "room")},
+     Failures(Write("t", OneCell({.type = DbTableColumnType::Blob, .value = std::vector<char>{'a', '"', 'b'}})))},
+    {"a text cell TEXT, with a SQLite that has double-quoted texts off", {{}, {WriteWithoutDoubleQuotedTexts}}},
+    {"a Real cell that holds infinity", Failures(Write("t", OneReal(std::numeric_limits<double>::infinity())))},
+    {"a text without apostrophes in a condition or a query",
+     Failures(Execute("SELECT a FROM t WHERE a = kitchen"), Update("t", Kitchen, "WHERE a = kitchen"))},
+    {"a write to a table that is not there", Failures(Write("room", Kitchen))},
     {"PrepareStatement with a text that SQLite rejects, and a Step after that",
-     [](Failures& failures) {
-         SqlCommand command = failures.database.PrepareStatement("SELEC 1");
-         failures.AddOf(command, command.GetLastError() == 0);
-         failures.AddOf(command, command.Step());
-     }},
+     {{}, {PrepareRejected(false), PrepareRejected(true)}}},
     {"COMMIT after a failure that ended the transaction",
-     [](Failures& failures) {
-         failures.database.Execute("BEGIN; INSERT OR ROLLBACK INTO t VALUES (1, 'again')");
-         Execute("COMMIT")(failures);
-     }},
-    {"a write while another connection writes",
-     [](Failures& failures) {
-         RawSqlite other(failures.path);
-         other.Execute("BEGIN IMMEDIATE");
-         Execute("INSERT INTO t VALUES (2, 'two')")(failures);
-     }},
-    {"a write during a walk in WAL mode, after another connection wrote", WriteFromAnOldState},
-    {"CloseDatabase after a read",
-     [](Failures& failures) {
-         failures.database.ReadTableValues("t", failures.data);
-         failures.Add(failures.database.CloseDatabase());
-     }},
+     {{On(Execute("BEGIN; INSERT OR ROLLBACK INTO t VALUES (1)"))}, {On(Execute("COMMIT"))}}},
+    {"a write while another connection writes", {{OnAnother("BEGIN IMMEDIATE")}, {On(Execute(Insertion))}}},
+    {"a write during a walk in WAL mode, after another connection wrote",
+     {{On(Read("PRAGMA journal_mode = WAL")), On(Execute("PRAGMA busy_timeout = 10000")), On(Begin("SELECT a FROM t")),
+       On(ReadNext), OnAnother("INSERT INTO t VALUES (5)")},
+      {On(Execute(Insertion))}}},
+    {"CloseDatabase after a read", {{On(ReadTable("t"))}, {On(Close)}}},
     {"DropTable of the table that is walked",
-     [](Failures& failures) {
-         failures.BeginWalk("SELECT a FROM t UNION ALL SELECT a FROM t");
-         failures.Add(failures.database.DropTable("t"));
-     }},
-    {"a write after opening read-only",
-     [](Failures& failures) {
-         failures.Reopen(true);
-         Execute("INSERT INTO t VALUES (2, 'two')")(failures);
-     }},
-    {"opening a directory read-only",
-     [](Failures& failures) {
-         failures.database.CloseDatabase();
-         failures.Add(failures.database.OpenDatabase(failures.directory.Path().string(), true));
-     }},
+     {{On(Begin("SELECT a FROM t UNION ALL SELECT a FROM t")), On(ReadNext)}, {On(DropTable("t"))}}},
+    {"a write after opening read-only", {{Open("test.db", true)}, {On(Execute(Insertion))}}},
+    {"opening a directory read-only", {{}, {Open(".", true)}}},
     {"opening a file that is not there read-only, or a directory to write",
-     [](Failures& failures) {
-         failures.database.CloseDatabase();
-         failures.Add(failures.database.OpenDatabase(failures.directory.File("absent.db"), true));
-         failures.Add(failures.database.OpenDatabase(failures.directory.Path().string(), false));
-     }},
-    {"a write of a key that is there", Execute("INSERT INTO t VALUES (1, 'again')")},
+     {{}, {Open("absent.db", true), Open(".", false)}}},
+    {"a write of a key that is there", Failures(Execute("INSERT INTO t VALUES (1)"))},
     {"Execute or a write on a facade that is not open",
-     [](Failures& failures) {
-         DatabaseApi closed;
-         failures.AddOf(closed, closed.Execute("SELECT 1"));
-         failures.AddOf(closed, closed.WriteTableValues("t", OneText("kitchen")));
-     }},
-    {"a bind after Step without Reset", [](Failures& failures) { Bind(failures, true, 1); }},
-    {"a bind with index 0", [](Failures& failures) { Bind(failures, false, 0); }},
+     {{On(Close)}, {On(Execute("SELECT 1")), On(Write("t", Kitchen))}}},
+    {"a bind after Step without Reset", {{}, {Bind(true, 1)}}},
+    {"a bind with index 0", {{}, {Bind(false, 0)}}},
     {"the first use of a file that is not a database",
-     [](Failures& failures) {
-         failures.database.CloseDatabase();
-         std::ofstream(failures.path) << std::string(1000, 'x');
-         failures.Reopen(false);
-         failures.Add(failures.database.ReadTableValues("t", failures.data));
-         Execute("CREATE TABLE n (a)")(failures);
-     }},
-    {"a read on a facade that is not open",
-     [](Failures& failures) {
-         failures.database.CloseDatabase();
-         failures.Add(failures.database.ReadTableValues("t", failures.data));
-         failures.Add(failures.database.SqlQueryBegin("SELECT 1"));
-     }},
+     {{OnALetter}, {On(ReadTable("t")), On(Execute("CREATE TABLE n (a)"))}}},
+    {"a read on a facade that is not open", {{On(Close)}, {On(ReadTable("t")), On(Begin("SELECT 1"))}}},
     {"ReadNextRow after CloseReadTable or a counting ExistData",
-     [](Failures& failures) {
-         failures.database.SqlQueryBegin("SELECT 1");
-         failures.database.CloseReadTable();
-         failures.Add(failures.database.ReadNextRow(failures.row));
-         failures.database.SqlQueryBegin("SELECT 1");
-         failures.database.ExistData("t", "", failures.result);
-         failures.Add(failures.database.ReadNextRow(failures.row));
-     }},
+     {{On(Begin("SELECT 1")), On(CloseQuery)}, {On(ReadNext), On(ReadNextAfterACount)}}},
     {"CreateTable, WriteTableValues or another operation with an empty table name",
-     [](Failures& failures) {
-         failures.Add(failures.database.CreateTable({}));
-         Write(OneText("kitchen"), "")(failures);
-         failures.Add(failures.database.UpdateTableValues("", OneText("kitchen"), ""));
-         failures.Add(failures.database.DropTable(""));
-     }},
-    {"UpdateTableValues without columns", Update({.columns = {}, .rows = OneText("kitchen").rows}, "")},
-    {"Execute with an empty text", Execute("")},
-    {"ReadValues or SqlQueryBegin with an empty text",
-     [](Failures& failures) {
-         failures.Add(failures.database.ReadValues("", failures.data));
-         failures.Add(failures.database.SqlQueryBegin(""));
-     }},
-    {"GetValue of a column that the query of a SqlTable does not have",
-     [](Failures& failures) {
-         SqlDatabase connection;
-         connection.Open(failures.path, true);
-         SqlTable table(connection);
-         table.Open("SELECT a FROM t");
-         table.ReadNext();
-         SqlValue value = table["b"];
-         value.GetValue<int>();
-         failures.AddOf(value, value.GetLastError() == 0);
-     }},
+     Failures(CreateTable({}), Write("", Kitchen), Update("", Kitchen), DropTable(""))},
+    {"UpdateTableValues without columns", Failures(Update("t", {.columns = {}, .rows = Kitchen.rows}))},
+    {"Execute with an empty text", Failures(Execute(""))},
+    {"ReadValues or SqlQueryBegin with an empty text", Failures(Read(""), Begin(""))},
+    {"GetValue of a column that the query of a SqlTable does not have", {{}, {ReadAbsentColumn}}},
     {"AlterTable with a quoted name",
-     [](Failures& failures) {
-         failures.database.Execute("CREATE TABLE \"my table\" (a)");
-         failures.Add(failures.database.AlterTable("\"my table\"", "n"));
-     }},
+     {{On(Execute("CREATE TABLE \"my table\" (a)"))}, {On(AlterTable("\"my table\"", "n"))}}},
 };
 
 class MessagesTest : public testing::TestWithParam<MessagesRow> {};
@@ -306,12 +239,15 @@ TEST_P(MessagesTest, RowTellsTheCause)
     const MessagesRow& row = GetParam();
     const auto cause = Causes.find(row.cause);
     ASSERT_NE(cause, Causes.end()) << "no test does this: " << row.cause;
+    ASSERT_FALSE(cause->second.failing.empty());
+    SituationFacade facade;
+    for (const auto& step : cause->second.before) {
+        step(facade);
+    }
 
-    Failures failures;
-    cause->second(failures);
-
-    EXPECT_THAT(failures.errors, Not(IsEmpty()));
-    EXPECT_THAT(failures.errors, Each(CodeAndMessage{row.code, row.message}));
+    for (const Step& step : cause->second.failing) {
+        EXPECT_EQ(step(facade), (CodeAndMessage{row.code, row.message}));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, MessagesTest, testing::ValuesIn(MessagesRows()));

@@ -1,29 +1,17 @@
 #include <sql/SqlCommand.h>
 #include <sql/SqlTable.h>
 
-#include <sqlite3.h>
-
 #include <filesystem>
 #include <fstream>
 #include <string>
 
+#include <sqlite3.h>
+
 #include "docs/codes/Situation.h"
-#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
-
-template <typename Database>
-SituationResult Opened(const std::string& path, bool readOnly)
-{
-    Database database;
-    const int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
-    SituationResult outcome =
-        Observe(database, FailureOfOpen(path, flags), [&] { return OpenAt(path, readOnly, database); });
-    outcome.names["path"] = path;
-    return outcome;
-}
 
 /// Opens `name` in a directory that holds a directory and a file.
 template <typename Database>
@@ -33,7 +21,13 @@ Run Opening(const std::string& name, bool readOnly)
         const TemporaryDirectory directory;
         std::filesystem::create_directory(directory.File("directory"));
         std::ofstream(directory.File("file")) << "in the way";
-        return Opened<Database>(directory.File(name), readOnly);
+        const std::string path = directory.File(name);
+        const int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+        Database database;
+        SituationResult outcome =
+            Observe(database, FailureOfOpen(path, flags), [&] { return OpenAt(path, readOnly, database); });
+        outcome.names["path"] = path;
+        return outcome;
     };
 }
 
@@ -42,37 +36,56 @@ SituationResult OpenedWithoutMemory()
 {
     SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_open_v2", SQLITE_NOMEM, false, 1); // the first call is raw SQLite's
-    return Opened<Database>(":memory:", false);
+    return Opening<Database>("test.db", false)();
 }
 
 template <typename Database>
-Situations FailedOpenings(const std::string& open)
+void AddFailedOpenings(const std::string& open, Situations& all)
 {
     const std::string longerThanANameMayBe(300, 'x');
-    return {
-        {open, "the directory cannot be made", Opening<Database>("file/below/test.db", false)},
-        {open, "the directory cannot be inspected", Opening<Database>(longerThanANameMayBe + "/test.db", false)},
-        {open, "the file is a directory", Opening<Database>("directory", false)},
-        {open, "the file is a directory and is to be read only", Opening<Database>("directory", true)},
-        {open, "the file does not exist and is to be read only", Opening<Database>("absent.db", true)},
-        {open, "SQLite has no memory for a connection", OpenedWithoutMemory<Database>},
-    };
+    all.push_back({open, "the directory cannot be made", Opening<Database>("file/below/test.db", false)});
+    all.push_back(
+        {open, "the directory cannot be inspected", Opening<Database>(longerThanANameMayBe + "/test.db", false)});
+    all.push_back({open, "the file is a directory", Opening<Database>("directory", false)});
+    all.push_back({open, "the file is a directory and is to be read only", Opening<Database>("directory", true)});
+    all.push_back({open, "the file does not exist and is to be read only", Opening<Database>("absent.db", true)});
+    all.push_back({open, "SQLite has no memory for a connection", OpenedWithoutMemory<Database>});
 }
 
-SituationResult OpenedTwice()
+bool OpenFacade(DatabaseApi& database)
 {
-    SituationFacade facade;
-    return Observe(facade.database, std::nullopt, [&] { return facade.database.OpenDatabase(facade.path, false); });
+    return database.OpenDatabase(":memory:", false);
 }
 
-SituationResult OpenedAfterARejectedClose()
+bool CloseWithAStatement(DatabaseApi& database)
 {
-    SituationFacade facade;
+    const SqlCommand held = database.PrepareStatement("SELECT 1");
+    return database.CloseDatabase();
+}
+
+std::optional<RawFailure> HoldAStatement(SituationFacade& /*facade*/)
+{
+    return FailureOfCloseWithAStatement();
+}
+
+std::optional<RawFailure> HoldAQuery(SituationFacade& facade)
+{
     facade.database.SqlQueryBegin("SELECT 1");
+    return FailureOfCloseWithAStatement();
+}
+
+std::optional<RawFailure> HoldARead(SituationFacade& facade)
+{
+    ReadTable("t")(facade.database);
+    return FailureOfCloseWithAStatement();
+}
+
+std::optional<RawFailure> FailToClose(SituationFacade& facade)
+{
+    const std::optional<RawFailure> raw = HoldAQuery(facade);
     facade.database.CloseDatabase();
     facade.FailBefore();
-    return Observe(facade.database, FailureOfCloseWithAStatement(),
-                   [&] { return facade.database.OpenDatabase(facade.path, false); });
+    return raw;
 }
 
 SituationResult ConnectionOpenedTwice()
@@ -84,20 +97,8 @@ SituationResult ConnectionOpenedTwice()
     return Observe(connection.database, std::nullopt, [&] { return connection.database.Open(connection.path, false); });
 }
 
-/// Closes the facade while it holds what `hold` returns.
-template <typename Hold>
-Run Closing(Hold hold, bool open = true)
-{
-    return [=] {
-        SituationFacade facade(open);
-        [[maybe_unused]] const auto held = hold(facade.database);
-        return Observe(facade.database, FailureOfCloseWithAStatement(),
-                       [&] { return facade.database.CloseDatabase(); });
-    };
-}
-
 template <typename Holder>
-Run ClosingAConnection(void (*hold)(Holder&))
+Run ClosingAConnection(bool (*hold)(Holder&))
 {
     return [=] {
         SituationConnection connection;
@@ -110,7 +111,7 @@ Run ClosingAConnection(void (*hold)(Holder&))
 
 /// Runs the operation on a closed connection whose opening failed.
 template <typename Operation>
-Run OnAClosedConnection(Operation operation)
+Run OnAClosedConnection(const Operation& operation)
 {
     return [=] {
         const TemporaryDirectory directory;
@@ -131,33 +132,24 @@ Situations OpeningSituations()
 {
     const std::string open = "IDatabaseApi::OpenDatabase";
     const std::string close = "IDatabaseApi::CloseDatabase";
-    const auto query = [](DatabaseApi& database) { return database.SqlQueryBegin("SELECT 1"); };
-    const auto read = [](DatabaseApi& database) {
-        DbTableData data;
-        return database.ReadTableValues("t", data);
-    };
-    const auto statement = [](DatabaseApi& database) { return database.PrepareStatement("SELECT 1"); };
-    const auto nothing = [](DatabaseApi&) { return 0; };
     Situations all{
-        {open, "a database is open already", OpenedTwice},
-        {open, "a database is open already and could not be closed", OpenedAfterARejectedClose},
-        {close, "a query is still held", Closing(query)},
-        {close, "a complete read is still held", Closing(read)},
-        {close, "a prepared statement is still held", Closing(statement)},
-        {close, "the database is closed", Closing(nothing, false)},
+        {open, "a database is open already", OnAFacade(Nothing, OpenFacade)},
+        {open, "a database is open already and could not be closed", OnAFacade(FailToClose, OpenFacade)},
+        {close, "a query is still held", OnAFacade(HoldAQuery, Close)},
+        {close, "a complete read is still held", OnAFacade(HoldARead, Close)},
+        {close, "a prepared statement is still held", OnAFacade(HoldAStatement, CloseWithAStatement)},
+        {close, "the database is closed", OnAFacade(Closed, Close)},
         {"SqlDatabase::Open", "a connection is open already", ConnectionOpenedTwice},
         {"SqlDatabase::Close", "a statement is still held",
-         ClosingAConnection<SqlCommand>([](SqlCommand& command) { command.Prepare("SELECT 1"); })},
+         ClosingAConnection<SqlCommand>([](SqlCommand& command) { return command.Prepare("SELECT 1"); })},
         {"SqlDatabase::Close", "a cursor is still held",
-         ClosingAConnection<SqlTable>([](SqlTable& table) { table.Open("SELECT 1"); })},
+         ClosingAConnection<SqlTable>([](SqlTable& table) { return table.Open("SELECT 1"); })},
         {"SqlDatabase::Close", "the connection is closed",
          OnAClosedConnection([](SqlDatabase& database) { return database.Close(); })},
         {"SqlDatabase::GetNativeDatabaseInstance", "the connection is closed", OnAClosedConnection(NativeHandle)},
     };
-    for (const Situations& failed :
-         {FailedOpenings<DatabaseApi>(open), FailedOpenings<SqlDatabase>("SqlDatabase::Open")}) {
-        all.insert(all.end(), failed.begin(), failed.end());
-    }
+    AddFailedOpenings<DatabaseApi>(open, all);
+    AddFailedOpenings<SqlDatabase>("SqlDatabase::Open", all);
     return all;
 }
 

@@ -1,51 +1,27 @@
 #include <string>
 
 #include "docs/codes/Situation.h"
-#include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-/// SQLite's result for the text of a read.
-using AskSqlite = RawFailure (*)(sqlite3*, const std::string&);
+const std::string FailingQuery = "SELECT a FROM failing";
 
-RawFailure FailureOfStep(sqlite3* handle, const std::string& sql)
+auto Prepare(const std::string& sql)
 {
-    return LegacyWalk(handle, sql).step;
-}
-
-Run ReadingQuery(const std::string& sql, AskSqlite ask, bool open = true)
-{
-    return [=] {
-        SituationFacade facade(open);
-        DbTableData data;
-        return Observe(facade.database, ask(facade.raw.Handle(), sql),
-                       [&] { return facade.database.ReadValues(sql, data); });
+    return [=](DatabaseApi& database) {
+        const CodeAndMessage error = ErrorOf(database.PrepareStatement(sql));
+        return "a command with code " + std::to_string(error.code) + " and " +
+               (error.message.empty() ? "no message" : error.message);
     };
 }
 
-Run ReadingTable(const std::string& table, AskSqlite ask, bool open = true)
+std::optional<RawFailure> FailAStep(SituationFacade& facade)
 {
-    return [=] {
-        SituationFacade facade(open);
-        DbTableData data;
-        return Observe(facade.database, ask(facade.raw.Handle(), "SELECT * FROM " + table),
-                       [&] { return facade.database.ReadTableValues(table, data); });
-    };
+    Read(FailingQuery)(facade.database);
+    return FailureOfFinalize(facade.raw.Handle(), FailingQuery);
 }
-
-/// SQLite has no value for a column.
-Run WithoutAValue(const Run& reading)
-{
-    return [=] {
-        SqliteCallRecorder sqlite;
-        sqlite.ReplaceNextResult("sqlite3_column_value", 0, false);
-        return reading();
-    };
-}
-
-const std::string Failing = "SELECT a FROM failing";
 
 std::string EndOrRow(bool atEnd)
 {
@@ -72,55 +48,25 @@ const std::vector<Fetch> Fetches{
 };
 
 /// Begins the query, calls `prepare` and fetches the first row of `sql`. An iterator is on an added row before that.
-Run Fetching(const Fetch& fetch, const std::string& sql,
-             const std::function<void(SituationFacade&, SqliteCallRecorder&)>& prepare)
+Run Fetching(
+    const Fetch& fetch, const std::string& sql,
+    const std::function<void(SituationFacade&)>& prepare = [](SituationFacade&) {})
 {
     return [=] {
         SituationFacade facade;
         const std::string query = fetch.advances ? "SELECT 0 UNION ALL " + sql : sql;
-        const RawFailure raw = LegacyWalk(facade.raw.Handle(), query).step;
+        const RawFailure raw = FailureOfStep(facade.raw.Handle(), query);
         facade.database.SqlQueryBegin(query);
         DbTableRowIterator row = fetch.advances ? facade.database.begin() : facade.database.end();
-        SqliteCallRecorder sqlite;
-        prepare(facade, sqlite);
+        prepare(facade);
         return Observe(facade.database, raw, [&] { return fetch.run(facade.database, row); });
     };
 }
 
-Run Beginning(const std::string& sql, bool open = true)
+Run FetchingNull(Fetch fetch, const std::string& function)
 {
-    return [=] {
-        SituationFacade facade(open);
-        return Observe(facade.database, FailureOfPrepare(facade.raw.Handle(), sql),
-                       [&] { return facade.database.SqlQueryBegin(sql); });
-    };
-}
-
-SituationResult ClosedWithoutAQuery()
-{
-    SituationFacade facade;
-    return Observe(facade.database, std::nullopt, [&] { return facade.database.CloseReadTable(); });
-}
-
-SituationResult ClosedAfterAFailedStep()
-{
-    SituationFacade facade;
-    DbTableData data;
-    facade.database.ReadValues(Failing, data);
-    return Observe(facade.database, LegacyWalk(facade.raw.Handle(), Failing).finalize,
-                   [&] { return facade.database.CloseReadTable(); });
-}
-
-Run PreparingACommand(const std::string& sql, bool open = true)
-{
-    return [=] {
-        SituationFacade facade(open);
-        return Observe(facade.database, std::nullopt, [&] {
-            const CodeAndMessage error = ErrorOf(facade.database.PrepareStatement(sql));
-            return "a command with code " + std::to_string(error.code) + " and " +
-                   (error.message.empty() ? "no message" : error.message);
-        });
-    };
+    fetch.run = WithNull(function, fetch.run);
+    return Fetching(fetch, "SELECT 1");
 }
 
 } // namespace
@@ -129,48 +75,40 @@ Situations ReadingSituations()
 {
     const std::string table = "IDatabaseApi::ReadTableValues";
     const std::string query = "IDatabaseApi::ReadValues";
-    return {
-        {table, "the database is closed", ReadingTable("t", FailureOfPrepare, false)},
-        {table, "the name is empty", ReadingTable("", FailureOfPrepare)},
-        {table, "there is no such table", ReadingTable("absent", FailureOfPrepare)},
-        {table, "a step fails", ReadingTable("failing", FailureOfStep)},
-        {table, "a row cannot be converted", WithoutAValue(ReadingTable("t", FailureOfPrepare))},
-        {query, "the database is closed", ReadingQuery("SELECT 1", FailureOfPrepare, false)},
-        {query, "the text is empty", ReadingQuery("", FailureOfPrepare)},
-        {query, "SQLite rejects the text", ReadingQuery("nonsense", FailureOfPrepare)},
-        {query, "a step fails", ReadingQuery("SELECT * FROM failing", FailureOfStep)},
-        {query, "a row cannot be converted", WithoutAValue(ReadingQuery("SELECT a FROM t", FailureOfPrepare))},
-    };
-}
-
-Situations WalkingSituations()
-{
-    const auto nothing = [](SituationFacade&, SqliteCallRecorder&) {};
-    const auto noValue = [](SituationFacade&, SqliteCallRecorder& sqlite) {
-        sqlite.ReplaceNextResult("sqlite3_column_value", 0, false);
-    };
-    const auto unknownType = [](SituationFacade&, SqliteCallRecorder& sqlite) {
-        sqlite.ReplaceNextResult("sqlite3_value_type", 0, false);
-    };
-    const auto close = [](SituationFacade& facade, SqliteCallRecorder&) { facade.database.CloseReadTable(); };
-    const auto fail = [](SituationFacade& facade, SqliteCallRecorder&) { facade.FailBefore(); };
+    const std::string begin = "DatabaseApi::SqlQueryBegin";
+    const std::string close = "DatabaseApi::CloseReadTable";
+    const std::string prepare = "DatabaseApi::PrepareStatement";
+    const std::string noValue = "sqlite3_column_value";
     Situations all{
-        {"DatabaseApi::SqlQueryBegin", "the database is closed", Beginning("SELECT 1", false)},
-        {"DatabaseApi::SqlQueryBegin", "the text is empty", Beginning("")},
-        {"DatabaseApi::SqlQueryBegin", "SQLite rejects the text", Beginning("nonsense")},
-        {"DatabaseApi::CloseReadTable", "no query is held", ClosedWithoutAQuery},
-        {"DatabaseApi::CloseReadTable", "the last step failed", ClosedAfterAFailedStep},
-        {"DatabaseApi::PrepareStatement", "SQLite rejects the text", PreparingACommand("nonsense")},
-        {"DatabaseApi::PrepareStatement", "the database is closed", PreparingACommand("SELECT 1", false)},
+        {table, "the database is closed", OnAFacade(Closed, ReadTable("t"))},
+        {table, "the name is empty", OnAFacade(Raw(FailureOfPrepare, "SELECT * FROM "), ReadTable(""))},
+        {table, "there is no such table",
+         OnAFacade(Raw(FailureOfPrepare, "SELECT * FROM absent"), ReadTable("absent"))},
+        {table, "a step fails", OnAFacade(Raw(FailureOfStep, "SELECT * FROM failing"), ReadTable("failing"))},
+        {table, "a row cannot be converted", OnAFacade(Nothing, WithNull(noValue, ReadTable("t")))},
+        {query, "the database is closed", OnAFacade(Closed, Read("SELECT 1"))},
+        {query, "the text is empty", OnAFacade(Nothing, Read(""))},
+        {query, "SQLite rejects the text", OnAFacade(Raw(FailureOfPrepare, "nonsense"), Read("nonsense"))},
+        {query, "a step fails", OnAFacade(Raw(FailureOfStep, FailingQuery), Read(FailingQuery))},
+        {query, "a row cannot be converted", OnAFacade(Nothing, WithNull(noValue, Read("SELECT a FROM t")))},
+        {begin, "the database is closed", OnAFacade(Closed, Begin("SELECT 1"))},
+        {begin, "the text is empty", OnAFacade(Nothing, Begin(""))},
+        {begin, "SQLite rejects the text", OnAFacade(Raw(FailureOfPrepare, "nonsense"), Begin("nonsense"))},
+        {close, "no query is held", OnAFacade(Nothing, CloseQuery)},
+        {close, "the last step failed", OnAFacade(FailAStep, CloseQuery)},
+        {prepare, "SQLite rejects the text", OnAFacade(Nothing, Prepare("nonsense"))},
+        {prepare, "the database is closed", OnAFacade(Closed, Prepare("SELECT 1"))},
     };
     for (const Fetch& fetch : Fetches) {
         const std::string failing = "SELECT abs(-9223372036854775807 + 1 - a) FROM t WHERE a = 2";
-        all.push_back({fetch.name, "the rows are at their end", Fetching(fetch, "SELECT 1 WHERE 0", nothing)});
-        all.push_back({fetch.name, "the step fails", Fetching(fetch, failing, nothing)});
-        all.push_back({fetch.name, "a column has no value", Fetching(fetch, "SELECT 1", noValue)});
-        all.push_back({fetch.name, "a column's type is unknown", Fetching(fetch, "SELECT 1", unknownType)});
+        const auto closeQuery = [](SituationFacade& facade) { CloseQuery(facade.database); };
+        const auto fail = [](SituationFacade& facade) { facade.FailBefore(); };
+        all.push_back({fetch.name, "the rows are at their end", Fetching(fetch, "SELECT 1 WHERE 0")});
+        all.push_back({fetch.name, "the step fails", Fetching(fetch, failing)});
+        all.push_back({fetch.name, "a column has no value", FetchingNull(fetch, noValue)});
+        all.push_back({fetch.name, "a column's type is unknown", FetchingNull(fetch, "sqlite3_value_type")});
         all.push_back({fetch.name, fetch.advances ? "the query was closed meanwhile" : "no query is held",
-                       Fetching(fetch, "SELECT 1", close)});
+                       Fetching(fetch, "SELECT 1", closeQuery)});
         if (!fetch.advances) {
             all.push_back({fetch.name, "another operation's failure is on record", Fetching(fetch, "SELECT 1", fail)});
         }

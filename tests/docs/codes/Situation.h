@@ -3,6 +3,7 @@
 #include <sql/DatabaseApi.h>
 #include <sql/SqlDatabase.h>
 
+#include <fstream>
 #include <functional>
 #include <map>
 #include <new>
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "support/RawSqlite.h"
+#include "support/SqliteCallRecorder.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -46,8 +48,8 @@ struct SituationResult {
     /// SQLite's result in the same situation, for rows with "SQLite's".
     std::optional<RawFailure> raw;
 
-    /// The values that the document's message contains.
-    std::map<std::string, std::string> names{};
+    /// The values that the document's message contains. An invalid cell is the second of its row, and has the column 4.
+    std::map<std::string, std::string> names{{"position", "1"}, {"column", "4"}};
 };
 
 using Run = std::function<SituationResult()>;
@@ -65,10 +67,8 @@ Situations OpeningSituations();
 Situations TableSituations();
 Situations WritingSituations();
 Situations ReadingSituations();
-Situations WalkingSituations();
 Situations CommandSituations();
 Situations CursorSituations();
-Situations ValueSituations();
 
 /// A returned value in the words of the document.
 template <typename Value>
@@ -132,16 +132,151 @@ using SituationConnection = SituationFile<SqlDatabase>;
 
 /// A facade on such a file. The facade has the error 112 "Missing command." of an earlier failure.
 struct SituationFacade : SituationFile<DatabaseApi> {
-    explicit SituationFacade(bool open = true) : SituationFile(open) { FailBefore(); }
+    SituationFacade() { FailBefore(); }
 
     void FailBefore() { database.Execute(""); }
 
-    void ReopenReadOnly()
+    void Reopen(const std::string& file, bool readOnly)
     {
         database.CloseDatabase();
-        database.OpenDatabase(path, true);
-        raw.Execute("PRAGMA query_only = ON");
+        database.OpenDatabase(file, readOnly);
     }
 };
+
+/// Creates a situation on a facade, and returns SQLite's result in it.
+using Arrange = std::function<std::optional<RawFailure>(SituationFacade&)>;
+
+inline std::optional<RawFailure> Nothing(SituationFacade& /*facade*/)
+{
+    return std::nullopt;
+}
+
+inline std::optional<RawFailure> Closed(SituationFacade& facade)
+{
+    facade.database.CloseDatabase();
+    facade.FailBefore();
+    return FailureOfPrepare(nullptr, "SELECT 1");
+}
+
+/// A facade on a file that is not a database.
+inline std::optional<RawFailure> OnALetter(SituationFacade& facade)
+{
+    const std::string path = facade.directory.File("letter.txt");
+    std::ofstream(path) << std::string(200, 'x');
+    facade.Reopen(path, false);
+    return FailureOfExec(RawSqlite(path).Handle(), "SELECT * FROM t");
+}
+
+inline std::optional<RawFailure> ReadOnly(SituationFacade& facade)
+{
+    facade.Reopen(facade.path, true);
+    facade.raw.Execute("PRAGMA query_only = ON");
+    return std::nullopt;
+}
+
+/// After the arrangement, unless that returns a result, `call` gives SQLite's result for the text.
+inline Arrange Raw(RawFailure (*call)(sqlite3*, const std::string&), const std::string& sql,
+                   const Arrange& arrange = Nothing)
+{
+    return [=](SituationFacade& facade) {
+        const std::optional<RawFailure> raw = arrange(facade);
+        return raw ? raw : call(facade.raw.Handle(), sql);
+    };
+}
+
+inline RawFailure FailureOfStep(sqlite3* handle, const std::string& sql)
+{
+    return LegacyWalk(handle, sql).step;
+}
+
+inline RawFailure FailureOfFinalize(sqlite3* handle, const std::string& sql)
+{
+    return LegacyWalk(handle, sql).finalize;
+}
+
+// Operations of a facade.
+
+inline bool Close(DatabaseApi& database)
+{
+    return database.CloseDatabase();
+}
+
+inline auto CreateTable(const DbTableDefinition& definition)
+{
+    return [=](DatabaseApi& database) { return database.CreateTable(definition); };
+}
+
+inline auto DropTable(const std::string& table)
+{
+    return [=](DatabaseApi& database) { return database.DropTable(table); };
+}
+
+inline auto AlterTable(const std::string& table, const std::string& newName)
+{
+    return [=](DatabaseApi& database) { return database.AlterTable(table, newName); };
+}
+
+inline auto Execute(const std::string& sql)
+{
+    return [=](DatabaseApi& database) { return database.Execute(sql); };
+}
+
+inline auto Write(const std::string& table, const DbTableDataWrite& data)
+{
+    return [=](DatabaseApi& database) { return database.WriteTableValues(table, data); };
+}
+
+inline auto Update(const std::string& table, const DbTableDataWrite& data, const std::string& condition = "WHERE a=1")
+{
+    return [=](DatabaseApi& database) { return database.UpdateTableValues(table, data, condition); };
+}
+
+inline auto ReadTable(const std::string& table)
+{
+    return [=](DatabaseApi& database) {
+        DbTableData data;
+        return database.ReadTableValues(table, data);
+    };
+}
+
+inline auto Read(const std::string& sql)
+{
+    return [=](DatabaseApi& database) {
+        DbTableData data;
+        return database.ReadValues(sql, data);
+    };
+}
+
+inline auto Begin(const std::string& sql)
+{
+    return [=](DatabaseApi& database) { return database.SqlQueryBegin(sql); };
+}
+
+inline bool CloseQuery(DatabaseApi& database)
+{
+    return database.CloseReadTable();
+}
+
+/// Runs the operation on the facade of the situation.
+template <typename Operation>
+Run OnAFacade(const Arrange& arrange, const Operation& operation)
+{
+    return [=]() {
+        SituationFacade facade;
+        const std::optional<RawFailure> raw = arrange(facade);
+        return Observe(facade.database, raw, [&] { return operation(facade.database); });
+    };
+}
+
+/// Runs the operation while SQLite's function of this name returns null, or 0, at its first call.
+template <typename Operation>
+auto WithNull(const std::string& function, const Operation& operation)
+{
+    return [=](auto&... objects) {
+        SqliteCallRecorder sqlite;
+        sqlite.ReplaceNextResult(function, 0, false);
+        return operation(objects...);
+    };
+}
 
 } // namespace Morvik::sql::tests

@@ -1,4 +1,3 @@
-#include <fstream>
 #include <string>
 
 #include "docs/codes/Situation.h"
@@ -8,72 +7,37 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-SituationResult Executed(SituationFacade& facade, const std::string& sql)
+Run Executing(const std::string& sql, const Arrange& arrange = Nothing)
 {
-    return Observe(facade.database, FailureOfExec(facade.raw.Handle(), sql),
-                   [&] { return facade.database.Execute(sql); });
+    return OnAFacade(Raw(FailureOfExec, sql, arrange), Execute(sql));
 }
 
-Run ExecutingAfter(const std::function<void(SituationFacade&)>& arrange, const std::string& sql, bool open = true)
-{
-    return [=] {
-        SituationFacade facade(open);
-        arrange(facade);
-        return Executed(facade, sql);
-    };
-}
-
-Run Executing(const std::string& sql, bool open = true)
-{
-    return ExecutingAfter([](SituationFacade&) {}, sql, open);
-}
-
-void FillTheFile(SituationFacade& facade)
+std::optional<RawFailure> FillTheFile(SituationFacade& facade)
 {
     facade.database.Execute("PRAGMA max_page_count = 1");
     facade.raw.Execute("PRAGMA max_page_count = 1");
+    return std::nullopt;
 }
 
-SituationResult ExecutedWhileAnotherWrites()
+std::optional<RawFailure> WriteByAnother(SituationFacade& facade)
 {
-    SituationFacade facade;
-    RawSqlite another(facade.path);
-    another.Execute("BEGIN IMMEDIATE");
-    return Executed(facade, "INSERT INTO t VALUES (4)");
+    facade.raw.Execute("BEGIN IMMEDIATE");
+    return FailureOfExec(RawSqlite(facade.path).Handle(), "INSERT INTO t VALUES (4)");
 }
 
-SituationResult ExecutedOnNoDatabase()
+Run Writing(const std::string& table, const DbTableDataWrite& data, const Arrange& arrange = Nothing)
 {
-    SituationFacade facade(false);
-    const std::string path = facade.directory.File("letter.txt");
-    std::ofstream(path) << std::string(200, 'x');
-    facade.database.OpenDatabase(path, false);
-    return Observe(facade.database, FailureOfExec(RawSqlite(path).Handle(), "SELECT * FROM t"),
-                   [&] { return facade.database.Execute("SELECT * FROM t"); });
+    return OnAFacade(arrange, Write(table, data));
 }
 
-/// Writes or updates; `sql` gives SQLite's result. The second cell of the request is invalid; its column is 4.
-Run Sending(const std::function<bool(DatabaseApi&)>& request, const std::string& sql, bool open)
+Run Updating(const std::string& table, const DbTableDataWrite& data, const Arrange& arrange = Nothing)
 {
-    return [=] {
-        SituationFacade facade(open);
-        SituationResult outcome =
-            Observe(facade.database, FailureOfExec(facade.raw.Handle(), sql), [&] { return request(facade.database); });
-        outcome.names = {{"position", "1"}, {"column", "4"}};
-        return outcome;
-    };
+    return OnAFacade(arrange, Update(table, data));
 }
 
-Run Writing(const std::string& table, const DbTableDataWrite& data, const std::string& sql = "", bool open = true)
+Arrange Raw(const std::string& sql)
 {
-    return Sending([=](DatabaseApi& database) { return database.WriteTableValues(table, data); }, sql, open);
-}
-
-Run Updating(const std::string& table, const DbTableDataWrite& data, const std::string& sql = "",
-             const std::string& condition = "WHERE a=1", bool open = true)
-{
-    return Sending([=](DatabaseApi& database) { return database.UpdateTableValues(table, data, condition); }, sql,
-                   open);
+    return Raw(FailureOfExec, sql);
 }
 
 } // namespace
@@ -92,33 +56,34 @@ Situations WritingSituations()
     return {
         {execute, "the text is empty", Executing("")},
         {execute, "SQLite rejects the text", Executing("nonsense")},
-        {execute, "another connection writes to the file", ExecutedWhileAnotherWrites},
-        {execute, "the database is read only", ExecutingAfter(&SituationFacade::ReopenReadOnly, insertion)},
-        {execute, "the file is full", ExecutingAfter(FillTheFile, largeInsertion)},
+        {execute, "another connection writes to the file", Executing(insertion, WriteByAnother)},
+        {execute, "the database is read only", Executing(insertion, ReadOnly)},
+        {execute, "the file is full", Executing(largeInsertion, FillTheFile)},
         {execute, "a constraint is violated", Executing("INSERT INTO t VALUES (1)")},
-        {execute, "the file is no database", ExecutedOnNoDatabase},
-        {execute, "the database is closed", Executing("SELECT 1", false)},
+        {execute, "the file is no database", Executing("SELECT * FROM t", OnALetter)},
+        {execute, "the database is closed", Executing("SELECT 1", Closed)},
         {write, "the name is empty", Writing("", {{"a"}, {one}})},
-        {write, "there are no rows", Writing("t", {{"a"}, {}}, "INSERT INTO t (a) VALUES")},
-        {write, "a row has no cells", Writing("t", {{"a"}, {{}}}, "INSERT INTO t (a) VALUES ()")},
-        {write, "a row has a cell too many", Writing("t", {{"a"}, {pair}}, "INSERT INTO t (a) VALUES (7,8)")},
-        {write, "a later column name is empty", Writing("t", {{"a", ""}, {one}}, "INSERT INTO t (a,) VALUES (1)")},
-        {write, "a cell has no SQL text", Writing("t", {{"a"}, {invalid}}, "INSERT INTO t (a) VALUES (1,)")},
+        {write, "there are no rows", Writing("t", {{"a"}, {}}, Raw("INSERT INTO t (a) VALUES"))},
+        {write, "a row has no cells", Writing("t", {{"a"}, {{}}}, Raw("INSERT INTO t (a) VALUES ()"))},
+        {write, "a row has a cell too many", Writing("t", {{"a"}, {pair}}, Raw("INSERT INTO t (a) VALUES (7,8)"))},
+        {write, "a later column name is empty", Writing("t", {{"a", ""}, {one}}, Raw("INSERT INTO t (a,) VALUES (1)"))},
+        {write, "a cell has no SQL text", Writing("t", {{"a"}, {invalid}}, Raw("INSERT INTO t (a) VALUES (1,)"))},
         {write, "a cell has no SQL text and SQLite accepts the statement",
          Writing("t VALUES (7) --", {{"a"}, {invalid}})},
-        {write, "a constraint is violated", Writing("t", {{"a"}, {one}}, "INSERT INTO t (a) VALUES (1)")},
-        {write, "the database is closed", Writing("t", {{"a"}, {one}}, "", false)},
+        {write, "a constraint is violated", Writing("t", {{"a"}, {one}}, Raw("INSERT INTO t (a) VALUES (1)"))},
+        {write, "the database is closed", Writing("t", {{"a"}, {one}}, Closed)},
         {update, "the name is empty", Updating("", {{"a"}, {two}})},
         {update, "there are no column names", Updating("t", {{}, {two}})},
-        {update, "every column name is empty", Updating("t", {{"", ""}, {two}}, "UPDATE t SET=(2) WHERE a=1")},
-        {update, "there are no rows", Updating("t", {{"a"}, {}}, "UPDATE t SET (a)=WHERE a=1")},
-        {update, "a row has a cell too many", Updating("t", {{"a"}, {pair}}, "UPDATE t SET (a)=(7,8) WHERE a=1")},
-        {update, "a cell has no SQL text", Updating("t", {{"a"}, {invalid}}, "UPDATE t SET (a)=(1,) WHERE a=1")},
+        {update, "every column name is empty", Updating("t", {{"", ""}, {two}}, Raw("UPDATE t SET=(2) WHERE a=1"))},
+        {update, "there are no rows", Updating("t", {{"a"}, {}}, Raw("UPDATE t SET (a)=WHERE a=1"))},
+        {update, "a row has a cell too many", Updating("t", {{"a"}, {pair}}, Raw("UPDATE t SET (a)=(7,8) WHERE a=1"))},
+        {update, "a cell has no SQL text", Updating("t", {{"a"}, {invalid}}, Raw("UPDATE t SET (a)=(1,) WHERE a=1"))},
         {update, "a cell has no SQL text and SQLite accepts the statement",
          Updating("t SET a = a --", {{"a"}, {invalid}})},
-        {update, "the condition lacks its keyword", Updating("t", {{"a"}, {two}}, "UPDATE t SET (a)=(2) a=1", "a=1")},
-        {update, "a constraint is violated", Updating("t", {{"a"}, {two}}, "UPDATE t SET (a)=(2) WHERE a=1")},
-        {update, "the database is closed", Updating("t", {{"a"}, {two}}, "", "", false)},
+        {update, "the condition lacks its keyword",
+         OnAFacade(Raw("UPDATE t SET (a)=(2) a=1"), Update("t", {{"a"}, {two}}, "a=1"))},
+        {update, "a constraint is violated", Updating("t", {{"a"}, {two}}, Raw("UPDATE t SET (a)=(2) WHERE a=1"))},
+        {update, "the database is closed", Updating("t", {{"a"}, {two}}, Closed)},
     };
 }
 
