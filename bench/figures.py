@@ -1,4 +1,4 @@
-"""The measured figures: times and their ratios with quartiles, instructions, memory."""
+"""The measured figures: times and their ratios with quartiles, instructions, memory and its formula."""
 
 import json
 import pathlib
@@ -67,3 +67,27 @@ class Figures:
 
     def sample_peaks(self, machine):
         return {s["rows"]: s["peak"] for s in self.memory[machine]["statements"] if s["shape"] == "sample"}
+
+
+def terms(statement):
+    return [1, statement["rows"], statement["cells"], statement["quoted"]]
+
+
+def predicted(factors, statement):
+    """The peak memory of one WriteTableValues: the statement's text, and each term times its factor."""
+    return statement["text"] + sum(factor * term for factor, term in zip(factors, terms(statement)))
+
+
+def fit(statements):
+    """The factors with the least sum of squared relative errors."""
+    weighted = [[value / s["peak"] for value in (*terms(s), s["peak"] - s["text"])] for s in statements]
+    size = len(weighted[0]) - 1
+    matrix = [[sum(row[i] * row[j] for row in weighted) for j in range(size + 1)] for i in range(size)]
+    for i in range(size):
+        pivot = max(range(i, size), key=lambda k: abs(matrix[k][i]))
+        matrix[i], matrix[pivot] = matrix[pivot], matrix[i]
+        matrix[i] = [value / matrix[i][i] for value in matrix[i]]
+        for k in range(size):
+            if k != i:
+                matrix[k] = [a - matrix[k][i] * b for a, b in zip(matrix[k], matrix[i])]
+    return [row[-1] for row in matrix]

@@ -11,9 +11,9 @@ import pathlib
 import sys
 from dataclasses import dataclass
 
-import fitting
 import pictures
-from figures import COLUMNS, FLOOR, LARGEST, MACHINES, NO_MUTEX, OURS, PREPARED, SIZES, Figures, Spread
+from figures import (COLUMNS, FLOOR, LARGEST, MACHINES, NO_MUTEX, OURS, PREPARED, SIZES, Figures, Spread, fit,
+                     predicted)
 
 # Row shapes that the memory formula is not fitted to.
 HELD_OUT = ("sample", "4 integers, 0 texts of 0 bytes", "0 integers, 4 texts of 10 bytes",
@@ -144,7 +144,7 @@ def function_tables(figures):
     texts = []
     for job in figures.counts["x86_64"]["jobs"]:
         functions = [figures.own_functions(machine, job) for machine in MACHINES]
-        names = sorted(set().union(*functions), key=lambda name: -max(f.get(name, 0) for f in functions))
+        names = sorted(set().union(*functions), key=lambda name: (-max(f.get(name, 0) for f in functions), name))
         shown = [name for name in names if max(f.get(name, 0) for f in functions) >= 1]
         rows = [("function", *(TITLES[m] for m in MACHINES))]
         rows += [(f"`{name}`", *(f"{f.get(name, 0):,.0f}" for f in functions)) for name in shown]
@@ -187,7 +187,7 @@ def memory_section(figures):
     factors, checked = {}, {}
     for machine in MACHINES:
         statements = figures.memory[machine]["statements"]
-        factors[machine] = fitting.fit([s for s in statements if s["shape"] not in HELD_OUT])
+        factors[machine] = fit([s for s in statements if s["shape"] not in HELD_OUT])
         checked[machine] = [s for s in statements if s["shape"] in HELD_OUT]
     rows = [("row", "rows", *(f"{TITLES[m]}: {what}" for m in MACHINES for what in ("predicted", "measured")))]
     for shape in HELD_OUT:
@@ -196,9 +196,9 @@ def memory_section(figures):
             for machine in MACHINES:
                 statement = next(s for s in checked[machine] if s["shape"] == shape and s["rows"] == size)
                 cells += [f"{value / 1000:,.0f} kB" for value in
-                          (fitting.predicted(factors[machine], statement), statement["peak"])]
+                          (predicted(factors[machine], statement), statement["peak"])]
             rows.append((shape_name(shape), f"{size:,}", *cells))
-    worst = max(abs(fitting.predicted(factors[m], s) / s["peak"] - 1) for m in MACHINES for s in checked[m])
+    worst = max(abs(predicted(factors[m], s) / s["peak"] - 1) for m in MACHINES for s in checked[m])
     return ("\n".join(f"    {TITLES[m] + ':':<12} {formula(factors[m])}" for m in MACHINES), markdown(rows),
             f"{math.ceil(100 * worst)} %")
 

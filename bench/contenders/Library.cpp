@@ -1,9 +1,9 @@
 #include "contenders/Library.h"
 
-#include "support/Require.h"
-
 #include <span>
 #include <variant>
+
+#include "support/Require.h"
 
 namespace Morvik::sql::bench {
 

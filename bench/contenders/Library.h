@@ -1,11 +1,11 @@
 #pragma once
 
-#include "support/Sample.h"
-
 #include <sql/DatabaseApi.h>
 
 #include <string>
 #include <vector>
+
+#include "support/Sample.h"
 
 namespace Morvik::sql::bench {
 

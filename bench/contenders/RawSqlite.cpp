@@ -7,10 +7,40 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "contenders/Library.h"
 #include "support/Require.h"
 
 namespace Morvik::sql::bench {
+
+class CellByValue {
+public:
+    CellByValue(sqlite3_stmt* statement, int column) : m_value(sqlite3_column_value(statement, column)) {}
+
+    int Type() const { return sqlite3_value_type(m_value); }
+    int Integer() const { return sqlite3_value_int(m_value); }
+    double Real() const { return sqlite3_value_double(m_value); }
+    const char* Text() const { return reinterpret_cast<const char*>(sqlite3_value_text(m_value)); }
+    const char* Blob() const { return static_cast<const char*>(sqlite3_value_blob(m_value)); }
+    std::size_t Size() const { return static_cast<std::size_t>(sqlite3_value_bytes(m_value)); }
+
+private:
+    sqlite3_value* m_value;
+};
+
+class CellByColumn {
+public:
+    CellByColumn(sqlite3_stmt* statement, int column) : m_statement(statement), m_column(column) {}
+
+    int Type() const { return sqlite3_column_type(m_statement, m_column); }
+    int Integer() const { return sqlite3_column_int(m_statement, m_column); }
+    double Real() const { return sqlite3_column_double(m_statement, m_column); }
+    const char* Text() const { return reinterpret_cast<const char*>(sqlite3_column_text(m_statement, m_column)); }
+    const char* Blob() const { return static_cast<const char*>(sqlite3_column_blob(m_statement, m_column)); }
+    std::size_t Size() const { return static_cast<std::size_t>(sqlite3_column_bytes(m_statement, m_column)); }
+
+private:
+    sqlite3_stmt* m_statement;
+    int m_column;
+};
 
 namespace {
 
@@ -56,40 +86,8 @@ template <typename Action>
     sqlite3_finalize(statement);
 }
 
-// ByValue and ByColumn are the two ways to read a cell. Each object is one cell of the current row.
-class ByValue {
-public:
-    ByValue(sqlite3_stmt* statement, int column) : m_value(sqlite3_column_value(statement, column)) {}
-
-    int Type() const { return sqlite3_value_type(m_value); }
-    int Integer() const { return sqlite3_value_int(m_value); }
-    double Real() const { return sqlite3_value_double(m_value); }
-    const char* Text() const { return reinterpret_cast<const char*>(sqlite3_value_text(m_value)); }
-    const char* Blob() const { return static_cast<const char*>(sqlite3_value_blob(m_value)); }
-    std::size_t Size() const { return static_cast<std::size_t>(sqlite3_value_bytes(m_value)); }
-
-private:
-    sqlite3_value* m_value;
-};
-
-class ByColumn {
-public:
-    ByColumn(sqlite3_stmt* statement, int column) : m_statement(statement), m_column(column) {}
-
-    int Type() const { return sqlite3_column_type(m_statement, m_column); }
-    int Integer() const { return sqlite3_column_int(m_statement, m_column); }
-    double Real() const { return sqlite3_column_double(m_statement, m_column); }
-    const char* Text() const { return reinterpret_cast<const char*>(sqlite3_column_text(m_statement, m_column)); }
-    const char* Blob() const { return static_cast<const char*>(sqlite3_column_blob(m_statement, m_column)); }
-    std::size_t Size() const { return static_cast<std::size_t>(sqlite3_column_bytes(m_statement, m_column)); }
-
-private:
-    sqlite3_stmt* m_statement;
-    int m_column;
-};
-
-template <typename Source>
-void ReadCell(const Source source, DbTableColumnValue& cell)
+template <typename Cell>
+void ReadCell(const Cell source, DbTableColumnValue& cell)
 {
     switch (source.Type()) {
     case SQLITE_INTEGER:
@@ -116,72 +114,6 @@ void ReadCell(const Source source, DbTableColumnValue& cell)
         cell.value.emplace<std::string>();
         break;
     }
-}
-
-template <typename Source>
-void ReadRows(sqlite3* handle, const std::string& sql, DbTableData& rows)
-{
-    int columns = 0;
-    ForEachRow(handle, sql, [&](sqlite3_stmt* statement) {
-        if (columns == 0) {
-            columns = sqlite3_column_count(statement);
-        }
-        std::vector<DbTableColumnValue>& cells = rows.rows.emplace_back().cells;
-        cells.reserve(static_cast<std::size_t>(columns));
-        for (int column = 0; column < columns; ++column) {
-            DbTableColumnValue& cell = cells.emplace_back();
-            cell.column = static_cast<unsigned int>(column);
-            ReadCell(Source(statement, column), cell);
-        }
-    });
-}
-
-template <typename Source>
-Totals LookUpRows(sqlite3* handle, const std::vector<std::string>& queries)
-{
-    Totals totals;
-    for (const std::string& query : queries) {
-        DbTableData rows;
-        ReadRows<Source>(handle, query, rows);
-        totals += Library::SumOf(rows);
-    }
-    return totals;
-}
-
-template <typename Source>
-Totals WalkRows(sqlite3* handle, const std::string& sql)
-{
-    Totals totals;
-    ForEachRow(handle, sql, [&](sqlite3_stmt* statement) {
-        const int number = Source(statement, 0).Integer();
-        const double measure = Source(statement, 1).Real();
-        const Source label(statement, 2);
-        const char* const text = label.Text();
-        const std::size_t textSize = label.Size();
-        const Source bytes(statement, 3);
-        const char* const blob = bytes.Blob();
-        totals.Add(number, measure, text, textSize, blob, bytes.Size());
-    });
-    return totals;
-}
-
-template <typename Source>
-Totals ReadColumnsOf(sqlite3* handle, int times)
-{
-    Totals totals;
-    sqlite3_stmt* const statement = Prepared(handle, SelectAll);
-    Check(sqlite3_step(statement), SQLITE_ROW, handle, "step");
-    for (int i = 0; i < times; ++i) {
-        const Source text(statement, 2);
-        const std::size_t textSize = text.Size();
-        const std::string label(text.Text(), textSize);
-        const Source bytes(statement, 3);
-        const std::size_t blobSize = bytes.Size();
-        totals.Add(Source(statement, 0).Integer(), Source(statement, 1).Real(), label.data(), label.size(),
-                   bytes.Blob(), blobSize);
-    }
-    sqlite3_finalize(statement);
-    return totals;
 }
 
 // A prepared INSERT. `destructor` says whether SQLite copies texts and blobs.
@@ -225,105 +157,122 @@ void InsertRows(sqlite3* handle, const std::vector<SampleRow>& rows, sqlite3_des
 
 } // namespace
 
-Totals RawSqlite::SumOf(const Rows& rows)
-{
-    return Library::SumOf(rows);
-}
-
-void RawSqlite::OpenAndClose(const std::string& path)
+void RawConnection::OpenAndClose(const std::string& path)
 {
     Close(Opened(path, 0));
 }
 
-void RawSqlite::OpenAndCloseInDirectory(const std::string& path)
+void RawConnection::OpenAndCloseInDirectory(const std::string& path)
 {
     const std::string directory = path.substr(0, path.rfind('/'));
     Require(access(directory.c_str(), F_OK) == 0, "directory", path.c_str());
     OpenAndClose(path);
 }
 
-void RawSqlite::OpenAndCloseFile(const std::string& path)
+void RawConnection::OpenAndCloseFile(const std::string& path)
 {
     struct stat status {};
     Require(stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode), "file", path.c_str());
     OpenAndClose(path);
 }
 
-RawSqlite::RawSqlite(const std::string& path, int flags) : m_handle(Opened(path, flags)) {}
+RawConnection::RawConnection(const std::string& path, int flags) : m_handle(Opened(path, flags)) {}
 
-RawSqlite::~RawSqlite()
+RawConnection::~RawConnection()
 {
     Close(m_handle);
 }
 
-void RawSqlite::Execute(const std::string& sql)
+void RawConnection::Execute(const std::string& sql)
 {
     Check(sqlite3_exec(m_handle, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK, m_handle, "execute");
 }
 
-void RawSqlite::InsertEach(const std::vector<Write>& writes)
+void RawConnection::InsertEach(const std::vector<Write>& writes)
 {
     for (const Write& write : writes) {
         Execute(write);
     }
 }
 
-void RawSqlite::UpdateEach(const std::vector<Change>& changes)
-{
-    for (const Change& change : changes) {
-        Execute(change);
-    }
-}
-
-void RawSqlite::Read(const std::string& sql, Rows& rows)
-{
-    ReadRows<ByValue>(m_handle, sql, rows);
-}
-
-Totals RawSqlite::LookUp(const std::vector<Query>& queries)
-{
-    return LookUpRows<ByValue>(m_handle, queries);
-}
-
-Totals RawSqlite::Walk(const std::string& sql)
-{
-    return WalkRows<ByValue>(m_handle, sql);
-}
-
-void RawSqlite::InsertBound(const std::vector<SampleRow>& rows)
+void RawConnection::InsertBound(const std::vector<SampleRow>& rows)
 {
     InsertRows(m_handle, rows, SQLITE_TRANSIENT);
 }
 
-void RawSqlite::InsertBoundStatic(const std::vector<SampleRow>& rows)
+void RawConnection::InsertBoundStatic(const std::vector<SampleRow>& rows)
 {
     InsertRows(m_handle, rows, SQLITE_STATIC);
 }
 
-Totals RawSqlite::ReadColumns(int times)
+template <typename Cell>
+void RawReader<Cell>::Read(const std::string& sql, Rows& rows)
 {
-    return ReadColumnsOf<ByValue>(m_handle, times);
+    int columns = 0;
+    ForEachRow(Handle(), sql, [&](sqlite3_stmt* statement) {
+        if (columns == 0) {
+            columns = sqlite3_column_count(statement);
+        }
+        std::vector<DbTableColumnValue>& cells = rows.rows.emplace_back().cells;
+        cells.reserve(static_cast<std::size_t>(columns));
+        for (int column = 0; column < columns; ++column) {
+            DbTableColumnValue& cell = cells.emplace_back();
+            cell.column = static_cast<unsigned int>(column);
+            ReadCell(Cell(statement, column), cell);
+        }
+    });
 }
 
-void RawSqliteColumns::Read(const std::string& sql, Rows& rows)
+template <typename Cell>
+Totals RawReader<Cell>::LookUp(const std::vector<Query>& queries)
 {
-    ReadRows<ByColumn>(Handle(), sql, rows);
+    Totals totals;
+    for (const Query& query : queries) {
+        Rows rows;
+        Read(query, rows);
+        totals += SumOf(rows);
+    }
+    return totals;
 }
 
-Totals RawSqliteColumns::LookUp(const std::vector<Query>& queries)
+template <typename Cell>
+Totals RawReader<Cell>::Walk(const std::string& sql)
 {
-    return LookUpRows<ByColumn>(Handle(), queries);
+    Totals totals;
+    ForEachRow(Handle(), sql, [&](sqlite3_stmt* statement) {
+        const int number = Cell(statement, 0).Integer();
+        const double measure = Cell(statement, 1).Real();
+        const Cell label(statement, 2);
+        const char* const text = label.Text();
+        const std::size_t textSize = label.Size();
+        const Cell bytes(statement, 3);
+        const char* const blob = bytes.Blob();
+        totals.Add(number, measure, text, textSize, blob, bytes.Size());
+    });
+    return totals;
 }
 
-Totals RawSqliteColumns::Walk(const std::string& sql)
+template <typename Cell>
+Totals RawReader<Cell>::ReadColumns(int times)
 {
-    return WalkRows<ByColumn>(Handle(), sql);
+    Totals totals;
+    sqlite3_stmt* const statement = Prepared(Handle(), SelectAll);
+    Check(sqlite3_step(statement), SQLITE_ROW, Handle(), "step");
+    for (int i = 0; i < times; ++i) {
+        const Cell text(statement, 2);
+        const std::size_t textSize = text.Size();
+        const std::string label(text.Text(), textSize);
+        const Cell bytes(statement, 3);
+        const std::size_t blobSize = bytes.Size();
+        totals.Add(Cell(statement, 0).Integer(), Cell(statement, 1).Real(), label.data(), label.size(), bytes.Blob(),
+                   blobSize);
+    }
+    sqlite3_finalize(statement);
+    return totals;
 }
 
-Totals RawSqliteColumns::ReadColumns(int times)
-{
-    return ReadColumnsOf<ByColumn>(Handle(), times);
-}
+template class RawReader<CellByValue>;
+template class RawReader<CellByColumn>;
 
 void RawSqlitePrepared::Insert(const Write& write)
 {

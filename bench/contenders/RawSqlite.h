@@ -5,18 +5,17 @@
 #include <string>
 #include <vector>
 
+#include "contenders/Library.h"
 #include "support/Sample.h"
 
 struct sqlite3;
 
 namespace Morvik::sql::bench {
 
-/// The reference does each job with as little work as a careful C program needs. Its SQL text is made before the clock
-/// starts, it gets one sqlite3_value per cell, and it keeps what it reads in the same row type as the facade.
-class RawSqlite {
+/// Does each job with as little work as a careful C program needs. Its SQL text is made before the clock starts, and it
+/// keeps what it reads in the same row type as the facade.
+class RawConnection {
 public:
-    static constexpr const char* Name = "C";
-
     using Write = std::string;
     using Rows = DbTableData;
     using Query = std::string;
@@ -25,7 +24,7 @@ public:
     static Write MakeWrite(const std::vector<SampleRow>& rows) { return InsertText(rows); }
     static Query MakeQuery(int number) { return SelectByNumber(number); }
     static Change MakeChange(const SampleRow& row) { return UpdateText(row); }
-    static Totals SumOf(const Rows& rows);
+    static Totals SumOf(const Rows& rows) { return Library::SumOf(rows); }
     static void OpenAndClose(const std::string& path);
 
     /// Opens and closes after one access() of the file's directory.
@@ -35,19 +34,16 @@ public:
     static void OpenAndCloseFile(const std::string& path);
 
     /// Opens the database with SQLITE_OPEN_READWRITE, SQLITE_OPEN_CREATE and these flags of sqlite3_open_v2.
-    explicit RawSqlite(const std::string& path, int flags = 0);
-    ~RawSqlite();
+    explicit RawConnection(const std::string& path, int flags = 0);
+    ~RawConnection();
 
-    RawSqlite(const RawSqlite&) = delete;
-    RawSqlite& operator=(const RawSqlite&) = delete;
+    RawConnection(const RawConnection&) = delete;
+    RawConnection& operator=(const RawConnection&) = delete;
 
     void Execute(const std::string& sql);
     void Insert(const Write& write) { Execute(write); }
     void InsertEach(const std::vector<Write>& writes);
-    void UpdateEach(const std::vector<Change>& changes);
-    void Read(const std::string& sql, Rows& rows);
-    Totals LookUp(const std::vector<Query>& queries);
-    Totals Walk(const std::string& sql);
+    void UpdateEach(const std::vector<Change>& changes) { InsertEach(changes); }
 
     /// Binds each text and blob with SQLITE_TRANSIENT: SQLite makes a copy.
     void InsertBound(const std::vector<SampleRow>& rows);
@@ -55,22 +51,18 @@ public:
     /// Binds each text and blob with SQLITE_STATIC: SQLite reads the caller's memory.
     void InsertBoundStatic(const std::vector<SampleRow>& rows);
 
-    Totals ReadColumns(int times);
-
 protected:
     sqlite3* Handle() { return m_handle; }
 
 private:
-    sqlite3* m_handle = nullptr;
+    sqlite3* m_handle;
 };
 
-/// Reads as most C programs do: with sqlite3_column_type, sqlite3_column_text and the other functions that take a
-/// statement and a column.
-class RawSqliteColumns : public RawSqlite {
+/// Reads with objects of the type `Cell`, each of which is one cell of the current row.
+template <typename Cell>
+class RawReader : public RawConnection {
 public:
-    static constexpr const char* Name = "C, column_*";
-
-    using RawSqlite::RawSqlite;
+    using RawConnection::RawConnection;
 
     void Read(const std::string& sql, Rows& rows);
     Totals LookUp(const std::vector<Query>& queries);
@@ -78,8 +70,25 @@ public:
     Totals ReadColumns(int times);
 };
 
+/// The reference gets one sqlite3_value per cell.
+class RawSqlite : public RawReader<class CellByValue> {
+public:
+    static constexpr const char* Name = "C";
+
+    using RawReader::RawReader;
+};
+
+/// Reads as most C programs do: with sqlite3_column_type, sqlite3_column_text and the other functions that take a
+/// statement and a column.
+class RawSqliteColumns : public RawReader<class CellByColumn> {
+public:
+    static constexpr const char* Name = "C, column_*";
+
+    using RawReader::RawReader;
+};
+
 /// Inserts with a prepared statement and binds the caller's memory (SQLITE_STATIC).
-class RawSqlitePrepared : private RawSqlite {
+class RawSqlitePrepared : private RawConnection {
 public:
     static constexpr const char* Name = "C, prepared";
 
@@ -87,8 +96,8 @@ public:
 
     static Write MakeWrite(const std::vector<SampleRow>& rows) { return rows; }
 
-    using RawSqlite::Execute;
-    using RawSqlite::RawSqlite;
+    using RawConnection::Execute;
+    using RawConnection::RawConnection;
 
     void Insert(const Write& write);
     void InsertEach(const std::vector<Write>& writes);

@@ -1,4 +1,5 @@
 #include <memory>
+#include <type_traits>
 
 #include "contenders/Contenders.h"
 #include "support/Databases.h"
@@ -49,7 +50,9 @@ Task ReadColumnsTask()
 void AddBinding(Jobs& jobs)
 {
     ForEachContender([&]<typename Contender> {
-        if constexpr (Writer<Contender> && requires(Contender contender) {
+        // Library binds as LibraryPrepared does.
+        if constexpr (Writer<Contender> && !std::is_same_v<Contender, LibraryPrepared> &&
+                      requires(Contender contender) {
                           contender.InsertBound(MakeBound<Contender>(std::vector<SampleRow>()));
                       }) {
             const auto insert = [](Contender& contender, const auto& bound) { contender.InsertBound(bound); };

@@ -1,18 +1,84 @@
+// Counts the memory that C++ and SQLite use together. The program replaces operator new and delete, and wraps SQLite's
+// allocator.
+
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
+#include <new>
 #include <string>
 #include <type_traits>
 #include <vector>
 
+#include <malloc.h>
+#include <sqlite3.h>
+
 #include "contenders/Contenders.h"
-#include "memory/CountedMemory.h"
 #include "support/Databases.h"
 
 namespace Morvik::sql::bench {
 
 namespace {
+
+std::size_t inUse = 0;
+std::size_t highest = 0;
+sqlite3_mem_methods usual;
+
+void Taken(std::size_t size)
+{
+    inUse += size;
+    highest = std::max(highest, inUse);
+}
+
+std::size_t SizeForSqlite(void* memory)
+{
+    return memory != nullptr ? static_cast<std::size_t>(usual.xSize(memory)) : 0;
+}
+
+void* AllocateForSqlite(int size)
+{
+    void* const memory = usual.xMalloc(size);
+    Taken(SizeForSqlite(memory));
+    return memory;
+}
+
+void FreeForSqlite(void* memory)
+{
+    inUse -= SizeForSqlite(memory);
+    usual.xFree(memory);
+}
+
+void* ReallocateForSqlite(void* memory, int size)
+{
+    const std::size_t before = SizeForSqlite(memory);
+    void* const moved = usual.xRealloc(memory, size);
+    if (moved != nullptr) {
+        inUse -= before;
+        Taken(SizeForSqlite(moved));
+    }
+    return moved;
+}
+
+void CountSqlite()
+{
+    Require(sqlite3_config(SQLITE_CONFIG_GETMALLOC, &usual) == SQLITE_OK, "SQLite's allocator");
+    sqlite3_mem_methods counting = usual;
+    counting.xMalloc = AllocateForSqlite;
+    counting.xFree = FreeForSqlite;
+    counting.xRealloc = ReallocateForSqlite;
+    Require(sqlite3_config(SQLITE_CONFIG_MALLOC, &counting) == SQLITE_OK, "the counting allocator");
+}
+
+// The most bytes that `job` has in use at one time, without those in use before.
+template <typename Job>
+std::size_t PeakOf(const Job& job)
+{
+    const std::size_t before = inUse;
+    highest = inUse;
+    job();
+    return highest - before;
+}
 
 // The cells of a row: integers, and texts of `textSize` characters.
 struct Shape {
@@ -41,26 +107,20 @@ Statement StatementOf(const Shape& shape, int rows)
         statement.data.columns.push_back("c" + std::to_string(i));
         statement.columns += (i == 0 ? "" : ",") + statement.data.columns.back();
     }
-    statement.text = std::string("INSERT INTO sample () VALUES").size() + statement.columns.size();
     for (int row = 0; row < rows; ++row) {
-        DbTableRowValues values;
-        for (int i = 0; i < shape.integers; ++i) {
-            DbTableColumnValue& cell = values.cells.emplace_back();
-            cell.type = DbTableColumnType::Integer;
-            cell.value = 10'000 + row % 10'000;
-            statement.text += std::string("10000,").size();
-        }
-        for (int i = 0; i < shape.texts; ++i) {
-            DbTableColumnValue& cell = values.cells.emplace_back();
-            cell.type = DbTableColumnType::Text;
-            cell.value = std::string(shape.textSize, 'x');
-            statement.text += shape.textSize + std::string("\"\",").size();
-            statement.quoted += shape.textSize + 2;
-        }
-        statement.text += std::string(" ,(").size();
-        statement.cells += values.cells.size();
-        statement.data.rows.push_back(std::move(values));
+        std::vector<DbTableColumnValue>& cells = statement.data.rows.emplace_back().cells;
+        cells.assign(static_cast<std::size_t>(shape.integers), {DbTableColumnType::Integer, 0, 10'000 + row % 10'000});
+        cells.resize(cells.size() + static_cast<std::size_t>(shape.texts),
+                     {DbTableColumnType::Text, 0, std::string(shape.textSize, 'x')});
     }
+    const std::size_t count = statement.data.rows.size();
+    const std::size_t texts = count * static_cast<std::size_t>(shape.texts);
+    const std::size_t integers = count * static_cast<std::size_t>(shape.integers);
+    statement.cells = integers + texts;
+    statement.quoted = texts * (shape.textSize + std::string("\"\"").size());
+    statement.text = std::string("INSERT INTO sample () VALUES").size() + statement.columns.size() +
+                     count * std::string(" ,(").size() + integers * std::string("10000,").size() + statement.quoted +
+                     texts * std::string(",").size();
     return statement;
 }
 
@@ -91,13 +151,12 @@ void WriteStatement(std::FILE* output, const Statement& statement, const char* s
         Require(database.WriteTableValues("sample", statement.data), "write", database.GetLastErrorMsg().c_str());
     };
     write();
-    const CountedMemory memory;
-    write();
+    const std::size_t peak = PeakOf(write);
     std::fprintf(output,
                  "%s\n{\"shape\": \"%s\", \"rows\": %zu, \"cells\": %zu, \"text\": %zu, \"quoted\": %zu, "
                  "\"peak\": %zu}",
                  separator, statement.shape.c_str(), statement.data.rows.size(), statement.cells, statement.text,
-                 statement.quoted, memory.Peak());
+                 statement.quoted, peak);
 }
 
 // The input of the contender counts only if it is text, because a caller has to build that text.
@@ -118,9 +177,7 @@ std::size_t PeakOfWriting(int count)
     const typename Contender::Write write = Contender::MakeWrite(rows);
     Fresh<Contender> database(false);
     database.Make();
-    const CountedMemory memory;
-    database.Get().Insert(write);
-    const std::size_t peak = memory.Peak() + SizeOfText<Contender>(write);
+    const std::size_t peak = PeakOf([&] { database.Get().Insert(write); }) + SizeOfText<Contender>(write);
     database.RequireWritten(rows);
     return peak;
 }
@@ -128,6 +185,27 @@ std::size_t PeakOfWriting(int count)
 } // namespace
 
 } // namespace Morvik::sql::bench
+
+void* operator new(std::size_t size)
+{
+    void* const memory = std::malloc(size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    Morvik::sql::bench::Taken(malloc_usable_size(memory));
+    return memory;
+}
+
+void operator delete(void* memory) noexcept
+{
+    Morvik::sql::bench::inUse -= malloc_usable_size(memory);
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept
+{
+    operator delete(memory);
+}
 
 int main(int argc, char** argv)
 {
@@ -140,7 +218,7 @@ int main(int argc, char** argv)
         return EXIT_FAILURE;
     }
     const int largest = argc >= 3 ? std::atoi(argv[2]) : std::numeric_limits<int>::max();
-    bench::CountedMemory::CountSqlite();
+    bench::CountSqlite();
     const char* separator = "{\"peaks\": {";
     bench::ForEachContender([&]<typename Contender> {
         if constexpr (bench::Writer<Contender> && requires { typename Contender::Write; }) {

@@ -1,5 +1,7 @@
 #include "support/Databases.h"
 
+#include <cstddef>
+
 #include <sqlite3.h>
 
 #include "contenders/RawSqlite.h"

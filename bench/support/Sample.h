@@ -1,10 +1,10 @@
 #pragma once
 
+#include <sql/DbTableDataWrite.h>
+
 #include <cstddef>
 #include <string>
 #include <vector>
-
-#include <sql/DbTableDataWrite.h>
 
 namespace Morvik::sql::bench {
 
