@@ -17,7 +17,8 @@ import sys
 import tempfile
 from dataclasses import dataclass
 
-FENCE = re.compile(r"^```(.*)$")
+# A block of code, and the "text" block after it, if there is one.
+BLOCK = re.compile(r"^```cpp *(.*)\n((?:.*\n)*?)```$(?:\n+(?:(?!```).+\n+)?```text\n((?:.*\n)*?)```$)?", re.M)
 SEPARATOR = "\x1e"
 INCLUDE = re.compile(r"^#include .*\n", re.M)
 
@@ -28,43 +29,29 @@ GUIDE = PROJECT / "docs" / "guide" / "README.md"
 
 @dataclass
 class Block:
-    """One fenced block: the line, from 1, where its code begins, and its output according to the document."""
+    """One block of code: the words after "cpp", the line, from 1, where the code begins, and its output."""
 
-    kind: str
+    kind: list
     line: int
     code: str
-    output: str | None = None
+    output: str
 
 
 def blocks(document):
-    found, kind, last_code, prose = [], None, None, 0
-    for number, line in enumerate(pathlib.Path(document).read_text().splitlines(), 1):
-        fence = FENCE.match(line)
-        if kind is None and fence:
-            kind, begin, code = fence.group(1), number + 1, []
-        elif kind is not None and line == "```":
-            block = Block(kind, begin, "\n".join(code) + "\n")
-            if kind == "text" and last_code and prose <= 1:
-                last_code.output = block.code
-            last_code = block if kind.split()[:1] == ["cpp"] else None
-            found.append(block)
-            kind, prose = None, 0
-        elif kind is not None:
-            code.append(line)
-        elif line:
-            prose += 1
-    return [block for block in found if block.kind.split()[:1] == ["cpp"]]
+    text = pathlib.Path(document).read_text()
+    return [Block(match[1].split(), text.count("\n", 0, match.start(2)) + 1, match[2], match[3] or "")
+            for match in BLOCK.finditer(text)]
 
 
 def of_kind(kind, found):
-    return [block for block in found if block.kind.split()[1:2] == kind]
+    return [block for block in found if block.kind[:1] == kind]
 
 
 def wrong_excerpts(document, found):
     """The number of excerpts that are not in their file."""
     wrong = 0
     for block in of_kind(["excerpt"], found):
-        file = block.kind.split()[2]
+        file = block.kind[1]
         if block.code not in (PROJECT / file).read_text():
             wrong += 1
             print(f"{document}:{block.line}: this is not a part of {file}")
@@ -122,9 +109,9 @@ def check(document, programs):
 
     wrong = wrong_excerpts(document, found)
     for block, output in outputs:
-        if output != (block.output or ""):
+        if output != block.output:
             wrong += 1
-            print(f"{document}:{block.line}: the document says\n{block.output or ''}-- but the code prints\n{output}")
+            print(f"{document}:{block.line}: the document says\n{block.output}-- but the code prints\n{output}")
     print(f"{document}: {len(outputs)} blocks were run, {wrong} are wrong")
     sys.exit(1 if wrong else 0)
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gmock/gmock.h>
 
 #include "support/BuiltProgram.h"
 #include "support/ChildProcess.h"

@@ -1,14 +1,13 @@
-#include "common/SqlHelpers.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "common/SqlHelpers.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {

@@ -2,9 +2,9 @@
 
 #include <sql/SqlDatabase.h>
 
-#include <sqlite3.h>
-
 #include <utility>
+
+#include <sqlite3.h>
 
 #include "support/NoDestructor.h"
 

@@ -1,10 +1,5 @@
 #include "support/ChildProcess.h"
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <csignal>
 #include <fstream>
@@ -12,6 +7,11 @@
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace Morvik::sql::tests {
 

@@ -195,18 +195,11 @@ std::string FacadeOperations::RunOne(FuzzInput& choices)
 
 std::string FacadeOperations::Open(FuzzInput& choices)
 {
-    static const std::vector<std::string> Paths{"main.db",
-                                                "main.db",
-                                                "new/directory/main.db",
-                                                "no-database",
-                                                "a-directory",
-                                                "no-database/main.db",
-                                                "no-database/in/x.db",
-                                                ":memory:"};
     if (choices.OneIn(4)) {
         return Compare([](auto& side) { return side.Close(); });
     }
-    const std::string& path = choices.Of(Paths);
+    const auto path = OneOf<std::string>(choices, "main.db", "main.db", "new/directory/main.db", "no-database",
+                                         "a-directory", "no-database/main.db", "no-database/in/x.db", ":memory:");
     const bool readOnly = choices.OneIn(5);
     const std::string difference = Compare([&](auto& side) { return side.Open(path, readOnly); });
     // These files need not survive a power failure, and waiting for the disk would take most of the time.
@@ -288,22 +281,21 @@ std::string FacadeOperations::CompareFiles()
     m_library.reset();
     m_reference.reset();
     for (const char* const name : {"main.db", "new/directory/main.db"}) {
-        const auto pathIn = [&](const std::string& directory) {
-            return std::filesystem::exists(directory + name) ? directory + name : ":memory:";
+        const auto openIn = [&](const std::string& directory) {
+            return RawSqlite(std::filesystem::exists(directory + name) ? directory + name : ":memory:");
         };
-        RawSqlite actual(pathIn(m_libraryDirectory));
-        RawSqlite expected(pathIn(m_referenceDirectory));
-        const std::string schema = "SELECT type, name, sql FROM sqlite_master ORDER BY rowid";
+        RawSqlite actual = openIn(m_libraryDirectory);
+        RawSqlite expected = openIn(m_referenceDirectory);
         if (actual.Value("PRAGMA integrity_check") != "'ok'") {
             return std::string(name) + " is damaged";
         }
-        if (actual.Rows(schema) != expected.Rows(schema)) {
-            return std::string(name) + " holds another schema";
-        }
+        std::vector<std::string> queries{"SELECT type, name, sql FROM sqlite_master ORDER BY rowid"};
         for (const auto& table : expected.Rows("SELECT name FROM sqlite_master WHERE type = 'table'")) {
-            const std::string rows = "SELECT * FROM \"" + table.front().substr(1, table.front().size() - 2) + '"';
-            if (actual.Rows(rows) != expected.Rows(rows)) {
-                return std::string(name) + " holds other rows: " + rows;
+            queries.push_back("SELECT * FROM \"" + table.front().substr(1, table.front().size() - 2) + '"');
+        }
+        for (const std::string& query : queries) {
+            if (actual.Rows(query) != expected.Rows(query)) {
+                return std::string(name) + " gives other rows for " + query;
             }
         }
     }

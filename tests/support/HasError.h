@@ -1,8 +1,8 @@
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <string>
+
+#include <gmock/gmock.h>
 
 namespace Morvik::sql::tests {
 

@@ -1,14 +1,14 @@
 #include "support/OomInjector.h"
 
-#include <malloc.h>
-#include <sqlite3.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <new>
 #include <stdexcept>
 #include <string>
+
+#include <malloc.h>
+#include <sqlite3.h>
 
 namespace Morvik::sql::tests {
 

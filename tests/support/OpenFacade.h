@@ -2,9 +2,9 @@
 
 #include <sql/DatabaseApi.h>
 
-#include <gtest/gtest.h>
-
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "support/HasError.h"
 #include "support/RawSqlite.h"

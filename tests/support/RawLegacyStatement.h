@@ -1,10 +1,10 @@
 #pragma once
 
-#include <sqlite3.h>
-
 #include <stdexcept>
 #include <string>
 #include <utility>
+
+#include <sqlite3.h>
 
 #include "support/RawSqlite.h"
 

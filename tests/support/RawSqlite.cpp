@@ -1,9 +1,9 @@
 #include "support/RawSqlite.h"
 
-#include <sqlite3.h>
-
 #include <stdexcept>
 #include <string_view>
+
+#include <sqlite3.h>
 
 namespace Morvik::sql::tests {
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sqlite3.h>
-
 #include <exception>
 #include <filesystem>
 #include <span>
@@ -10,6 +8,8 @@
 #include <type_traits>
 #include <utility>
 #include <vector>
+
+#include <sqlite3.h>
 
 #include "support/RawSqlite.h"
 
@@ -83,13 +83,28 @@ private:
     sqlite3* m_handle = nullptr;
 };
 
-class ReferenceCommand : public ReferenceError {
+/// Owns the statement of a command or cursor.
+class ReferenceStatement : public ReferenceError {
 public:
-    explicit ReferenceCommand(const ReferenceDatabase& database) : m_database(database) {}
-    ReferenceCommand(const ReferenceDatabase& database, std::string_view sql) : m_database(database) { Prepare(sql); }
-    ~ReferenceCommand() { sqlite3_finalize(m_statement); }
-    ReferenceCommand(const ReferenceCommand&) = delete;
-    ReferenceCommand& operator=(const ReferenceCommand&) = delete;
+    explicit ReferenceStatement(const ReferenceDatabase& database) : m_database(database) {}
+    ~ReferenceStatement() { sqlite3_finalize(m_statement); }
+    ReferenceStatement(const ReferenceStatement&) = delete;
+    ReferenceStatement& operator=(const ReferenceStatement&) = delete;
+
+protected:
+    bool Held() const { return m_statement != nullptr; }
+
+    const ReferenceDatabase& m_database;
+    sqlite3_stmt* m_statement = nullptr;
+};
+
+class ReferenceCommand : public ReferenceStatement {
+public:
+    using ReferenceStatement::ReferenceStatement;
+    ReferenceCommand(const ReferenceDatabase& database, std::string_view sql) : ReferenceStatement(database)
+    {
+        Prepare(sql);
+    }
 
     bool Execute(const std::string& sql)
     {
@@ -138,17 +153,12 @@ public:
     }
 
 private:
-    bool Held() const { return m_statement != nullptr; }
-
     // The message of an earlier operation stays.
     bool Store(int code)
     {
         m_code = code;
         return code == SQLITE_OK;
     }
-
-    const ReferenceDatabase& m_database;
-    sqlite3_stmt* m_statement = nullptr;
 };
 
 class ReferenceValue {
@@ -178,14 +188,11 @@ private:
 };
 
 /// Uses the legacy sqlite3_prepare, whose codes differ from those of sqlite3_prepare_v2.
-class ReferenceTable : public ReferenceError {
+class ReferenceTable : public ReferenceStatement {
 public:
-    explicit ReferenceTable(const ReferenceDatabase& database) : m_database(database) {}
-    ~ReferenceTable() { sqlite3_finalize(m_statement); }
-    ReferenceTable(const ReferenceTable&) = delete;
-    ReferenceTable& operator=(const ReferenceTable&) = delete;
+    using ReferenceStatement::ReferenceStatement;
 
-    bool IsOpen() const { return m_statement != nullptr; }
+    bool IsOpen() const { return Held(); }
 
     bool Open(const std::string& sql)
     {
@@ -216,10 +223,6 @@ public:
     std::string GetText(int column) const { return (*this)[column].GetValue<std::string>(); }
     const void* GetBlob(int column) const { return sqlite3_column_blob(m_statement, column); }
     ReferenceValue operator[](int column) const { return ReferenceValue(sqlite3_column_value(m_statement, column)); }
-
-private:
-    const ReferenceDatabase& m_database;
-    sqlite3_stmt* m_statement = nullptr;
 };
 
 } // namespace Morvik::sql::tests

@@ -2,10 +2,18 @@
 
 #include <sql/IDatabaseApi.h>
 
+#include <exception>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <variant>
+#include <vector>
+
+#include <sqlite3.h>
 
 #include "support/ReferenceAccess.h"
+#include "support/ReferenceRendering.h"
+#include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 
@@ -14,23 +22,122 @@ namespace Morvik::sql::tests {
 /// and messages.
 class ReferenceFacade : public IDatabaseApi {
 public:
-    bool OpenDatabase(const std::string& path, bool readOnly) override;
-    bool CloseDatabase() override;
+    bool OpenDatabase(const std::string& path, bool readOnly) override
+    {
+        m_code = 0;
+        return m_database.Open(path, readOnly) || CopyError(m_database);
+    }
+
+    bool CloseDatabase() override
+    {
+        m_code = 0;
+        return m_database.Close() || CopyError(m_database);
+    }
+
     bool IsOpen() const override { return m_database.IsOpen(); }
 
-    bool CreateTable(const DbTableDefinition& definition) override;
-    bool ExistsTable(const std::string& table, int& result) const override;
-    bool DropTable(const std::string& table) override;
-    bool AlterTable(const std::string& table, const std::string& newName) override;
+    bool CreateTable(const DbTableDefinition& definition) override
+    {
+        return CheckOpen() && CheckName(definition.name) && Run(ReferenceCreateStatement(definition));
+    }
 
-    bool Execute(const std::string& sql) override;
-    bool WriteTableValues(const std::string& table, const DbTableDataWrite& data) override;
+    bool ExistsTable(const std::string& table, int& result) const override
+    {
+        const bool exists = TestForTable(table);
+        result = m_code;
+        return exists;
+    }
+
+    bool DropTable(const std::string& table) override
+    {
+        if (!CheckOpen()) {
+            return false;
+        }
+        return TestForTable(table) ? Run("DELETE FROM " + table) && Run("DROP TABLE IF EXISTS " + table) : m_code == 0;
+    }
+
+    bool AlterTable(const std::string& table, const std::string& newName) override
+    {
+        if (!CheckOpen()) {
+            return false;
+        }
+        return TestForTable(table) ? Run("ALTER TABLE " + table + " RENAME TO " + newName)
+                                   : Fail(113, "No table exists: " + table);
+    }
+
+    bool Execute(const std::string& sql) override
+    {
+        m_code = 0;
+        return sql.empty() ? Fail(112, "Missing command.") : Run(sql);
+    }
+
+    bool WriteTableValues(const std::string& table, const DbTableDataWrite& data) override
+    {
+        if (!CheckName(table)) {
+            return false;
+        }
+        std::string sql = "INSERT INTO " + table + ColumnList(data) + " VALUES";
+        for (std::size_t row = 0; row < data.rows.size(); ++row) {
+            sql += (row == 0 ? " (" : " ,(") + CellList(data.rows[row]) + ")";
+        }
+        Run(sql);
+        return m_code == 0;
+    }
+
     bool UpdateTableValues(const std::string& table, const DbTableDataWrite& data,
-                           const std::string& condition) override;
+                           const std::string& condition) override
+    {
+        if (!CheckName(table)) {
+            return false;
+        }
+        if (data.columns.empty()) {
+            return Fail(112, "Missing column names.");
+        }
+        const std::string values = data.rows.empty() ? "" : CellList(data.rows.front());
+        Run("UPDATE " + table + " SET" + ColumnList(data) + "=" + (values.empty() ? "" : "(" + values + ") ") +
+            condition);
+        return m_code == 0;
+    }
 
-    bool ReadTableValues(const std::string& table, DbTableData& data) const override;
-    bool ReadValues(const std::string& sql, DbTableData& data) const override;
-    int ExistData(const std::string& table, const std::string& condition, int& result) override;
+    bool ReadTableValues(const std::string& table, DbTableData& data) const override
+    {
+        return ReadValues("SELECT * FROM " + table, data);
+    }
+
+    // If the query has no statement, the loop ends at once. The error is always copied from the cursor.
+    bool ReadValues(const std::string& sql, DbTableData& data) const override
+    {
+        if (!OpenQuery(sql)) {
+            return false;
+        }
+        while (m_table.ReadNext()) {
+            ReadRow(data.rows.emplace_back());
+        }
+        return CopyError(m_table);
+    }
+
+    int ExistData(const std::string& table, const std::string& condition, int& result) override
+    {
+        int count = 0;
+        result = 0;
+        try {
+            const std::string sql = "SELECT count(*) FROM " + table + (condition.empty() ? "" : " " + condition);
+            if (!TestForTable(table) || !SqlQueryBegin(sql)) {
+                result = m_code;
+                return 0;
+            }
+            DbTableRowValues row;
+            if (ReadNextRow(row) && !row.cells.empty()) {
+                count = std::get<int>(row.cells.front().value);
+            }
+        } catch (const std::exception&) {
+            result = 110;
+        }
+        if (!CloseReadTable()) {
+            result = m_code;
+        }
+        return count;
+    }
 
     /// An iterator on the facade's current row; null at the end.
     class Iterator {
@@ -47,11 +154,33 @@ public:
         const DbTableRowValues* m_row;
     };
 
-    bool SqlQueryBegin(const std::string& sql);
+    bool SqlQueryBegin(const std::string& sql)
+    {
+        m_row.cells.clear();
+        return OpenQuery(sql);
+    }
+
     Iterator begin() { return {this, ReadNextRow(m_row) ? &m_row : nullptr}; }
     Iterator end() { return {this, nullptr}; }
-    bool ReadNextRow(DbTableRowValues& row) const;
-    bool CloseReadTable() const;
+
+    bool ReadNextRow(DbTableRowValues& row) const
+    {
+        if (!m_table.IsOpen()) {
+            return Fail(111, "Table isn't open.");
+        }
+        if (!m_table.ReadNext()) {
+            CopyError(m_table);
+            return false;
+        }
+        ReadRow(row);
+        return m_code == 0;
+    }
+
+    bool CloseReadTable() const
+    {
+        m_code = 0;
+        return m_table.Close() || CopyError(m_table);
+    }
 
     ReferenceCommand PrepareStatement(std::string_view sql) const { return {m_database, sql}; }
 
@@ -61,15 +190,106 @@ public:
     bool Failed() const { return !Succeeded(); }
 
 private:
-    bool Fail(int code, const std::string& message) const;
-    bool CopyError(const ReferenceError& lower) const;
-    bool CheckOpen() const;
-    bool CheckName(const std::string& table) const;
-    bool Run(const std::string& sql);
-    bool TestForTable(const std::string& table) const;
-    std::string CellList(const DbTableRowValues& row);
-    bool OpenQuery(const std::string& sql) const;
-    void ReadRow(DbTableRowValues& row) const;
+    bool Fail(int code, const std::string& message) const
+    {
+        m_code = code;
+        m_message = message;
+        return false;
+    }
+
+    bool CopyError(const ReferenceError& lower) const
+    {
+        m_code = lower.GetLastError();
+        m_message = lower.GetLastErrorMsg();
+        return m_code == 0;
+    }
+
+    bool CheckOpen() const
+    {
+        m_code = 0;
+        return IsOpen() || Fail(111, "Database isn't open.");
+    }
+
+    bool CheckName(const std::string& table) const
+    {
+        m_code = 0;
+        return !table.empty() || Fail(112, "Missing table name.");
+    }
+
+    bool Run(const std::string& sql)
+    {
+        ReferenceCommand command(m_database);
+        return command.Execute(sql) || CopyError(command);
+    }
+
+    // An error of the step is not copied.
+    bool TestForTable(const std::string& table) const
+    {
+        ReferenceTable test(m_database);
+        return CheckName(table) && (test.Open(TableExistsQuery(table)) || CopyError(test)) && test.ReadNext();
+    }
+
+    // Empty names are left out before the first name, and kept after it.
+    static std::string ColumnList(const DbTableDataWrite& data)
+    {
+        std::string list;
+        for (const std::string& name : data.columns) {
+            list += (list.empty() ? "" : ",") + name;
+        }
+        return list.empty() ? "" : " (" + list + ")";
+    }
+
+    // The literals of the row up to the first invalid cell, which leaves its error.
+    std::string CellList(const DbTableRowValues& row)
+    {
+        std::string list;
+        for (std::size_t position = 0; position < row.cells.size(); ++position) {
+            const std::string literal = ReferenceLiteral(row.cells[position]);
+            if (literal.empty()) {
+                std::ostringstream message;
+                message << "Invalid column value: (row | column)" << static_cast<int>(position) << '|'
+                        << row.cells[position].column;
+                Fail(112, message.str());
+                break;
+            }
+            list += literal;
+            list += position + 1 < row.cells.size() ? "," : "";
+        }
+        return list;
+    }
+
+    bool OpenQuery(const std::string& sql) const
+    {
+        m_table.Close();
+        return CheckOpen() && (!sql.empty() || Fail(112, "Missing query SQL statement.")) &&
+               (m_table.Open(sql) || CopyError(m_table));
+    }
+
+    static DbTableColumnValue CellOf(const ReferenceValue& value, int position)
+    {
+        const auto column = static_cast<std::uint32_t>(position);
+        switch (value.GetValueType()) {
+        case SQLITE_INTEGER:
+            return {DbTableColumnType::Integer, column, value.GetValue<int>()};
+        case SQLITE_FLOAT:
+            return {DbTableColumnType::Real, column, value.GetValue<double>()};
+        case SQLITE_TEXT:
+            return {DbTableColumnType::Text, column, value.GetValue<std::string>()};
+        case SQLITE_BLOB:
+            return {DbTableColumnType::Blob, column, value.GetValue<std::vector<char>>()};
+        default:
+            return {DbTableColumnType::None, column, std::string()};
+        }
+    }
+
+    // While the code of an earlier failure is set, no cell counts as converted.
+    void ReadRow(DbTableRowValues& row) const
+    {
+        row.cells.clear();
+        for (int column = 0; m_code == 0 && column < m_table.Columns(); ++column) {
+            row.cells.push_back(CellOf(m_table[column], column));
+        }
+    }
 
     // The reads are constant and change the error and the cursor, as in DatabaseApi.
     mutable int m_code = 0;

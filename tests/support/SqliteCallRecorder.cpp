@@ -1,14 +1,14 @@
 #include "support/SqliteCallRecorder.h"
 
-#include <dlfcn.h>
-#include <sqlite3.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <type_traits>
+
+#include <dlfcn.h>
+#include <sqlite3.h>
 
 namespace Morvik::sql::tests {
 
@@ -43,12 +43,9 @@ struct State {
 thread_local State state;
 thread_local int depth = 0;
 
-class Nested {
-public:
+struct Nested {
     Nested() { ++depth; }
     ~Nested() { --depth; }
-    Nested(const Nested&) = delete;
-    Nested& operator=(const Nested&) = delete;
 };
 
 template <typename Function>
@@ -167,12 +164,8 @@ const std::vector<std::string>& SqliteCallRecorder::Calls() const
 
 std::vector<std::string> SqliteCallRecorder::CallsOf(const std::string& function) const
 {
-    std::vector<std::string> calls;
-    for (const std::string& call : state.calls) {
-        if (call.starts_with(function + "(")) {
-            calls.push_back(call);
-        }
-    }
+    std::vector<std::string> calls = state.calls;
+    std::erase_if(calls, [&](const std::string& call) { return !call.starts_with(function + "("); });
     return calls;
 }
 

@@ -84,9 +84,8 @@ const std::string Insertion = "INSERT INTO t VALUES (4)";
 Step Open(const std::string& name, bool readOnly)
 {
     return [=](SituationFacade& facade) {
-        facade.database.CloseDatabase();
-        return On([&](DatabaseApi& database) { return database.OpenDatabase(facade.directory.File(name), readOnly); })(
-            facade);
+        facade.Reopen(facade.directory.File(name), readOnly);
+        return facade.database.IsOpen() ? Succeeded : ErrorOf(facade.database);
     };
 }
 
