@@ -107,10 +107,11 @@ def times_spread(figures):
     spreads = []
     for job, contenders in figures.times.items():
         if int(job.split("/")[1]) <= SIZES[-1] and not job.startswith(("batch", "columns", "open")):
-            spreads += [max(s.high - s.median, s.median - s.low) / s.median for s in map(Spread.of, contenders.values())]
+            for s in map(Spread.of, contenders.values()):
+                spreads.append(max(s.high - s.median, s.median - s.low) / s.median)
     near = sum(spread <= 0.05 for spread in spreads)
-    return (f"The quartiles of {near} of {len(spreads)} times are at most 5 % from the median, and those of all at most "
-            f"{math.ceil(100 * max(spreads))} %.")
+    return (f"The quartiles of {near} of {len(spreads)} times are at most 5 % from the median, and those of all at "
+            f"most {math.ceil(100 * max(spreads))} %.")
 
 
 def peak_rows(figures):
@@ -173,7 +174,8 @@ def flatness(figures):
         c = figures.per_row(job, LARGEST, FLOOR).median / figures.per_row(job, SIZES[0], FLOOR).median
         apart = ratio_large.low > ratio_small.high or ratio_large.high < ratio_small.low
         sentences.append(f"{title}: the cost per row changes by a factor of {large.median / small.median:.2f} "
-                         f"(C: {c:.2f}). The quartiles of the ratio to C {'do not overlap, so the ratio differs between the sizes' if apart else 'overlap'}.")
+                         f"(C: {c:.2f}). The quartiles of the ratio to C " +
+                         ("do not overlap, so the ratio differs between the sizes." if apart else "overlap."))
     return "\n".join(f"- {sentence[0].upper()}{sentence[1:]}" for sentence in sentences)
 
 
@@ -256,7 +258,8 @@ def main():
               "ratios": markdown([header, *(t.cells() for t in table)]),
               "met": verdicts.count("yes"), "undecided": verdicts.count("not decided"), "missed": verdicts.count("no"),
               "writing": markdown(writing_rows(figures)), "reading": markdown(reading_rows(figures)),
-              "times_spread": times_spread(figures), "peaks": markdown(peak_rows(figures)), "instructions": markdown(instruction_rows(figures)),
+              "times_spread": times_spread(figures), "peaks": markdown(peak_rows(figures)),
+              "instructions": markdown(instruction_rows(figures)),
               "references": markdown(reference_rows(figures)), "functions": function_tables(figures),
               **{f"{machine}_counter": figures.counts[machine]["machine"] for machine in MACHINES},
               "growth": markdown(growth_rows(figures)), "flatness": flatness(figures),
