@@ -1,7 +1,7 @@
 #include <sql/SqlCommand.h>
 
+#include <functional>
 #include <limits>
-#include <new>
 #include <string_view>
 
 #include "support/OpenConnection.h"
@@ -33,33 +33,29 @@ protected:
     }
 };
 
-TEST_F(SqlCommandColumnTest, NoRowIsAvailableBeforeTheFirstStep)
-{
-    ExpectNoRow();
-    command.Prepare("SELECT 12, NULL");
-    ExpectNoRow();
-}
-
 TEST_F(SqlCommandColumnTest, OnlyAStepMakesARowAvailable)
 {
     const struct {
         const char* name;
-        void (*run)(SqlCommand& command);
+        std::function<void()> run;
         std::optional<int> next; // what the step after the operation reads
-    } endings[] = {{"the end", [](SqlCommand& ended) { ended.Step(); }, 12},
-                   {"Reset", [](SqlCommand& ended) { ended.Reset(); }, 12},
-                   {"a bind", [](SqlCommand& ended) { ended.BindInteger(1, 1); }, std::nullopt},
-                   {"ClearBindings", [](SqlCommand& ended) { ended.ClearBindings(); }, std::nullopt},
-                   {"Execute", [](SqlCommand& ended) { ended.Execute("SELECT 1"); }, std::nullopt},
-                   {"Finalize", [](SqlCommand& ended) { ended.Finalize(); }, std::nullopt}};
-    for (const auto& ending : endings) {
-        SCOPED_TRACE(ending.name);
-        StepTo("SELECT 12, ?");
+    } endings[] = {{"the end", [&] { command.Step(); }, 12},
+                   {"Reset", [&] { command.Reset(); }, 12},
+                   {"a bind", [&] { command.BindInteger(1, 1); }, std::nullopt},
+                   {"ClearBindings", [&] { command.ClearBindings(); }, std::nullopt},
+                   {"Execute", [&] { command.Execute("SELECT 1"); }, std::nullopt},
+                   {"Finalize", [&] { command.Finalize(); }, std::nullopt}};
+    ExpectNoRow();
+    for (const auto& [name, run, next] : endings) {
+        SCOPED_TRACE(name);
+        command.Prepare("SELECT 12, ?");
+        ExpectNoRow();
+        command.Step();
 
-        ending.run(command);
+        run();
 
         ExpectNoRow();
-        EXPECT_EQ(NextInteger(command), ending.next);
+        EXPECT_EQ(NextInteger(command), next);
         command.Finalize();
     }
 }
@@ -78,7 +74,7 @@ TEST_F(SqlCommandColumnTest, NoRowIsAvailableWhenFinalizeReturnsARow)
     ExpectNoRow();
 }
 
-TEST_F(SqlCommandColumnTest, ReadsMakeTheirCallsAndLeaveTheRecord)
+TEST_F(SqlCommandColumnTest, ReadsMakeTheirCallsAndLeaveTheError)
 {
     StepTo("SELECT 10, 11, 12, 13, 'ab', x'0102'");
     const SqliteCallRecorder sqlite;
@@ -102,60 +98,33 @@ TEST_F(SqlCommandColumnTest, OnlyNullIsNull)
 {
     StepTo("SELECT NULL, 0, 0.0, '', x''");
 
-    EXPECT_TRUE(command.ColumnIsNull(0));
-    for (int column = 1; column < 5; ++column) {
-        EXPECT_FALSE(command.ColumnIsNull(column)) << column;
+    for (int column = 0; column <= 5; ++column) { // SQLite returns NULL for a column that does not exist
+        EXPECT_EQ(command.ColumnIsNull(column), column == 0 || column == 5) << column;
     }
-    EXPECT_TRUE(command.ColumnIsNull(5)) << "SQLite returns NULL for a column that does not exist";
-    EXPECT_THAT(command, HasError(SQLITE_ROW, ""));
 }
 
 TEST_F(SqlCommandColumnTest, NumbersKeepTheirWidth)
 {
-    StepTo("SELECT -2147483648, 2147483647, 5000000000, 9007199254740993, -9223372036854775807 - 1, "
-           "0.5, -1048576.125, 9e999");
+    StepTo("SELECT 5000000000, -9223372036854775807 - 1, -1048576.125, 9e999");
 
-    EXPECT_EQ(command.ColumnInt(0), std::numeric_limits<int>::min());
-    EXPECT_EQ(command.ColumnInt(1), std::numeric_limits<int>::max());
-    EXPECT_EQ(command.ColumnInt(2), 705032704) << "the low 32 bits";
-    EXPECT_EQ(command.ColumnInt64(2), 5000000000);
-    EXPECT_EQ(command.ColumnInt64(3), 9007199254740993);
-    EXPECT_EQ(command.ColumnInt64(4), std::numeric_limits<long long>::min());
-    EXPECT_EQ(command.ColumnDouble(5), 0.5);
-    EXPECT_EQ(command.ColumnDouble(6), -1048576.125);
-    EXPECT_EQ(command.ColumnDouble(7), std::numeric_limits<double>::infinity());
+    EXPECT_EQ(command.ColumnInt(0), 705032704) << "the low 32 bits";
+    EXPECT_EQ(command.ColumnInt64(0), 5000000000);
+    EXPECT_EQ(command.ColumnInt64(1), std::numeric_limits<long long>::min());
+    EXPECT_EQ(command.ColumnDouble(2), -1048576.125);
+    EXPECT_EQ(command.ColumnDouble(3), std::numeric_limits<double>::infinity());
 }
 
-TEST_F(SqlCommandColumnTest, SqliteConvertsBetweenStorageClasses)
+TEST_F(SqlCommandColumnTest, TextAndBlobHaveExactlyTheirBytes)
 {
-    StepTo("SELECT '12abc', 1.5, NULL, x'3132', 12");
-
-    EXPECT_EQ(command.ColumnInt(0), 12);
-    EXPECT_EQ(command.ColumnInt64(1), 1);
-    EXPECT_EQ(command.ColumnDouble(2), 0.0);
-    EXPECT_EQ(command.ColumnText(3), "12");
-    EXPECT_EQ(command.ColumnText(4), "12");
-    EXPECT_EQ(command.ColumnText(1), "1.5");
-}
-
-TEST_F(SqlCommandColumnTest, TextHasExactlyItsBytes)
-{
-    StepTo("SELECT 'a' || char(0) || 'b', 'it''s', CAST(x'FF80' AS TEXT), char(0)");
+    StepTo("SELECT 'a' || char(0) || 'b', 'it''s', CAST(x'FF80' AS TEXT), char(0), x'00FF00', 'ab'");
 
     EXPECT_EQ(command.ColumnText(0), "a\0b"sv);
     EXPECT_EQ(command.ColumnText(1), "it's");
     EXPECT_EQ(command.ColumnText(2), "\xFF\x80");
     EXPECT_EQ(command.ColumnText(3), "\0"sv);
-}
-
-TEST_F(SqlCommandColumnTest, BlobIsAViewOfSqlitesBytes)
-{
-    StepTo("SELECT x'00FF00', 'ab', x'07'");
-
-    EXPECT_THAT(command.ColumnBlob(0), ElementsAre(0x00, 0xFF, 0x00));
-    EXPECT_EQ(command.ColumnBlob(0).data(), sqlite3_column_blob(sqlite3_next_stmt(Handle(), nullptr), 0));
-    EXPECT_THAT(command.ColumnBlob(1), ElementsAre('a', 'b'));
-    EXPECT_THAT(command.ColumnBlob(2), ElementsAre(0x07));
+    EXPECT_THAT(command.ColumnBlob(4), ElementsAre(0x00, 0xFF, 0x00));
+    EXPECT_EQ(command.ColumnBlob(4).data(), sqlite3_column_blob(sqlite3_next_stmt(Handle(), nullptr), 4));
+    EXPECT_THAT(command.ColumnBlob(5), ElementsAre('a', 'b'));
 }
 
 TEST_F(SqlCommandColumnTest, EmptyValuesAndNullHaveNoBytes)
@@ -181,21 +150,6 @@ TEST_F(SqlCommandColumnTest, TextOfAUtf16DatabaseIsReadAsUtf8)
 
     EXPECT_THAT(command.ColumnBlob(0), ElementsAre('a', 'b', 'c'));
     EXPECT_EQ(command.ColumnText(1), "abc");
-}
-
-TEST_F(SqlCommandColumnTest, BytesThatSqliteCannotReturnAreOutOfMemory)
-{
-    StepTo("SELECT 'ab', x'0102'");
-    SqliteCallRecorder sqlite;
-
-    sqlite.ReplaceNextResult("sqlite3_column_text", 0, false);
-    EXPECT_THROW(command.ColumnText(0), std::bad_alloc);
-    sqlite.ReplaceNextResult("sqlite3_column_blob", 0, false);
-    EXPECT_THROW(command.ColumnBlob(1), std::bad_alloc);
-
-    EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(command, HasError(SQLITE_ROW, ""));
-    EXPECT_EQ(command.ColumnText(0), "ab");
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include <string>
+#include <utility>
 
 #include "api/FacadeTest.h"
 #include "support/DoubleQuotedTexts.h"
@@ -8,7 +9,6 @@ namespace Morvik::sql::tests {
 namespace {
 
 using testing::ElementsAre;
-using testing::StartsWith;
 
 // Text and blob cells are written between double quotation marks. A SQLite that was built with SQLITE_DQS=0, as its
 // developers recommend, rejects them. An application can enable them for every connection that it opens.
@@ -24,9 +24,9 @@ protected:
 
     bool Write(const DbTableColumnValue& cell) { return database.WriteTableValues("room", {{"name"}, {{{cell}}}}); }
 
-    bool Update(const DbTableColumnValue& cell)
+    bool Update(const std::string& column, const DbTableColumnValue& cell)
     {
-        return database.UpdateTableValues("room", {{"name"}, {{{cell}}}}, "");
+        return database.UpdateTableValues("room", {{column}, {{{cell}}}}, "");
     }
 
     std::vector<std::vector<std::string>> Stored()
@@ -36,14 +36,6 @@ protected:
         return CellTexts(data);
     }
 
-    // Versions of SQLite word the message differently.
-    static auto UnknownColumn(const std::string& name)
-    {
-        const RawFailure failure = FailureOfExec(RawSqlite(":memory:").Handle(), "SELECT \"" + name + '"');
-        EXPECT_THAT(failure.message, StartsWith("no such column: "));
-        return HasError(1, failure.message);
-    }
-
     const DoubleQuotedTexts rejected{false};
     DatabaseApi database;
 };
@@ -51,15 +43,16 @@ protected:
 TEST_F(DatabaseApiDoubleQuotedTextsTest, RejectedTextsAreAnUnknownColumnAndChangeNothing)
 {
     Open();
+    for (const auto& [name, cell] :
+         {std::pair("kitchen", TextCell("kitchen")), std::pair("", TextCell("")), std::pair("ab", BlobCell("ab"))}) {
+        const RawFailure unknown = FailureOfExec(RawSqlite(":memory:").Handle(), std::string("SELECT \"") + name + '"');
 
-    EXPECT_FALSE(Write(TextCell("kitchen")));
-    EXPECT_THAT(database, UnknownColumn("kitchen"));
-    EXPECT_FALSE(Write(TextCell("")));
-    EXPECT_THAT(database, UnknownColumn(""));
-    EXPECT_FALSE(Write(BlobCell("ab")));
-    EXPECT_THAT(database, UnknownColumn("ab"));
-    EXPECT_FALSE(Update(TextCell("kitchen")));
-    EXPECT_THAT(database, UnknownColumn("kitchen"));
+        EXPECT_FALSE(Write(cell));
+        EXPECT_THAT(database, HasErrorOf(unknown));
+        EXPECT_FALSE(Update("name", cell));
+        EXPECT_THAT(database, HasErrorOf(unknown));
+        EXPECT_THAT(unknown.message, testing::StartsWith("no such column: "));
+    }
 
     EXPECT_THAT(Stored(), ElementsAre(ElementsAre("0:Text string(hall)", "1:Integer int(1)")));
 }
@@ -68,7 +61,7 @@ TEST_F(DatabaseApiDoubleQuotedTextsTest, NumbersAndBoundTextsDoNotNeedThem)
 {
     Open();
 
-    EXPECT_TRUE(database.UpdateTableValues("room", {{"n"}, {{{IntegerCell(2)}}}}, ""));
+    EXPECT_TRUE(Update("n", IntegerCell(2)));
     SqlCommand update = database.PrepareStatement("UPDATE room SET name = ?");
     EXPECT_TRUE(update.BindText(1, "kitchen") && update.Step());
 
@@ -80,7 +73,7 @@ TEST_F(DatabaseApiDoubleQuotedTextsTest, ApplicationCanSwitchThemOn)
     const DoubleQuotedTexts accepted(true);
     Open();
 
-    EXPECT_TRUE(Update(TextCell("kitchen")));
+    EXPECT_TRUE(Update("name", TextCell("kitchen")));
     EXPECT_TRUE(Write(TextCell("attic")));
 
     EXPECT_THAT(Stored(), ElementsAre(ElementsAre("0:Text string(kitchen)", "1:Integer int(1)"),

@@ -1,9 +1,8 @@
-#include <sqlite3.h>
-
 #include <functional>
-#include <ostream>
 #include <string>
 #include <vector>
+
+#include <sqlite3.h>
 
 #include "api/FacadeTest.h"
 #include "support/SqliteCallRecorder.h"
@@ -18,19 +17,14 @@ using testing::IsEmpty;
 // The rules for the error and the walk that hold for every operation of the facade.
 
 const DbTableDataWrite One{{"a"}, {{{IntegerCell(1)}}}};
-const std::vector<DbTableColumnDefinition> Columns{{"a"}};
+const DbTableDefinition TableT{"t", {{"a"}}, {}};
 
-struct Call {
+struct FacadeCall {
     const char* name;
     std::function<bool(DatabaseApi&)> run;
-
-    friend void PrintTo(const Call& call, std::ostream* stream) { *stream << call.name; }
 };
 
-std::string NameOf(const testing::TestParamInfo<Call>& call)
-{
-    return call.param.name;
-}
+using FacadeCalls = std::vector<FacadeCall>;
 
 /// Whether ExistsTable() succeeds and returns this answer.
 bool Exists(DatabaseApi& database, const std::string& table, bool answer)
@@ -45,159 +39,129 @@ bool HasCount(DatabaseApi& database, const std::string& table, int count)
     return database.ExistData(table, "", result) == count && result == 0;
 }
 
-class FacadeSuccessTest : public FacadeTest, public testing::WithParamInterface<Call> {};
-
-TEST_P(FacadeSuccessTest, ResetsTheCodeAndKeepsTheEarlierMessage)
+bool Reads(DatabaseApi& database, const std::string& sql)
 {
-    FailWithMissingCommand();
-
-    EXPECT_TRUE(GetParam().run(database));
-
-    EXPECT_THAT(database, HasError(0, "Missing command."));
-    EXPECT_TRUE(database.Succeeded());
+    DbTableData data;
+    return database.ReadValues(sql, data);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Operations, FacadeSuccessTest,
-    testing::Values(
-        Call{"CreateTable",
-             [](auto& database) {
-                 return database.CreateTable({"made", Columns, {}});
-             }},
-        Call{"ExistsTable", [](auto& database) { return Exists(database, "t", true); }},
-        Call{"ExistsTableAbsent", [](auto& database) { return Exists(database, "absent", false); }},
-        Call{"DropTable", [](auto& database) { return database.DropTable("t"); }},
-        Call{"DropTableAbsent", [](auto& database) { return database.DropTable("absent"); }},
-        Call{"AlterTable", [](auto& database) { return database.AlterTable("t", "renamed"); }},
-        Call{"ExistData", [](auto& database) { return HasCount(database, "t", 3); }},
-        Call{"Execute", [](auto& database) { return database.Execute("CREATE TABLE made (a)"); }},
-        Call{"WriteTableValues", [](auto& database) { return database.WriteTableValues("t", One); }},
-        Call{"UpdateTableValues", [](auto& database) { return database.UpdateTableValues("t", One, ""); }},
-        Call{"SqlQueryBegin", [](auto& database) { return database.SqlQueryBegin("SELECT 1"); }},
-        Call{"CloseReadTable", [](auto& database) { return database.CloseReadTable(); }},
-        Call{"CloseDatabase", [](auto& database) { return database.CloseDatabase(); }},
-        Call{"CloseDatabaseTwice", [](auto& database) { return database.CloseDatabase() && database.CloseDatabase(); }},
-        Call{"OpenDatabase",
-             [](auto& database) { return database.CloseDatabase() && database.OpenDatabase(":memory:", false); }}),
-    NameOf);
+const FacadeCalls SuccessesBesideAWalk{
+    {"CreateTable", [](auto& database) { return database.CreateTable(TableT); }},
+    {"ExistsTable", [](auto& database) { return Exists(database, "t", true); }},
+    {"ExistsTable of an absent table", [](auto& database) { return Exists(database, "absent", false); }},
+    {"DropTable of an absent table", [](auto& database) { return database.DropTable("absent"); }},
+    {"ExistData of an absent table", [](auto& database) { return HasCount(database, "absent", 0); }},
+    {"Execute", [](auto& database) { return database.Execute("SELECT 1"); }},
+    {"WriteTableValues", [](auto& database) { return database.WriteTableValues("other", One); }},
+    {"UpdateTableValues", [](auto& database) { return database.UpdateTableValues("t", One, "WHERE a=1"); }}};
 
-class FacadeWalkTest : public FacadeTest, public testing::WithParamInterface<Call> {};
+const FacadeCalls OtherSuccesses{
+    {"ExistData", [](auto& database) { return HasCount(database, "t", 3); }},
+    {"AlterTable", [](auto& database) { return database.AlterTable("t", "renamed"); }},
+    {"DropTable", [](auto& database) { return database.DropTable("renamed"); }},
+    {"SqlQueryBegin", [](auto& database) { return database.SqlQueryBegin("SELECT 1"); }},
+    {"CloseReadTable", [](auto& database) { return database.CloseReadTable(); }},
+    {"CloseDatabase", [](auto& database) { return database.CloseDatabase(); }},
+    {"CloseDatabase again", [](auto& database) { return database.CloseDatabase(); }},
+    {"OpenDatabase", [](auto& database) { return database.OpenDatabase(":memory:", false); }}};
 
-TEST_P(FacadeWalkTest, StaysOnItsRowDuringTheOperation)
+const FacadeCalls FailuresBesideAWalk{
+    {"CreateTable", [](auto& database) { return database.CreateTable({}); }},
+    {"AlterTable", [](auto& database) { return database.AlterTable("absent", "x"); }},
+    {"Execute", [](auto& database) { return database.Execute("nonsense"); }},
+    {"WriteTableValues", [](auto& database) { return database.WriteTableValues("absent", One); }},
+    {"PrepareStatement", [](auto& database) { return database.PrepareStatement("nonsense").Step(); }},
+    {"CloseDatabase", [](auto& database) { return database.CloseDatabase(); }}};
+
+using DatabaseApiErrorTest = FacadeTest;
+
+TEST_F(DatabaseApiErrorTest, SuccessResetsTheCodeAndKeepsTheMessage)
 {
-    BeginWalk();
+    for (const FacadeCalls& calls : {SuccessesBesideAWalk, OtherSuccesses}) {
+        for (const auto& [name, run] : calls) {
+            SCOPED_TRACE(name);
+            FailWithMissingCommand();
 
-    EXPECT_TRUE(GetParam().run(database));
+            EXPECT_TRUE(run(database));
 
-    ASSERT_TRUE(database.Execute("SELECT 0")) << "a failure would end the walk";
-    EXPECT_THAT(NextRow(), ElementsAre("0:Integer int(2)"));
+            EXPECT_THAT(database, HasError(0, "Missing command."));
+            EXPECT_TRUE(database.Succeeded());
+        }
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Operations, FacadeWalkTest,
-    testing::Values(
-        Call{"CreateTable",
-             [](auto& database) {
-                 return database.CreateTable({"t", Columns, {}});
-             }},
-        Call{"CreateTableFailed", [](auto& database) { return !database.CreateTable({}); }},
-        Call{"ExistsTable", [](auto& database) { return Exists(database, "t", true); }},
-        Call{"ExistsTableAbsent", [](auto& database) { return Exists(database, "absent", false); }},
-        Call{"DropTableAbsent", [](auto& database) { return database.DropTable("absent"); }},
-        Call{"AlterTableFailed", [](auto& database) { return !database.AlterTable("absent", "x"); }},
-        Call{"ExistDataAbsent", [](auto& database) { return HasCount(database, "absent", 0); }},
-        Call{"ExecuteFailed", [](auto& database) { return !database.Execute("nonsense"); }},
-        Call{"WriteTableValues", [](auto& database) { return database.WriteTableValues("other", One); }},
-        Call{"WriteTableValuesFailed", [](auto& database) { return !database.WriteTableValues("absent", One); }},
-        Call{"UpdateTableValues", [](auto& database) { return database.UpdateTableValues("t", One, "WHERE a=1"); }},
-        Call{"PrepareStatement", [](auto& database) { return database.PrepareStatement("SELECT 1").Step(); }},
-        Call{"SecondOpen", [](auto& database) { return database.OpenDatabase(":memory:", true); }},
-        Call{"CloseDatabaseFailed", [](auto& database) { return !database.CloseDatabase(); }}),
-    NameOf);
-
-class ClosedDatabaseApiTest : public testing::TestWithParam<Call> {};
-
-TEST_P(ClosedDatabaseApiTest, IsFoundFirst)
+TEST_F(DatabaseApiErrorTest, WalkStaysOnItsRowDuringOtherOperations)
 {
+    for (const bool succeeds : {true, false}) {
+        for (const auto& [name, run] : succeeds ? SuccessesBesideAWalk : FailuresBesideAWalk) {
+            SCOPED_TRACE(name);
+            BeginWalk();
+
+            EXPECT_EQ(run(database), succeeds);
+
+            ASSERT_TRUE(database.Execute("SELECT 0")) << "a failure would end the walk";
+            EXPECT_THAT(NextRow(), ElementsAre("0:Integer int(2)"));
+        }
+    }
+}
+
+TEST_F(DatabaseApiErrorTest, ClosedDatabaseIsFoundFirst)
+{
+    const FacadeCalls checked{
+        {"CreateTable", [](auto& closed) { return closed.CreateTable(TableT); }},
+        {"CreateTable without a name", [](auto& closed) { return closed.CreateTable({}); }},
+        {"DropTable without a name", [](auto& closed) { return closed.DropTable(""); }},
+        {"DropTable with an apostrophe", [](auto& closed) { return closed.DropTable("it's"); }},
+        {"AlterTable without a name", [](auto& closed) { return closed.AlterTable("", ""); }},
+        {"AlterTable with an apostrophe", [](auto& closed) { return closed.AlterTable("it's", ""); }},
+        {"SqlQueryBegin without a text", [](auto& closed) { return closed.SqlQueryBegin(""); }},
+        {"ReadValues without a text", [](auto& closed) { return Reads(closed, ""); }},
+        {"ReadValues", [](auto& closed) { return Reads(closed, "SELECT 1"); }}};
     DatabaseApi neverOpened;
-    DatabaseApi closedAgain;
-    ASSERT_TRUE(closedAgain.OpenDatabase(":memory:", false) && closedAgain.CloseDatabase());
+    ASSERT_TRUE(database.CloseDatabase());
     const SqliteCallRecorder sqlite;
 
-    for (DatabaseApi* const database : {&neverOpened, &closedAgain}) {
-        EXPECT_FALSE(GetParam().run(*database));
-        EXPECT_THAT(*database, HasError(111, "Database isn't open."));
+    for (const auto& [name, run] : checked) {
+        SCOPED_TRACE(name);
+        for (DatabaseApi* const closed : {&neverOpened, &database}) {
+            EXPECT_FALSE(run(*closed));
+            EXPECT_THAT(*closed, HasError(111, "Database isn't open."));
+        }
     }
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
-bool Reads(DatabaseApi& database, const std::string& sql)
-{
-    DbTableData data;
-    return database.ReadValues(sql, data) || !data.rows.empty();
-}
-
-bool ReadsTable(DatabaseApi& database, const std::string& table)
-{
-    DbTableData data;
-    return database.ReadTableValues(table, data) || !data.rows.empty();
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Operations, ClosedDatabaseApiTest,
-    testing::Values(Call{"CreateTable",
-                         [](auto& database) {
-                             return database.CreateTable({"t", Columns, {}});
-                         }},
-                    Call{"CreateTableWithoutAName", [](auto& database) { return database.CreateTable({}); }},
-                    Call{"DropTable", [](auto& database) { return database.DropTable("t"); }},
-                    Call{"DropTableWithoutAName", [](auto& database) { return database.DropTable(""); }},
-                    Call{"DropTableWithAnApostrophe", [](auto& database) { return database.DropTable("it's"); }},
-                    Call{"AlterTable", [](auto& database) { return database.AlterTable("t", "u"); }},
-                    Call{"AlterTableWithoutAName", [](auto& database) { return database.AlterTable("", ""); }},
-                    Call{"AlterTableWithAnApostrophe", [](auto& database) { return database.AlterTable("it's", ""); }},
-                    Call{"SqlQueryBegin", [](auto& database) { return database.SqlQueryBegin("SELECT 1"); }},
-                    Call{"SqlQueryBeginWithoutAText", [](auto& database) { return database.SqlQueryBegin(""); }},
-                    Call{"ReadValues", [](auto& database) { return Reads(database, "SELECT 1"); }},
-                    Call{"ReadValuesWithoutAText", [](auto& database) { return Reads(database, ""); }},
-                    Call{"ReadTableValues", [](auto& database) { return ReadsTable(database, "t"); }}),
-    NameOf);
-
-TEST(UncheckedDatabaseApiTest, OperationsReachSqliteWithoutAConnection)
+TEST(UncheckedDatabaseApiTest, ExecuteAndWritesReachSqliteWithoutAConnection)
 {
     const RawFailure failure = FailureOfExec(nullptr, "SELECT 1");
     ASSERT_EQ(failure.code, SQLITE_MISUSE);
-    DatabaseApi database;
+    DatabaseApi closed;
     const SqliteCallRecorder sqlite;
 
-    EXPECT_FALSE(database.Execute("SELECT 1") || database.WriteTableValues("t", One) ||
-                 database.UpdateTableValues("t", One, ""));
+    EXPECT_FALSE(closed.Execute("SELECT 1") || closed.WriteTableValues("t", One) ||
+                 closed.UpdateTableValues("t", One, ""));
 
-    EXPECT_THAT(database, HasErrorOf(failure));
+    EXPECT_THAT(closed, HasErrorOf(failure));
     EXPECT_THAT(sqlite.Executed(), ElementsAre("SELECT 1", "INSERT INTO t (a) VALUES (1)", "UPDATE t SET (a)=(1) "));
 }
 
-TEST(UncheckedDatabaseApiTest, MissingNameOrQueryIsFoundFirst)
+TEST(UncheckedDatabaseApiTest, MissingNameIsFoundBeforeMissingColumnsAndInvalidCells)
 {
     const DbTableDataWrite invalid{{"a", "", "b"}, {{{InvalidCell()}}}};
-    DatabaseApi database;
-    DbTableRowValues row;
+    DatabaseApi closed;
     int result = 0;
     const SqliteCallRecorder sqlite;
 
-    EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasError(111, "Table isn't open."));
-    EXPECT_FALSE(database.ExistsTable("", result));
-    EXPECT_EQ(result, 112);
-    EXPECT_THAT(database, HasError(112, "Missing table name."));
-    EXPECT_FALSE(database.UpdateTableValues("t", {{}, invalid.rows}, "WHERE id=3"));
-    EXPECT_THAT(database, HasError(112, "Missing column names."));
-    EXPECT_FALSE(database.WriteTableValues("", invalid));
-    EXPECT_THAT(database, HasError(112, "Missing table name."));
-    EXPECT_FALSE(database.UpdateTableValues("t", {}, ""));
-    EXPECT_THAT(database, HasError(112, "Missing column names."));
-    EXPECT_FALSE(database.UpdateTableValues("", {}, ""));
-    EXPECT_THAT(database, HasError(112, "Missing table name."));
+    EXPECT_FALSE(closed.ExistsTable("", result));
+    EXPECT_THAT(closed, HasError(112, "Missing table name."));
+    EXPECT_FALSE(closed.UpdateTableValues("t", {{}, invalid.rows}, "WHERE id=3"));
+    EXPECT_THAT(closed, HasError(112, "Missing column names."));
+    EXPECT_FALSE(closed.WriteTableValues("", invalid));
+    EXPECT_THAT(closed, HasError(112, "Missing table name."));
+    EXPECT_FALSE(closed.UpdateTableValues("t", {}, ""));
+    EXPECT_THAT(closed, HasError(112, "Missing column names."));
+    EXPECT_FALSE(closed.UpdateTableValues("", {}, ""));
+    EXPECT_THAT(closed, HasError(112, "Missing table name."));
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 

@@ -1,11 +1,11 @@
 #include "api/DatabaseApiImpl.h"
 
-#include <gmock/gmock.h>
-
 #include <string>
 #include <tuple>
 #include <type_traits>
 #include <vector>
+
+#include <gmock/gmock.h>
 
 #include "support/Cells.h"
 #include "support/SqliteCallRecorder.h"
@@ -78,34 +78,6 @@ TEST_F(DatabaseApiImplTest, CellIsConvertedAfterAnEarlierFailure)
 
     ExpectError(5, "");
     EXPECT_EQ(CellText(cell), "1:Integer int(2)");
-}
-
-TEST_F(DatabaseApiImplTest, CellOfTheSameAlternativeIsUsedAgain)
-{
-    using Type = DbTableColumnType;
-    const std::string large(10000, 'x');
-    const std::vector<char> largeBytes(10000, 'x');
-    DbTableRowValues row{{{Type::None, 9, 1},
-                          {Type::None, 9, 2.0},
-                          {Type::None, 9, std::string("old")},
-                          {Type::None, 9, std::string("old")},
-                          {Type::None, 9, large},
-                          {Type::None, 9, std::vector<char>{'x'}},
-                          {Type::None, 9, largeBytes},
-                          {Type::Text, 9, std::string("old")},
-                          {Type::Text, 9, large}}};
-    ASSERT_TRUE(implementation.OpenCursor("SELECT 7, 1.5, 'b', 'more than sixteen bytes', 'c', X'41', X'42', NULL, "
-                                          "NULL"));
-    ASSERT_TRUE(implementation.table.ReadNext());
-
-    for (unsigned int column = 0; column < row.cells.size(); ++column) {
-        EXPECT_TRUE(implementation.GetColumnData(implementation.table, row.cells[column], column));
-    }
-
-    EXPECT_THAT(CellTexts(row),
-                testing::ElementsAre("0:Integer int(7)", "1:Real double(1.5)", "2:Text string(b)",
-                                     "3:Text string(more than sixteen bytes)", "4:Text string(c)", "5:Blob bytes(41)",
-                                     "6:Blob bytes(42)", "7:None string()", "8:None string()"));
 }
 
 } // namespace

@@ -1,8 +1,3 @@
-#include <gmock/gmock.h>
-
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdlib>
 #include <fstream>
@@ -13,6 +8,10 @@
 #include <utility>
 #include <variant>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include "support/AddressSanitizer.h"
 #include "support/Cells.h"

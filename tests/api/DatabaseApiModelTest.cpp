@@ -1,6 +1,8 @@
-#include <gtest/gtest.h>
-
+#include <cstdint>
 #include <cstdlib>
+#include <string>
+
+#include <gtest/gtest.h>
 
 #include "support/FacadeOperations.h"
 #include "support/TemporaryDirectory.h"

@@ -1,10 +1,11 @@
 #include <sql/DatabaseApi.h>
 
-#include <sqlite3.h>
-
 #include <filesystem>
 #include <optional>
+#include <string_view>
 #include <type_traits>
+
+#include <sqlite3.h>
 
 #include "api/FacadeTest.h"
 #include "support/SqliteCallRecorder.h"
@@ -56,73 +57,25 @@ TEST(DatabaseApiTest, OpensDatabasesInTurnWithOneCallEach)
                             "sqlite3_open_v2(" + second + ", 6, null)",
                             "sqlite3_exec(handle, CREATE TABLE t (a), null, null)", "sqlite3_close(handle)",
                             "sqlite3_open_v2(" + first + ", 1, null)", "sqlite3_close(handle)"));
-    EXPECT_EQ(RawSqlite(second).Value("SELECT name FROM sqlite_master"), "'t'");
 }
-
-using OpenDatabaseApiTest = FacadeTest;
-
-TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheDatabaseAndCopiesItsMessage)
-{
-    FailWithMissingCommand();
-    const SqliteCallRecorder sqlite;
-
-    EXPECT_TRUE(database.OpenDatabase(directory.File("missing/other.db"), false));
-
-    EXPECT_THAT(database, HasError(0, ""));
-    EXPECT_TRUE(database.IsOpen());
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_FALSE(std::filesystem::exists(directory.File("missing")));
-    EXPECT_TRUE(database.Execute("CREATE TABLE here (a)"));
-    EXPECT_EQ(RawRows("SELECT * FROM pragma_table_info('here')").size(), 1U);
-}
-
-class DatabaseApiStrictSuccessTest : public testing::TestWithParam<int> {};
 
 // A facade's code becomes 100 or 101 without a failure in only one way: OpenDatabase() repeats the code of its
 // connection.
-TEST_P(DatabaseApiStrictSuccessTest, RowAndDoneAreNoSuccesses)
+TEST(DatabaseApiTest, RowAndDoneAreNoSuccesses)
 {
-    DatabaseApi database;
-    SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult("sqlite3_open_v2", GetParam(), true);
-    ASSERT_TRUE(database.OpenDatabase(":memory:", false));
-    ASSERT_FALSE(sqlite.Pending());
+    for (const int code : {SQLITE_ROW, SQLITE_DONE}) {
+        DatabaseApi database;
+        SqliteCallRecorder sqlite;
+        sqlite.ReplaceNextResult("sqlite3_open_v2", code, true);
+        ASSERT_TRUE(database.OpenDatabase(":memory:", false));
+        ASSERT_FALSE(sqlite.Pending());
 
-    EXPECT_FALSE(database.OpenDatabase(":memory:", false));
+        EXPECT_FALSE(database.OpenDatabase(":memory:", false));
 
-    EXPECT_THAT(database, HasError(GetParam(), ""));
-    EXPECT_FALSE(database.Succeeded());
-    EXPECT_TRUE(database.Failed());
-}
-
-INSTANTIATE_TEST_SUITE_P(Codes, DatabaseApiStrictSuccessTest, testing::Values(SQLITE_ROW, SQLITE_DONE),
-                         [](const auto& code) { return code.param == SQLITE_ROW ? "Row" : "Done"; });
-
-TEST_F(OpenDatabaseApiTest, CloseFailsWhileAnyStatementIsHeld)
-{
-    const RawFailure busy = FailureOfCloseWithAStatement();
-    BeginWalk();
-    {
-        const SqliteCallRecorder sqlite;
-        EXPECT_FALSE(database.CloseDatabase());
-        EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)", "sqlite3_errmsg(handle)"));
+        EXPECT_THAT(database, HasError(code, ""));
+        EXPECT_FALSE(database.Succeeded());
+        EXPECT_TRUE(database.Failed());
     }
-    EXPECT_EQ(busy.code, SQLITE_BUSY);
-    EXPECT_THAT(database, HasErrorOf(busy));
-    EXPECT_TRUE(database.IsOpen());
-
-    ASSERT_TRUE(database.ReadValues("SELECT a FROM t", data));
-    EXPECT_FALSE(database.CloseDatabase());
-    EXPECT_THAT(database, HasErrorOf(busy));
-    EXPECT_TRUE(database.CloseReadTable());
-    {
-        const SqlCommand command = database.PrepareStatement("SELECT 1");
-        EXPECT_FALSE(database.CloseDatabase());
-        EXPECT_THAT(database, HasErrorOf(busy));
-    }
-
-    EXPECT_TRUE(database.CloseDatabase());
-    EXPECT_FALSE(database.IsOpen());
 }
 
 TEST(DatabaseApiTest, DestructionFinalizesTheQueryBeforeItClosesTheDatabase)
@@ -136,6 +89,88 @@ TEST(DatabaseApiTest, DestructionFinalizesTheQueryBeforeItClosesTheDatabase)
     database.reset();
 
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)", "sqlite3_close(handle)"));
+}
+
+using OpenDatabaseApiTest = FacadeTest;
+
+TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheDatabaseAndCopiesItsError)
+{
+    FailWithMissingCommand();
+    const SqliteCallRecorder sqlite;
+
+    EXPECT_TRUE(database.OpenDatabase(directory.File("missing/other.db"), false));
+
+    EXPECT_THAT(database, HasError(0, ""));
+    EXPECT_TRUE(database.IsOpen());
+    EXPECT_THAT(sqlite.Calls(), IsEmpty());
+    EXPECT_FALSE(std::filesystem::exists(directory.File("missing")));
+}
+
+TEST_F(OpenDatabaseApiTest, CloseFailsUntilEveryStatementIsReleased)
+{
+    BeginWalk();
+    {
+        const SqliteCallRecorder sqlite;
+        EXPECT_FALSE(database.CloseDatabase());
+        EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)", "sqlite3_errmsg(handle)"));
+    }
+    EXPECT_THAT(database, HasError(SQLITE_BUSY, FailureOfCloseWithAStatement().message));
+    EXPECT_TRUE(database.IsOpen());
+
+    ASSERT_TRUE(database.ReadValues("SELECT a FROM t", data));
+    EXPECT_FALSE(database.CloseDatabase());
+    EXPECT_TRUE(database.CloseReadTable());
+    {
+        const SqlCommand command = database.PrepareStatement("SELECT 1");
+        EXPECT_FALSE(database.CloseDatabase());
+    }
+
+    EXPECT_TRUE(database.CloseDatabase());
+    EXPECT_FALSE(database.IsOpen());
+}
+
+TEST_F(OpenDatabaseApiTest, ExecuteRunsEveryStatementWithOneCallAndDiscardsRows)
+{
+    const std::string sql = "CREATE TABLE n (a); INSERT INTO n VALUES (1); SELECT * FROM n; INSERT INTO n VALUES (2);";
+    const SqliteCallRecorder sqlite;
+
+    EXPECT_TRUE(database.Execute(sql));
+
+    EXPECT_THAT(database, HasError(0, ""));
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_exec(handle, " + sql + ", null, null)"));
+    EXPECT_THAT(RawRows("SELECT a FROM n"), ElementsAre(ElementsAre("1"), ElementsAre("2")));
+}
+
+TEST_F(OpenDatabaseApiTest, ExecuteRejectsOnlyAnEmptyText)
+{
+    const SqliteCallRecorder sqlite;
+
+    FailWithMissingCommand();
+
+    EXPECT_TRUE(database.Failed());
+    EXPECT_THAT(sqlite.Calls(), IsEmpty());
+    EXPECT_TRUE(database.Execute(" "));
+}
+
+TEST_F(OpenDatabaseApiTest, PreparedStatementRunsOnTheFacadesConnection)
+{
+    SqlCommand insert = database.PrepareStatement("INSERT INTO t VALUES (?, ?)");
+
+    EXPECT_TRUE(insert.BindInteger(1, 7) && insert.BindText(2, "O'Brien") && insert.Step());
+
+    EXPECT_THAT(insert, HasError(101, ""));
+    EXPECT_THAT(RawRows("SELECT * FROM t WHERE a = 7"), ElementsAre(ElementsAre("7", "'O''Brien'")));
+}
+
+TEST_F(OpenDatabaseApiTest, PrepareStatementMakesOneCallAndKeepsTheFacadesError)
+{
+    FailWithMissingCommand();
+    const SqliteCallRecorder sqlite;
+
+    EXPECT_THAT(database.PrepareStatement(std::string_view("SELECT 12").substr(0, 8)), HasError(0, ""));
+
+    EXPECT_THAT(database, HasError(112, "Missing command."));
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_prepare_v2(handle, SELECT 1, 8)", "sqlite3_finalize(statement)"));
 }
 
 } // namespace

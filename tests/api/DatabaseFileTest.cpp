@@ -1,12 +1,12 @@
-#include <sqlite3.h>
-
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
+#include <stdexcept>
 #include <string>
 
+#include <sqlite3.h>
+
 #include "api/FacadeTest.h"
-#include "support/ChildProcess.h"
-#include "support/RawLegacyStatement.h"
+#include "support/DatabaseContent.h"
 #include "support/ScopedPermissions.h"
 
 namespace Morvik::sql::tests {
@@ -14,213 +14,135 @@ namespace Morvik::sql::tests {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
-namespace fs = std::filesystem;
+// The files are ordinary SQLite files: SQLite's command-line program reads and writes them.
 
-// The facade's errors for unusual and damaged files, and that the files keep their content.
+/// The output of the program for a command on a database; neither argument may contain an apostrophe.
+std::string ProgramOutput(const std::string& path, const std::string& command)
+{
+    const std::string line =
+        std::string("'" TKOSQLLITE_SQLITE3_PROGRAM "' -batch -bail '") + path + "' '" + command + "' 2>&1";
+    FILE* const pipe = popen(line.c_str(), "r");
+    if (pipe == nullptr) {
+        throw std::runtime_error("cannot be started: " + line);
+    }
+    std::string output;
+    for (int byte = std::fgetc(pipe); byte != EOF; byte = std::fgetc(pipe)) {
+        output += static_cast<char>(byte);
+    }
+    if (pclose(pipe) != 0) {
+        throw std::runtime_error("failed: " + line + "\n" + output);
+    }
+    return output;
+}
+
+using DatabaseFileFormatTest = OpenFacade;
+
+TEST_F(DatabaseFileFormatTest, ProgramReadsWhatTheLibraryWrote)
+{
+    const DbTableDefinition person{"person",
+                                   {{"id", DbTableColumnType::Integer},
+                                    {"name", DbTableColumnType::Text},
+                                    {"height", DbTableColumnType::Real},
+                                    {"picture"}},
+                                   {}};
+    const unsigned char bytes[] = {0x00, 0xFF, '"', '\''};
+    ASSERT_TRUE(database.CreateTable(person)) << database.GetLastErrorMsg();
+    ASSERT_TRUE(database.WriteTableValues(
+        "person", {{"id", "name", "height"},
+                   {{{IntegerCell(1), TextCell("Ann \"A\" O'Brien"), RealCell(1.5)}},
+                    {{IntegerCell(-2147483647 - 1), TextCell("J\u00FCrgen"), RealCell(123456.0)}},
+                    {{IntegerCell(3), TextCell(""), RealCell(-0.25)}}}}));
+    ASSERT_TRUE(database.UpdateTableValues("person", {{"name"}, {{{TextCell("Eve")}}}}, "WHERE id=3"));
+    {
+        SqlCommand picture = database.PrepareStatement("UPDATE person SET picture=? WHERE id=1");
+        ASSERT_TRUE(picture.BindBlob(1, bytes) && picture.Step());
+    }
+    ASSERT_TRUE(database.CloseDatabase());
+
+    EXPECT_EQ(ProgramOutput(path, "PRAGMA integrity_check"), "ok\n");
+    EXPECT_EQ(ProgramOutput(path, ".schema"), "CREATE TABLE person (id INTEGER ,name TEXT ,height REAL ,picture  );\n");
+    EXPECT_EQ(ProgramOutput(path, "SELECT quote(id), quote(name), quote(height), quote(picture) FROM person"),
+              "1|'Ann \"A\" O''''Brien'|1.5|X'00FF2227'\n"
+              "-2147483648|'J\u00FCrgen'|123456.0|NULL\n"
+              "3|'Eve'|-0.25|NULL\n");
+}
+
+TEST_F(DatabaseFileFormatTest, LibraryReadsWhatTheProgramWrote)
+{
+    DbTableData data;
+    ProgramOutput(path,
+                  "CREATE TABLE t (a, b, c, d, e); "
+                  "INSERT INTO t VALUES (7, 0.125, \"text\", zeroblob(2), NULL), (-1, 1e300, \"\", zeroblob(0), 8)");
+
+    EXPECT_TRUE(database.ReadTableValues("t", data)) << database.GetLastErrorMsg();
+
+    EXPECT_THAT(CellTexts(data),
+                ElementsAre(ElementsAre("0:Integer int(7)", "1:Real double(0.125)", "2:Text string(text)",
+                                        "3:Blob bytes(0000)", "4:None string()"),
+                            ElementsAre("0:Integer int(-1)", "1:Real double(1e+300)", "2:Text string()",
+                                        "3:Blob bytes()", "4:Integer int(8)")));
+}
+
+// What a facade leaves in its file, and how it continues after a failed open.
 
 class DatabaseFileTest : public testing::Test {
 protected:
-    void TearDown() override
+    DatabaseFileTest() { RawSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, 'one'), (2, NULL)"); }
+
+    ~DatabaseFileTest() override
     {
-        if (m_made) {
-            ExpectNothingLost();
-        }
+        EXPECT_EQ(ContentOf(path), (DatabaseContent{{"t", {{"1", "'one'"}, {"2", "NULL"}}}})) << "something was lost";
     }
 
-    /// Creates a database with two rows at `path`, which must still be there after the test.
-    void MakeDatabase()
-    {
-        RawSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, 'one'), (2, NULL)");
-        m_made = true;
-    }
-
-    void ExpectNothingLost() const
-    {
-        RawSqlite raw(path);
-        EXPECT_EQ(raw.Value("PRAGMA integrity_check"), "'ok'");
-        EXPECT_THAT(raw.Rows("SELECT name FROM sqlite_master"), ElementsAre(ElementsAre("'t'")));
-        EXPECT_THAT(raw.Rows("SELECT a, b FROM t WHERE a < 3"),
-                    ElementsAre(ElementsAre("1", "'one'"), ElementsAre("2", "NULL")));
-    }
-
-    void ExpectFailedOpen(const std::string& file, bool readOnly, const RawFailure& failure)
+    void ExpectFailedOpen(const std::string& file, bool readOnly, int code, const std::string& message)
     {
         EXPECT_FALSE(database.OpenDatabase(file, readOnly));
-        EXPECT_THAT(database, HasErrorOf(failure));
+        EXPECT_THAT(database, HasError(code, message));
         EXPECT_FALSE(database.IsOpen());
-    }
-
-    void ExpectNotWritten(const RawFailure& failure)
-    {
-        EXPECT_FALSE(database.WriteTableValues("t", row));
-        EXPECT_THAT(database, HasErrorOf(failure));
-        EXPECT_FALSE(database.UpdateTableValues("t", row, ""));
-        EXPECT_THAT(database, HasErrorOf(failure));
-        EXPECT_FALSE(database.Execute("CREATE TABLE u (a)"));
-        EXPECT_THAT(database, HasErrorOf(failure));
-    }
-
-    /// Checks that the open database can be neither written nor read, with the errors of raw SQLite.
-    void ExpectUnusable(int code)
-    {
-        const RawFailure executed = FailureOfExec(RawSqlite(path).Handle(), "INSERT INTO t (a,b) VALUES (3,\"three\")");
-        const RawFailure prepared = FailureOfPrepare(RawSqlite(path).Handle(), "SELECT * FROM t");
-        EXPECT_EQ(executed.code, code);
-        ExpectNotWritten(executed);
-        EXPECT_FALSE(database.ReadTableValues("t", data));
-        EXPECT_THAT(database, HasErrorOf(prepared));
-        EXPECT_FALSE(database.SqlQueryBegin("SELECT * FROM t"));
-        EXPECT_THAT(database, HasErrorOf(prepared));
-        EXPECT_THAT(data.rows, IsEmpty());
-        EXPECT_TRUE(database.IsOpen());
     }
 
     const TemporaryDirectory directory;
     const std::string path = directory.File("test.db");
-    const DbTableDataWrite row{{"a", "b"}, {{{IntegerCell(3), TextCell("three")}}}};
     DatabaseApi database;
-    DbTableData data;
-
-private:
-    bool m_made = false;
 };
 
-TEST_F(DatabaseFileTest, NonDatabaseFileFailsAtFirstUseAndStaysUnchanged)
+TEST_F(DatabaseFileTest, DestructionDuringAWalkLosesNothing)
 {
-    const std::string content(5000, 'x');
-    std::ofstream(path) << content;
-    ASSERT_TRUE(database.OpenDatabase(path, false));
-
-    ExpectUnusable(SQLITE_NOTADB);
-
-    EXPECT_TRUE(database.CloseDatabase());
-    EXPECT_EQ(FileContent(path), content);
+    DatabaseApi walking;
+    ASSERT_TRUE(walking.OpenDatabase(path, false));
+    ASSERT_TRUE(walking.Execute("DELETE FROM t WHERE a=2; INSERT INTO t VALUES (2, NULL)"));
+    ASSERT_TRUE(walking.SqlQueryBegin("SELECT a FROM t"));
+    ASSERT_NE(walking.begin(), walking.end());
 }
 
-TEST_F(DatabaseFileTest, TruncatedFileIsDamagedAndStaysUnchanged)
+TEST_F(DatabaseFileTest, DestructionDuringATransactionUndoesIt)
 {
-    RawSqlite(path).Execute("CREATE TABLE t (a, b); INSERT INTO t VALUES (1, zeroblob(100000))");
-    fs::resize_file(path, 3000);
-    const std::string content = FileContent(path);
-    ASSERT_TRUE(database.OpenDatabase(path, false));
-
-    ExpectUnusable(SQLITE_CORRUPT);
-
-    EXPECT_TRUE(database.CloseDatabase());
-    EXPECT_EQ(FileContent(path), content);
-}
-
-TEST_F(DatabaseFileTest, ReadOnlyDatabaseIsReadAndNotWritten)
-{
-    const RawFailure failure{SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)};
-    MakeDatabase();
-    ASSERT_TRUE(database.OpenDatabase(path, true));
-
-    ExpectNotWritten(failure);
-    EXPECT_FALSE(database.DropTable("t"));
-    EXPECT_THAT(database, HasErrorOf(failure));
-
-    EXPECT_TRUE(database.ReadTableValues("t", data));
-    EXPECT_EQ(data.rows.size(), 2U);
-}
-
-TEST_F(DatabaseFileTest, LockOfAnotherConnectionFailsUntilItIsReleased)
-{
-    MakeDatabase();
-    ASSERT_TRUE(database.OpenDatabase(path, false));
-    RawSqlite other(path);
-    other.Execute("BEGIN EXCLUSIVE");
-
-    ExpectUnusable(SQLITE_BUSY);
-
-    other.Execute("COMMIT");
-    ExpectNothingLost();
-    EXPECT_TRUE(database.WriteTableValues("t", row));
-    EXPECT_TRUE(database.ReadTableValues("t", data));
-    EXPECT_EQ(data.rows.size(), 3U);
-}
-
-TEST_F(DatabaseFileTest, LockDuringAWalkFailsTheNextStep)
-{
-    MakeDatabase();
-    RawSqlite raw(path);
-    RawLegacyStatement statement(raw, "SELECT a FROM t");
-    ASSERT_TRUE(database.OpenDatabase(path, false));
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
-    RawSqlite other(path);
-    other.Execute("BEGIN EXCLUSIVE");
-    const RawFailure stepped = statement.Step();
-    DbTableRowValues fetched;
-
-    EXPECT_FALSE(database.ReadNextRow(fetched));
-
-    EXPECT_NE(stepped.code, SQLITE_ROW);
-    EXPECT_THAT(database, HasErrorOf(stepped));
-}
-
-TEST_F(DatabaseFileTest, DestructionDuringAWalkOrATransactionLosesNothing)
-{
-    MakeDatabase();
-    {
-        DatabaseApi walking;
-        ASSERT_TRUE(walking.OpenDatabase(path, false));
-        ASSERT_TRUE(walking.Execute("DELETE FROM t WHERE a=2; INSERT INTO t VALUES (2, NULL)"));
-        ASSERT_TRUE(walking.SqlQueryBegin("SELECT a FROM t"));
-        ASSERT_NE(walking.begin(), walking.end());
-    }
-    ExpectNothingLost();
-    {
-        DatabaseApi writing;
-        ASSERT_TRUE(writing.OpenDatabase(path, false));
-        ASSERT_TRUE(writing.Execute("BEGIN; DELETE FROM t"));
-        ASSERT_TRUE(writing.WriteTableValues("t", row));
-    }
-    ExpectNothingLost();
+    DatabaseApi writing;
+    ASSERT_TRUE(writing.OpenDatabase(path, false));
+    ASSERT_TRUE(writing.Execute("BEGIN; DELETE FROM t"));
+    ASSERT_TRUE(writing.WriteTableValues("t", {{"a"}, {{{IntegerCell(3)}}}}));
 }
 
 TEST_F(DatabaseFileTest, FailedOpenLeavesTheFacadeReadyForTheNextOpen)
 {
-    const RawFailure cannotOpen{SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN)};
+    const std::string cannotOpen = sqlite3_errstr(SQLITE_CANTOPEN);
     const std::string hidden = directory.File("inner/x.db");
-    MakeDatabase();
     OpenToEverybody(directory.Path());
-    ExpectFailedOpen(directory.Path().string(), false, cannotOpen);
-    ExpectFailedOpen(directory.File("made/absent.db"), true, cannotOpen);
-    EXPECT_TRUE(fs::is_empty(directory.File("made")));
-    ExpectFailedOpen(path + "/below/x.db", false, {111, "Create directory failed: " + path + "/below/x.db"});
+    ExpectFailedOpen(directory.File("made/absent.db"), true, SQLITE_CANTOPEN, cannotOpen);
+    EXPECT_TRUE(std::filesystem::is_empty(directory.File("made")));
+    ExpectFailedOpen(path + "/below/x.db", false, 111, "Create directory failed: " + path + "/below/x.db");
     {
-        const ScopedPermissions locked(path, fs::perms::none);
-        ExpectFailedOpen(path, false, cannotOpen);
-        ExpectFailedOpen(path, true, cannotOpen);
+        const ScopedPermissions locked(path, std::filesystem::perms::none);
+        ExpectFailedOpen(path, false, SQLITE_CANTOPEN, cannotOpen);
     }
     {
         const ScopedPermissions readable(directory.Path(), ReadableDirectory);
-        ExpectFailedOpen(directory.File("absent.db"), false, cannotOpen);
-        ExpectFailedOpen(hidden, false, {111, "Create directory failed: " + hidden});
-    }
-    {
-        const ScopedPermissions locked(directory.Path(), fs::perms::none);
-        ExpectFailedOpen(hidden, true, {111, "Create directory failed: " + hidden});
+        ExpectFailedOpen(hidden, false, 111, "Create directory failed: " + hidden);
     }
 
-    EXPECT_TRUE(database.OpenDatabase(hidden, false)) << "it makes the directory";
-    EXPECT_TRUE(database.CloseDatabase());
-    EXPECT_TRUE(database.OpenDatabase(path, false) && database.ReadTableValues("t", data));
-    EXPECT_EQ(data.rows.size(), 2U);
-}
-
-TEST_F(DatabaseFileTest, ReadOnlyFileIsReadAndNotWritten)
-{
-    MakeDatabase();
-    OpenToEverybody(directory.Path());
-    const ScopedPermissions readable(path, ReadableFile);
-
+    EXPECT_TRUE(database.OpenDatabase(hidden, false) && database.CloseDatabase()) << "it makes the directory";
     EXPECT_TRUE(database.OpenDatabase(path, false));
-    EXPECT_FALSE(database.Execute("INSERT INTO t VALUES (2, NULL)"));
-    EXPECT_THAT(database, HasError(SQLITE_READONLY, sqlite3_errstr(SQLITE_READONLY)));
-    EXPECT_TRUE(database.Execute("SELECT a FROM t"));
 }
 
 } // namespace

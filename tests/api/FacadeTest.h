@@ -1,9 +1,9 @@
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
 
 #include "support/Cells.h"
 #include "support/HasError.h"

@@ -43,30 +43,6 @@ TEST(InvalidCellTest, NullAndUnknownTagsHaveNoLiteral)
     }
 }
 
-TEST(InvalidCellTest, CellReadFromNullCannotBeWrittenBack)
-{
-    EXPECT_EQ(LiteralOf({DbTableColumnType::None, 2, std::string()}), std::nullopt);
-}
-
-TEST(InvalidCellTest, NumberThatTheLocaleDoesNotWriteHasNoLiteral)
-{
-    for (const bool throws : {false, true}) {
-        const ScopedGlobalLocale locale(std::locale(std::locale::classic(), new FixedNumbers("", throws)));
-
-        EXPECT_EQ(LiteralOf({DbTableColumnType::Integer, 0, 42}), std::nullopt);
-        EXPECT_EQ(LiteralOf({DbTableColumnType::None, 0, 42}), std::nullopt);
-        EXPECT_EQ(LiteralOf({DbTableColumnType::Real, 0, 0.5}), std::nullopt);
-        EXPECT_EQ(LiteralOf({DbTableColumnType::Text, 0, "42"s}), "\"42\"");
-    }
-}
-
-TEST(InvalidCellTest, TextOfAThrowingFacetIsTheLiteral)
-{
-    const ScopedGlobalLocale locale(std::locale(std::locale::classic(), new FixedNumbers("12", true)));
-
-    EXPECT_EQ(LiteralOf({DbTableColumnType::Integer, 0, 42}), "12");
-}
-
 TEST(InvalidCellTest, StatementThatCannotGrowIsOutOfMemory)
 {
     const DbTableColumnValue cells[] = {{DbTableColumnType::Text, 0, std::string(100, 'x')},
