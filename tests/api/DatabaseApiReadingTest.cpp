@@ -139,7 +139,7 @@ TEST_F(DatabaseApiReadingTest, FailureWithinAStepReadsOneColumn)
 /// A column cannot be converted if this function of SQLite returns this value. Fetching the row leaves the message.
 const struct {
     const char* function;
-    int result;
+    int value;
     const char* message;
 } FailedConversions[] = {{"sqlite3_column_value", 0, "No value exists."},
                          {"sqlite3_value_type", -1, "No value exists."},
@@ -149,10 +149,10 @@ const struct {
 
 TEST_F(DatabaseApiReadingTest, FailedConversionKeepsEarlierRowsAndReturnsTheStepsCode)
 {
-    for (const auto& [function, result, message] : FailedConversions) {
-        SCOPED_TRACE(function + std::to_string(result));
+    for (const auto& [function, value, message] : FailedConversions) {
+        SCOPED_TRACE(function + std::to_string(value));
         SqliteCallRecorder sqlite;
-        sqlite.ReplaceNextResult(function, result, false, 3);
+        sqlite.ReplaceNextResult(function, value, false, 3);
         data.rows.clear();
 
         EXPECT_FALSE(database.ReadValues("SELECT a, b FROM t", data));
@@ -166,13 +166,13 @@ TEST_F(DatabaseApiReadingTest, FailedConversionKeepsEarlierRowsAndReturnsTheStep
 
 TEST_F(DatabaseApiReadingTest, FailedConversionKeepsEarlierCellsOfAFetchedRow)
 {
-    for (const auto& [function, result, message] : FailedConversions) {
+    for (const auto& [function, value, message] : FailedConversions) {
         for (const std::size_t cells : {0, 2}) { // as in a first and in a later row
-            SCOPED_TRACE(function + std::to_string(result));
+            SCOPED_TRACE(function + std::to_string(value));
             row.cells.assign(cells, TextCell("old"));
             ASSERT_TRUE(database.SqlQueryBegin("SELECT a, b FROM t"));
             SqliteCallRecorder sqlite;
-            sqlite.ReplaceNextResult(function, result, false, 1);
+            sqlite.ReplaceNextResult(function, value, false, 1);
 
             EXPECT_FALSE(database.ReadNextRow(row));
 

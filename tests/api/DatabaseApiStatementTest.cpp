@@ -102,17 +102,20 @@ TEST(DatabaseApiStatementTest, InsertHasColumnsAndEveryRowUpToItsInvalidCell)
         {"main.my table", {{"a b", "order"}, {Row(1)}}, "main.my table (a b,order) VALUES (1)"},
         {"\"n\"", {{"\"a\""}, {Row(1)}}, "\"n\" (\"a\") VALUES (1)"},
         {"n", {{}, {Row(1, 2, 3)}}, "n VALUES (1,2,3)"},
+        // Empty names before the first name are left out, later ones leave an empty place.
         {"n", {{"", ""}, {Row(1)}}, "n VALUES (1)"},
         {"n", {{"", "a", "b"}, {Row(1)}}, "n (a,b) VALUES (1)"},
         {"n", {{"", "", "a"}, {Row(1)}}, "n (a) VALUES (1)"},
         {"n", {{"a", "", "b"}, {Row(1)}}, "n (a,,b) VALUES (1)"},
         {"n", {{"a", ""}, {Row(1)}}, "n (a,) VALUES (1)"},
         {"n", {{"", "a", "", ""}, {Row(1)}}, "n (a,,) VALUES (1)"},
+        // The numbers of rows and cells are not checked.
         {"n", {{"a"}, {}}, "n (a) VALUES"},
         {"n", {}, "n VALUES"},
         {"n", {{"a"}, {Row()}}, "n (a) VALUES ()"},
         {"n", {{"a"}, {Row(1), Row(), Row(2)}}, "n (a) VALUES (1) ,() ,(2)"},
         {"n", {{"a", "b"}, {Row(1), Row(2, 3, 4)}}, "n (a,b) VALUES (1) ,(2,3,4)"},
+        // An invalid cell ends its row, and the statement is executed.
         {"n", {{"a", "b", "c"}, {Row(5, 6, Invalid)}}, "n (a,b,c) VALUES (5,6,)"},
         {"n", {{"a"}, {Row(Invalid, 6)}}, "n (a) VALUES ()"},
         {"n", {{"a"}, {Row(5, Invalid, 7), Row(8, 9)}}, "n (a) VALUES (5,) ,(8,9)"},

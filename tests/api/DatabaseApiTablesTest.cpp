@@ -145,25 +145,27 @@ TEST_F(DatabaseApiTablesTest, NameIsNeitherQuotedNorEscaped)
         SCOPED_TRACE(name);
         const std::string quoted = '"' + name + '"';
         RawSqlite(path).Execute("CREATE TABLE " + quoted + " (a); INSERT INTO " + quoted + " VALUES (1), (2)");
+        DatabaseApi facade;
+        ASSERT_TRUE(facade.OpenDatabase(path, false));
         const RawFailure tested = FailureOfPrepare(RawSqlite(path).Handle(), TableExistsQuery(name));
 
-        EXPECT_EQ(database.ExistsTable(name, result), tested.code == 0);
-        EXPECT_THAT(database, HasErrorOf(tested));
-        EXPECT_FALSE(database.DropTable(name));
-        EXPECT_THAT(database, HasErrorOf(tested.code != 0 ? tested : RawRejection("DELETE FROM " + name)));
-        EXPECT_FALSE(database.AlterTable(name, "plain"));
-        EXPECT_THAT(database, HasErrorOf(tested.code != 0 ? RawFailure{113, "No table exists: " + name}
-                                                          : RawRejection("ALTER TABLE " + name + " RENAME TO plain")));
-        EXPECT_EQ(database.ExistData(name, "", result), 0);
-        EXPECT_THAT(database, HasErrorOf(tested.code != 0 ? tested : RejectedQuery("SELECT count(*) FROM " + name)));
+        EXPECT_EQ(facade.ExistsTable(name, result), tested.code == 0);
+        EXPECT_THAT(facade, HasErrorOf(tested));
+        EXPECT_FALSE(facade.DropTable(name));
+        EXPECT_THAT(facade, HasErrorOf(tested.code != 0 ? tested : RawRejection("DELETE FROM " + name)));
+        EXPECT_FALSE(facade.AlterTable(name, "plain"));
+        EXPECT_THAT(facade, HasErrorOf(tested.code != 0 ? RawFailure{113, "No table exists: " + name}
+                                                        : RawRejection("ALTER TABLE " + name + " RENAME TO plain")));
+        EXPECT_EQ(facade.ExistData(name, "", result), 0);
+        EXPECT_THAT(facade, HasErrorOf(tested.code != 0 ? tested : RejectedQuery("SELECT count(*) FROM " + name)));
 
         // The quotes become a part of the name that the test for the table looks for.
-        EXPECT_FALSE(database.ExistsTable(quoted, result));
-        EXPECT_EQ(database.DropTable(quoted), tested.code == 0);
-        EXPECT_EQ(database.ExistData(quoted, "", result), 0);
-        EXPECT_FALSE(database.AlterTable(quoted, "plain"));
-        EXPECT_THAT(database, HasError(113, "No table exists: " + quoted));
-        EXPECT_TRUE(database.CreateTable({quoted, {{"b"}}, {}}));
+        EXPECT_FALSE(facade.ExistsTable(quoted, result));
+        EXPECT_EQ(facade.DropTable(quoted), tested.code == 0);
+        EXPECT_EQ(facade.ExistData(quoted, "", result), 0);
+        EXPECT_FALSE(facade.AlterTable(quoted, "plain"));
+        EXPECT_THAT(facade, HasError(113, "No table exists: " + quoted));
+        EXPECT_TRUE(facade.CreateTable({quoted, {{"b"}}, {}}));
 
         EXPECT_THAT(RawRows("SELECT count(*) FROM " + quoted), ElementsAre(ElementsAre("2")));
     }
