@@ -1,9 +1,9 @@
 #include "model/SqlBuffer.h"
 
-#include <gtest/gtest.h>
-
 #include <locale>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 #include "model/NumberText.h"
 #include "model/Strings.h"
