@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <limits>
+#include <new>
 #include <string_view>
 
 #include "support/OpenConnection.h"
@@ -150,6 +151,19 @@ TEST_F(SqlCommandColumnTest, TextOfAUtf16DatabaseIsReadAsUtf8)
 
     EXPECT_THAT(command.ColumnBlob(0), ElementsAre('a', 'b', 'c'));
     EXPECT_EQ(command.ColumnText(1), "abc");
+}
+
+TEST_F(SqlCommandColumnTest, BytesThatSqliteCannotReturnAreOutOfMemory)
+{
+    StepTo("SELECT 'ab', x'0102'");
+    SqliteCallRecorder sqlite;
+
+    sqlite.ReplaceNextResult("sqlite3_column_text", 0, false);
+    EXPECT_THROW(command.ColumnText(0), std::bad_alloc);
+    sqlite.ReplaceNextResult("sqlite3_column_blob", 0, false);
+    EXPECT_THROW(command.ColumnBlob(1), std::bad_alloc);
+
+    EXPECT_FALSE(sqlite.Pending());
 }
 
 } // namespace

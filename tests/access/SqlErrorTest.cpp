@@ -1,6 +1,8 @@
 #include <sql/SqlError.h>
 
+#include <string>
 #include <type_traits>
+#include <utility>
 
 #include "support/HasError.h"
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <limits>
+#include <new>
 #include <stdexcept>
 
 #include "support/AbandonedConnection.h"
@@ -163,6 +164,16 @@ TEST_F(SqlTableColumnTest, UnknownNameGivesAValueWithoutAnInstance)
 
     EXPECT_EQ(table["ID"].ValueInstance(), nullptr);
     EXPECT_THAT(table, HasError(SQLITE_ROW, ""));
+}
+
+TEST_F(SqlTableColumnTest, TextThatSqliteCannotReturnIsOutOfMemory)
+{
+    ReadRow("SELECT 'text'");
+    SqliteCallRecorder sqlite;
+    sqlite.ReplaceNextResult("sqlite3_column_text", 0, false);
+
+    EXPECT_THROW(table.GetText(0), std::bad_alloc);
+    EXPECT_FALSE(sqlite.Pending());
 }
 
 } // namespace

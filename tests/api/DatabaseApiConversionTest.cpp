@@ -1,6 +1,5 @@
 #include <string>
 #include <utility>
-#include <variant>
 #include <vector>
 
 #include "api/FacadeTest.h"
@@ -44,13 +43,6 @@ TEST_F(DatabaseApiConversionTest, StorageClassChoosesTagAndAlternativeOfEachCell
     }
     EXPECT_TRUE(database.SqlQueryBegin(sql));
     EXPECT_THAT(NextRow(), cells);
-}
-
-TEST_F(DatabaseApiConversionTest, DeclaredTypesDoNotMatter)
-{
-    ASSERT_TRUE(database.Execute("CREATE TABLE n (a INTEGER, b TEXT, c); INSERT INTO n VALUES ('text', X'00', 1e3)"));
-    EXPECT_THAT(CellsOf("SELECT * FROM n"),
-                ElementsAre("0:Text string(text)", "1:Blob bytes(00)", "2:Real double(1000)"));
 }
 
 TEST_F(DatabaseApiConversionTest, IntegersKeepTheirLow32Bits)

@@ -80,6 +80,28 @@ TEST_F(DatabaseApiImplTest, CellIsConvertedAfterAnEarlierFailure)
     EXPECT_EQ(CellText(cell), "1:Integer int(2)");
 }
 
+TEST_F(DatabaseApiImplTest, CellOfTheSameAlternativeIsUsedAgain)
+{
+    const std::string large(10000, 'x');
+    const std::vector<char> largeBytes(10000, 'x');
+    DbTableRowValues row;
+    for (const decltype(cell.value)& value :
+         std::vector<decltype(cell.value)>{1, 2.0, "old", large, std::vector<char>{'x'}, largeBytes, "old", large}) {
+        row.cells.push_back({DbTableColumnType::Null, 9, value});
+    }
+    ASSERT_TRUE(implementation.OpenCursor("SELECT 7, 1.5, 'more than sixteen bytes', 'c', X'41', X'42', NULL, NULL"));
+    ASSERT_TRUE(implementation.table.ReadNext());
+
+    for (unsigned int column = 0; column < row.cells.size(); ++column) {
+        EXPECT_TRUE(implementation.GetColumnData(implementation.table, row.cells[column], column));
+    }
+
+    EXPECT_THAT(CellTexts(row),
+                testing::ElementsAre("0:Integer int(7)", "1:Real double(1.5)", "2:Text string(more than sixteen bytes)",
+                                     "3:Text string(c)", "4:Blob bytes(41)", "5:Blob bytes(42)", "6:None string()",
+                                     "7:None string()"));
+}
+
 } // namespace
 
 } // namespace Morvik::sql::tests

@@ -1,3 +1,4 @@
+#include <cstddef>
 #include <new>
 #include <string>
 #include <vector>

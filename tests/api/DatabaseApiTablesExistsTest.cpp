@@ -5,6 +5,7 @@
 #include <sqlite3.h>
 
 #include "api/FacadeTest.h"
+#include "support/OomInjector.h"
 #include "support/SqliteCallRecorder.h"
 #include "support/TableExistsQuery.h"
 
@@ -174,6 +175,19 @@ TEST_F(ExistDataTest, FailedClosingIsReportedWithTheCount)
         EXPECT_EQ(result, SQLITE_IOERR);
         EXPECT_EQ(database.GetLastError(), SQLITE_IOERR);
     }
+}
+
+TEST_F(ExistDataTest, FailedAllocationIsACaughtException)
+{
+    int count = NotWritten;
+    {
+        const OomInjector failing(0);
+        EXPECT_NO_THROW(count = database.ExistData("t", "WHERE a > 1", result));
+    }
+
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(result, 110);
+    EXPECT_THAT(database, HasError(0, ""));
 }
 
 } // namespace

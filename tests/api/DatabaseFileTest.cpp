@@ -68,22 +68,6 @@ TEST_F(DatabaseFileFormatTest, ProgramReadsWhatTheLibraryWrote)
               "3|'Eve'|-0.25|NULL\n");
 }
 
-TEST_F(DatabaseFileFormatTest, LibraryReadsWhatTheProgramWrote)
-{
-    DbTableData data;
-    ProgramOutput(path,
-                  "CREATE TABLE t (a, b, c, d, e); "
-                  "INSERT INTO t VALUES (7, 0.125, \"text\", zeroblob(2), NULL), (-1, 1e300, \"\", zeroblob(0), 8)");
-
-    EXPECT_TRUE(database.ReadTableValues("t", data)) << database.GetLastErrorMsg();
-
-    EXPECT_THAT(CellTexts(data),
-                ElementsAre(ElementsAre("0:Integer int(7)", "1:Real double(0.125)", "2:Text string(text)",
-                                        "3:Blob bytes(0000)", "4:None string()"),
-                            ElementsAre("0:Integer int(-1)", "1:Real double(1e+300)", "2:Text string()",
-                                        "3:Blob bytes()", "4:Integer int(8)")));
-}
-
 // What a facade leaves in its file, and how it continues after a failed open.
 
 class DatabaseFileTest : public testing::Test {
