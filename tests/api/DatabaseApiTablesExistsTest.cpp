@@ -105,12 +105,15 @@ TEST_F(ExistDataTest, TestsForTheTableAndThenRunsOnlyTheCount)
 {
     const SqliteCallRecorder sqlite;
 
-    Count("T", " WHERE a = 'it''s' ");
+    Count("T", "");
+    Count("t", " WHERE a = 'it''s' ");
 
     EXPECT_THAT(sqlite.CallsOf("sqlite3_prepare"),
                 ElementsAre("sqlite3_prepare(handle, " + TableExistsQuery("T") + ", -1)",
-                            "sqlite3_prepare(handle, SELECT count(*) FROM T  WHERE a = 'it''s' , -1)"));
-    EXPECT_EQ(sqlite.CallsOf("sqlite3_step").size(), 2U);
+                            "sqlite3_prepare(handle, SELECT count(*) FROM T, -1)",
+                            "sqlite3_prepare(handle, " + TableExistsQuery("t") + ", -1)",
+                            "sqlite3_prepare(handle, SELECT count(*) FROM t  WHERE a = 'it''s' , -1)"));
+    EXPECT_EQ(sqlite.CallsOf("sqlite3_step").size(), 4U);
     EXPECT_THAT(sqlite.Executed(), IsEmpty());
 }
 
