@@ -10,11 +10,12 @@
 # resumes that state, mounts the data disk, checks the rows there, writes rows through the facade and cuts the power.
 # The disk is a small server (tests/device/disk.py) that keeps unflushed writes separate. At the cut it drops, keeps or
 # reorders these writes. The disk requests of one run of each setting are also recorded, and crash states made from
-# them are checked without a machine. The same machine gives the figures of the device. The last line counts the checks.
+# them are checked without a machine. The same machine gives the figures of the device. As many settings as there are
+# processors run at a time. The last line counts the checks.
 #
 # The script fails if an acknowledged row is lost, if a file is damaged, or if the control loses nothing. The output of
-# the machines is in build/emulated-device/console.log. The disk of a failed check, before and after its losses, is in
-# failed-flushed.img and failed-cut.img there.
+# the machines is in build/emulated-device/console.log. A failure names the files that hold the disk before and after the
+# losses.
 #
 # The environment may set TKOSQLLITE_DEVICE_SEED (1 by default), the seed of the random cuts and losses, and
 # TKOSQLLITE_FIGURES, which writes the results into docs if nothing failed.

@@ -21,6 +21,13 @@ def _last(word, text, otherwise):
     return int(found[-1]) if found else otherwise
 
 
+def run_rounds(device, cuts, seed, setting):
+    """The tally and the findings of a setting."""
+    rounds = Rounds(device, setting, seed)
+    rounds.run(cuts)
+    return rounds.tally, rounds.findings
+
+
 class Rounds:
     """The rounds of one setting. `tally` counts what happened. `findings` lists what must not happen."""
 
@@ -111,14 +118,14 @@ class Rounds:
     def _lost(self, what, text, is_allowed):
         self.tally[what] += 1
         if not is_allowed:
-            flushed = self._device.keep("failed-flushed.img", self._flushed)
-            cut = self._device.keep("failed-cut.img", self._image)
+            flushed = self._device.keep("flushed", self._flushed)
+            cut = self._device.keep("cut", self._image)
             self.findings.append(f"{what} of {self._acknowledged} rows (see {flushed} and {cut}): {text[-300:]}")
 
     def _repair(self):
         """Does what Debian does before it mounts a file system."""
         self.tally["needed e2fsck"] += 1
-        path = self._device.keep("rejected.img", self._image)
+        path = self._device.keep("rejected", self._image)
         fsck = subprocess.run(["e2fsck", "-p", path], capture_output=True, text=True, check=False)
         if fsck.returncode >= 4:
             raise RuntimeError(f"e2fsck does not repair {path}: {fsck.stdout}")

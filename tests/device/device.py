@@ -1,6 +1,7 @@
 """The device: its images, its saved state, and the jobs that run on it."""
 
 import contextlib
+import multiprocessing
 import os
 
 from disk import Disk
@@ -11,8 +12,14 @@ from machine import BOOT_SECONDS, Machine
 SECTORS = {"ext4": 512, "f2fs": 4096, "ubifs": 512}
 
 
+def _process():
+    return multiprocessing.current_process().name
+
+
 class Device:
-    """Boots one machine and saves its state; every job resumes that state with a separate disk image."""
+    """Boots one machine and saves its state; every job resumes that state with a separate disk image. Jobs may run at the
+    same time in several processes.
+    """
 
     def __init__(self, work):
         self._work = work
@@ -28,8 +35,8 @@ class Device:
             return bytearray(file.read())
 
     def keep(self, name, image):
-        """Writes an image for an investigation of a failure. Returns its path."""
-        path = os.path.join(self._work, name)
+        """Writes an image to a file of this process. Returns its path."""
+        path = os.path.join(self._work, f"{_process()}-{name}.img")
         with open(path, "wb") as file:
             file.write(image)
         return path
@@ -51,11 +58,11 @@ class Device:
 
     @contextlib.contextmanager
     def _machine(self, image, file_system, state=None):
-        disk = Disk(os.path.join(self._work, "disk.sock"), image, SECTORS[file_system])
+        disk = Disk(os.path.join(self._work, f"{_process()}-disk.sock"), image, SECTORS[file_system])
         disk.start()
         machine = None
         try:
-            machine = Machine(self._work, state)
+            machine = Machine(self._work, _process(), state)
             yield machine, disk
         finally:
             disk.close()

@@ -1,5 +1,7 @@
 """run.py FOLDER CUTS STATES PATTERN: what scripts/device.sh runs once the images in FOLDER are made."""
 
+import functools
+import multiprocessing
 import os
 import re
 import signal
@@ -8,7 +10,7 @@ import sys
 import time
 
 import states
-from cuts import Rounds
+from cuts import run_rounds
 from device import Device
 from figures import FIGURES
 from record import Requests, record
@@ -45,17 +47,16 @@ def cut_power(device, settings, cuts, seed, results):
     print(CUTS_ROW.format(*"setting cuts rows lost-last worse with-a needed unflushed sectors cuts".split()))
     print(CUTS_ROW.format(*[""] * 5, "journal", "e2fsck", "sectors", "lost", "losing"))
     losing = journals = 0
-    for setting in settings:
-        rounds = Rounds(device, setting, seed)
-        rounds.run(cuts)
-        tally = rounds.tally
-        losing += tally["cuts that lost sectors"]
-        journals += tally["left a journal"]
-        shown = ("cuts", "acknowledged", "lost the last row", "lost more", "left a journal", "needed e2fsck")
-        results.add_figures("reliability", setting.name, *(tally[column] for column in shown))
-        shown += ("unflushed sectors", "lost sectors", "cuts that lost sectors")
-        print(CUTS_ROW.format(setting.name, *(tally[column] for column in shown)), flush=True)
-        results.count(setting.name, rounds.findings)
+    with multiprocessing.Pool() as pool:
+        rounds = pool.imap(functools.partial(run_rounds, device, cuts, seed), settings)
+        for setting, (tally, findings) in zip(settings, rounds):
+            losing += tally["cuts that lost sectors"]
+            journals += tally["left a journal"]
+            shown = ("cuts", "acknowledged", "lost the last row", "lost more", "left a journal", "needed e2fsck")
+            results.add_figures("reliability", setting.name, *(tally[column] for column in shown))
+            shown += ("unflushed sectors", "lost sectors", "cuts that lost sectors")
+            print(CUTS_ROW.format(setting.name, *(tally[column] for column in shown)), flush=True)
+            results.count(setting.name, findings)
     results.count("proof", [] if losing else ["no cut lost a sector"])
     results.count("proof", [] if journals else ["no cut left a journal"])
 
