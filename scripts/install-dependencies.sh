@@ -13,7 +13,7 @@
 #   bench             to run the benchmarks
 #   debootstrap       to make a minimal Debian in a folder
 #   device            to cut the power of an emulated machine
-#   all               all of these except bench and device, and the other checks
+#   all               all of these except bench, and the other checks
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"
@@ -33,8 +33,8 @@ bench=("${build[@]}" libsqlitecpp-dev libsoci-dev libpoco-dev python3 valgrind g
 device=("${package_armhf[@]}" qemu-system-arm qemu-user-static e2fsprogs f2fs-tools python3)
 install=("${test[@]}" "${package_armhf[@]}" clang libc++-dev libc++abi-dev pkg-config lintian qemu-user-static
     debootstrap)
-all=("${test_all[@]}" "${install[@]}" "${reference[@]}" "${check_reference[@]}" clang-format clang-tidy
-    shellcheck cppcheck gcovr python3-clang)
+all=("${test_all[@]}" "${install[@]}" "${reference[@]}" "${check_reference[@]}" "${device[@]}" clang-format
+    clang-tidy shellcheck cppcheck gcovr python3-clang)
 
 accept build package package-armhf install test test-all reference check-reference bench debootstrap device all -- "$@"
 [ $# -le 1 ] || fail "it takes one of its words at a time (--help explains)"

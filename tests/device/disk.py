@@ -5,8 +5,6 @@ import socket
 import struct
 import threading
 
-SECTOR = 512
-
 READ, WRITE, DISCONNECT, FLUSH = 0, 1, 2, 3
 OPTION_EXPORT_NAME, OPTION_ABORT, OPTION_INFO, OPTION_GO = 1, 2, 6, 7
 # The disk does not offer trim, zeroing or forced unit access, so every write passes through the cache.
@@ -16,12 +14,15 @@ HAS_FLAGS_AND_FLUSH = 1 | 4
 class Disk(threading.Thread):
     """Keeps unflushed writes separate from the image. Call `cut` to stop the disk, then `lose` to lose some of them.
 
+    `lose` keeps or loses each sector completely, but it can tear a write of several sectors. `tear` tears a sector.
+
     `log` holds every write, as (offset, data), and None for every flush, in the order in which they were answered; the
     owner may append marks to it.
     """
 
-    def __init__(self, path, image):
+    def __init__(self, path, image, sector):
         super().__init__(daemon=True)
+        self._sector = sector  # bytes
         self.image = image  # a bytearray: what has been flushed
         self.unflushed = {}  # sector -> contents, oldest first
         self.log = []
@@ -46,6 +47,16 @@ class Disk(threading.Thread):
     def close(self):
         self.cut()
         self._listener.close()
+
+    def tear(self):
+        """Loses all unflushed writes except the last 512 bytes of the last sector. Returns the same as `lose`."""
+        unflushed = len(self.unflushed)
+        if unflushed:
+            sector, contents = self.unflushed.popitem()
+            begin = sector * self._sector
+            self._store(sector, self.image[begin : begin + self._sector - 512] + contents[-1][-512:])
+        self.unflushed.clear()
+        return unflushed, unflushed
 
     def lose(self, rng):
         """Gives each unflushed sector its old content or any content that was written to it. Returns the number of
@@ -89,7 +100,7 @@ class Disk(threading.Thread):
 
             if option in (OPTION_INFO, OPTION_GO):
                 reply(3, struct.pack(">HQH", 0, len(self.image), HAS_FLAGS_AND_FLUSH))
-                reply(3, struct.pack(">HIII", 3, SECTOR, 4096, 1 << 25))  # block sizes
+                reply(3, struct.pack(">HIII", 3, self._sector, 4096, 1 << 25))  # block sizes
                 reply(1)
                 if option == OPTION_GO:
                     return True
@@ -132,18 +143,20 @@ class Disk(threading.Thread):
         return self.requests_left <= 0
 
     def _store(self, sector, content):
-        self.image[sector * SECTOR : (sector + 1) * SECTOR] = content
+        self.image[sector * self._sector : (sector + 1) * self._sector] = content
 
     def _read(self, offset, length):
         data = bytearray(self.image[offset : offset + length])
-        for sector in range(offset // SECTOR, (offset + length) // SECTOR):
+        for sector in range(offset // self._sector, (offset + length) // self._sector):
             if sector in self.unflushed:
-                data[sector * SECTOR - offset : (sector + 1) * SECTOR - offset] = self.unflushed[sector][-1]
+                begin = sector * self._sector - offset
+                data[begin : begin + self._sector] = self.unflushed[sector][-1]
         return bytes(data)
 
     def _write(self, offset, data):
-        for begin in range(0, len(data), SECTOR):
-            self.unflushed.setdefault((offset + begin) // SECTOR, []).append(data[begin : begin + SECTOR])
+        for begin in range(0, len(data), self._sector):
+            contents = self.unflushed.setdefault((offset + begin) // self._sector, [])
+            contents.append(data[begin : begin + self._sector])
 
     def _flush(self):
         for sector, contents in self.unflushed.items():

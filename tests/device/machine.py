@@ -14,12 +14,14 @@ JOB_SECONDS = 600
 
 
 class Machine:
-    """Boots, or resumes the saved `state`. Sockets and images are files in `work`. Callers must call `kill`."""
+    """Boots, or resumes the saved `state`. Images and sockets are files in `work`; the sockets' names begin with `name`.
+    Callers must call `kill`.
+    """
 
-    def __init__(self, work, state=None):
+    def __init__(self, work, name, state=None):
         self.text = ""
-        self._control = os.path.join(work, "control.sock")
-        self._log = open(os.path.join(work, "console.log"), "ab")
+        self._control = os.path.join(work, f"{name}-control.sock")
+        self._log = os.path.join(work, "console.log")
         if os.path.exists(self._control):
             os.unlink(self._control)
         command = [
@@ -27,10 +29,10 @@ class Machine:
             *("-display", "none", "-no-reboot", "-nodefaults", "-serial", "stdio"),
             *("-kernel", "vmlinuz", "-initrd", "boot.cpio"),
             *("-append", "console=ttyAMA0 panic=-1 quiet rdinit=/init"),
-            *("-qmp", "unix:control.sock,server,nowait"),
+            *("-qmp", f"unix:{name}-control.sock,server,nowait"),
             *("-blockdev", "driver=file,filename=root.img,node-name=root,read-only=on,locking=off"),
             *("-device", "virtio-blk-device,drive=root,serial=root"),
-            *("-blockdev", "driver=nbd,node-name=data,server.type=unix,server.path=disk.sock"),
+            *("-blockdev", f"driver=nbd,node-name=data,server.type=unix,server.path={name}-disk.sock"),
             *("-device", "virtio-blk-device,drive=data,serial=data"),
         ]
         if state:
@@ -46,7 +48,8 @@ class Machine:
         self._process.kill()
         self._process.wait()
         self._receive(0)
-        self._log.close()
+        with open(self._log, "a", encoding="utf-8") as log:
+            log.write(self.text)
 
     def say(self, line):
         self._process.stdin.write(line.encode() + b"\n")
@@ -58,7 +61,6 @@ class Machine:
             return True
         part = self._process.stdout.read()
         if part:
-            self._log.write(part)
             self.text += part.decode(errors="replace").replace("\r", "")
         return part != b""
 

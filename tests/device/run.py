@@ -1,23 +1,29 @@
-"""run.py FOLDER CUTS STATES SEED: what scripts/device.sh runs once the images in FOLDER are made."""
+"""run.py FOLDER CUTS STATES PATTERN: what scripts/device.sh runs once the images in FOLDER are made."""
 
+import functools
+import multiprocessing
+import os
+import re
 import signal
+import subprocess
 import sys
 import time
 
 import states
-from cuts import Rounds
+from cuts import run_rounds
 from device import Device
 from figures import FIGURES
 from record import Requests, record
 from settings import ANYTHING, LAST_ROW, NOTHING, SETTINGS
 
-CUTS_ROW = "{:24}{:>6}{:>8}{:>11}{:>7}{:>12}{:>10}{:>9}{:>8}"
-STATES_ROW = "{:24}{:>7}{:>9}{:>7}{:>8}{:>9}{:>9}{:>11}{:>7}{:>9}"
+CUTS_ROW = "{:36}{:>5}{:>8}{:>11}{:>7}{:>9}{:>8}{:>12}{:>9}{:>8}"
+STATES_ROW = "{:36}{:>7}{:>9}{:>7}{:>8}{:>9}{:>9}{:>11}{:>7}{:>9}"
 
 
 class Results:
     def __init__(self):
         self.passed = self.failed = 0
+        self.figures = []  # arguments of scripts/record.sh
 
     def count(self, name, findings):
         if not findings:
@@ -27,31 +33,39 @@ class Results:
         for finding in findings:
             print(f"    FAILED: {name}: {finding}", flush=True)
 
+    def add_figures(self, page, key, *cells):
+        self.figures.append([f"docs/{page}.md", key, *map(str, cells)])
 
-def cut_power(device, cuts, seed, results):
+    def record_figures(self):
+        if os.environ.get("TKOSQLLITE_FIGURES") and not self.failed:
+            for arguments in self.figures:
+                subprocess.run(["scripts/record.sh", *arguments], check=True)
+
+
+def cut_power(device, settings, cuts, seed, results):
     print("\n== Power cuts, the acknowledged rows that they took, and the proof that they took something")
-    print(CUTS_ROW.format(*"setting cuts rows lost-last worse unflushed sectors cuts with-a".split()))
-    print(CUTS_ROW.format("", "", "", "", "", "sectors", "lost", "losing", "journal"))
+    print(CUTS_ROW.format(*"setting cuts rows lost-last worse with-a needed unflushed sectors cuts".split()))
+    print(CUTS_ROW.format(*[""] * 5, "journal", "e2fsck", "sectors", "lost", "losing"))
     losing = journals = 0
-    for setting in SETTINGS:
-        rounds = Rounds(device, setting, seed)
-        rounds.run(cuts)
-        tally = rounds.tally
-        losing += tally["cuts that lost sectors"]
-        journals += tally["left a journal"]
-        columns = ("cuts", "acknowledged", "lost the last row", "lost more", "unflushed sectors", "lost sectors")
-        columns += ("cuts that lost sectors", "left a journal")
-        print(CUTS_ROW.format(setting.name, *(tally[column] for column in columns)), flush=True)
-        results.count(setting.name, rounds.findings)
+    with multiprocessing.Pool() as pool:
+        rounds = pool.imap(functools.partial(run_rounds, device, cuts, seed), settings)
+        for setting, (tally, findings) in zip(settings, rounds):
+            losing += tally["cuts that lost sectors"]
+            journals += tally["left a journal"]
+            shown = ("cuts", "acknowledged", "lost the last row", "lost more", "left a journal", "needed e2fsck")
+            results.add_figures("reliability", setting.name, *(tally[column] for column in shown))
+            shown += ("unflushed sectors", "lost sectors", "cuts that lost sectors")
+            print(CUTS_ROW.format(setting.name, *(tally[column] for column in shown)), flush=True)
+            results.count(setting.name, findings)
     results.count("proof", [] if losing else ["no cut lost a sector"])
     results.count("proof", [] if journals else ["no cut left a journal"])
 
 
-def check_states(device, limit, seed, results):
+def check_states(device, settings, limit, seed, results):
     print("\n== Requests of one row of about 700 bytes at the disk, and the crash states of a recorded run")
     print(STATES_ROW.format(*"setting writes flushes KiB states bounded checked lost-last worse for".split()))
-    for setting in SETTINGS:
-        if setting.is_flash:
+    for setting in settings:
+        if setting.is_flash or setting.tears:
             continue
         # The last row of a run may be lost until ext4 has written its own journal, after 5 s.
         log = record(device, setting, idle_seconds=8 if setting.file_system == "ext4" else 0)
@@ -61,9 +75,14 @@ def check_states(device, limit, seed, results):
             print(STATES_ROW.format(*row, *("-" * 6)))
             continue
         found = states.check(device.image("ext4"), log, limit, seed)
-        row += [f"10^{found.logarithm:.0f}", found.bounded, found.checked, found.lost_last, found.worse]
-        row += [f"{found.at_stake:.2f} s" if found.lost_last else "-"]
-        print(STATES_ROW.format(*row), flush=True)
+        key = f"`{setting.pragmas}`" if setting.pragmas else setting.name.removeprefix("ext4, ")
+        if setting.may_lose != ANYTHING:
+            results.add_figures("guide/files", key, *row[1:])
+        states_row = [f"10^{found.logarithm:.0f}", found.checked, found.lost_last, found.worse]
+        states_row += [f"{found.at_stake:.2f} s" if found.lost_last else "-"]
+        results.add_figures("reliability", key, *states_row)
+        states_row.insert(1, found.bounded)
+        print(STATES_ROW.format(*row, *states_row), flush=True)
         results.count(f"states, {setting.name}", state_findings(setting, found))
 
 
@@ -89,15 +108,19 @@ def show_figures(device, results):
 
 
 def main():
-    folder, cuts, limit, seed = sys.argv[1], int(sys.argv[2]), int(sys.argv[3]), sys.argv[4]
+    folder, cuts, limit, pattern = sys.argv[1], int(sys.argv[2]), int(sys.argv[3]), sys.argv[4]
+    seed = os.environ.get("TKOSQLLITE_DEVICE_SEED", "1")
+    settings = [setting for setting in SETTINGS if re.search(pattern, setting.name)]
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # so that the machine is killed
     begin = time.monotonic()
     results = Results()
     device = Device(folder)
     print(f"== The machine booted in {time.monotonic() - begin:.0f} s")
-    show_figures(device, results)
-    check_states(device, limit, seed, results)
-    cut_power(device, cuts, seed, results)
+    if len(settings) == len(SETTINGS):
+        show_figures(device, results)
+    check_states(device, settings, limit, seed, results)
+    cut_power(device, settings, cuts, seed, results)
+    results.record_figures()
     print(f"{results.passed} passed, {results.failed} failed")
     return results.failed != 0
 

@@ -14,6 +14,7 @@ class Setting:
     may_lose: str  # unless it is NOTHING, the cuts must show this loss
     file_system: str = "ext4"
     options: str = "rw"
+    tears: bool = False  # whether every cut is inside a call and tears the last block
 
     @property
     def is_flash(self):
@@ -22,16 +23,18 @@ class Setting:
 
 
 SETTINGS = (
-    Setting("as opened", "", LAST_ROW),
-    Setting("synchronous=EXTRA", "PRAGMA synchronous = EXTRA", NOTHING),
-    Setting("journal_mode=TRUNCATE", "PRAGMA journal_mode = TRUNCATE", NOTHING),
-    Setting("journal_mode=WAL", "PRAGMA journal_mode = WAL", NOTHING),
-    Setting("as opened, dirsync", "", NOTHING, options="rw,dirsync"),
-    Setting("synchronous=OFF", "PRAGMA synchronous = OFF", ANYTHING),
-    Setting("as opened, f2fs", "", LAST_ROW, "f2fs"),
-    Setting("EXTRA, f2fs", "PRAGMA synchronous = EXTRA", NOTHING, "f2fs"),
-    Setting("WAL, f2fs", "PRAGMA journal_mode = WAL", NOTHING, "f2fs"),
-    Setting("as opened, UBIFS", "", LAST_ROW, "ubifs"),
-    Setting("EXTRA, UBIFS", "PRAGMA synchronous = EXTRA", NOTHING, "ubifs"),
-    Setting("WAL, UBIFS", "PRAGMA journal_mode = WAL", NOTHING, "ubifs"),
+    Setting("ext4, default settings", "", LAST_ROW),
+    Setting("ext4, synchronous=EXTRA", "PRAGMA synchronous = EXTRA", NOTHING),
+    Setting("ext4, journal_mode=TRUNCATE", "PRAGMA journal_mode = TRUNCATE", NOTHING),
+    Setting("ext4, journal_mode=WAL", "PRAGMA journal_mode = WAL", NOTHING),
+    Setting("ext4, dirsync", "", NOTHING, options="rw,dirsync"),
+    Setting("ext4, synchronous=OFF", "PRAGMA synchronous = OFF", ANYTHING),
+    Setting("f2fs, default settings", "", LAST_ROW, "f2fs"),
+    Setting("f2fs, synchronous=EXTRA", "PRAGMA synchronous = EXTRA", NOTHING, "f2fs"),
+    Setting("f2fs, journal_mode=WAL", "PRAGMA journal_mode = WAL", NOTHING, "f2fs"),
+    # The last block is often a node block of f2fs. f2fs uses it if its end is new.
+    Setting("f2fs, journal_mode=WAL, torn block", "PRAGMA journal_mode = WAL", ANYTHING, "f2fs", tears=True),
+    Setting("UBIFS, default settings", "", LAST_ROW, "ubifs"),
+    Setting("UBIFS, synchronous=EXTRA", "PRAGMA synchronous = EXTRA", NOTHING, "ubifs"),
+    Setting("UBIFS, journal_mode=WAL", "PRAGMA journal_mode = WAL", NOTHING, "ubifs"),
 )
