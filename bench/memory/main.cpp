@@ -186,7 +186,8 @@ std::size_t PeakOfWriting(int count)
 
 } // namespace Morvik::sql::bench
 
-void* operator new(std::size_t size)
+// Not inlined: a compiler that sees both malloc and operator delete warns that they do not match.
+[[gnu::noinline]] void* operator new(std::size_t size)
 {
     void* const memory = std::malloc(size);
     if (memory == nullptr) {
@@ -196,13 +197,13 @@ void* operator new(std::size_t size)
     return memory;
 }
 
-void operator delete(void* memory) noexcept
+[[gnu::noinline]] void operator delete(void* memory) noexcept
 {
     Morvik::sql::bench::inUse -= malloc_usable_size(memory);
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
 {
     operator delete(memory);
 }
