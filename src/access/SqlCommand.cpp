@@ -9,6 +9,7 @@
 
 #include <sqlite3.h>
 
+#include "access/ExecuteText.h"
 #include "access/SqliteErrors.h"
 
 namespace Morvik::sql {
@@ -76,14 +77,19 @@ SqlCommand& SqlCommand::operator=(SqlCommand&& other) noexcept = default;
 
 SqlCommand::~SqlCommand() = default;
 
-bool SqlCommand::Execute(const std::string& sql)
+bool ExecuteText(SqlDatabase& database, const std::string& sql, SqlError& error)
 {
     char* text = nullptr;
-    m_impl->SetError(sqlite3_exec(m_impl->Handle(), sql.c_str(), nullptr, nullptr, &text));
+    error.SetError(sqlite3_exec(database.GetNativeDatabaseInstance<sqlite3>(), sql.c_str(), nullptr, nullptr, &text));
     if (text != nullptr) {
-        TakeErrorMsg(text, *m_impl);
+        TakeErrorMsg(text, error);
     }
-    return m_impl->Succeeded();
+    return error.Succeeded();
+}
+
+bool SqlCommand::Execute(const std::string& sql)
+{
+    return ExecuteText(*m_impl->database, sql, *m_impl);
 }
 
 bool SqlCommand::Prepare(std::string_view sql)

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "access/ExecuteText.h"
 #include "access/ResultCode.h"
 #include "api/DatabaseApiImpl.h"
 
@@ -30,11 +31,11 @@ bool DatabaseApi::Impl::CheckOpen()
 
 bool DatabaseApi::Impl::RunCommand(const std::string& sql)
 {
-    SqlCommand command(database);
-    if (command.Execute(sql)) {
+    SqlError error;
+    if (ExecuteText(database, sql, error)) {
         return true;
     }
-    CopyErrorFrom(command);
+    CopyErrorFrom(error);
     return false;
 }
 
