@@ -78,17 +78,6 @@ void Library::Read(const std::string& sql, Rows& rows)
     Require(m_database.ReadValues(sql, rows), "read", m_database.GetLastErrorMsg().c_str());
 }
 
-Totals Library::LookUp(const std::vector<Query>& queries)
-{
-    Totals totals;
-    for (const Query& query : queries) {
-        Rows rows;
-        Read(query, rows);
-        totals += SumOf(rows);
-    }
-    return totals;
-}
-
 Totals Library::Walk(const std::string& sql)
 {
     Totals totals;

@@ -9,6 +9,19 @@
 
 namespace Morvik::sql::bench {
 
+/// Reads the result of each query with `Reader`, and adds up all of them.
+template <typename Reader>
+Totals SumOfReads(Reader& reader, const std::vector<std::string>& queries)
+{
+    Totals totals;
+    for (const std::string& query : queries) {
+        typename Reader::Rows rows;
+        reader.Read(query, rows);
+        totals += Reader::SumOf(rows);
+    }
+    return totals;
+}
+
 /// Does the jobs with the facade, as an application does.
 class Library {
 public:
@@ -35,7 +48,7 @@ public:
     void InsertEach(const std::vector<Write>& writes);
     void UpdateEach(const std::vector<Change>& changes);
     void Read(const std::string& sql, Rows& rows);
-    Totals LookUp(const std::vector<Query>& queries);
+    Totals LookUp(const std::vector<Query>& queries) { return SumOfReads(*this, queries); }
     Totals Walk(const std::string& sql);
     Totals Iterate(const std::string& sql);
     void InsertBound(const std::vector<SampleRow>& rows);

@@ -224,18 +224,6 @@ void RawReader<Cell>::Read(const std::string& sql, Rows& rows)
 }
 
 template <typename Cell>
-Totals RawReader<Cell>::LookUp(const std::vector<Query>& queries)
-{
-    Totals totals;
-    for (const Query& query : queries) {
-        Rows rows;
-        Read(query, rows);
-        totals += SumOf(rows);
-    }
-    return totals;
-}
-
-template <typename Cell>
 Totals RawReader<Cell>::Walk(const std::string& sql)
 {
     Totals totals;
