@@ -55,7 +55,7 @@ class Figures:
         return Spread.of(self.times[f"{job}/{rows}"][contender]).scaled(1 / rows)
 
     def ratio(self, job, rows, floor=FLOOR, ours=OURS):
-        """Each round has a ratio, because the contenders of a job run one after the other in it."""
+        """The ratio of each round: in a round, the contenders of a job run one after the other."""
         contenders = self.times[f"{job}/{rows}"]
         return Spread.of([a / b for a, b in zip(contenders[ours], contenders[floor])])
 

@@ -50,7 +50,7 @@ Task ReadColumnsTask()
 void AddBinding(Jobs& jobs)
 {
     ForEachContender([&]<typename Contender> {
-        // Library binds as LibraryPrepared does.
+        // The contender Library binds in the same way as LibraryPrepared.
         if constexpr (Writer<Contender> && !std::is_same_v<Contender, LibraryPrepared> &&
                       requires(Contender contender) {
                           contender.InsertBound(MakeBound<Contender>(std::vector<SampleRow>()));
