@@ -31,7 +31,7 @@ struct __attribute__((visibility("hidden"))) DatabaseApi::Impl {
     bool Succeeded() const noexcept { return code == 0; }
     void ResetCode() noexcept { code = 0; }
 
-    /// Records a failed check and returns false.
+    /// Sets the code and the message, and returns false.
     bool Fail(int failureCode, const char* failureMessage);
     bool Fail(int failureCode, std::string_view failureMessage);
 
@@ -42,7 +42,7 @@ struct __attribute__((visibility("hidden"))) DatabaseApi::Impl {
         Fail(source.GetLastError(), source.GetLastErrorMsg());
     }
 
-    /// Returns true if the database is open and leaves the error unchanged; otherwise records 111 and returns false.
+    /// Returns true if the database is open and leaves the error unchanged; otherwise sets code 111 and returns false.
     bool CheckOpen();
 
     /// Runs the text on the connection, which may be closed, and copies the failure. The code is not reset.
@@ -63,10 +63,10 @@ struct __attribute__((visibility("hidden"))) DatabaseApi::Impl {
     bool Write(const std::string& table, const DbTableDataWrite& data);
     bool Update(const std::string& table, const DbTableDataWrite& data, const std::string& condition);
 
-    /// Runs the statement, even if it has an invalid cell, and records that cell.
+    /// Runs the statement. If it has an invalid cell, first sets the error that names the cell.
     bool RunWrite(WriteStatement& statement);
 
-    /// Records the cell.
+    /// Sets the error that names the cell.
     void FailInvalidCell(const InvalidCell& cell);
 
     /// Closes the cursor, resets the code and opens the cursor on the query.

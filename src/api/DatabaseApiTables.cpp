@@ -64,7 +64,7 @@ bool DatabaseApi::Impl::AlterTable(const std::string& name, const std::string& n
         return false;
     }
     if (!ExistsTable(name)) {
-        // Replaces the error that the test recorded, whether the query failed or the name was missing.
+        // Replaces the error that the test set, whether the query failed or the name was missing.
         return Fail(NoSuchTable, "No table exists: " + name);
     }
     return Execute(RenameTableStatement(name, newName));

@@ -6,7 +6,7 @@ namespace Morvik::sql {
 
 std::string DbTableConstraints::ForeignKeyConstraintAsString() const
 {
-    // The last parenthesis closes nothing; callers rely on it.
+    // The last parenthesis has no opening one; callers rely on it.
     if (foreignKey.empty()) {
         return " )";
     }
