@@ -25,9 +25,9 @@ from selenium.webdriver.support.ui import WebDriverWait
 from page import page_name
 
 TELEPHONE, DESKTOP = (375, 667), (1300, 850)
-LEAST_CONTRAST = 4.5  # what the Web's accessibility guidelines ask of body text
+LEAST_CONTRAST = 4.5  # the Web's accessibility guidelines require this for body text
 LEAST_SIZE = 10  # pixels
-# What is typed, and a page, or a place in one, that must be among the first three results.
+# The text to search for, and a page, or a place in a page, that must be among the first three results.
 SEARCHES = {
     "error": "errors.html",
     "busy": "transactions.html#transactions-waiting-for-others",
@@ -62,8 +62,8 @@ SEARCHES = {
     "find_package": "building.html#building-installed-with-find_package",
 }
 
-# What a reader sees: the width, the ground, and each text with its size and its contrast. The colours of what lies
-# below a text count with their opacity.
+# The look of a page: its width, its background, and each text with its size and its contrast. The colours below a text
+# count with their opacity.
 LOOK = """
 const channels = color => { const c = color.match(/[\\d.]+/g).map(Number); return c.length < 4 ? [...c, 1] : c; };
 const over = (top, below) => top.slice(0, 3).map((c, i) => c * top[3] + below[i] * (1 - top[3]));
@@ -125,7 +125,7 @@ SOURCES = sources()
 
 
 class Reader:
-    """A reader of the pages, and what was found wrong with them."""
+    """A reader of the pages, and the findings."""
 
     def __init__(self, directory):
         self.directory = pathlib.Path(directory).resolve()
@@ -166,7 +166,7 @@ class Reader:
         return not target.fragment or urllib.parse.unquote(target.fragment) in self.names[path]
 
     def check_text(self, page):
-        """What needs no browser."""
+        """Makes the checks that need no browser."""
         text = (self.directory / page).read_text(encoding="utf-8")
         described = set(re.findall(r'class="memdesc:(\w+)', text))
         for member, row in re.findall(r'<tr class="memitem:(\w+)[^"]*">(.*?)</tr>', text, re.DOTALL):

@@ -16,7 +16,7 @@ INLINE = {"a", "b", "code", "em", "i", "small", "span", "strong", "tt", "tspan",
 
 
 class Page(html.parser.HTMLParser):
-    """Collects what is in a page's contents, by section."""
+    """Collects the texts of a page, by section."""
 
     def __init__(self, name):
         super().__init__()
