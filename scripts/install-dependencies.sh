@@ -88,7 +88,7 @@ fi
 architecture=$(dpkg --print-architecture)
 missing=()
 for package in "${wanted[@]//VERSION/$version}"; do
-    # The format is dpkg-query's to expand.
+    # dpkg-query expands the format, not the shell.
     # shellcheck disable=SC2016
     { dpkg-query -W -f '${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null || true; } |
         grep -Eqx "(all|$architecture) installed" || missing+=("$package")
