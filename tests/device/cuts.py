@@ -56,7 +56,7 @@ class Rounds:
         return self._setting.may_lose != NOTHING and not self.tally["lost the last row"] + self.tally["lost more"]
 
     def _round(self, kind):
-        """Checks what the previous cut has left. Then writes and cuts the power, unless `kind` is None."""
+        """Checks the rows that the previous cut has left. Then writes and cuts the power, unless `kind` is None."""
         rows = self._rng.randint(1, 12) if kind == IDLE else 100000
         command = (
             f'(ls /data/dir; rows check {DATABASE} && echo "guest: writing" && '
@@ -97,7 +97,7 @@ class Rounds:
             machine.run_for(self._rng.uniform(0, 4))
         else:
             machine.run_for(self._rng.uniform(0.1, 3))
-        if self._setting.is_flash:  # what the chip holds now is all that the next round gets
+        if self._setting.is_flash:  # the next round gets only the content that the chip holds now
             machine.say("cut")
             machine.until("^guest: flash read")
         disk.cut()

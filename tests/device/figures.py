@@ -1,4 +1,4 @@
-"""What only the device can measure: its memory, its address space, large files, late dates, an installed package."""
+"""Measurements that need the device: its memory, its address space, large files, late dates, an installed package."""
 
 import re
 

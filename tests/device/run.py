@@ -1,4 +1,4 @@
-"""run.py FOLDER CUTS STATES PATTERN: what scripts/device.sh runs once the images in FOLDER are made."""
+"""run.py FOLDER CUTS STATES PATTERN: the checks of scripts/device.sh, run with the images in FOLDER."""
 
 import functools
 import multiprocessing
