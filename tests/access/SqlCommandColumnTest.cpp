@@ -39,7 +39,7 @@ TEST_F(SqlCommandColumnTest, OnlyAStepMakesARowAvailable)
     const struct {
         const char* name;
         std::function<void()> run;
-        std::optional<int> next; // what the step after the operation reads
+        std::optional<int> next; // the number that the step after the operation reads
     } endings[] = {{"the end", [&] { command.Step(); }, 12},
                    {"Reset", [&] { command.Reset(); }, 12},
                    {"a bind", [&] { command.BindInteger(1, 1); }, std::nullopt},
@@ -95,7 +95,7 @@ TEST_F(SqlCommandColumnTest, ReadsMakeTheirCallsAndLeaveTheError)
     EXPECT_THAT(command, HasError(SQLITE_ROW, ""));
 }
 
-TEST_F(SqlCommandColumnTest, OnlyNullIsNull)
+TEST_F(SqlCommandColumnTest, ColumnIsNullIsTrueOnlyForNull)
 {
     StepTo("SELECT NULL, 0, 0.0, '', x''");
 

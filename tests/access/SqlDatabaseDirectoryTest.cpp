@@ -76,7 +76,7 @@ TEST_F(SqlDatabaseDirectoryTest, FailureIsReportedWithTheCompletePath)
 }
 
 // Boost 1.74 ends the process if memory runs out while it creates an ancestor of the requested directory.
-TEST_F(SqlDatabaseDirectoryTest, MissingAncestorsWithoutMemoryAreReportedLikeAnyOther)
+TEST_F(SqlDatabaseDirectoryTest, OutOfMemoryWhileCreatingAncestorsIsReported)
 {
     const std::string path = directory.File("one/two/three/four/new.db");
     std::set<int> levelsMade;

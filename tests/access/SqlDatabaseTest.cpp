@@ -162,7 +162,7 @@ TEST_F(SqlDatabaseTest, MoveAssignmentDropsTheOldConnectionWithoutClosingIt)
 
 using SqlDatabaseDeathTest = SqlDatabaseTest;
 
-// A null message cannot become a string. That exception represents any exception thrown while the message is stored.
+// Making a string of a null message throws an exception, like any other failure to store the message.
 TEST_F(SqlDatabaseDeathTest, ExceptionWhileTheDestructorStoresTheMessageEndsTheProcess)
 {
     EXPECT_EXIT(

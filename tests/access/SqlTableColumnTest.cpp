@@ -132,7 +132,7 @@ TEST_F(SqlTableColumnTest, NameIsLookedUpColumnByColumn)
     EXPECT_THAT(table, HasError(SQLITE_ROW, ""));
 }
 
-TEST_F(SqlTableColumnTest, NameMatchesExactlyItsBytes)
+TEST_F(SqlTableColumnTest, NameMatchesOnlyEqualBytes)
 {
     ReadRow("SELECT 10 AS id, 11 AS ' id', 12 AS '', 13 AS \"\xC3\xA4\"");
 

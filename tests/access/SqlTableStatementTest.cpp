@@ -119,7 +119,7 @@ TEST_F(SqlTableCloseTest, ReleasesTheQuery)
     EXPECT_EQ(table->Columns(), 0);
 }
 
-// A null message cannot become a string. That exception represents any exception thrown while the message is stored.
+// Making a string of a null message throws an exception, like any other failure to store the message.
 TEST_F(SqlTableCloseTest, ExceptionWhileClosingLeavesTheCode)
 {
     const int code = LegacyWalk(RawSqlite(path).Handle(), Overflow).finalize.code;

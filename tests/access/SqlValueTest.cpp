@@ -56,7 +56,7 @@ TEST_F(SqlValueTest, WrapsTheInstanceWithoutAnError)
     EXPECT_THAT(value, HasError(0, ""));
 }
 
-TEST_F(SqlValueTest, StorageClassIsSqlites)
+TEST_F(SqlValueTest, StorageClassHasSqlitesNumber)
 {
     ReadRow("SELECT 1, 1.5, 'a', x'01', NULL, '', x''");
     int column = 0;

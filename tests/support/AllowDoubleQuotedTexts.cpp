@@ -13,7 +13,7 @@ int AllowDoubleQuotedTexts(sqlite3* connection, char**, const sqlite3_api_routin
 
 [[maybe_unused]] const int Allowed = sqlite3_auto_extension(reinterpret_cast<void (*)()>(AllowDoubleQuotedTexts));
 
-TEST(DoubleQuotedTexts, SqliteIsBuiltWithoutThem)
+TEST(DoubleQuotedTexts, SqliteIsBuiltWithoutDoubleQuotedTexts)
 {
     EXPECT_EQ(sqlite3_compileoption_used("DQS=0"), 1);
 }

@@ -20,7 +20,7 @@ struct StepOutcome {
     int code = 0;
     std::string message{};
 
-    /// What the operation read or set, such as rows, each as one text.
+    /// The results of the operation, such as rows, each as one text.
     std::vector<std::string> results{};
 
     /// Whether the database is open and the facade reports success, and the row of the driver's iterator.

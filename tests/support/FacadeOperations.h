@@ -15,13 +15,14 @@ public:
     /// The global locale belongs to all threads: a test with several of them must leave it unchanged.
     enum class GlobalLocale { Chosen, Unchanged };
 
-    /// Creates the files in `directory`. Some writes run with a random locale, unless it must stay unchanged.
+    /// Creates the files in `directory`. With GlobalLocale::Chosen, some writes run with a random global locale.
     explicit FacadeOperations(const std::filesystem::path& directory, GlobalLocale locale = GlobalLocale::Chosen);
 
-    /// Runs one operation on both. Returns an empty text if the outcomes are equal, and otherwise the difference.
+    /// Runs one operation on the facade and on the reference. Returns an empty text if the outcomes are equal, and
+    /// otherwise the difference.
     std::string RunOne(FuzzInput& choices);
 
-    /// Destroys both and compares the content of their files.
+    /// Destroys the facade and the reference, and compares the content of their files.
     std::string CompareFiles();
 
 private:

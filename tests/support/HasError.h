@@ -6,7 +6,7 @@
 
 namespace Morvik::sql::tests {
 
-/// Matches the error record of a connection, statement, cursor, value or facade: code and message together.
+/// Matches the error of a connection, statement, cursor, value or facade: code and message together.
 ///
 ///     EXPECT_THAT(database, HasError(112, "Missing command."));
 MATCHER_P2(HasError, code, message, "has code " + std::to_string(code) + " and message \"" + message + "\"")

@@ -33,7 +33,7 @@ protected:
 /// Tests with a statement on an open connection.
 class ConnectedCommand : public OpenConnection {
 protected:
-    /// Leaves a failure in the record, so that a test can check whether it stays, and returns its message.
+    /// Makes an operation of the command fail, so that a test can check whether the error stays. Returns the message.
     std::string LeaveMessage()
     {
         EXPECT_FALSE(command.Execute("nonsense"));
@@ -55,7 +55,7 @@ protected:
 /// Tests with a cursor on an open connection.
 class ConnectedCursor : public OpenConnection {
 protected:
-    /// Leaves a failure in the record of the closed cursor, and returns its message.
+    /// Makes opening the cursor fail, so that a test can check whether the error stays. Returns the message.
     std::string LeaveMessage()
     {
         EXPECT_FALSE(table.Open("nonsense"));

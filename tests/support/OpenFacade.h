@@ -28,7 +28,7 @@ protected:
         return failure;
     }
 
-    /// Leaves the record 112 "Missing command.".
+    /// Makes an operation fail with code 112 and "Missing command.".
     void FailWithMissingCommand()
     {
         EXPECT_FALSE(database.Execute(""));
