@@ -40,7 +40,7 @@ protected:
     DatabaseApi database;
 };
 
-TEST_F(DatabaseApiDoubleQuotedTextsTest, RejectedTextsAreAnUnknownColumnAndChangeNothing)
+TEST_F(DatabaseApiDoubleQuotedTextsTest, RejectedTextGivesAnErrorAndChangesNothing)
 {
     Open();
     for (const auto& [name, cell] :
@@ -57,7 +57,7 @@ TEST_F(DatabaseApiDoubleQuotedTextsTest, RejectedTextsAreAnUnknownColumnAndChang
     EXPECT_THAT(Stored(), ElementsAre(ElementsAre("0:Text string(hall)", "1:Integer int(1)")));
 }
 
-TEST_F(DatabaseApiDoubleQuotedTextsTest, NumbersAndBoundTextsDoNotNeedThem)
+TEST_F(DatabaseApiDoubleQuotedTextsTest, NumbersAndBoundTextsNeedNoDoubleQuotes)
 {
     Open();
 
@@ -68,7 +68,7 @@ TEST_F(DatabaseApiDoubleQuotedTextsTest, NumbersAndBoundTextsDoNotNeedThem)
     EXPECT_THAT(Stored(), ElementsAre(ElementsAre("0:Text string(kitchen)", "1:Integer int(2)")));
 }
 
-TEST_F(DatabaseApiDoubleQuotedTextsTest, ApplicationCanSwitchThemOn)
+TEST_F(DatabaseApiDoubleQuotedTextsTest, ApplicationCanEnableDoubleQuotedTexts)
 {
     const DoubleQuotedTexts accepted(true);
     Open();

@@ -60,7 +60,7 @@ TEST_F(DatabaseApiImplTest, CellThatCannotBeConvertedIsAnUntypedZero)
 }
 
 // At present, every definition renders to some text.
-TEST_F(DatabaseApiImplTest, EmptyTextOfADefinitionIsMissing)
+TEST_F(DatabaseApiImplTest, EmptyDefinitionTextIsRejected)
 {
     const SqliteCallRecorder sqlite;
 

@@ -137,7 +137,7 @@ TEST_F(DatabaseApiReadingTest, FailureWithinAStepReadsOneColumn)
     EXPECT_THAT(CellTexts(data), ElementsAre(kept));
 }
 
-/// A column cannot be converted if this function of SQLite returns this value. Fetching the row leaves the message.
+/// The values of SQLite's functions with which a column cannot be converted, and the message after the row is fetched.
 const struct {
     const char* function;
     int value;

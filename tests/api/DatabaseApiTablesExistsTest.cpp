@@ -134,7 +134,7 @@ TEST_F(ExistDataTest, FailureIsReportedAndEndsAWalk)
     }
 }
 
-TEST_F(ExistDataTest, RowThatCannotBeConvertedCountsNothing)
+TEST_F(ExistDataTest, RowThatCannotBeConvertedGivesZero)
 {
     SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_column_count", 0, false);

@@ -61,7 +61,7 @@ TEST(DatabaseApiTest, OpensDatabasesInTurnWithOneCallEach)
 
 // A facade's code becomes 100 or 101 without a failure in only one way: OpenDatabase() repeats the code of its
 // connection.
-TEST(DatabaseApiTest, RowAndDoneAreNoSuccesses)
+TEST(DatabaseApiTest, RowAndDoneAreNotSuccesses)
 {
     for (const int code : {SQLITE_ROW, SQLITE_DONE}) {
         DatabaseApi database;

@@ -68,7 +68,7 @@ TEST_F(DatabaseFileFormatTest, ProgramReadsWhatTheLibraryWrote)
               "3|'Eve'|-0.25|NULL\n");
 }
 
-// What a facade leaves in its file, and how it continues after a failed open.
+// The content of the file after a facade was destroyed, and the use of a facade after a failed open.
 
 class DatabaseFileTest : public testing::Test {
 protected:

@@ -115,7 +115,7 @@ std::string ExpectedReturn(std::string cell, const SituationResult& outcome)
 
 class CodesTableTest : public testing::TestWithParam<CodesRow> {};
 
-TEST_P(CodesTableTest, RowTellsWhatHappens)
+TEST_P(CodesTableTest, RowHasTheResultCodeAndMessage)
 {
     const CodesRow& row = GetParam();
     const auto registered = Registered().find(row.key);

@@ -233,7 +233,7 @@ const std::map<std::string, Cause> Causes{
 
 class MessagesTest : public testing::TestWithParam<MessagesRow> {};
 
-TEST_P(MessagesTest, RowTellsTheCause)
+TEST_P(MessagesTest, CauseGivesTheCodeAndMessageOfTheRow)
 {
     const MessagesRow& row = GetParam();
     const auto cause = Causes.find(row.cause);
