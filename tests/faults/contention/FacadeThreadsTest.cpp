@@ -16,7 +16,7 @@ namespace Morvik::sql::tests {
 namespace {
 
 // Facades on separate threads, each with a separate file, share no data that needs a lock. The thread sanitizer (preset
-// tsan) checks it; without the sanitizer these tests still compare every result.
+// tsan) checks this; without the sanitizer these tests still compare every result.
 
 constexpr std::size_t Threads = 2;
 

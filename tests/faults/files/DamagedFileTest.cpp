@@ -249,7 +249,7 @@ struct HeaderField {
     std::vector<std::uint32_t> values;
 };
 
-// 65536 is written as 1.
+// The page size 65536 is stored as 1.
 const std::vector<HeaderField> Fields{
     {"page size", 16, 2, {256, 511, 512, 513, 2048, 4096, 32768, 65535}},
     {"write and read version", 18, 2, {0x0102, 0x0201, 0x0202, 0x0303}},

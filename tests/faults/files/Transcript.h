@@ -8,7 +8,7 @@
 
 namespace Morvik::sql::tests {
 
-/// What a sequence of operations gave.
+/// The outcomes of a sequence of operations.
 using Transcript = std::vector<StepOutcome>;
 
 /// Describes the first difference of two transcripts; empty when they are equal.

@@ -57,7 +57,7 @@ struct UnusualPath {
     /// The code of `operation`, if the database is opened for writing.
     int code;
 
-    /// The files and directories that then exist.
+    /// The files and directories that exist after the operations.
     std::set<std::string> left{};
 
     /// Makes the file.
@@ -88,7 +88,7 @@ const std::vector<UnusualPath> UnusualPaths{
      LongInner + "/test.db",
      SQLITE_CANTOPEN,
      {LongInner.substr(0, 200), LongInner.substr(0, 401), LongInner}},
-    // Only the message of the failed creation contains what follows a zero byte.
+    // The text after a zero byte is used only in the message about a directory that could not be created.
     {"ZeroByteInADirectoryName", "inner\0hidden/test.db"s, SQLITE_CANTOPEN, {"inner"}},
     {"ZeroByteInADirectoryNameThatIsNotMade", "/proc/none\0hidden/test.db"s, CreateDirectoryFailed},
     {"ZeroByteNameOfATemporaryDatabase", "\0hidden"s, SQLITE_OK},

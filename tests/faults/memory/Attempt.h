@@ -9,7 +9,7 @@
 
 namespace Morvik::sql::tests {
 
-/// What happens after the first allocation that fails.
+/// How long allocations continue to fail after the first one that fails.
 enum class Course {
     /// The next allocations succeed; then the scenario is repeated.
     Once,

@@ -46,7 +46,7 @@ protected:
     SqlCommand command{connection};
 };
 
-TEST_F(LostConversionTest, TextIsNotTakenForNull)
+TEST_F(LostConversionTest, TextIsNotReadAsNull)
 {
     EXPECT_THROW(WithoutMemory([&] { return cursor.GetText(0); }), std::bad_alloc);
 

@@ -261,7 +261,7 @@ protected:
     std::size_t bytesOfContents = 0;
     Allowances allowances;
 
-    // What the scenario leaves and reads when memory never fails.
+    // The contents that the scenario leaves, and the data that it reads, when memory never fails.
     DatabaseContent before;
     DatabaseContent once;
     DatabaseContent twice;

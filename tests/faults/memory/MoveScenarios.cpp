@@ -1,4 +1,4 @@
-// Moves of cursors and statements that hold something, and of their connection.
+// Moves of a cursor that holds a query, of a command that holds a statement, and of their connection.
 #include <sqlite3.h>
 
 #include <utility>

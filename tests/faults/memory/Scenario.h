@@ -124,7 +124,7 @@ struct Allocations {
     /// The scenario reads texts or bytes for which SQLite needs memory; without memory, it throws std::bad_alloc.
     bool convertsText = false;
 
-    /// A failed act may leave a transaction open, so that other connections may find the file locked.
+    /// If the scenario fails, it may leave a transaction open, and the file stays locked for other connections.
     bool mayStayLocked = false;
 
     int LeastOf(Memory memory) const { return memory == Memory::OfSqlite ? ofSqlite : ofNew; }

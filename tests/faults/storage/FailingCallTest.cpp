@@ -51,7 +51,8 @@ struct Case {
     const StorageScenario* scenario;
 };
 
-// Only a write to an intact file ends its journal in the way of the mode. Only an existing file has a write-ahead log.
+// Only a write to an intact file ends its journal as the journal mode says. Only an existing file has a write-ahead
+// log.
 std::vector<Case> CasesOf(JournalMode mode)
 {
     std::vector<Case> cases;
@@ -91,7 +92,7 @@ protected:
             disk.Arm(fault);
             const StepOutcome outcome = scenario.act(side);
             run.acknowledged = outcome.succeeded;
-            // Checks that the connection still works afterwards, or fails with the same error.
+            // The read and the close show how the connection works after the fault.
             for (const StepOutcome& step : {outcome, side.Read("SELECT count(*) FROM reading"), side.CloseAll()}) {
                 run.outcomes += TextOf(step) + '\n';
             }
@@ -165,7 +166,7 @@ TEST_P(FailingCallTest, GivesTheReferencesOutcomeAndACompleteContent)
 }
 
 // A fault that no scenario can cause would be in the table without being tested.
-TEST(FailingCallTableTest, EveryFaultIsOfACallThatAScenarioNeeds)
+TEST(FailingCallTableTest, EveryFaultConcernsACallThatSomeScenarioMakes)
 {
     std::set<FileCall> necessary;
 

@@ -53,7 +53,7 @@ protected:
         return LeftAJournal(m_path) || (std::filesystem::file_size(m_path + "-wal", absent) > 0 && !absent);
     }
 
-    // The next process continues to write.
+    // Expects that the next process can continue to write.
     void ExpectToGoOnFrom(DatabaseContent content) const
     {
         DatabaseApi facade;

@@ -19,10 +19,10 @@ namespace {
 
 using Removals = PowerLossVfs::Removals;
 
-// What is found after the restart, the best first.
+// The content of the file after the restart, the best first.
 enum class Found {
-    EverythingAcknowledged, // and all or nothing of the last write
-    TheLastWriteTakenBack,  // and everything before the last write
+    EverythingAcknowledged, // and possibly a last write that was not acknowledged
+    TheLastWriteTakenBack,  // all acknowledged writes except the last one
     AnythingElse,
 };
 
@@ -43,7 +43,7 @@ struct RoundResult {
 
 class PowerLossTest : public testing::TestWithParam<DurabilityMode> {
 protected:
-    // Writes until the power fails, and checks what is left.
+    // Writes until the power fails, and compares the content of the file with the acknowledged content.
     RoundResult RunRound(std::uint64_t seed)
     {
         DatabaseFiles().PutBack(m_path);
@@ -106,7 +106,7 @@ private:
 };
 
 // Rounds that find the worst with some settings prove that the rounds with other settings could find it too.
-TEST_P(PowerLossTest, FindsNothingWorseThanTheSettingsAllow)
+TEST_P(PowerLossTest, LosesNoMoreThanTheSettingsAllow)
 {
     std::array<int, 3> found{};
     int roundsWithLoss = 0;

@@ -108,7 +108,7 @@ std::vector<StorageScenario> MakeScenarios()
                  return side.RunPrepared("INSERT INTO reading (id, room) VALUES (201, ?)", LargeText('p'));
              },
          .changes = {"INSERT INTO reading (id, room) VALUES (201, '" + LargeText('p') + "')"}},
-        // Closing succeeds even if a call fails; the next connection finishes what is left to do.
+        // Closing succeeds even if a call fails; the next connection completes the unfinished work.
         {.name = "CloseAfterAWrite",
          .act = Close,
          .changes = {InsertOfNewReadings()},
