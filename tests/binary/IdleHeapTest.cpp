@@ -33,7 +33,7 @@ std::size_t AllowedBytes()
     return 0;
 }
 
-TEST(IdleHeapTest, OpenFacadeHoldsLittleBesideSqlitesOwn)
+TEST(IdleHeapTest, OpenFacadeHoldsLittleMemoryBesidesSqlites)
 {
     const TemporaryDirectory directory;
     const std::string path = directory.File("idle.db");

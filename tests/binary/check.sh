@@ -173,8 +173,9 @@ check_footprint()
     done
 }
 
-# Demangled and sorted. A constructor or destructor is listed once for each of its entry points. The largest size, which
-# a span of any size has in its name, is left out: it is the only difference between machines.
+# Prints the exported symbols, demangled and sorted. A constructor or destructor is listed once for each of its entry
+# points. The largest size, which a span of any size has in its name, is left out: it is the only difference between
+# machines.
 list()
 {
     $NM -D --defined-only --demangle "$1" | sed -E 's/^[0-9a-f]* . //; s/, (4294967295u|18446744073709551615ul)>/>/' | sort

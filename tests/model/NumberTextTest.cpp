@@ -65,7 +65,7 @@ TEST(NumberTextTest, SizeOfADoubleDependsOnItsExponent)
     }
 }
 
-TEST(NumberTextTest, NumbersFitWhereTheLongestDoes)
+TEST(NumberTextTest, NumbersFitIntoTheBytesOfTheLongestNumber)
 {
     const std::string before(100, 'x');
     const auto expectFits = [&](auto number) {
@@ -101,7 +101,7 @@ TEST(NumberTextTest, ShortcutWritesNumbersFromOneUpWithoutAnExponent)
 }
 
 // 9.999999 becomes 10.0000, whose first digit has the next higher exponent.
-TEST(NumberTextTest, ShortcutLeavesTheRestToTheStandardLibrary)
+TEST(NumberTextTest, ShortcutIsNotTakenForOtherOrUncertainNumbers)
 {
     for (const double number :
          {0.0, 0.5, 0.999, 9.999999, 99999.99, 999999.5, 1000000.0, 1e100, HUGE_VAL, std::nan("")}) {

@@ -86,7 +86,7 @@ TEST(SqlBufferTest, ExpectedSizeIsAllocatedOnce)
     }
 }
 
-TEST(SqlBufferTest, GrowingTakesAboutTwiceAtMost)
+TEST(SqlBufferTest, GrowingAtMostDoublesTheSize)
 {
     SqlBuffer text(1000);
     text.Append(std::string(1000, 'x'));
@@ -122,7 +122,7 @@ TEST(SqlBufferTest, NumbersNeedAStreamIfALocaleWritesThemDifferently)
     }
 }
 
-TEST(SqlBufferTest, LocaleIsThatOfItsConstruction)
+TEST(SqlBufferTest, NumbersFollowTheLocaleOfItsConstruction)
 {
     SqlBuffer text(0);
     const ScopedGlobalLocale locale;

@@ -90,7 +90,7 @@ TEST(ValueLiteralTest, NumbersFollowTheCurrentProcessWideLocale)
     EXPECT_EQ(LiteralOf({Real, 0, 0.5}), "0.5");
 }
 
-TEST(ValueLiteralTest, TimeIsACallOfSqliteForAnyValue)
+TEST(ValueLiteralTest, TimeTagIsASqlFunctionCallForAnyValue)
 {
     const struct {
         DbTableColumnType type;

@@ -25,7 +25,8 @@ RESULTS = PROJECT / "build" / "mutants.jsonl"
 SUPPRESSIONS = PROJECT / "tests" / "mutants" / "suppressions.txt"
 REQUIRED_SHARE = 0.97
 LIBRARY = "src/libtkosqllite.so"
-# The test programs in their order, and the tests of them to run: making every allocation fail takes too long.
+# The test programs in the order in which they run, each with its tests to run. The third program runs without the test
+# that makes every allocation fail, because that test takes too long.
 PROGRAMS = {
     "tests/tkosqllite_tests": "*",
     "tests/tkosqllite_internals_tests": "*",
@@ -71,7 +72,7 @@ class Build:
 
 
 class Trial:
-    """A copy of the library's sources in a folder, and what is built from it."""
+    """A copy of the library's sources in a folder, and the files built from it."""
 
     def __init__(self, build: Build, path: pathlib.Path) -> None:
         self.build, self.path = build, path
