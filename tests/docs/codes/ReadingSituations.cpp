@@ -47,7 +47,8 @@ const std::vector<Fetch> Fetches{
      [](DatabaseApi& database, DbTableRowIterator& row) { return EndOrRow(++row == database.end()); }},
 };
 
-/// Begins the query, calls `prepare` and fetches the first row of `sql`. An iterator is on an added row before that.
+/// Begins the query, calls `prepare` and fetches the first row of `sql`. For a fetch that advances an iterator, the
+/// query gets a row before the rows of `sql`, and the iterator begins on that row.
 Run Fetching(
     const Fetch& fetch, const std::string& sql,
     const std::function<void(SituationFacade&)>& prepare = [](SituationFacade&) {})
