@@ -57,7 +57,7 @@ TEST_F(SqlDatabaseDirectoryTest, FailureIsReportedWithTheCompletePath)
     fs::create_directory(directory.Path() / "locked");
     OpenToEverybody(directory.Path());
 
-    ExpectNoDirectoryFor("/proc/self/missing/new.db"); // nobody may create it
+    ExpectNoDirectoryFor("/proc/self/missing/new.db"); // no user may create it
     ExpectNoDirectoryFor(directory.File("file/sub/new.db"));
     ExpectNoDirectoryFor(directory.File("loop/new.db"));
     ExpectNoDirectoryFor(directory.File(std::string(300, 'x') + "/new.db"));
