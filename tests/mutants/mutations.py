@@ -1,4 +1,5 @@
-"""Finds what can be changed in a source. The places are clang's, so that a "<" of a template is no comparison."""
+"""Finds the possible changes of a source. Clang's syntax tree gives their places, so the "<" of a template is not taken
+for a comparison."""
 
 import collections
 import pathlib
