@@ -22,7 +22,7 @@ using Removals = PowerLossVfs::Removals;
 // The content of the file after the restart, the best first.
 enum class Found {
     EverythingAcknowledged, // and possibly a last write that was not acknowledged
-    TheLastWriteTakenBack,  // all acknowledged writes except the last one
+    TheLastWriteTakenBack,  // the acknowledged writes before the last one, and possibly a part of the last one
     AnythingElse,
 };
 
