@@ -8,8 +8,9 @@
 namespace Morvik::sql {
 
 /// The text of a statement while it is built. Millions of pieces of a few bytes are appended, so appending must cost
-/// little more than the copy. Memory is allocated once if the expected size is right. When memory runs out,
-/// std::bad_alloc is thrown and the text is never cut short.
+/// little more than the copy. Memory is allocated once if the expected size is right; numbers reserve more than they
+/// need, so a short statement that ends with a number may allocate twice. When memory runs out, std::bad_alloc is
+/// thrown and the text is never cut short.
 class SqlBuffer {
 public:
     explicit SqlBuffer(std::size_t expectedSize);
@@ -50,9 +51,6 @@ public:
         }
         return m_end;
     }
-
-    /// The end of the text. At first, the expected size is free after it.
-    char* End() { return m_end; }
 
     void SetEnd(char* end) { m_end = end; }
 

@@ -1,7 +1,6 @@
 #include "model/WriteStatements.h"
 
 #include <cstddef>
-#include <cstring>
 #include <ostream>
 #include <span>
 #include <string_view>
@@ -18,30 +17,23 @@ using namespace std::string_view_literals;
 
 constexpr std::string_view BetweenRows = ") ,(";
 
-char* Write(char* end, std::string_view piece)
-{
-    return static_cast<char*>(std::memcpy(end, piece.data(), piece.size())) + piece.size();
-}
-
 // Empty names before the first non-empty one are left out; a later empty name leaves nothing between its commas.
-[[gnu::noinline]] char* WriteColumnList(char* end, const std::vector<std::string>& columns)
+[[gnu::noinline]] void AppendColumnList(SqlBuffer& sql, const std::vector<std::string>& columns)
 {
     auto column = columns.begin();
     while (column != columns.end() && column->empty()) {
         ++column;
     }
     if (column == columns.end()) {
-        return end;
+        return;
     }
-    *end++ = ' ';
+    sql.Append(' ');
     char separator = '(';
     for (; column != columns.end(); ++column) {
-        *end++ = separator;
-        end = Write(end, *column);
+        sql.Append(separator, *column);
         separator = ',';
     }
-    *end++ = ')';
-    return end;
+    sql.Append(')');
 }
 
 // The size of the keywords, the table's name and the column list; at most a few bytes too large.
@@ -78,18 +70,17 @@ void WriteStatement::AppendRow(const DbTableRowValues& row)
     }
 }
 
-// The text before the first value is written without checks: the buffer was made with space for it.
 InsertStatement::InsertStatement(const std::string& table, const DbTableDataWrite& data)
     : WriteStatement(BeginningSize(table, data.columns) + RowsSize(data.rows))
 {
-    char* end = Write(sql.End(), "INSERT INTO "sv);
-    end = Write(end, table);
-    end = WriteColumnList(end, data.columns);
+    sql.Append("INSERT INTO "sv);
+    sql.Append(table);
+    AppendColumnList(sql, data.columns);
     if (data.rows.empty()) {
-        sql.SetEnd(Write(end, " VALUES"sv));
+        sql.Append(" VALUES"sv);
         return;
     }
-    sql.SetEnd(Write(end, " VALUES ("sv));
+    sql.Append(" VALUES ("sv);
     const std::span rows(data.rows);
     for (const DbTableRowValues& row : rows) {
         if (&row != rows.data()) {
@@ -104,12 +95,11 @@ UpdateStatement::UpdateStatement(const std::string& table, const DbTableDataWrit
     : WriteStatement(BeginningSize(table, data.columns) + condition.size() +
                      (data.rows.empty() ? 0 : "() "sv.size() + RowLiteralsSize(data.rows.front())))
 {
-    char* end = Write(sql.End(), "UPDATE "sv);
-    end = Write(end, table);
-    end = Write(end, " SET"sv);
-    end = WriteColumnList(end, data.columns);
-    *end++ = '=';
-    sql.SetEnd(end);
+    sql.Append("UPDATE "sv);
+    sql.Append(table);
+    sql.Append(" SET"sv);
+    AppendColumnList(sql, data.columns);
+    sql.Append('=');
     if (!data.rows.empty()) {
         const std::size_t begin = sql.Size();
         sql.Append('(');
