@@ -92,7 +92,7 @@ quietly installed_armhf
 with_cmake()
 {
     inside cmake -S /project/install/consumer -B "$1" -DTKOSQLLITE=/project "${@:3}" && inside cmake --build "$1" &&
-        [ "$(inside ${2:+"$2"} "$1/first_steps")" = 'kitchen 21.5' ]
+        [ "$(inside env -C "$1" ${2:+"$2"} ./first_steps)" = 'kitchen 21.5' ]
 }
 developed_native()
 {
