@@ -117,7 +117,7 @@ TEST_F(SqlCommandColumnTest, NumbersKeepTheirWidth)
 
 TEST_F(SqlCommandColumnTest, TextAndBlobHaveExactlyTheirBytes)
 {
-    StepTo("SELECT 'a' || char(0) || 'b', 'it''s', CAST(x'FF80' AS TEXT), char(0), x'00FF00', 'ab'");
+    StepTo("SELECT 'a' || char(0) || 'b', 'it''s', CAST(x'FF80' AS TEXT), char(0), x'00FF00', 'ab', x'07'");
 
     EXPECT_EQ(command.ColumnText(0), "a\0b"sv);
     EXPECT_EQ(command.ColumnText(1), "it's");
@@ -126,6 +126,7 @@ TEST_F(SqlCommandColumnTest, TextAndBlobHaveExactlyTheirBytes)
     EXPECT_THAT(command.ColumnBlob(4), ElementsAre(0x00, 0xFF, 0x00));
     EXPECT_EQ(command.ColumnBlob(4).data(), sqlite3_column_blob(sqlite3_next_stmt(Handle(), nullptr), 4));
     EXPECT_THAT(command.ColumnBlob(5), ElementsAre('a', 'b'));
+    EXPECT_THAT(command.ColumnBlob(6), ElementsAre(0x07));
 }
 
 TEST_F(SqlCommandColumnTest, EmptyValuesAndNullHaveNoBytes)

@@ -71,6 +71,13 @@ TEST_F(SqlCommandPrepareTest, SecondPrepareFailsUntilFinalize)
     EXPECT_EQ(NextInteger(command), 34);
 }
 
+TEST_F(SqlCommandPrepareTest, FailedPrepareMakesNoOtherCall)
+{
+    EXPECT_THAT(CallsDuring([&] { EXPECT_FALSE(command.Prepare("nonsense")); }),
+                ElementsAre("sqlite3_prepare_v2(handle, nonsense, 8)"));
+    EXPECT_THAT(command, HasError(SQLITE_ERROR, message));
+}
+
 TEST_F(SqlCommandPrepareTest, StatementReturnedByAFailingPrepareIsFinalized)
 {
     SqliteCallRecorder sqlite;
