@@ -1,9 +1,9 @@
 #include "model/ValueLiteral.h"
 
 #include <algorithm>
-#include <cstring>
 #include <exception>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include <boost/algorithm/string/replace.hpp>
@@ -59,7 +59,7 @@ bool AppendNumberOf(SqlBuffer& sql, const DbTableColumnValue& cell)
 
 bool Holds(const std::string& text, char quote)
 {
-    return std::memchr(text.data(), quote, text.size()) != nullptr;
+    return std::char_traits<char>::find(text.data(), text.size(), quote) != nullptr;
 }
 
 [[gnu::cold, gnu::noinline]] bool AppendDoubled(SqlBuffer& sql, const std::string& text)
