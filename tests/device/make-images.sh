@@ -93,7 +93,7 @@ make_root()
     program dates "$guest"/dates.cpp -D_TIME_BITS=64
     # The test that is excluded under user emulation (tests/armhf-excluded.txt)
     program long_walk "$tests"/api/DatabaseApiLongWalkTest.cpp \
-        "$tests"/support/{LiveBytes,RawSqlite,TemporaryDirectory}.cpp \
+        "$tests"/support/{RawSqlite,TemporaryDirectory}.cpp \
         "-I$tests" "-I$sysroot/usr/include" "-L$sysroot/usr/lib/$target" -lgmock_main -lgmock -lgtest -lsqlite3
     rm -f "$work/root.img"
     mke2fs -q -t ext4 -E root_owner=0:0 -d "$root" "$work/root.img" 64M
