@@ -23,7 +23,7 @@ public:
     /// buffer was made.
     bool HasPlainNumbers() const { return m_hasPlainNumbers; }
 
-    [[gnu::always_inline]] void Append(char character)
+    void Append(char character)
     {
         char* const end = Reserve(1);
         *end = character;
@@ -44,7 +44,7 @@ public:
     }
 
     /// Returns the end of the text, with space for `size` bytes after it. SetEnd() tells how many of them were written.
-    [[gnu::always_inline]] char* Reserve(std::size_t size)
+    char* Reserve(std::size_t size)
     {
         if (static_cast<std::size_t>(m_limit - m_end) < size) {
             Grow(size);
