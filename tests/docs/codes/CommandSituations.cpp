@@ -89,7 +89,7 @@ Situations CommandSituations()
     const std::string noMemory = "SQLite has no memory for the value";
     const std::string noMemoryToConvert = "SQLite has no memory to convert the value";
     const ArrangeCommand onAText = Stepped("SELECT 'text'");
-    const std::string absent = "SELECT absent FROM t";
+    const char* const absent = "SELECT absent FROM t"; // the commands keep a view of it
     Situations all{
         {"SqlCommand::Execute", "SQLite rejects the text",
          OnACommand(Unprepared, ExecuteCommand("nonsense"), "nonsense")},

@@ -98,16 +98,16 @@ bool Walk(Subject& subject, DatabaseApi& facade)
 void AddRowScenarios(ScenarioList& list)
 {
     const AllowedError nearParenthesis{1, "near \")\": syntax error"};
-    list.Add("WriteTableValues", ArrangeRows, {40, 2}, Facade, Write);
+    list.Add("WriteTableValues", ArrangeRows, {40, 1}, Facade, Write);
     list.Add("WriteTextWithQuotes", ArrangeQuotes, {.ofSqlite = 25, .ofNew = 4, .errorsOfNew = {nearParenthesis}},
              Facade, Write);
     list.Add("WriteInvalidCell", ArrangeInvalidCell, {5, 3}, Facade, [](Subject& subject, DatabaseApi& facade) {
         return !Write(subject, facade) && facade.GetLastError() == 1;
     });
-    list.Add("UpdateTableValues", ArrangeRows, {40, 2}, Facade, Update<Condition>);
+    list.Add("UpdateTableValues", ArrangeRows, {40, 1}, Facade, Update<Condition>);
     list.Add("UpdateTextWithQuotes", ArrangeQuotes, {.ofSqlite = 40, .ofNew = 4, .errorsOfNew = {nearParenthesis}},
              Facade, Update<Condition>);
-    list.Add("UpdateNoRowWithTimes", ArrangeTimes, {20, 2}, Facade, Update<NoRow>);
+    list.Add("UpdateNoRowWithTimes", ArrangeTimes, {20, 1}, Facade, Update<NoRow>);
 
     const Allocations reading{.ofSqlite = 20, .ofNew = 5, .errorsOfSqlite = FailedStep};
     Allocations converting = reading;

@@ -69,7 +69,7 @@ void AddTableScenarios(ScenarioList& list)
 {
     using Definition = DbTableDefinition;
 
-    list.Add("Execute", Warm<OpenFacade>, {20, 1}, Facade,
+    list.Add("Execute", Warm<OpenFacade>, {20, 0}, Facade,
              [](Subject&, DatabaseApi& facade) { return facade.Execute(Insert); });
     list.Add("ExecuteRejectedText", Warm<OpenFacade>, {5, 2}, Facade, [](Subject&, DatabaseApi& facade) {
         return !facade.Execute(Nonsense) && facade.GetLastError() == SQLITE_ERROR;
