@@ -134,7 +134,8 @@ trial()
         [ "$size" -le "$wal" ] || wal=$size
     done
     if [ "$end" = killed ]; then
-        kill -KILL "$writer_id" "$engine_id" || fail "the writer or the engine ended early: $(cat writer.log engine.log)"
+        kill -KILL "$writer_id" || fail "the writer ended early: $(cat writer.log)"
+        kill -KILL "$engine_id" || fail "the engine ended early: $(cat engine.log)"
     else
         kill -KILL "$writer_id" || fail "the writer ended early: $(cat writer.log)"
         kill -TERM "$engine_id" || fail "the engine ended early: $(cat engine.log)"
