@@ -7,8 +7,8 @@ namespace Morvik::sql {
 class SqlDatabase;
 class SqlError;
 
-/// What SqlCommand::Execute() does, with the error of the caller. The facade runs one text per operation and needs no
-/// command for it, because the private state of a command is allocated.
+/// Runs the text on the connection, as SqlCommand::Execute() does, and sets `error`. Returns whether it succeeded. The
+/// facade calls this for each text, because a command would allocate its private state.
 bool ExecuteText(SqlDatabase& database, const std::string& sql, SqlError& error);
 
 } // namespace Morvik::sql
