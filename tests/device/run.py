@@ -57,6 +57,9 @@ def cut_power(device, settings, cuts, seed, results):
             shown += ("unflushed sectors", "lost sectors", "cuts that lost sectors")
             print(CUTS_ROW.format(setting.name, *(tally[column] for column in shown)), flush=True)
             results.count(setting.name, findings)
+        # Without this, the pool ends its processes with SIGTERM, and waits forever if one misses the signal.
+        pool.close()
+        pool.join()
     results.count("proof", [] if losing else ["no cut lost a sector"])
     results.count("proof", [] if journals else ["no cut left a journal"])
 
