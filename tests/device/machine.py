@@ -83,7 +83,9 @@ class Machine:
     def save(self, state):
         self._ask("stop")
         self._ask("migrate", uri=f"exec:cat > {state}")
-        while self._ask("query-migrate").get("status") != "completed":
+        while (status := self._ask("query-migrate").get("status")) != "completed":
+            if status == "failed":
+                raise RuntimeError(f"the state cannot be saved to {state}")
             time.sleep(0.05)
 
     def _ask(self, command, **arguments):
