@@ -9,8 +9,8 @@ set(CMAKE_CXX_COMPILER g++)
 set(CMAKE_CXX_FLAGS_INIT "-m32 -msse2 -mfpmath=sse -idirafter /usr/include/x86_64-linux-gnu")
 set(CMAKE_LIBRARY_ARCHITECTURE ${target})
 
-# The run path of a program also serves the libraries that it loads. It contains the folder with the libraries; see the
-# end of this file.
+# With the old tag, DT_RPATH, the run path of a program is also searched for the dependencies of the libraries that it
+# loads. The end of this file sets the run path.
 set(CMAKE_EXE_LINKER_FLAGS_INIT -Wl,--disable-new-dtags)
 
 set(TKOSQLLITE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/i386-sysroot

@@ -118,7 +118,7 @@ for_target()
 }
 step "Building programs for the target" quietly for_target
 
-# The second code block of the guide; scripts/test.sh runs the first one.
+# Runs the second block of commands in docs/guide/device.md; scripts/test.sh runs the first block.
 guide_for_device()
 {
     eval "$(awk '/^```/ { inside = /^```sh$/; n += inside; next } inside && n == 2' docs/guide/device.md)" &&

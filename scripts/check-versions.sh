@@ -5,7 +5,7 @@
 # Debian systems.
 #
 #   scripts/check-versions.sh [RELEASE:COMPILER:STANDARD...]      all rows by default; as root (scripts/in-debian.sh)
-#   scripts/check-versions.sh libc++                              checks that configuring stops; "all" includes it
+#   scripts/check-versions.sh libc++                              checks that configuring stops; also done by default
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"

@@ -1,6 +1,6 @@
 #!/bin/bash
 # Writes the result of a run, the date and the commit into a table of a page. Does nothing unless the environment sets
-# TKOSQLLITE_FIGURES. The scripts that measure call it.
+# TKOSQLLITE_FIGURES. Scripts call it after they have measured something.
 #
 #   scripts/record.sh PAGE KEY CELL...     replaces the last cells of the row that begins with KEY
 

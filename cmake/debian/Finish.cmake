@@ -3,8 +3,8 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
     cmake_path(REMOVE_EXTENSION package LAST_ONLY OUTPUT_VARIABLE folder)
     execute_process(COMMAND dpkg-deb -R ${package} ${folder} COMMAND_ERROR_IS_FATAL ANY)
 
-    # Packages for two machines can be installed together, because each keeps its files in its machine's folder. One
-    # documentation serves all machines.
+    # Packages of two architectures can be installed together, because each keeps its files in a folder of its
+    # architecture. The documentation package is for all architectures.
     file(READ ${folder}/DEBIAN/control control)
     string(STRIP "${control}" control)
     if(control MATCHES "Architecture: all")

@@ -100,7 +100,7 @@ LINKS = """
 return [...document.querySelectorAll('a[href], link[href], img, script[src]')].map(
     link => link.href?.baseVal ?? link.href ?? link.src);
 """
-# The text of a page without its blocks of code, and its prose.
+# Returns the text of a page without its blocks of code, with inline code (`all`) and without it (`prose`).
 WORDS = """
 const page = document.querySelector('.contents').cloneNode(true);
 page.querySelectorAll('.fragment').forEach(block => block.remove());
@@ -194,7 +194,7 @@ class Reader:
             self.find(page, f"on the console: {entry['message']}")
 
     def check_words(self, page):
-        """Doxygen keeps the code of the source, and leaves no sign of Markdown."""
+        """The page has all inline code of its source, and no Markdown syntax is left."""
         words = self.browser.execute_script(WORDS)
         if page in SOURCES and "**" in words["prose"]:
             self.find(page, "has a ** outside of code")

@@ -39,7 +39,7 @@ class Page(html.parser.HTMLParser):
         elif purpose == "text" and tag in ("h1", "h2", "h3"):
             purpose = "heading"
             self.sections.append([self.anchor, "", ""])
-        if tag == "a" and "id" in attributes:  # in a heading, or before that of a member
+        if tag == "a" and "id" in attributes:  # in a heading, or before the heading of a member
             self.anchor = attributes["id"]
             if purpose == "heading":
                 self.sections[-1][0] = self.anchor

@@ -73,7 +73,7 @@ public:
     /// The end iterator of this facade. Does not change the query or the record.
     DbTableRowIterator end() const;
 
-    /// Fetches the next row of the query into `row`, which is cleared first; its memory is reused.
+    /// Fetches the next row of the query into `row`. The row replaces the cells of `row` and reuses their memory.
     ///
     /// Returns true with code 0. Returns false at the end of the rows with code 0 and an empty message (`row` keeps the
     /// last row), with 111 "Table isn't open." without a query, with SQLite's code and message when the step fails,
@@ -84,8 +84,8 @@ public:
     /// at the first false.
     ///
     /// In WAL mode, while a query is open on a row, the facade's next write fails at once with code 5 if another
-    /// connection has written. CloseReadTable() ends that state. Fetching more rows does not end it, because the record
-    /// then holds the code of the failed write.
+    /// connection has written. Call CloseReadTable() before you repeat the write. Do not fetch the remaining rows
+    /// first: ReadNextRow() returns false, because the record holds the code of the failed write.
     bool ReadNextRow(DbTableRowValues& row) const;
 
     /// Releases the query; CloseDatabase() fails before that. Returns true with code 0, also without a query. Returns

@@ -66,7 +66,7 @@ public:
         return earlier;
     }
 
-    /// Equal if both iterators belong to the same facade and both are on a row, or if both are at the end.
+    /// Equal if both iterators belong to the same facade and are either both on a row or both at the end.
     friend bool operator==(const DbTableRowIterator& left, const DbTableRowIterator& right) noexcept
     {
         return left.m_facade == right.m_facade && left.m_position == right.m_position;

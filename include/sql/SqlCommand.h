@@ -146,8 +146,8 @@ public:
     std::string ColumnText(int column) const;
 
     /// A view of the bytes of column `column` (from 0), valid until the next Step(), Reset() or Finalize(), or until
-    /// the same column is read as another type, which may free the bytes; null and 0 for NULL, for an empty value and
-    /// when no row is available.
+    /// the same column is read as another type, which may free the bytes. The view is empty, with a null pointer, for
+    /// NULL, for an empty value and when no row is available.
     std::span<const unsigned char> ColumnBlob(int column) const;
 
     /// True when the record's code is 100: the last step returned a row.

@@ -87,9 +87,9 @@ public:
     /// @name Reading the current row
     /// @{
 
-    /// The length in bytes of column `column` (from 0) as text or bytes. The reads from this function to GetValue()
-    /// check nothing: call them after ReadNext() returned true, with an index below Columns(). Also 0 if SQLite had no
-    /// memory to convert the value; Close() then returns false with code 7.
+    /// The length in bytes of column `column` (from 0) as text or bytes; also 0 if SQLite had no memory to convert the
+    /// value: Close() then returns false with code 7. This function and the reads below, up to GetValue(), check
+    /// nothing: call them after ReadNext() returned true, with an index below Columns().
     int GetLength(int column) const;
 
     /// Column `column` (from 0) as a 32-bit integer; a wider value is cut to its low 32 bits.

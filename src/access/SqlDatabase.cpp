@@ -54,8 +54,7 @@ SqlDatabase::SqlDatabase() : m_impl(std::make_unique<Impl>()) {}
 
 SqlDatabase::SqlDatabase(SqlDatabase&& other) noexcept = default;
 
-// The connection is not closed here. Callers that keep the raw handle rely on that: they close before assigning to a
-// connection.
+// A connection that this object still holds is not closed. Callers rely on that: its raw handle may still be in use.
 SqlDatabase& SqlDatabase::operator=(SqlDatabase&& other) noexcept = default;
 
 SqlDatabase::~SqlDatabase()

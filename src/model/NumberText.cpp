@@ -110,7 +110,7 @@ bool AppendNumber(SqlBuffer& text, double number)
 
 std::size_t NumberSize(std::int32_t number)
 {
-    // 1233 / 4096 is slightly more than log10(2), so the result is the number of digits or one more.
+    // 1233 / 4096 is log10(2), rounded down. For 32 bits the result is the number of digits or one more.
     const auto magnitude = static_cast<std::uint32_t>(std::abs(std::int64_t{number}));
     return static_cast<std::size_t>(std::bit_width(magnitude) * 1233 / 4096 + 1 + (number < 0 ? 1 : 0));
 }

@@ -20,7 +20,7 @@ fetch_kernel()
     rm -rf "$work/debian" "$apt"
     "$project/scripts/debian-apt.sh" armhf "$apt"
     mkdir -p "$work/debian"
-    # The signed sources change the kernel's version, so its name comes from the metapackage.
+    # The name of the kernel's package contains its version, so it is read from the metapackage.
     export APT_CONFIG=$apt/apt.conf
     kernel=$(apt-cache depends linux-image-armmp | awk '/Depends: linux-image/ {print $2; exit}')
     (cd "$apt" && apt-get download "$kernel" busybox-static mtd-utils)

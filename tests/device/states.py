@@ -26,8 +26,9 @@ class Epoch:
 
     def __init__(self, acknowledged):
         self.writes = []
-        self.acknowledged = acknowledged  # rows, just before the flush that ends it
-        self.idle = 0  # seconds since the last row, then
+        # Just before the flush that ends the epoch: the acknowledged rows, and the seconds since the last one.
+        self.acknowledged = acknowledged
+        self.idle = 0
 
     def sectors(self):
         """Sector -> contents, oldest first."""
@@ -77,7 +78,7 @@ def epochs(log):
 @dataclasses.dataclass
 class StateCounts:
     logarithm: float = -math.inf  # of the number of states that the run can leave
-    bounded: int = 0  # of them, those with a bounded subset
+    bounded: int = 0  # the number of states that Epoch.states() selects
     checked: int = 0
     lost_last: int = 0
     worse: int = 0
@@ -151,7 +152,7 @@ def check(image, log, limit, seed):
     found = epochs(log)
     states = [(index, writes) for index, epoch in enumerate(found) for writes in epoch.states(rng, limit // len(found))]
     outcome.bounded = len(states)
-    if len(states) > limit: # keep the last ones, where nothing is written any more
+    if len(states) > limit:  # keep the last ones, where nothing is written any more
         kept = rng.sample(range(len(states) - LAST), limit - LAST)
         states = [states[index] for index in sorted(kept)] + states[-LAST:]
     most = max(epoch.count() for epoch in found)
