@@ -1,6 +1,6 @@
 #!/bin/bash
-# Opens the site's files in a headless Chromium and checks the links, the console's messages, the search, and the look on
-# a telephone and on a desktop, light and dark. Build the site first, with scripts/reference.sh.
+# Opens the site's files in a headless Chromium and checks the links, the console's messages, the search, and the look
+# on a telephone and on a desktop, light and dark. Build the site first, with scripts/reference.sh.
 
 # shellcheck source=scripts/common.sh
 . "$(dirname "$(readlink -f "$0")")/common.sh"

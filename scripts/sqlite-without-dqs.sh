@@ -1,7 +1,7 @@
 #!/bin/bash
 # Builds Debian's SQLite, with Debian's options and without double-quoted texts (SQLITE_DQS=0), into build/no-dqs-sqlite
-# for the preset "no-dqs", which compiles with this machine's sqlite3.h. Does nothing if that directory exists. The build
-# takes half a minute because it is not optimized; its speed does not matter.
+# for the preset "no-dqs", which compiles with this machine's sqlite3.h. Does nothing if that directory exists. The
+# speed of this SQLite does not matter, so it is built without optimization, in half a minute.
 #
 # TKOSQLLITE_DEBIAN_MIRROR names another mirror of Debian.
 

@@ -6,7 +6,7 @@ usage: check.py DIRECTORY     prints what is wrong, a line each
 Every page of the guide is in the navigation tree and leads to its neighbours. Every public member is described. Every
 link, anchor, picture and place that the search can find exists. Nothing is written to the console, and no page is wider
 than the window, on a telephone and on a desktop, light and dark, chosen by the system and by the switch. Every block of
-code has a copy button, and inline code is that of the source. The search finds what readers type.
+code has a copy button, and each page shows the inline code of its source. The search finds what readers type.
 """
 
 import json

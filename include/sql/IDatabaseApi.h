@@ -136,10 +136,10 @@ public:
     /// text or blob.
     virtual bool WriteTableValues(const std::string& table, const DbTableDataWrite& data) = 0;
 
-    /// Assigns the cells of the first row of `data` to its columns in every row that `condition` selects; further rows
-    /// of `data` are ignored. `condition` is the complete clause with its keyword ("WHERE id=3"); an empty condition
-    /// changes every row of the table. A text or blob cell that equals a column's name stores that column's content:
-    /// see DbTableColumnValue.
+    /// Assigns the cells of the first row of `data` to `data.columns` in every row that `condition` selects; further
+    /// rows of `data` are ignored. `condition` is the complete clause with its keyword ("WHERE id=3"); an empty
+    /// condition changes every row of the table. A text or blob cell that equals a column's name stores that column's
+    /// content: see DbTableColumnValue.
     ///
     /// Returns true with code 0, also when no row was selected. Returns false with 112 "Missing table name." or
     /// "Missing column names.", or with SQLite's code and message as for WriteTableValues().

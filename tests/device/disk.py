@@ -26,7 +26,7 @@ class Disk(threading.Thread):
         self.image = image  # a bytearray: what has been flushed
         self.unflushed = {}  # sector -> contents, oldest first
         self.log = []
-        self.requests_left = None  # writes and flushes until the power goes
+        self.requests_left = None  # writes and flushes until the power is cut
         self.is_off = threading.Event()
         self._lock = threading.Lock()
         if os.path.exists(path):

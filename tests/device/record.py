@@ -46,7 +46,7 @@ def record(device, setting, idle_seconds=0):
 
 
 def _clock(machine):
-    """The last time that the device has printed."""
+    """The time on the device's clock, as the device printed it last."""
     return float(re.findall(r"^clock (\d+\.\d+)$", machine.text, re.M)[-1])
 
 
