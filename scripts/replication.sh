@@ -109,8 +109,8 @@ megabytes()
     awk -v bytes="$1" 'BEGIN { printf bytes < 1e7 ? "%.1f MB" : "%.0f MB", bytes / 1e6 }'
 }
 
-# trial PLACE ROWS-PER-SECOND SECONDS INTERVAL END: END is "killed", for the writer and the replication program at once,
-# or "stopped": the replication program gets SIGTERM after the writer was killed. Prints one line of the table.
+# trial PLACE ROWS-PER-SECOND SECONDS INTERVAL END: prints one line of the table. END is "killed" (the writer and the
+# replication program are killed at once) or "stopped" (the program gets SIGTERM after the writer was killed).
 trial()
 {
     local place=$1 rate=$2 seconds=$3 interval=$4 end=$5 folder=$work/trial engine_id writer_id size wal=0 shadow

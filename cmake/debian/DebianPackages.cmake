@@ -58,7 +58,7 @@ add_custom_target(tkosqllite_debian_symbols ALL DEPENDS ${folder}/symbols)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${PROJECT_NAME})
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # cpack would put it before the packages' summaries
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # or cpack adds the project's summary to each package
 set(CPACK_PACKAGE_CONTACT ${TKOSQLLITE_MAINTAINER})
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)

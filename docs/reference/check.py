@@ -125,7 +125,7 @@ SOURCES = sources()
 
 
 class Reader:
-    """A reader of the pages, and the findings."""
+    """Reads the pages and collects the findings."""
 
     def __init__(self, directory):
         self.directory = pathlib.Path(directory).resolve()
