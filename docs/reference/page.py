@@ -113,7 +113,7 @@ def prose(lines, page, section):
             code = part.strip("`")  # an apostrophe would end the code between single backticks
             parts[number] = operation_link(code, section, OPERATIONS) or (f"``{code}``" if "'" in code else part)
     text = re.sub(r"(!?)\[([^]]*)\]\(([^)\s]*)\)", lambda match: link(page, *match.groups()), "".join(parts))
-    return re.sub(r"</?details>.*", r"\n\\htmlonly[block]\n\g<0>\n\\endhtmlonly\n", text)  # Doxygen would split them
+    return re.sub(r"</?details>.*", r"\n\\htmlonly[block]\n\g<0>\n\\endhtmlonly\n", text)  # Doxygen splits details
 
 
 def fragment(code, language):
