@@ -15,13 +15,11 @@ namespace {
 
 const std::string Violation = "INSERT INTO t VALUES (1)";
 
-constexpr std::array<unsigned char, 6> SixBytes{'l', 'o', 'n', 'g', 'e', 'r'};
-
 using ArrangeCommand = std::function<void(SituationConnection&, SqlCommand&)>;
 
 /// Runs the operation on a command that has the error of an earlier failure. `failing` gives SQLite's result.
 template <typename Operation>
-Run OnACommand(const ArrangeCommand& arrange, const Operation& operation, const std::string& failing = Violation)
+Run OnACommand(const ArrangeCommand& arrange, Operation operation, const std::string& failing = Violation)
 {
     return [=] {
         SituationConnection connection;
@@ -59,25 +57,10 @@ ArrangeCommand Stepped(const std::string& sql)
     };
 }
 
-auto ExecuteCommand(const std::string& sql)
-{
-    return [=](SqlCommand& command) { return command.Execute(sql); };
-}
-
-auto PrepareCommand(std::string_view sql)
-{
-    return [=](SqlCommand& command) { return command.Prepare(sql); };
-}
-
-std::string TextOfColumn(SqlCommand& command)
-{
-    return command.ColumnText(0).empty() ? "empty" : "not empty";
-}
-
-std::string BlobOfColumn(SqlCommand& command)
-{
-    return command.ColumnBlob(0).empty() ? "empty" : "not empty";
-}
+constexpr auto ExecuteCommand = Call<&SqlCommand::Execute>;
+constexpr auto PrepareCommand = Call<&SqlCommand::Prepare>;
+constexpr auto ReadText = Call<&SqlCommand::ColumnText>(0);
+constexpr auto ReadBlob = Call<&SqlCommand::ColumnBlob>(0);
 
 } // namespace
 
@@ -107,38 +90,35 @@ Situations CommandSituations()
         {"SqlCommand::Reset", "the last step failed", OnACommand(Stepped(Violation), &SqlCommand::Reset)},
         {"SqlCommand::Finalize", noStatement, OnACommand(Unprepared, &SqlCommand::Finalize)},
         {"SqlCommand::Finalize", "the last step failed", OnACommand(Stepped(Violation), &SqlCommand::Finalize)},
-        {"SqlCommand::ColumnCount", noRow, OnACommand(Unprepared, [](SqlCommand& c) { return c.ColumnCount(); })},
-        {"SqlCommand::ColumnIsNull", noRow, OnACommand(Unprepared, [](SqlCommand& c) { return c.ColumnIsNull(0); })},
-        {"SqlCommand::ColumnInt", noRow, OnACommand(Unprepared, [](SqlCommand& c) { return c.ColumnInt(0); })},
-        {"SqlCommand::ColumnInt64", noRow, OnACommand(Unprepared, [](SqlCommand& c) { return c.ColumnInt64(0); })},
-        {"SqlCommand::ColumnDouble", noRow,
-         OnACommand(Unprepared, [](SqlCommand& c) { return c.ColumnDouble(0) == 0.0 ? 0 : 1; })},
-        {"SqlCommand::ColumnText", noRow, OnACommand(Unprepared, TextOfColumn)},
-        {"SqlCommand::ColumnText", noMemory, OnACommand(onAText, WithNull("sqlite3_column_text", TextOfColumn))},
-        {"SqlCommand::ColumnText", noMemoryToConvert,
-         OnACommand(onAText, WithNull("sqlite3_column_bytes", TextOfColumn))},
-        {"SqlCommand::ColumnBlob", noRow, OnACommand(Unprepared, BlobOfColumn)},
-        {"SqlCommand::ColumnBlob", noMemory, OnACommand(onAText, WithNull("sqlite3_column_blob", BlobOfColumn))},
-        {"SqlCommand::ColumnBlob", noMemoryToConvert,
-         OnACommand(onAText, WithNull("sqlite3_column_bytes", BlobOfColumn))},
+        {"SqlCommand::ColumnCount", noRow, OnACommand(Unprepared, &SqlCommand::ColumnCount)},
+        {"SqlCommand::ColumnIsNull", noRow, OnACommand(Unprepared, Call<&SqlCommand::ColumnIsNull>(0))},
+        {"SqlCommand::ColumnInt", noRow, OnACommand(Unprepared, Call<&SqlCommand::ColumnInt>(0))},
+        {"SqlCommand::ColumnInt64", noRow, OnACommand(Unprepared, Call<&SqlCommand::ColumnInt64>(0))},
+        {"SqlCommand::ColumnDouble", noRow, OnACommand(Unprepared, Call<&SqlCommand::ColumnDouble>(0))},
+        {"SqlCommand::ColumnText", noRow, OnACommand(Unprepared, ReadText)},
+        {"SqlCommand::ColumnText", noMemory, OnACommand(onAText, WithNull("sqlite3_column_text", ReadText))},
+        {"SqlCommand::ColumnText", noMemoryToConvert, OnACommand(onAText, WithNull("sqlite3_column_bytes", ReadText))},
+        {"SqlCommand::ColumnBlob", noRow, OnACommand(Unprepared, ReadBlob)},
+        {"SqlCommand::ColumnBlob", noMemory, OnACommand(onAText, WithNull("sqlite3_column_blob", ReadBlob))},
+        {"SqlCommand::ColumnBlob", noMemoryToConvert, OnACommand(onAText, WithNull("sqlite3_column_bytes", ReadBlob))},
     };
     const std::map<std::string, std::function<bool(SqlCommand&, int)>> binds{
         {"BindInteger", [](SqlCommand& command, int index) { return command.BindInteger(index, 1); }},
         {"BindInt64", [](SqlCommand& command, int index) { return command.BindInt64(index, 1); }},
         {"BindDouble", [](SqlCommand& command, int index) { return command.BindDouble(index, 1.5); }},
         {"BindText", [](SqlCommand& command, int index) { return command.BindText(index, "longer"); }},
-        {"BindBlob", [](SqlCommand& command, int index) { return command.BindBlob(index, SixBytes); }}};
-    for (const auto& [name, bind] : binds) {
-        const auto add = [&all, &name = name, &bind = bind](const char* situation, const ArrangeCommand& arrange,
-                                                            int index) {
-            const auto bindAt = [=](SqlCommand& command) { return bind(command, index); };
-            all.push_back({"SqlCommand::" + name, situation, OnACommand(arrange, bindAt)});
+        {"BindBlob",
+         [](SqlCommand& command, int index) { return command.BindBlob(index, std::array<unsigned char, 6>()); }}};
+    for (const auto& bind : binds) {
+        const auto add = [&](const char* situation, const ArrangeCommand& arrange, int index) {
+            const auto bindAt = [=, run = bind.second](SqlCommand& command) { return run(command, index); };
+            all.push_back({"SqlCommand::" + bind.first, situation, OnACommand(arrange, bindAt)});
         };
         add("no statement is held", Unprepared, 1);
         add("the index is 0", Prepared("SELECT ?"), 0);
         add("the index is too large", Prepared("SELECT ?"), 2);
         add("the statement was stepped and not reset", Stepped("SELECT ?"), 1);
-        if (name == "BindText" || name == "BindBlob") {
+        if (bind.first == "BindText" || bind.first == "BindBlob") {
             add("the value is longer than SQLite's limit", PreparedWithALimit, 1);
         }
     }

@@ -1,7 +1,9 @@
 #pragma once
 
-#include <cstddef>
+#include <algorithm>
+#include <cctype>
 #include <fstream>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -14,22 +16,22 @@ inline std::string WithoutBackticks(std::string text)
     return text;
 }
 
+/// A text as the name of a test's parameter, which may contain only letters, digits and underscores.
+inline std::string ParameterName(std::string text)
+{
+    std::ranges::replace_if(
+        text, [](unsigned char byte) { return std::isalnum(byte) == 0; }, '_');
+    return text;
+}
+
 /// The cells of one line of a table, without surrounding blanks and with \| as |.
 inline std::vector<std::string> CellsOfLine(const std::string& line)
 {
+    static const std::regex Cell(R"(\| *((?:\\.|[^|\\])*?) *(?=\|))");
+    static const std::regex Escaped(R"(\\(.))");
     std::vector<std::string> cells;
-    std::string cell;
-    for (std::size_t at = 1; at < line.size(); ++at) {
-        if (line.compare(at, 2, "\\|") == 0) {
-            cell += line[++at];
-        } else if (line[at] != '|') {
-            cell += line[at];
-        } else {
-            const std::size_t first = cell.find_first_not_of(' ');
-            cells.push_back(first == std::string::npos ? ""
-                                                       : cell.substr(first, cell.find_last_not_of(' ') + 1 - first));
-            cell.clear();
-        }
+    for (std::sregex_iterator cell(line.begin(), line.end(), Cell), end; cell != end; ++cell) {
+        cells.push_back(std::regex_replace(cell->str(1), Escaped, "$1"));
     }
     return cells;
 }

@@ -1,7 +1,9 @@
+#include <sql/SqlTable.h>
+#include <sql/SqlValue.h>
+
 #include <functional>
 #include <limits>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -9,6 +11,7 @@
 
 #include "docs/codes/DocumentTable.h"
 #include "docs/codes/Situation.h"
+#include "support/Cells.h"
 #include "support/DoubleQuotedTexts.h"
 #include "support/NumberLocales.h"
 
@@ -49,9 +52,11 @@ const CodeAndMessage Succeeded{-1, "succeeded"};
 
 /// An operation of the facade.
 template <typename Operation>
-Step On(const Operation& operation)
+Step On(Operation operation)
 {
-    return [=](SituationFacade& facade) { return operation(facade.database) ? Succeeded : ErrorOf(facade.database); };
+    return [=](SituationFacade& facade) {
+        return std::invoke(operation, facade.database) ? Succeeded : ErrorOf(facade.database);
+    };
 }
 
 template <typename... Operations>
@@ -60,25 +65,14 @@ Cause Failures(const Operations&... operations)
     return {{}, {On(operations)...}};
 }
 
-const DbTableColumnValue IntInReal{.type = DbTableColumnType::Real, .value = 3};
-const DbTableDataWrite NoRows{.columns = {"a"}, .rows = {}};
-
 DbTableDataWrite OneCell(const DbTableColumnValue& cell)
 {
     return {.columns = {"a"}, .rows = {{.cells = {cell}}}};
 }
 
-DbTableDataWrite OneText(const std::string& text)
-{
-    return OneCell({.type = DbTableColumnType::Text, .value = text});
-}
-
-DbTableDataWrite OneReal(double number)
-{
-    return OneCell({.type = DbTableColumnType::Real, .value = number});
-}
-
-const DbTableDataWrite Kitchen = OneText("kitchen");
+const DbTableDataWrite IntInReal = OneCell({.type = DbTableColumnType::Real, .value = 3});
+const DbTableDataWrite NoRows{.columns = {"a"}, .rows = {}};
+const DbTableDataWrite Kitchen = OneCell(TextCell("kitchen"));
 const std::string Insertion = "INSERT INTO t VALUES (4)";
 
 Step Open(const std::string& name, bool readOnly)
@@ -93,7 +87,7 @@ CodeAndMessage WriteWithoutDoubleQuotedTexts(SituationFacade& facade)
 {
     const DoubleQuotedTexts off(false);
     facade.Reopen(facade.path, false);
-    CodeAndMessage error = On(Write("t", OneText("TEXT")))(facade);
+    CodeAndMessage error = On(Write("t", OneCell(TextCell("TEXT"))))(facade);
     // Newer versions of SQLite quote the name and add a hint.
     if (error.message == R"(no such column: "TEXT" - should this be a string literal in single-quotes?)") {
         error.message = "no such column: TEXT";
@@ -104,7 +98,7 @@ CodeAndMessage WriteWithoutDoubleQuotedTexts(SituationFacade& facade)
 bool WriteRealWithAComma(DatabaseApi& database)
 {
     const ScopedGlobalLocale comma;
-    return database.WriteTableValues("t", OneReal(2.5));
+    return database.WriteTableValues("t", OneCell(RealCell(2.5)));
 }
 
 bool CountWithoutKeyword(DatabaseApi& database)
@@ -168,30 +162,29 @@ CodeAndMessage ReadAbsentColumn(SituationFacade& facade)
 }
 
 const std::map<std::string, Cause> Causes{
-    {"WriteTableValues with a Real cell that holds an int", Failures(Write("t", OneCell(IntInReal)))},
+    {"WriteTableValues with a Real cell that holds an int", Failures(Write("t", IntInReal))},
     {"WriteTableValues with a Null cell, or one that was read from NULL",
-     Failures(Write("t", OneCell({.type = DbTableColumnType::Null})),
-              Write("t", OneCell({.type = DbTableColumnType::None, .value = ""})))},
+     Failures(Write("t", OneCell(InvalidCell())), Write("t", OneCell({.type = DbTableColumnType::None, .value = ""})))},
     {"CreateTable with a foreign key",
-     Failures(CreateTable({"n", {{.name = "a"}}, {.referenceTable = "t", .foreignKey = {"a"}}}))},
+     Failures(CreateTable(DbTableDefinition{"n", {{.name = "a"}}, {.referenceTable = "t", .foreignKey = {"a"}}}))},
     {"CreateTable with Check or Default without an argument",
-     Failures(CreateTable({"n", {{.name = "b", .constraintFlags = Check}}}),
-              CreateTable({"n", {{.name = "b", .constraintFlags = Default}}}))},
+     Failures(CreateTable(DbTableDefinition{"n", {{.name = "b", .constraintFlags = Check}}}),
+              CreateTable(DbTableDefinition{"n", {{.name = "b", .constraintFlags = Default}}}))},
     {"UpdateTableValues with a first cell that is invalid, or without rows",
-     Failures(Update("t", OneCell(IntInReal)), Update("t", NoRows))},
+     Failures(Update("t", IntInReal, "WHERE a=1"), Update("t", NoRows, "WHERE a=1"))},
     {"WriteTableValues without rows", Failures(Write("t", NoRows))},
     {"UpdateTableValues without rows or with an invalid first cell, and without a condition",
-     Failures(Update("t", OneCell(IntInReal), ""), Update("t", NoRows, ""))},
+     Failures(Update("t", IntInReal, ""), Update("t", NoRows, ""))},
     {"UpdateTableValues with the condition a = 1", Failures(Update("t", Kitchen, "a = 1"))},
     {"ExistData with the condition a = 1", Failures(CountWithoutKeyword)},
     {"a write to the table my table", Failures(Write("my table", Kitchen))},
-    {"a row with fewer cells than columns", Failures(Write("t", {.columns = {"a", "rowid"}, .rows = Kitchen.rows}))},
+    {"a row with fewer cells than columns", Failures(Write("t", DbTableDataWrite{{"a", "rowid"}, Kitchen.rows}))},
     {"a Real cell of 2.5 under a locale with a decimal comma", Failures(WriteRealWithAComma)},
-    {"a text with a zero byte", Failures(Write("t", OneText(std::string("a\0b", 3))))},
-    {"a blob cell that holds a double quotation mark",
-     Failures(Write("t", OneCell({.type = DbTableColumnType::Blob, .value = std::vector<char>{'a', '"', 'b'}})))},
+    {"a text with a zero byte", Failures(Write("t", OneCell(TextCell(std::string("a\0b", 3)))))},
+    {"a blob cell that holds a double quotation mark", Failures(Write("t", OneCell(BlobCell("a\"b"))))},
     {"a text cell TEXT, with a SQLite that has double-quoted texts off", {{}, {WriteWithoutDoubleQuotedTexts}}},
-    {"a Real cell that holds infinity", Failures(Write("t", OneReal(std::numeric_limits<double>::infinity())))},
+    {"a Real cell that holds infinity",
+     Failures(Write("t", OneCell(RealCell(std::numeric_limits<double>::infinity()))))},
     {"a text without apostrophes in a condition or a query",
      Failures(Execute("SELECT a FROM t WHERE a = kitchen"), Update("t", Kitchen, "WHERE a = kitchen"))},
     {"a write to a table that is not there", Failures(Write("room", Kitchen))},
@@ -204,7 +197,7 @@ const std::map<std::string, Cause> Causes{
      {{On(Read("PRAGMA journal_mode = WAL")), On(Execute("PRAGMA busy_timeout = 10000")), On(Begin("SELECT a FROM t")),
        On(ReadNext), OnAnother("INSERT INTO t VALUES (5)")},
       {On(Execute(Insertion))}}},
-    {"CloseDatabase after a read", {{On(ReadTable("t"))}, {On(Close)}}},
+    {"CloseDatabase after a read", {{On(ReadTable("t"))}, {On(&DatabaseApi::CloseDatabase)}}},
     {"DropTable of the table that is walked",
      {{On(Begin("SELECT a FROM t UNION ALL SELECT a FROM t")), On(ReadNext)}, {On(DropTable("t"))}}},
     {"a write after opening read-only", {{Open("test.db", true)}, {On(Execute(Insertion))}}},
@@ -213,17 +206,18 @@ const std::map<std::string, Cause> Causes{
      {{}, {Open("absent.db", true), Open(".", false)}}},
     {"a write of a key that is there", Failures(Execute("INSERT INTO t VALUES (1)"))},
     {"Execute or a write on a facade that is not open",
-     {{On(Close)}, {On(Execute("SELECT 1")), On(Write("t", Kitchen))}}},
+     {{On(&DatabaseApi::CloseDatabase)}, {On(Execute("SELECT 1")), On(Write("t", Kitchen))}}},
     {"a bind after Step without Reset", {{}, {Bind(true, 1)}}},
     {"a bind with index 0", {{}, {Bind(false, 0)}}},
     {"the first use of a file that is not a database",
      {{OnALetter}, {On(ReadTable("t")), On(Execute("CREATE TABLE n (a)"))}}},
-    {"a read on a facade that is not open", {{On(Close)}, {On(ReadTable("t")), On(Begin("SELECT 1"))}}},
+    {"a read on a facade that is not open",
+     {{On(&DatabaseApi::CloseDatabase)}, {On(ReadTable("t")), On(Begin("SELECT 1"))}}},
     {"ReadNextRow after CloseReadTable or a counting ExistData",
-     {{On(Begin("SELECT 1")), On(CloseQuery)}, {On(ReadNext), On(ReadNextAfterACount)}}},
+     {{On(Begin("SELECT 1")), On(&DatabaseApi::CloseReadTable)}, {On(ReadNext), On(ReadNextAfterACount)}}},
     {"CreateTable, WriteTableValues or another operation with an empty table name",
-     Failures(CreateTable({}), Write("", Kitchen), Update("", Kitchen), DropTable(""))},
-    {"UpdateTableValues without columns", Failures(Update("t", {.columns = {}, .rows = Kitchen.rows}))},
+     Failures(CreateTable(DbTableDefinition()), Write("", Kitchen), Update("", Kitchen, ""), DropTable(""))},
+    {"UpdateTableValues without columns", Failures(Update("t", DbTableDataWrite{{}, Kitchen.rows}, ""))},
     {"Execute with an empty text", Failures(Execute(""))},
     {"ReadValues or SqlQueryBegin with an empty text", Failures(Read(""), Begin(""))},
     {"GetValue of a column that the query of a SqlTable does not have", {{}, {ReadAbsentColumn}}},
@@ -249,16 +243,12 @@ TEST_P(MessagesTest, CauseGivesTheCodeAndMessageOfTheRow)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, MessagesTest, testing::ValuesIn(MessagesRows()));
+INSTANTIATE_TEST_SUITE_P(Rows, MessagesTest, testing::ValuesIn(MessagesRows()),
+                         [](const auto& row) { return ParameterName(row.param.cause); });
 
 TEST(MessagesDocumentTest, HasARowForEveryCause)
 {
-    std::set<std::string> rows;
-    for (const MessagesRow& row : MessagesRows()) {
-        rows.insert(row.cause);
-    }
-
-    EXPECT_EQ(rows.size(), Causes.size());
+    EXPECT_EQ(MessagesRows().size(), Causes.size()); // each row has another cause, or the tests would have equal names
 }
 
 } // namespace

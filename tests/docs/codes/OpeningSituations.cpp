@@ -14,7 +14,7 @@ namespace Morvik::sql::tests {
 namespace {
 
 /// Opens `name` in a directory that holds a directory and a file.
-template <typename Database>
+template <typename Database, auto Open>
 Run Opening(const std::string& name, bool readOnly)
 {
     return [=] {
@@ -25,36 +25,32 @@ Run Opening(const std::string& name, bool readOnly)
         const int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
         Database database;
         SituationResult outcome =
-            Observe(database, FailureOfOpen(path, flags), [&] { return OpenAt(path, readOnly, database); });
+            Observe(database, FailureOfOpen(path, flags), [&] { return std::invoke(Open, database, path, readOnly); });
         outcome.names["path"] = path;
         return outcome;
     };
 }
 
-template <typename Database>
+template <typename Database, auto Open>
 SituationResult OpenedWithoutMemory()
 {
     SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_open_v2", SQLITE_NOMEM, false, 1); // the first call is raw SQLite's
-    return Opening<Database>("test.db", false)();
+    return Opening<Database, Open>("test.db", false)();
 }
 
-template <typename Database>
+template <typename Database, auto Open>
 void AddFailedOpenings(const std::string& open, Situations& all)
 {
-    const std::string longerThanANameMayBe(300, 'x');
-    all.push_back({open, "the directory cannot be made", Opening<Database>("file/below/test.db", false)});
-    all.push_back(
-        {open, "the directory cannot be inspected", Opening<Database>(longerThanANameMayBe + "/test.db", false)});
-    all.push_back({open, "the file is a directory", Opening<Database>("directory", false)});
-    all.push_back({open, "the file is a directory and is to be read only", Opening<Database>("directory", true)});
-    all.push_back({open, "the file does not exist and is to be read only", Opening<Database>("absent.db", true)});
-    all.push_back({open, "SQLite has no memory for a connection", OpenedWithoutMemory<Database>});
-}
-
-bool OpenFacade(DatabaseApi& database)
-{
-    return database.OpenDatabase(":memory:", false);
+    const auto add = [&](const char* situation, const std::string& name, bool readOnly) {
+        all.push_back({open, situation, Opening<Database, Open>(name, readOnly)});
+    };
+    add("the directory cannot be made", "file/below/test.db", false);
+    add("the directory cannot be inspected", std::string(300, 'x') + "/test.db", false); // too long for a name
+    add("the file is a directory", "directory", false);
+    add("the file is a directory and is to be read only", "directory", true);
+    add("the file does not exist and is to be read only", "absent.db", true);
+    all.push_back({open, "SQLite has no memory for a connection", OpenedWithoutMemory<Database, Open>});
 }
 
 bool CloseWithAStatement(DatabaseApi& database)
@@ -63,26 +59,19 @@ bool CloseWithAStatement(DatabaseApi& database)
     return database.CloseDatabase();
 }
 
-std::optional<RawFailure> HoldAStatement(SituationFacade& /*facade*/)
+/// Runs an operation that leaves a statement open.
+template <typename Operation>
+Arrange Holding(Operation operation)
 {
-    return FailureOfCloseWithAStatement();
+    return [=](SituationFacade& facade) {
+        operation(facade.database);
+        return FailureOfCloseWithAStatement();
+    };
 }
 
-std::optional<RawFailure> HoldAQuery(SituationFacade& facade)
+RawFailure FailToClose(SituationFacade& facade)
 {
-    facade.database.SqlQueryBegin("SELECT 1");
-    return FailureOfCloseWithAStatement();
-}
-
-std::optional<RawFailure> HoldARead(SituationFacade& facade)
-{
-    ReadTable("t")(facade.database);
-    return FailureOfCloseWithAStatement();
-}
-
-std::optional<RawFailure> FailToClose(SituationFacade& facade)
-{
-    const std::optional<RawFailure> raw = HoldAQuery(facade);
+    const RawFailure raw = Holding(Begin("SELECT 1"))(facade);
     facade.database.CloseDatabase();
     facade.FailBefore();
     return raw;
@@ -94,7 +83,7 @@ SituationResult ConnectionOpenedTwice()
     SqlCommand command(connection.database);
     command.Prepare("SELECT 1");
     connection.database.Close(); // is rejected, and leaves an error
-    return Observe(connection.database, std::nullopt, [&] { return connection.database.Open(connection.path, false); });
+    return Observe(connection.database, {}, [&] { return connection.database.Open(connection.path, false); });
 }
 
 template <typename Holder>
@@ -111,13 +100,13 @@ Run ClosingAConnection(bool (*hold)(Holder&))
 
 /// Runs the operation on a closed connection whose opening failed.
 template <typename Operation>
-Run OnAClosedConnection(const Operation& operation)
+Run OnAClosedConnection(Operation operation)
 {
     return [=] {
         const TemporaryDirectory directory;
         SqlDatabase database;
         database.Open(directory.Path().string(), false);
-        return Observe(database, std::nullopt, [&] { return operation(database); });
+        return Observe(database, {}, [&] { return operation(database); });
     };
 }
 
@@ -132,13 +121,16 @@ Situations OpeningSituations()
 {
     const std::string open = "IDatabaseApi::OpenDatabase";
     const std::string close = "IDatabaseApi::CloseDatabase";
+    const auto openFacade = Call<&DatabaseApi::OpenDatabase>(":memory:", false);
+    const auto closeFacade = &DatabaseApi::CloseDatabase;
     Situations all{
-        {open, "a database is open already", OnAFacade(Nothing, OpenFacade)},
-        {open, "a database is open already and could not be closed", OnAFacade(FailToClose, OpenFacade)},
-        {close, "a query is still held", OnAFacade(HoldAQuery, Close)},
-        {close, "a complete read is still held", OnAFacade(HoldARead, Close)},
-        {close, "a prepared statement is still held", OnAFacade(HoldAStatement, CloseWithAStatement)},
-        {close, "the database is closed", OnAFacade(Closed, Close)},
+        {open, "a database is open already", OnAFacade(Nothing, openFacade)},
+        {open, "a database is open already and could not be closed", OnAFacade(FailToClose, openFacade)},
+        {close, "a query is still held", OnAFacade(Holding(Begin("SELECT 1")), closeFacade)},
+        {close, "a complete read is still held", OnAFacade(Holding(ReadTable("t")), closeFacade)},
+        {close, "a prepared statement is still held",
+         OnAFacade([](SituationFacade&) { return FailureOfCloseWithAStatement(); }, CloseWithAStatement)},
+        {close, "the database is closed", OnAFacade(Closed, closeFacade)},
         {"SqlDatabase::Open", "a connection is open already", ConnectionOpenedTwice},
         {"SqlDatabase::Close", "a statement is still held",
          ClosingAConnection<SqlCommand>([](SqlCommand& command) { return command.Prepare("SELECT 1"); })},
@@ -148,8 +140,8 @@ Situations OpeningSituations()
          OnAClosedConnection([](SqlDatabase& database) { return database.Close(); })},
         {"SqlDatabase::GetNativeDatabaseInstance", "the connection is closed", OnAClosedConnection(NativeHandle)},
     };
-    AddFailedOpenings<DatabaseApi>(open, all);
-    AddFailedOpenings<SqlDatabase>("SqlDatabase::Open", all);
+    AddFailedOpenings<DatabaseApi, &DatabaseApi::OpenDatabase>(open, all);
+    AddFailedOpenings<SqlDatabase, &SqlDatabase::Open>("SqlDatabase::Open", all);
     return all;
 }
 

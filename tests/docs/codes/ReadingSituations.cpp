@@ -17,7 +17,7 @@ auto Prepare(const std::string& sql)
     };
 }
 
-std::optional<RawFailure> FailAStep(SituationFacade& facade)
+RawFailure FailAStep(SituationFacade& facade)
 {
     Read(FailingQuery)(facade.database);
     return FailureOfFinalize(facade.raw.Handle(), FailingQuery);
@@ -49,9 +49,7 @@ const std::vector<Fetch> Fetches{
 
 /// Begins the query, calls `prepare` and fetches the first row of `sql`. For a fetch that advances an iterator, the
 /// query gets a row before the rows of `sql`, and the iterator begins on that row.
-Run Fetching(
-    const Fetch& fetch, const std::string& sql,
-    const std::function<void(SituationFacade&)>& prepare = [](SituationFacade&) {})
+Run Fetching(const Fetch& fetch, const std::string& sql, const std::function<void(SituationFacade&)>& prepare = Nothing)
 {
     return [=] {
         SituationFacade facade;
@@ -95,15 +93,14 @@ Situations ReadingSituations()
         {begin, "the database is closed", OnAFacade(Closed, Begin("SELECT 1"))},
         {begin, "the text is empty", OnAFacade(Nothing, Begin(""))},
         {begin, "SQLite rejects the text", OnAFacade(Raw(FailureOfPrepare, "nonsense"), Begin("nonsense"))},
-        {close, "no query is held", OnAFacade(Nothing, CloseQuery)},
-        {close, "the last step failed", OnAFacade(FailAStep, CloseQuery)},
+        {close, "no query is held", OnAFacade(Nothing, &DatabaseApi::CloseReadTable)},
+        {close, "the last step failed", OnAFacade(FailAStep, &DatabaseApi::CloseReadTable)},
         {prepare, "SQLite rejects the text", OnAFacade(Nothing, Prepare("nonsense"))},
         {prepare, "the database is closed", OnAFacade(Closed, Prepare("SELECT 1"))},
     };
     for (const Fetch& fetch : Fetches) {
         const std::string failing = "SELECT abs(-9223372036854775807 + 1 - a) FROM t WHERE a = 2";
-        const auto closeQuery = [](SituationFacade& facade) { CloseQuery(facade.database); };
-        const auto fail = [](SituationFacade& facade) { facade.FailBefore(); };
+        const auto closeQuery = [](SituationFacade& facade) { facade.database.CloseReadTable(); };
         all.push_back({fetch.name, "the rows are at their end", Fetching(fetch, "SELECT 1 WHERE 0")});
         all.push_back({fetch.name, "the step fails", Fetching(fetch, failing)});
         all.push_back({fetch.name, "a column has no value", FetchingNull(fetch, noValue)});
@@ -111,7 +108,8 @@ Situations ReadingSituations()
         all.push_back({fetch.name, fetch.advances ? "the query was closed meanwhile" : "no query is held",
                        Fetching(fetch, "SELECT 1", closeQuery)});
         if (!fetch.advances) {
-            all.push_back({fetch.name, "another operation's failure is on record", Fetching(fetch, "SELECT 1", fail)});
+            all.push_back({fetch.name, "another operation's failure is on record",
+                           Fetching(fetch, "SELECT 1", &SituationFacade::FailBefore)});
         }
     }
     return all;

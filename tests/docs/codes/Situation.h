@@ -7,7 +7,6 @@
 #include <functional>
 #include <map>
 #include <new>
-#include <optional>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -46,7 +45,7 @@ struct SituationResult {
     CodeAndMessage after;
 
     /// SQLite's result in the same situation, for rows with "SQLite's".
-    std::optional<RawFailure> raw;
+    RawFailure raw{};
 
     /// The values that the document's message contains. An invalid cell is the second of its row, and has the column 4.
     std::map<std::string, std::string> names{{"position", "1"}, {"column", "4"}};
@@ -77,15 +76,15 @@ std::string ReturnedText(const Value& value)
     if constexpr (std::is_same_v<Value, bool>) {
         return value ? "true" : "false";
     } else if constexpr (std::is_arithmetic_v<Value>) {
-        return std::to_string(value);
+        return value == 0 ? "0" : std::to_string(value);
     } else {
-        return value;
+        return value.empty() ? "empty" : std::string(value.begin(), value.end());
     }
 }
 
 /// Runs one operation on an object, or on another object whose failures are copied to that object.
 template <typename Object, typename Act>
-SituationResult Observe(const Object& object, std::optional<RawFailure> raw, Act act)
+SituationResult Observe(const Object& object, RawFailure raw, Act act)
 {
     SituationResult outcome{"", ErrorOf(object), {}, std::move(raw)};
     try {
@@ -99,25 +98,15 @@ SituationResult Observe(const Object& object, std::optional<RawFailure> raw, Act
     return outcome;
 }
 
-inline bool OpenAt(const std::string& path, bool readOnly, DatabaseApi& database)
-{
-    return database.OpenDatabase(path, readOnly);
-}
-
-inline bool OpenAt(const std::string& path, bool readOnly, SqlDatabase& database)
-{
-    return database.Open(path, readOnly);
-}
-
 /// A database on a separate file, and a raw SQLite connection to it that gives SQLite's result. The file holds the
 /// table t, whose column a is 1, 2 and 3, and the view failing, which fails at its second row.
-template <typename Database>
+template <typename Database, auto Open>
 struct SituationFile {
-    explicit SituationFile(bool open = true)
+    SituationFile()
     {
         raw.Execute("CREATE TABLE t (a UNIQUE); INSERT INTO t VALUES (1), (2), (3);"
                     "CREATE VIEW failing AS SELECT abs(-9223372036854775807 + 1 - a) AS a FROM t");
-        if (open && !OpenAt(path, false, database)) {
+        if (!std::invoke(Open, database, path, false)) {
             throw std::runtime_error(database.GetLastErrorMsg());
         }
     }
@@ -128,10 +117,10 @@ struct SituationFile {
     Database database;
 };
 
-using SituationConnection = SituationFile<SqlDatabase>;
+using SituationConnection = SituationFile<SqlDatabase, &SqlDatabase::Open>;
 
 /// A facade on such a file. The facade has the error 112 "Missing command." of an earlier failure.
-struct SituationFacade : SituationFile<DatabaseApi> {
+struct SituationFacade : SituationFile<DatabaseApi, &DatabaseApi::OpenDatabase> {
     SituationFacade() { FailBefore(); }
 
     void FailBefore() { database.Execute(""); }
@@ -144,14 +133,14 @@ struct SituationFacade : SituationFile<DatabaseApi> {
 };
 
 /// Creates a situation on a facade, and returns SQLite's result in it.
-using Arrange = std::function<std::optional<RawFailure>(SituationFacade&)>;
+using Arrange = std::function<RawFailure(SituationFacade&)>;
 
-inline std::optional<RawFailure> Nothing(SituationFacade& /*facade*/)
+inline RawFailure Nothing(SituationFacade& /*facade*/)
 {
-    return std::nullopt;
+    return {};
 }
 
-inline std::optional<RawFailure> Closed(SituationFacade& facade)
+inline RawFailure Closed(SituationFacade& facade)
 {
     facade.database.CloseDatabase();
     facade.FailBefore();
@@ -159,7 +148,7 @@ inline std::optional<RawFailure> Closed(SituationFacade& facade)
 }
 
 /// A facade on a file that is not a database.
-inline std::optional<RawFailure> OnALetter(SituationFacade& facade)
+inline RawFailure OnALetter(SituationFacade& facade)
 {
     const std::string path = facade.directory.File("letter.txt");
     std::ofstream(path) << std::string(200, 'x');
@@ -167,11 +156,11 @@ inline std::optional<RawFailure> OnALetter(SituationFacade& facade)
     return FailureOfExec(RawSqlite(path).Handle(), "SELECT * FROM t");
 }
 
-inline std::optional<RawFailure> ReadOnly(SituationFacade& facade)
+inline RawFailure ReadOnly(SituationFacade& facade)
 {
     facade.Reopen(facade.path, true);
     facade.raw.Execute("PRAGMA query_only = ON");
-    return std::nullopt;
+    return {};
 }
 
 /// After the arrangement, unless that returns a result, `call` gives SQLite's result for the text.
@@ -179,8 +168,8 @@ inline Arrange Raw(RawFailure (*call)(sqlite3*, const std::string&), const std::
                    const Arrange& arrange = Nothing)
 {
     return [=](SituationFacade& facade) {
-        const std::optional<RawFailure> raw = arrange(facade);
-        return raw ? raw : call(facade.raw.Handle(), sql);
+        const RawFailure raw = arrange(facade);
+        return raw.code != 0 ? raw : call(facade.raw.Handle(), sql);
     };
 }
 
@@ -194,88 +183,49 @@ inline RawFailure FailureOfFinalize(sqlite3* handle, const std::string& sql)
     return LegacyWalk(handle, sql).finalize;
 }
 
-// Operations of a facade.
+/// Calls a member function: Call<&SqlTable::Open>("SELECT 1")(table) is table.Open("SELECT 1").
+template <auto Function>
+inline constexpr auto Call =
+    [](auto... arguments) { return [=](auto& object) { return std::invoke(Function, object, arguments...); }; };
 
-inline bool Close(DatabaseApi& database)
-{
-    return database.CloseDatabase();
-}
-
-inline auto CreateTable(const DbTableDefinition& definition)
-{
-    return [=](DatabaseApi& database) { return database.CreateTable(definition); };
-}
-
-inline auto DropTable(const std::string& table)
-{
-    return [=](DatabaseApi& database) { return database.DropTable(table); };
-}
-
-inline auto AlterTable(const std::string& table, const std::string& newName)
-{
-    return [=](DatabaseApi& database) { return database.AlterTable(table, newName); };
-}
-
-inline auto Execute(const std::string& sql)
-{
-    return [=](DatabaseApi& database) { return database.Execute(sql); };
-}
-
-inline auto Write(const std::string& table, const DbTableDataWrite& data)
-{
-    return [=](DatabaseApi& database) { return database.WriteTableValues(table, data); };
-}
-
-inline auto Update(const std::string& table, const DbTableDataWrite& data, const std::string& condition = "WHERE a=1")
-{
-    return [=](DatabaseApi& database) { return database.UpdateTableValues(table, data, condition); };
-}
-
-inline auto ReadTable(const std::string& table)
-{
+/// Calls a member function that also takes a result to read into.
+template <auto Function>
+inline constexpr auto ReadCall = [](const std::string& text) {
     return [=](DatabaseApi& database) {
         DbTableData data;
-        return database.ReadTableValues(table, data);
+        return std::invoke(Function, database, text, data);
     };
-}
+};
 
-inline auto Read(const std::string& sql)
-{
-    return [=](DatabaseApi& database) {
-        DbTableData data;
-        return database.ReadValues(sql, data);
-    };
-}
-
-inline auto Begin(const std::string& sql)
-{
-    return [=](DatabaseApi& database) { return database.SqlQueryBegin(sql); };
-}
-
-inline bool CloseQuery(DatabaseApi& database)
-{
-    return database.CloseReadTable();
-}
+inline constexpr auto CreateTable = Call<&DatabaseApi::CreateTable>;
+inline constexpr auto DropTable = Call<&DatabaseApi::DropTable>;
+inline constexpr auto AlterTable = Call<&DatabaseApi::AlterTable>;
+inline constexpr auto Execute = Call<&DatabaseApi::Execute>;
+inline constexpr auto Write = Call<&DatabaseApi::WriteTableValues>;
+inline constexpr auto Update = Call<&DatabaseApi::UpdateTableValues>;
+inline constexpr auto ReadTable = ReadCall<&DatabaseApi::ReadTableValues>;
+inline constexpr auto Read = ReadCall<&DatabaseApi::ReadValues>;
+inline constexpr auto Begin = Call<&DatabaseApi::SqlQueryBegin>;
 
 /// Runs the operation on the facade of the situation.
 template <typename Operation>
-Run OnAFacade(const Arrange& arrange, const Operation& operation)
+Run OnAFacade(const Arrange& arrange, Operation operation)
 {
     return [=]() {
         SituationFacade facade;
-        const std::optional<RawFailure> raw = arrange(facade);
-        return Observe(facade.database, raw, [&] { return operation(facade.database); });
+        const RawFailure raw = arrange(facade);
+        return Observe(facade.database, raw, [&] { return std::invoke(operation, facade.database); });
     };
 }
 
 /// Runs the operation while SQLite's function of this name returns null, or 0, at its first call.
 template <typename Operation>
-auto WithNull(const std::string& function, const Operation& operation)
+auto WithNull(const std::string& function, Operation operation)
 {
     return [=](auto&... objects) {
         SqliteCallRecorder sqlite;
         sqlite.ReplaceNextResult(function, 0, false);
-        return operation(objects...);
+        return std::invoke(operation, objects...);
     };
 }
 

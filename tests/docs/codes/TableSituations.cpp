@@ -17,33 +17,22 @@ Run Creating(const DbTableDefinition& definition, const std::string& sql = "", c
     return OnAFacade(Raw(FailureOfExec, sql, arrange), CreateTable(definition));
 }
 
-template <typename Value>
-std::string WithResult(Value returned, int result)
-{
-    return ReturnedText(returned) + ", result " + std::to_string(result);
-}
-
-auto Exists(const std::string& table)
-{
+/// Calls a member function that also returns a result through its last parameter.
+template <auto Function>
+constexpr auto CallWithResult = [](auto... arguments) {
     return [=](DatabaseApi& database) {
         int result = -1;
-        const bool exists = database.ExistsTable(table, result);
-        return WithResult(exists, result);
+        const auto returned = std::invoke(Function, database, arguments..., result);
+        return ReturnedText(returned) + ", result " + std::to_string(result);
     };
-}
+};
 
-auto Count(const std::string& table, const std::string& condition = "")
-{
-    return [=](DatabaseApi& database) {
-        int result = -1;
-        const int count = database.ExistData(table, condition, result);
-        return WithResult(count, result);
-    };
-}
+constexpr auto Exists = CallWithResult<&DatabaseApi::ExistsTable>;
+constexpr auto Count = CallWithResult<&DatabaseApi::ExistData>;
 
 std::string CountWithoutMemory(DatabaseApi& database)
 {
-    const auto count = Count("t");
+    const auto count = Count("t", "");
     const OomInjector failing(0);
     return count(database);
 }
@@ -95,7 +84,7 @@ SituationResult CountedWithAFailedClosing()
     SqliteCallRecorder sqlite;
     sqlite.ReplaceNextResult("sqlite3_finalize", SQLITE_IOERR, true, 1);
     return Observe(facade.database, RawFailure{SQLITE_IOERR, sqlite3_errmsg(facade.raw.Handle())},
-                   [&] { return Count("t")(facade.database); });
+                   [&] { return Count("t", "")(facade.database); });
 }
 
 } // namespace
@@ -150,7 +139,7 @@ Situations TableSituations()
     add("IDatabaseApi::ExistsTable", Exists);
     add(drop, DropTable);
     add(alter, [](const std::string& table) { return AlterTable(table, "n"); });
-    add(exist, [](const std::string& table) { return Count(table); });
+    add(exist, [](const std::string& table) { return Count(table, ""); });
     return all;
 }
 

@@ -12,14 +12,14 @@ Run Executing(const std::string& sql, const Arrange& arrange = Nothing)
     return OnAFacade(Raw(FailureOfExec, sql, arrange), Execute(sql));
 }
 
-std::optional<RawFailure> FillTheFile(SituationFacade& facade)
+RawFailure FillTheFile(SituationFacade& facade)
 {
     facade.database.Execute("PRAGMA max_page_count = 1");
     facade.raw.Execute("PRAGMA max_page_count = 1");
-    return std::nullopt;
+    return {};
 }
 
-std::optional<RawFailure> WriteByAnother(SituationFacade& facade)
+RawFailure WriteByAnother(SituationFacade& facade)
 {
     facade.raw.Execute("BEGIN IMMEDIATE");
     return FailureOfExec(RawSqlite(facade.path).Handle(), "INSERT INTO t VALUES (4)");
@@ -32,7 +32,7 @@ Run Writing(const std::string& table, const DbTableDataWrite& data, const Arrang
 
 Run Updating(const std::string& table, const DbTableDataWrite& data, const Arrange& arrange = Nothing)
 {
-    return OnAFacade(arrange, Update(table, data));
+    return OnAFacade(arrange, Update(table, data, "WHERE a=1"));
 }
 
 Arrange Raw(const std::string& sql)
@@ -81,7 +81,7 @@ Situations WritingSituations()
         {update, "a cell has no SQL text and SQLite accepts the statement",
          Updating("t SET a = a --", {{"a"}, {invalid}})},
         {update, "the condition lacks its keyword",
-         OnAFacade(Raw("UPDATE t SET (a)=(2) a=1"), Update("t", {{"a"}, {two}}, "a=1"))},
+         OnAFacade(Raw("UPDATE t SET (a)=(2) a=1"), Update("t", DbTableDataWrite{{"a"}, {two}}, "a=1"))},
         {update, "a constraint is violated", Updating("t", {{"a"}, {two}}, Raw("UPDATE t SET (a)=(2) WHERE a=1"))},
         {update, "the database is closed", Updating("t", {{"a"}, {two}}, Closed)},
     };
