@@ -47,17 +47,6 @@ def of_kind(kind, found):
     return [block for block in found if block.kind[:1] == kind]
 
 
-def wrong_excerpts(document, found):
-    """The number of excerpts that are not in their file."""
-    wrong = 0
-    for block in of_kind(["excerpt"], found):
-        file = block.kind[1]
-        if block.code not in (PROJECT / file).read_text():
-            wrong += 1
-            print(f"{document}:{block.line}: this is not a part of {file}")
-    return wrong
-
-
 def located(document, block):
     return f'#line {block.line} "{pathlib.Path(document).resolve()}"\n{block.code}'
 
@@ -102,17 +91,14 @@ def check(document, programs):
     statements, separate = of_kind([], found), of_kind(["program"], found)
     if len(programs) != len(separate) + bool(statements):
         sys.exit(f"{document} holds another number of programs than were built")
-    outputs = []
-    if statements:
-        outputs += zip(statements, printed_by(programs[0]).split(SEPARATOR))
+    outputs = list(zip(statements, printed_by(programs[0]).split(SEPARATOR))) if statements else []
     outputs += [(block, printed_by(program)) for block, program in zip(separate, programs[bool(statements):])]
 
-    wrong = wrong_excerpts(document, found)
-    for block, output in outputs:
-        if output != block.output:
-            wrong += 1
-            print(f"{document}:{block.line}: the document says\n{block.output}-- but the code prints\n{output}")
-    print(f"{document}: {len(outputs)} blocks were run, {wrong} are wrong")
+    wrong = [f"{document}:{block.line}: this is not a part of {block.kind[1]}" for block in found
+             if block.kind[:1] == ["excerpt"] and block.code not in (PROJECT / block.kind[1]).read_text()]
+    wrong += [f"{document}:{block.line}: the document says\n{block.output}-- but the code prints\n{output}"
+              for block, output in outputs if output != block.output]
+    print("\n".join([*wrong, f"{document}: {len(outputs)} blocks were run, {len(wrong)} are wrong"]))
     sys.exit(1 if wrong else 0)
 
 
