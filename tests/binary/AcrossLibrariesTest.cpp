@@ -17,15 +17,10 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-const std::vector<std::string> Operations{"OpenDatabase",     "CloseDatabase",     "IsOpen",          "CreateTable",
-                                          "ExistsTable",      "DropTable",         "AlterTable",      "Execute",
-                                          "WriteTableValues", "UpdateTableValues", "ReadTableValues", "ReadValues",
-                                          "ExistData"};
-
 // Overrides one operation of the facade and inherits the others, in the test program.
 class ClosedFacade : public DatabaseApi {
 public:
-    bool OpenDatabase(const std::string& /*path*/, bool /*readOnly*/) override
+    bool OpenDatabase(const std::string&, bool) override
     {
         ++refused;
         return false;
@@ -34,64 +29,59 @@ public:
     int refused = 0;
 };
 
-TEST(AcrossLibrariesTest, OperationsReachTheClassOfTheOtherLibrary)
+class AcrossLibrariesTest : public testing::Test {
+protected:
+    std::vector<std::string> m_calls;
+    std::unique_ptr<IDatabaseApi> m_noting = MakeNotingDatabase(m_calls);
+};
+
+TEST_F(AcrossLibrariesTest, OperationsReachTheClassOfTheOtherLibrary)
 {
-    std::vector<std::string> calls;
-    const std::unique_ptr<IDatabaseApi> database = MakeNotingDatabase(calls);
+    EXPECT_TRUE(CallEveryOperation(*m_noting));
 
-    EXPECT_TRUE(CallEveryOperation(*database));
-
-    EXPECT_EQ(calls, Operations);
+    EXPECT_EQ(m_calls, Operations);
 }
 
-TEST(AcrossLibrariesTest, DestructionReachesTheClassOfTheOtherLibrary)
+TEST_F(AcrossLibrariesTest, DestructionReachesTheClassOfTheOtherLibrary)
 {
-    std::vector<std::string> calls;
+    m_noting.reset();
 
-    MakeNotingDatabase(calls).reset();
-
-    EXPECT_THAT(calls, testing::ElementsAre("destructor"));
+    EXPECT_THAT(m_calls, testing::ElementsAre("destructor"));
 }
 
-TEST(AcrossLibrariesTest, OtherLibraryDistinguishesItsClassFromTheFacade)
+TEST_F(AcrossLibrariesTest, OtherLibraryDistinguishesItsClassFromTheFacade)
 {
-    std::vector<std::string> calls;
-    const std::unique_ptr<IDatabaseApi> noting = MakeNotingDatabase(calls);
     const DatabaseApi facade;
 
-    EXPECT_TRUE(IsNotingDatabase(*noting));
-    EXPECT_FALSE(IsFacade(*noting));
+    EXPECT_TRUE(IsNotingDatabase(*m_noting));
+    EXPECT_FALSE(IsFacade(*m_noting));
     EXPECT_TRUE(IsFacade(facade));
     EXPECT_FALSE(IsNotingDatabase(facade));
 }
 
-TEST(AcrossLibrariesTest, ProgramDistinguishesTheFacadeFromTheOtherClass)
+TEST_F(AcrossLibrariesTest, ProgramDistinguishesTheFacadeFromTheOtherClass)
 {
-    std::vector<std::string> calls;
-    const std::unique_ptr<IDatabaseApi> noting = MakeNotingDatabase(calls);
     const std::unique_ptr<IDatabaseApi> facade = MakeFacade();
 
     const IDatabaseApi& facadeOfOtherLibrary = *facade;
 
     EXPECT_NE(dynamic_cast<DatabaseApi*>(facade.get()), nullptr);
-    EXPECT_EQ(dynamic_cast<DatabaseApi*>(noting.get()), nullptr);
+    EXPECT_EQ(dynamic_cast<DatabaseApi*>(m_noting.get()), nullptr);
     EXPECT_EQ(typeid(facadeOfOtherLibrary), typeid(DatabaseApi));
 }
 
-TEST(AcrossLibrariesTest, InterfaceIsFoundBesideAnotherBaseClass)
+TEST_F(AcrossLibrariesTest, InterfaceIsFoundBesideAnotherBaseClass)
 {
-    std::vector<std::string> calls;
-    const std::unique_ptr<Named> named = MakeNamedDatabase(calls);
+    auto* const other = dynamic_cast<OtherBase*>(m_noting.get());
+    auto* const database = dynamic_cast<IDatabaseApi*>(other);
 
-    auto* database = dynamic_cast<IDatabaseApi*>(named.get());
-
-    ASSERT_NE(database, nullptr);
+    ASSERT_NE(other, nullptr);
+    ASSERT_EQ(database, m_noting.get());
     EXPECT_TRUE(database->IsOpen());
-    EXPECT_THAT(calls, testing::ElementsAre("IsOpen"));
-    EXPECT_EQ(dynamic_cast<Named*>(database), named.get());
+    EXPECT_THAT(m_calls, testing::ElementsAre("IsOpen"));
 }
 
-TEST(AcrossLibrariesTest, OtherLibraryCallsTheProgramsOverride)
+TEST_F(AcrossLibrariesTest, OtherLibraryCallsTheProgramsOverride)
 {
     ClosedFacade facade;
 

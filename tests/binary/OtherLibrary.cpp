@@ -6,42 +6,27 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-class NotingDatabase : public Named, public IDatabaseApi {
+class NotingDatabase : public OtherBase, public IDatabaseApi {
 public:
     explicit NotingDatabase(std::vector<std::string>& calls) : m_calls(calls) {}
     ~NotingDatabase() override { m_calls.emplace_back("destructor"); }
 
-    std::string Name() const override { return "noting"; }
-
-    bool OpenDatabase(const std::string& /*path*/, bool /*readOnly*/) override { return Note("OpenDatabase"); }
-    bool CloseDatabase() override { return Note("CloseDatabase"); }
-    bool IsOpen() const override { return Note("IsOpen"); }
-    bool CreateTable(const DbTableDefinition& /*definition*/) override { return Note("CreateTable"); }
-    bool ExistsTable(const std::string& /*table*/, int& /*result*/) const override { return Note("ExistsTable"); }
-    bool DropTable(const std::string& /*table*/) override { return Note("DropTable"); }
-    bool AlterTable(const std::string& /*table*/, const std::string& /*newName*/) override
+    bool OpenDatabase(const std::string&, bool) override { return Note(__func__); }
+    bool CloseDatabase() override { return Note(__func__); }
+    bool IsOpen() const override { return Note(__func__); }
+    bool CreateTable(const DbTableDefinition&) override { return Note(__func__); }
+    bool ExistsTable(const std::string&, int&) const override { return Note(__func__); }
+    bool DropTable(const std::string&) override { return Note(__func__); }
+    bool AlterTable(const std::string&, const std::string&) override { return Note(__func__); }
+    bool Execute(const std::string&) override { return Note(__func__); }
+    bool WriteTableValues(const std::string&, const DbTableDataWrite&) override { return Note(__func__); }
+    bool UpdateTableValues(const std::string&, const DbTableDataWrite&, const std::string&) override
     {
-        return Note("AlterTable");
+        return Note(__func__);
     }
-    bool Execute(const std::string& /*sql*/) override { return Note("Execute"); }
-    bool WriteTableValues(const std::string& /*table*/, const DbTableDataWrite& /*data*/) override
-    {
-        return Note("WriteTableValues");
-    }
-    bool UpdateTableValues(const std::string& /*table*/, const DbTableDataWrite& /*data*/,
-                           const std::string& /*condition*/) override
-    {
-        return Note("UpdateTableValues");
-    }
-    bool ReadTableValues(const std::string& /*table*/, DbTableData& /*data*/) const override
-    {
-        return Note("ReadTableValues");
-    }
-    bool ReadValues(const std::string& /*sql*/, DbTableData& /*data*/) const override { return Note("ReadValues"); }
-    int ExistData(const std::string& /*table*/, const std::string& /*condition*/, int& /*result*/) override
-    {
-        return Note("ExistData") ? 1 : 0;
-    }
+    bool ReadTableValues(const std::string&, DbTableData&) const override { return Note(__func__); }
+    bool ReadValues(const std::string&, DbTableData&) const override { return Note(__func__); }
+    int ExistData(const std::string&, const std::string&, int&) override { return Note(__func__) ? 1 : 0; }
 
 private:
     bool Note(const char* operation) const
@@ -55,14 +40,9 @@ private:
 
 } // namespace
 
-Named::~Named() = default;
+OtherBase::~OtherBase() = default;
 
 std::unique_ptr<IDatabaseApi> MakeNotingDatabase(std::vector<std::string>& calls)
-{
-    return std::make_unique<NotingDatabase>(calls);
-}
-
-std::unique_ptr<Named> MakeNamedDatabase(std::vector<std::string>& calls)
 {
     return std::make_unique<NotingDatabase>(calls);
 }
