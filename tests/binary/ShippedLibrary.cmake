@@ -5,7 +5,7 @@ set(abi ${CMAKE_CURRENT_SOURCE_DIR}/abi-${machine}.xml)
 add_binary_check(NeedsOnlySqliteBoostAndTheRunTime needed ${library})
 add_binary_check(RunsNothingWhenItIsLoaded initialisers ${library})
 add_binary_check(PrivateStateHasTwoVirtualFunctions private-table ${library})
-add_binary_check(KeepsToItsFootprint footprint ${library} ${machine} ${PROJECT_SOURCE_DIR}/tests/budgets/footprint.txt)
+add_binary_check(KeepsToItsFootprint footprint ${library} ${machine} ${footprint_budgets})
 
 # The types are compared through debug information, which changes no code but is readable only without link-time
 # optimisation. So the same objects are linked a second time.
