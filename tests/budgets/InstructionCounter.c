@@ -4,8 +4,9 @@
  *     qemu-arm -d plugin -D log -plugin InstructionCounter.so,function=RunBudgetedJob,out=counts program
  *
  * The program needs its symbol table, which QEMU reads only with -d. The file `counts` gets the line "calls N", how
- * often the function was entered and left, and a line "instructions file-offset path" for every block of code that ran.
- * An instruction whose condition is false counts as executed. */
+ * often the function was entered and left, and a line "block instructions address" for every block of code that ran. The
+ * addresses are those of this process, whose mappings to files follow as Linux writes them. An instruction whose condition
+ * is false counts as executed. */
 
 #include <stdbool.h>
 #include <stdint.h>
@@ -97,44 +98,26 @@ static void OnBlockTranslated(qemu_plugin_id_t id, struct qemu_plugin_tb* transl
     qemu_plugin_register_vcpu_tb_exec_cb(translated, OnBlockRuns, QEMU_PLUGIN_CB_NO_REGS, block);
 }
 
-/* Writes the file of the block and its offset there, which the mappings of this process tell. */
-static void WriteBlock(FILE* report, const struct Block* block)
-{
-    FILE* const mappings = fopen("/proc/self/maps", "r");
-    char line[4200];
-    char path[4100] = "?";
-    uint64_t offset = block->begin;
-    while (mappings != NULL && fgets(line, sizeof line, mappings) != NULL) {
-        unsigned long begin, end, fileOffset;
-        char file[4100] = "?";
-        if (sscanf(line, "%lx-%lx %*s %lx %*s %*s %4096s", &begin, &end, &fileOffset, file) >= 3 &&
-            block->memory >= begin && block->memory < end) {
-            offset = block->memory - begin + fileOffset;
-            strcpy(path, file);
-            break;
-        }
-    }
-    if (mappings != NULL) {
-        fclose(mappings);
-    }
-    fprintf(report, "%llu %llu %s\n", (unsigned long long)(block->runs * block->instructions),
-            (unsigned long long)offset, path);
-}
-
 static void OnExit(qemu_plugin_id_t id, void* data)
 {
     FILE* const report = fopen(out, "w");
+    FILE* const mappings = fopen("/proc/self/maps", "r");
     (void)id;
     (void)data;
-    if (report == NULL) {
+    if (report == NULL || mappings == NULL) {
         return;
     }
     fprintf(report, "calls %d\n", entered == left ? entered : -1);
     for (const struct Block* block = blocks; block != NULL; block = block->next) {
         if (block->runs != 0) {
-            WriteBlock(report, block);
+            fprintf(report, "block %llu %lx\n", (unsigned long long)(block->runs * block->instructions),
+                    (unsigned long)block->memory);
         }
     }
+    for (int character = getc(mappings); character != EOF; character = getc(mappings)) {
+        putc(character, report);
+    }
+    fclose(mappings);
     fclose(report);
 }
 

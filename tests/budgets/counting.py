@@ -2,6 +2,7 @@
 QEMU on the target. Neither the load nor the speed of the machine matters, and every run gives the same counts."""
 
 import bisect
+import functools
 import os
 import pathlib
 import re
@@ -17,6 +18,7 @@ FUNCTION = "RunBudgetedJob"
 X86_STRING_FUNCTIONS = "glibc.cpu.hwcaps=-AVX512F,-AVX512VL,-AVX2,-ERMS,-FSRM"
 ARM_PROCESSOR = "cortex-a7"
 STUBS = "calls through the linkage table"
+MAPPING = re.compile(r"(\w+)-(\w+) \S+ (\w+) \S+ \d+ *(.*)")  # of a process's memory to a file
 
 
 @dataclass
@@ -92,12 +94,13 @@ def with_qemu(program, arguments, plugin, emulator):
         calls, *lines = out.read_text().splitlines()
         if calls != "calls 1":
             sys.exit(f"{FUNCTION} of {program} was not counted once: {calls} (is the program stripped?)")
-    instructions, symbols = Counter(), {}
-    for line in lines:
-        count, offset, path = line.split(maxsplit=2)
-        if path not in symbols:
-            symbols[path] = Symbols(path)
-        instructions[path, symbols[path].at(int(offset))] += int(count)
+    mappings = [found.groups() for found in map(MAPPING.fullmatch, lines) if found]
+    mappings = [(range(int(begin, 16), int(end, 16)), int(offset, 16), path) for begin, end, offset, path in mappings]
+    symbols, instructions = functools.cache(Symbols), Counter()
+    for _, count, address in (line.split() for line in lines if line.startswith("block ")):
+        at = int(address, 16)
+        memory, offset, path = next(mapping for mapping in mappings if at in mapping[0])
+        instructions[path, symbols(path).at(at - memory.start + offset)] += int(count)
     return counted(output, instructions)
 
 
