@@ -167,11 +167,12 @@ class Trial:
 
 def read_suppressions() -> set[Key]:
     text = SUPPRESSIONS.read_text("ascii")
-    entries = {(*place, int(number or 1)) for *place, number in re.findall(
-        r"\n\n(\S+), (.*)\n- (.*)\n\+ (.*)\n(\d*) ?= \S.*", text)}
-    if len(entries) != text.count("\n\n"):
-        raise ValueError(f"{SUPPRESSIONS} has an entry twice, or one in another form")
-    return entries
+    entries = re.findall(r"\n\n(\S+), (.*)\n- (.*)\n((?:\+ .*\n)+)(\d*) ?= \S.*", text)
+    keys = {(*place, after[2:], int(number or 1))
+            for *place, changes, number in entries for after in changes.splitlines()}
+    if len(entries) != text.count("\n\n") or len(keys) != text.count("\n+ "):
+        raise ValueError(f"{SUPPRESSIONS} has a change twice, or an entry in another form")
+    return keys
 
 
 def judge(results: dict[Key, str], suppressed: set[Key], full: bool) -> bool:
