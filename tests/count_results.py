@@ -15,17 +15,14 @@ import xml.etree.ElementTree
 def passed_cases(result, status):
     """The cases of a suite that passed, according to its results."""
     try:
-        cases = xml.etree.ElementTree.parse(result).iter("testcase")
+        cases = list(xml.etree.ElementTree.parse(result).iter("testcase"))
     except (FileNotFoundError, xml.etree.ElementTree.ParseError):  # the program ended before it was written
         return set()
-    passed, failures = set(), False
-    for case in cases:
-        failed = case.find("failure") is not None
-        failures = failures or failed
-        if case.get("result") == "completed" and not failed:
-            passed.add(f"{case.get('classname')}.{case.get('name')}")
-    # If all cases of a program passed and the program failed, for example because of a leak, no case can be named.
-    return passed if status == "run" or failures else set()
+    failed = [case for case in cases if case.find("failure") is not None]
+    if status != "run" and not failed:
+        return set()  # all cases passed and the program failed, for example because of a leak; no case can be named
+    return {f"{case.get('classname')}.{case.get('name')}" for case in cases
+            if case.get("result") == "completed" and case not in failed}
 
 
 def main(build, junit):
