@@ -33,11 +33,8 @@ class Count:
         return sum(self.instructions.values())
 
     def by_function(self, library):
-        return Counter({name: n for (path, name), n in self.instructions.items() if same_file(path, library)})
-
-
-def same_file(a, b):
-    return os.path.realpath(a) == os.path.realpath(b)
+        library = os.path.realpath(library)
+        return Counter({name: n for (path, name), n in self.instructions.items() if os.path.realpath(path) == library})
 
 
 def run(command, environment):
