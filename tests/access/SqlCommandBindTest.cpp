@@ -15,7 +15,7 @@ using namespace std::string_view_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class SqlCommandBindTest : public ConnectedCommand {
+class SqlCommandBindTest : public OpenConnection {
 protected:
     // The type and the value that SQLite has for the parameter that `bind` sets.
     template <typename Bind>
@@ -112,16 +112,16 @@ const struct {
     {[](SqlCommand& command) { return command.Finalize(); }, "sqlite3_finalize", "(statement)"},
 };
 
-class SqlCommandOperationTest : public ConnectedCommand {
+class SqlCommandOperationTest : public OpenConnection {
 protected:
-    const std::string message = LeaveMessage();
+    const std::string message = LeaveMessage(command);
 };
 
 TEST_F(SqlCommandOperationTest, MakesOneCallOnItsStatementAndKeepsTheMessage)
 {
     for (const auto& [run, function, arguments] : Operations) {
         SCOPED_TRACE(function);
-        LeaveMessage();
+        LeaveMessage(command);
         EXPECT_THAT(CallsDuring([&, act = run] { EXPECT_FALSE(act(command)); }), IsEmpty()) << "without a statement";
         EXPECT_THAT(command, HasError(SQLITE_ERROR, message));
         command.Prepare("SELECT ?");
@@ -138,12 +138,10 @@ TEST_F(SqlCommandOperationTest, OnlyResultZeroCountsAsSuccess)
         for (const int result : {SQLITE_NOMEM, SQLITE_ROW, SQLITE_DONE}) {
             SCOPED_TRACE(function + " returns " + std::to_string(result));
             command.Prepare("SELECT ?");
-            SqliteCallRecorder sqlite;
-            sqlite.ReplaceNextResult(function, result, true);
+            const ReplacedResult replaced(function, result, true);
 
             EXPECT_FALSE(run(command));
 
-            EXPECT_FALSE(sqlite.Pending());
             EXPECT_THAT(command, HasError(result, message));
             command.Finalize();
         }

@@ -16,16 +16,17 @@ using testing::IsEmpty;
 
 // Preparing, stepping, rewinding and finalizing a statement.
 
-class SqlCommandPrepareTest : public ConnectedCommand {
+class SqlCommandPrepareTest : public OpenConnection {
 protected:
-    const std::string message = LeaveMessage();
+    const std::string message = LeaveMessage(command);
 };
 
-TEST_F(SqlCommandPrepareTest, ViewEndingInAZeroByteHasNoByteCount)
+TEST_F(SqlCommandPrepareTest, FirstStatementIsCompiledByByteCountOrUpToAZeroByte)
 {
     const std::pair<std::string_view, const char*> calls[] = {
         {"SELECT 12"sv, "sqlite3_prepare_v2(handle, SELECT 12, 9)"},
         {"SELECT 1234"sv.substr(0, 9), "sqlite3_prepare_v2(handle, SELECT 12, 9)"},
+        {"SELECT 12; nonsense"sv, "sqlite3_prepare_v2(handle, SELECT 12; nonsense, 19)"},
         {"SELECT 12\0"sv, "sqlite3_prepare_v2(handle, SELECT 12, -1)"},
         {"SELECT 12\0nonsense\0"sv, "sqlite3_prepare_v2(handle, SELECT 12, -1)"}};
     for (const auto& [sql, call] : calls) {
@@ -34,14 +35,8 @@ TEST_F(SqlCommandPrepareTest, ViewEndingInAZeroByteHasNoByteCount)
         EXPECT_THAT(command, HasError(0, message));
         EXPECT_EQ(NextInteger(command), 12);
         command.Finalize();
-        LeaveMessage();
+        LeaveMessage(command);
     }
-}
-
-TEST_F(SqlCommandPrepareTest, OnlyTheFirstStatementIsCompiled)
-{
-    EXPECT_TRUE(command.Prepare("SELECT 12; nonsense"));
-    EXPECT_EQ(NextInteger(command), 12);
 }
 
 TEST_F(SqlCommandPrepareTest, TextWithoutAStatementSucceedsAndHoldsNone)
@@ -80,19 +75,17 @@ TEST_F(SqlCommandPrepareTest, FailedPrepareMakesNoOtherCall)
 
 TEST_F(SqlCommandPrepareTest, StatementReturnedByAFailingPrepareIsFinalized)
 {
-    SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult("sqlite3_prepare_v2", SQLITE_NOMEM, true);
+    const ReplacedResult sqlite("sqlite3_prepare_v2", SQLITE_NOMEM, true);
 
     EXPECT_FALSE(command.Prepare("SELECT 1"));
 
-    EXPECT_FALSE(sqlite.Pending());
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_prepare_v2(handle, SELECT 1, 8)", "sqlite3_finalize(statement)"));
     EXPECT_THAT(command, HasError(SQLITE_NOMEM, message));
     EXPECT_FALSE(command.Step());
     EXPECT_TRUE(database.Close());
 }
 
-class SqlCommandStepTest : public ConnectedCommand {
+class SqlCommandStepTest : public OpenConnection {
 protected:
     SqlCommandStepTest() { command.Execute("CREATE TABLE t(a UNIQUE); INSERT INTO t VALUES (1)"); }
 
@@ -109,7 +102,7 @@ protected:
 
 TEST_F(SqlCommandStepTest, RowAndEndAreSuccessesWithoutAMessage)
 {
-    LeaveMessage();
+    LeaveMessage(command);
     command.Prepare("SELECT 7");
 
     EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(command.Step()); }), ElementsAre("sqlite3_step()"));
@@ -137,18 +130,6 @@ TEST_F(SqlCommandStepTest, ResetAndFinalizeRepeatTheCodeOfAFailedStep)
     EXPECT_FALSE(command.Finalize());
     EXPECT_THAT(command, HasError(SQLITE_CONSTRAINT, message));
     EXPECT_TRUE(database.Close()) << "the statement is released";
-}
-
-TEST_F(SqlCommandStepTest, AnyOtherResultCountsAsAFailureWithAMessage)
-{
-    command.Prepare("SELECT 7");
-    SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult("sqlite3_step", SQLITE_OK, false);
-
-    EXPECT_FALSE(command.Step());
-
-    EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(command, HasError(SQLITE_OK, sqlite3_errmsg(Handle())));
 }
 
 TEST_F(SqlCommandStepTest, FailedStepReadsTheMessageFromTheCurrentConnection)

@@ -1,7 +1,9 @@
 #include <sql/SqlDatabase.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <set>
 #include <utility>
 
@@ -37,16 +39,6 @@ protected:
         }
     }
 
-    // Returns how many directories of "one/two/three/four" exist.
-    int LevelsMade() const
-    {
-        int levels = 0;
-        for (const char* const level : {"one", "one/two", "one/two/three", "one/two/three/four"}) {
-            levels += fs::exists(directory.Path() / level) ? 1 : 0;
-        }
-        return levels;
-    }
-
     const TemporaryDirectory directory;
 };
 
@@ -79,7 +71,7 @@ TEST_F(SqlDatabaseDirectoryTest, FailureIsReportedWithTheCompletePath)
 TEST_F(SqlDatabaseDirectoryTest, OutOfMemoryWhileCreatingAncestorsIsReported)
 {
     const std::string path = directory.File("one/two/three/four/new.db");
-    std::set<int> levelsMade;
+    std::set<std::ptrdiff_t> levelsMade;
     int failures = 0;
 
     for (bool fired = true; fired; ++failures) {
@@ -95,7 +87,7 @@ TEST_F(SqlDatabaseDirectoryTest, OutOfMemoryWhileCreatingAncestorsIsReported)
         EXPECT_THAT(database, HasError(fired ? 111 : 0, fired ? "Create directory failed: " + path : ""));
         EXPECT_EQ(fs::exists(path), !fired) << "after " << failures << " allocations";
         if (fired) {
-            levelsMade.insert(LevelsMade());
+            levelsMade.insert(std::distance(fs::recursive_directory_iterator(directory.Path()), {}));
         }
     }
 

@@ -16,7 +16,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-static_assert(!std::is_polymorphic_v<SqlDatabase> && sizeof(SqlDatabase) == sizeof(void*));
 static_assert(!std::is_copy_constructible_v<SqlDatabase> && !std::is_copy_assignable_v<SqlDatabase>);
 static_assert(std::is_nothrow_move_constructible_v<SqlDatabase> && std::is_nothrow_move_assignable_v<SqlDatabase>);
 
@@ -29,7 +28,7 @@ concept NativeInstance = requires(SqlDatabase& database)
 static_assert(NativeInstance<sqlite3>);
 static_assert(!NativeInstance<sqlite3_stmt> && !NativeInstance<void> && !NativeInstance<const sqlite3>);
 
-class SqlDatabaseTest : public OpenConnection {};
+using SqlDatabaseTest = OpenConnection;
 
 TEST_F(SqlDatabaseTest, StartsClosedAndIsDestroyedWithoutACall)
 {
@@ -42,13 +41,6 @@ TEST_F(SqlDatabaseTest, StartsClosedAndIsDestroyedWithoutACall)
         EXPECT_EQ(closed.GetNativeDatabaseInstance<sqlite3>(), nullptr);
     }
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-}
-
-TEST_F(SqlDatabaseTest, OpenConnectionReturnsItsHandle)
-{
-    EXPECT_TRUE(database.IsOpen());
-    EXPECT_EQ(FailureOfExec(Handle(), "CREATE TABLE t(a)").code, SQLITE_OK);
-    EXPECT_EQ(RawSqlite(path).Value("SELECT name FROM sqlite_master"), "'t'");
 }
 
 TEST_F(SqlDatabaseTest, SecondOpenLeavesTheConnectionAndTheErrorUnchanged)
@@ -77,7 +69,6 @@ TEST_F(SqlDatabaseTest, CloseReleasesTheHandleOnce)
 TEST_F(SqlDatabaseTest, CloseFailsWhileAStatementIsHeld)
 {
     sqlite3* const handle = Handle();
-    SqlCommand command(database);
     command.Prepare("SELECT 1");
 
     EXPECT_THAT(CallsDuring([&] { EXPECT_FALSE(database.Close()); }),
@@ -118,10 +109,10 @@ TEST_F(SqlDatabaseTest, MoveTakesTheHandleAndTheErrorOver)
     NoDestructor<SqlDatabase> source;
     source->Open(path, false);
     sqlite3* const handle = source->GetNativeDatabaseInstance<sqlite3>();
-    SqlCommand command(*source);
-    command.Prepare("SELECT 1");
+    SqlCommand holding(*source);
+    holding.Prepare("SELECT 1");
     ASSERT_FALSE(source->Close());
-    command.Finalize();
+    holding.Finalize();
     const std::string message = source->GetLastErrorMsg();
     const SqliteCallRecorder sqlite;
 
@@ -169,10 +160,9 @@ TEST_F(SqlDatabaseDeathTest, ExceptionWhileTheDestructorStoresTheMessageEndsTheP
         {
             std::optional<SqlDatabase> other(std::in_place);
             other->Open(path, false);
-            SqlCommand command(*other);
-            command.Prepare("SELECT 1");
-            SqliteCallRecorder sqlite;
-            sqlite.ReplaceNextResult("sqlite3_errmsg", 0, false);
+            SqlCommand holding(*other);
+            holding.Prepare("SELECT 1");
+            const ReplacedResult replaced("sqlite3_errmsg");
             other.reset();
         },
         testing::KilledBySignal(SIGABRT), "");

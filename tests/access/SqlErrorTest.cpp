@@ -1,7 +1,6 @@
 #include <sql/SqlError.h>
 
 #include <string>
-#include <type_traits>
 #include <utility>
 
 #include "support/HasError.h"
@@ -9,8 +8,6 @@
 namespace Morvik::sql::tests {
 
 namespace {
-
-static_assert(!std::is_polymorphic_v<SqlError>);
 
 TEST(SqlErrorTest, StartsWithCodeZeroAndNoMessage)
 {

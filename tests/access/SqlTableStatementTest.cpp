@@ -19,7 +19,7 @@ using testing::IsEmpty;
 
 const char* const Overflow = "SELECT abs(-9223372036854775807 - 1)";
 
-class SqlTableStepTest : public ConnectedCursor {};
+using SqlTableStepTest = OpenConnection;
 
 TEST_F(SqlTableStepTest, RowsEndWithCodeZeroAndStartAgain)
 {
@@ -37,27 +37,17 @@ TEST_F(SqlTableStepTest, RowsEndWithCodeZeroAndStartAgain)
 
 TEST_F(SqlTableStepTest, ClosedCursorMakesNoCallAndLeavesTheError)
 {
-    const std::string message = LeaveMessage();
+    const std::string message = LeaveMessage(table);
     const SqliteCallRecorder sqlite;
 
+    EXPECT_FALSE(table.IsOpen());
+    EXPECT_EQ(table.Columns(), 0);
     EXPECT_FALSE(table.ReadNext());
     EXPECT_TRUE(table.Reset());
     EXPECT_TRUE(table.Close());
 
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
     EXPECT_THAT(table, HasError(SQLITE_ERROR, message));
-}
-
-TEST_F(SqlTableStepTest, AnyOtherResultCountsAsAFailureWithAMessage)
-{
-    table.Open("SELECT 7");
-    SqliteCallRecorder sqlite;
-    sqlite.ReplaceNextResult("sqlite3_step", SQLITE_OK, false);
-
-    EXPECT_FALSE(table.ReadNext());
-
-    EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(table, HasError(SQLITE_OK, sqlite3_errmsg(Handle())));
 }
 
 TEST_F(SqlTableStepTest, ResetRewindsToBeforeTheFirstRow)
@@ -105,40 +95,38 @@ TEST_F(SqlTableStepTest, FailedStepHasTheCodesOfTheLegacyInterface)
 
 class SqlTableCloseTest : public OpenConnection {
 protected:
-    std::optional<SqlTable> table{std::in_place, database};
+    std::optional<SqlTable> cursor{std::in_place, database};
 };
 
 TEST_F(SqlTableCloseTest, ReleasesTheQuery)
 {
-    table->Open("SELECT 7");
-    table->ReadNext();
+    cursor->Open("SELECT 7");
+    cursor->ReadNext();
 
-    EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(table->Close()); }), ElementsAre("sqlite3_finalize(statement)"));
-    EXPECT_THAT(*table, HasError(0, ""));
-    EXPECT_FALSE(table->IsOpen());
-    EXPECT_EQ(table->Columns(), 0);
+    EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(cursor->Close()); }), ElementsAre("sqlite3_finalize(statement)"));
+    EXPECT_THAT(*cursor, HasError(0, ""));
+    EXPECT_FALSE(cursor->IsOpen());
+    EXPECT_EQ(cursor->Columns(), 0);
 }
 
 // Making a string of a null message throws an exception, like any other failure to store the message.
 TEST_F(SqlTableCloseTest, ExceptionWhileClosingLeavesTheCode)
 {
     const int code = LegacyWalk(RawSqlite(path).Handle(), Overflow).finalize.code;
-    const auto close = [&] { EXPECT_FALSE(table->Close()); };
-    const auto open = [&] { EXPECT_FALSE(table->Open("SELECT 7")); };
-    const auto destroy = [&] { table.reset(); };
+    const auto close = [&] { EXPECT_FALSE(cursor->Close()); };
+    const auto open = [&] { EXPECT_FALSE(cursor->Open("SELECT 7")); };
+    const auto destroy = [&] { cursor.reset(); };
     for (const std::function<void()>& operation : std::initializer_list<std::function<void()>>{close, open, destroy}) {
-        table->Open(Overflow);
-        ASSERT_FALSE(table->ReadNext());
-        SqliteCallRecorder sqlite;
-        sqlite.ReplaceNextResult("sqlite3_errmsg", 0, false);
+        cursor->Open(Overflow);
+        ASSERT_FALSE(cursor->ReadNext());
+        const ReplacedResult sqlite("sqlite3_errmsg");
 
         operation();
 
-        EXPECT_FALSE(sqlite.Pending());
         EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)", "sqlite3_errmsg(handle)"));
-        if (table.has_value()) {
-            EXPECT_THAT(*table, HasError(code, ""));
-            EXPECT_FALSE(table->IsOpen());
+        if (cursor.has_value()) {
+            EXPECT_THAT(*cursor, HasError(code, ""));
+            EXPECT_FALSE(cursor->IsOpen());
         }
     }
 }
@@ -148,7 +136,7 @@ class SqlTableWithoutConnectionTest : public SqlTableCloseTest {
 protected:
     SqlTableWithoutConnectionTest()
     {
-        EXPECT_TRUE(table->Open("SELECT 7") && table->ReadNext());
+        EXPECT_TRUE(cursor->Open("SELECT 7") && cursor->ReadNext());
         raw.emplace(database);
     }
 
@@ -159,17 +147,17 @@ TEST_F(SqlTableWithoutConnectionTest, CloseAndOpenKeepTheQueryAndTheError)
 {
     const SqliteCallRecorder sqlite;
 
-    EXPECT_TRUE(table->Close());
-    EXPECT_TRUE(table->Open("nonsense"));
+    EXPECT_TRUE(cursor->Close());
+    EXPECT_TRUE(cursor->Open("nonsense"));
 
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_THAT(*table, HasError(SQLITE_ROW, ""));
-    EXPECT_TRUE(table->IsOpen());
+    EXPECT_THAT(*cursor, HasError(SQLITE_ROW, ""));
+    EXPECT_TRUE(cursor->IsOpen());
 }
 
 TEST_F(SqlTableWithoutConnectionTest, DestructorLeavesTheQueryUnfinalized)
 {
-    EXPECT_THAT(CallsDuring([&] { table.reset(); }), IsEmpty());
+    EXPECT_THAT(CallsDuring([&] { cursor.reset(); }), IsEmpty());
     ASSERT_NE(raw->Statement(), nullptr);
     EXPECT_EQ(sqlite3_column_int(raw->Statement(), 0), 7);
 }
@@ -178,9 +166,9 @@ TEST_F(SqlTableWithoutConnectionTest, MoveAssignmentLeavesTheQueryUnfinalized)
 {
     NoDestructor<SqlTable> source(database);
 
-    EXPECT_THAT(CallsDuring([&] { *table = std::move(*source); }), IsEmpty());
+    EXPECT_THAT(CallsDuring([&] { *cursor = std::move(*source); }), IsEmpty());
     EXPECT_NE(raw->Statement(), nullptr);
-    EXPECT_FALSE(table->IsOpen());
+    EXPECT_FALSE(cursor->IsOpen());
 }
 
 } // namespace

@@ -18,28 +18,12 @@
 
 namespace Morvik::sql::tests {
 
-/// Tests with a connection that is open on a new, separate database file.
+/// Tests with a connection that is open on a new, separate database file, and with a command and a cursor on it.
 class OpenConnection : public testing::Test {
 protected:
     OpenConnection() { EXPECT_TRUE(database.Open(path, false)) << database.GetLastErrorMsg(); }
 
     sqlite3* Handle() { return database.GetNativeDatabaseInstance<sqlite3>(); }
-
-    const TemporaryDirectory directory;
-    const std::string path = directory.File("test.db");
-    SqlDatabase database;
-};
-
-/// Tests with a statement on an open connection.
-class ConnectedCommand : public OpenConnection {
-protected:
-    /// Makes an operation of the command fail, so that a test can check whether the error stays. Returns the message.
-    std::string LeaveMessage()
-    {
-        EXPECT_FALSE(command.Execute("nonsense"));
-        EXPECT_NE(command.GetLastErrorMsg(), "");
-        return command.GetLastErrorMsg();
-    }
 
     /// Steps to the first row of a query.
     void StepTo(const std::string& sql)
@@ -49,29 +33,34 @@ protected:
         ASSERT_TRUE(command.HasRowData());
     }
 
-    SqlCommand command{database};
-};
-
-/// Tests with a cursor on an open connection.
-class ConnectedCursor : public OpenConnection {
-protected:
-    /// Makes opening the cursor fail, so that a test can check whether the error stays. Returns the message.
-    std::string LeaveMessage()
-    {
-        EXPECT_FALSE(table.Open("nonsense"));
-        EXPECT_NE(table.GetLastErrorMsg(), "");
-        return table.GetLastErrorMsg();
-    }
-
-    /// Reads the first row of a query.
+    /// Reads the first row of a query with the cursor.
     void ReadRow(const std::string& sql)
     {
         ASSERT_TRUE(table.Open(sql));
         ASSERT_TRUE(table.ReadNext());
     }
 
+    const TemporaryDirectory directory;
+    const std::string path = directory.File("test.db");
+    SqlDatabase database;
+    SqlCommand command{database};
     SqlTable table{database};
 };
+
+/// Makes an operation fail, so that a test can check whether the error stays. Returns the message.
+inline std::string LeaveMessage(SqlCommand& command)
+{
+    EXPECT_FALSE(command.Execute("nonsense"));
+    EXPECT_NE(command.GetLastErrorMsg(), "");
+    return command.GetLastErrorMsg();
+}
+
+inline std::string LeaveMessage(const SqlTable& table)
+{
+    EXPECT_FALSE(table.Open("nonsense"));
+    EXPECT_NE(table.GetLastErrorMsg(), "");
+    return table.GetLastErrorMsg();
+}
 
 /// Steps to the next row, and returns its first column; nothing if there is no row.
 inline std::optional<int> NextInteger(SqlCommand& command)
@@ -92,5 +81,19 @@ std::vector<std::string> CallsDuring(Action action)
     action();
     return sqlite.Calls();
 }
+
+/// Records the calls to SQLite, and replaces the result of a call, which must happen during the lifetime of the object.
+/// The parameters are those of SqliteCallRecorder::ReplaceNextResult().
+class ReplacedResult : public SqliteCallRecorder {
+public:
+    explicit ReplacedResult(const std::string& function, int result = 0, bool forward = false, int skipped = 0)
+    {
+        ReplaceNextResult(function, result, forward, skipped);
+    }
+    ~ReplacedResult() { EXPECT_FALSE(Pending()) << "a call whose result is replaced was not made"; }
+
+    ReplacedResult(const ReplacedResult&) = delete;
+    ReplacedResult& operator=(const ReplacedResult&) = delete;
+};
 
 } // namespace Morvik::sql::tests
