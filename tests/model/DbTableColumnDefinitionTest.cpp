@@ -13,9 +13,7 @@ namespace {
 
 using Arguments = std::map<DbTableColumnConstraint, std::string>;
 
-static_assert(std::is_same_v<std::underlying_type_t<DbTableColumnConstraint>, std::uint32_t>);
 static_assert(std::is_convertible_v<DbTableColumnConstraint, std::uint32_t>);
-static_assert(std::is_same_v<decltype(DbTableColumnDefinition::constraintFlags), std::uint32_t>);
 static_assert(std::is_same_v<decltype(DbTableColumnDefinition::constraintArguments), Arguments>);
 
 // Callers combine the flags without a cast.

@@ -20,12 +20,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-using CellValue = std::variant<int, double, std::string, std::vector<char>>;
-
-static_assert(std::is_same_v<std::underlying_type_t<DbTableColumnType>, std::int32_t>);
 static_assert(std::is_same_v<decltype(DbTableColumnValue::type), DbTableColumnType>);
-static_assert(std::is_same_v<decltype(DbTableColumnValue::column), std::uint32_t>);
-static_assert(std::is_same_v<decltype(DbTableColumnValue::value), CellValue>);
 static_assert(std::is_same_v<decltype(DbTableRowValues::cells), std::vector<DbTableColumnValue>>);
 static_assert(std::is_same_v<decltype(DbTableData::rows), std::vector<DbTableRowValues>>);
 
@@ -53,7 +48,7 @@ TEST(DbTableColumnValueTest, DefaultIsTheUntypedIntegerZero)
 
     EXPECT_EQ(cell->type, None);
     EXPECT_EQ(cell->column, 0U);
-    EXPECT_EQ(cell->value, CellValue(0));
+    EXPECT_EQ(cell->value, decltype(DbTableColumnValue::value)(0));
     cell->~DbTableColumnValue();
 }
 

@@ -1,12 +1,15 @@
 #include "model/ValueLiteral.h"
 
 #include <cmath>
+#include <cstdint>
 #include <limits>
+#include <new>
 
 #include <gtest/gtest.h>
 
 #include "model/LiteralOf.h"
 #include "support/NumberLocales.h"
+#include "support/OomInjector.h"
 #include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
@@ -17,6 +20,8 @@ using namespace std::string_literals;
 using Bytes = std::vector<char>;
 
 using enum DbTableColumnType;
+
+const decltype(DbTableColumnValue::value) Values[] = {7, 2.5, "text"s, Bytes{'b', 'y'}};
 
 TEST(ValueLiteralTest, IntegerIsWrittenInDecimal)
 {
@@ -101,8 +106,7 @@ TEST(ValueLiteralTest, TimeTagIsASqlFunctionCallForAnyValue)
                  {UnixTimeNow, "strftime('%s', 'now')", "'text'"},
                  {JulianDayNow, "julianday('now')", "'real'"}};
     for (const auto& [type, literal, storageClass] : cases) {
-        for (const decltype(DbTableColumnValue::value)& value :
-             {decltype(DbTableColumnValue::value)(1), {1.5}, {"x"s}, {Bytes{'x'}}}) {
+        for (const auto& value : Values) {
             EXPECT_EQ(LiteralOf({type, 0, value}), literal);
         }
         EXPECT_GE(ColumnValueSize({type}), literal.size());
@@ -126,6 +130,69 @@ TEST(ValueLiteralTest, ExpectedSizeHasOneDoubledQuotePer64Bytes)
     };
     for (const auto& [cell, size] : sizes) {
         EXPECT_EQ(ColumnValueSize(cell), size);
+    }
+}
+
+TEST(InvalidCellTest, TagAndValueMustBelongTogether)
+{
+    const std::string literals[] = {"7", "2.5", "\"text\"", "\"by\""};
+    for (std::size_t tag = 0; tag < 5; ++tag) {
+        const std::size_t belonging = tag == 0 ? 0 : tag - 1;
+        for (std::size_t held = 0; held < std::size(Values); ++held) {
+            const std::optional<std::string> literal =
+                LiteralOf({static_cast<DbTableColumnType>(tag), 0, Values[held]});
+
+            EXPECT_EQ(literal, held == belonging ? std::optional(literals[held]) : std::nullopt)
+                << "tag " << tag << " with alternative " << held;
+        }
+    }
+}
+
+TEST(InvalidCellTest, NullAndUnknownTagsHaveNoLiteral)
+{
+    using Limits = std::numeric_limits<std::int32_t>;
+    for (const std::int32_t tag : {5, 10, 11, 12, 256, -1, -5, Limits::max(), Limits::min()}) {
+        for (const auto& value : Values) {
+            EXPECT_EQ(LiteralOf({static_cast<DbTableColumnType>(tag), 0, value}), std::nullopt) << tag;
+        }
+    }
+}
+
+// Every allocation of a literal fails in turn. If only the quotes cannot be doubled, the cell is invalid.
+TEST(InvalidCellTest, NothingIsWrittenWithoutMemory)
+{
+    const struct {
+        const char* name;
+        DbTableColumnValue cell;
+        std::size_t space; // of the statement
+        bool throws;
+    } cases[] = {{"text", {Text, 0, std::string(100, 'x')}, 0, true},
+                 {"bytes", {Blob, 0, Bytes(100, 'x')}, 0, true},
+                 {"time", {DateTimeNowLocalTime}, 0, true},
+                 {"number with digit groups", {Integer, 0, -1234567}, 0, true},
+                 {"quotes", {Text, 0, "it's \"here\" " + std::string(100, '\'')}, 300, false}};
+    const ScopedGlobalLocale locale;
+    for (const auto& [name, cell, space, throws] : cases) {
+        SCOPED_TRACE(name);
+        int failures = 0;
+        for (bool fired = true; fired; ++failures) {
+            SqlBuffer sql(space);
+            bool written = false;
+            bool thrown = false;
+            {
+                const OomInjector failing(failures);
+                try {
+                    written = ColumnValueAsString(cell, sql);
+                } catch (const std::bad_alloc&) {
+                    thrown = true;
+                }
+                fired = failing.Fired();
+            }
+            EXPECT_EQ(written, !fired) << "after " << failures << " allocations";
+            EXPECT_EQ(thrown, fired && throws) << "after " << failures << " allocations";
+            EXPECT_EQ(sql.Text(), fired ? "" : LiteralOf(cell));
+        }
+        EXPECT_GT(failures, 1) << "no allocation failed";
     }
 }
 
