@@ -68,38 +68,33 @@ public:
     // Numbers with all significant digits, from far below to far above the range that is written without an exponent.
     double OfEverydaySize() { return Sign() * std::pow(10.0, Between(-8'000'000, 9'000'000) / 1e6); }
 
-    double OfFewDigits() { return Sign() * Between(0, 9'999'999) * m_powers[Index(-12, 12)]; }
+    double OfFewDigits() { return Sign() * Between(0, 9'999'999) * PowerOfTen(-12, 12); }
 
     // The middle between two texts of six digits, as exactly as a double can represent it, or a double close to it.
     double NearAHalf() { return BesideAHalf(-300, 300); }
     double NearAHalfOfEverydaySize() { return BesideAHalf(-8, 7); }
 
-    double NearAPowerOfTen() { return Beside(Sign() * m_powers[Index(-307, 308)]); }
+    double NearAPowerOfTen() { return Beside(Sign() * PowerOfTen(-307, 308)); }
 
     // The numbers that round to a power of ten, and those just above and below.
-    double RoundedToAPowerOfTen() { return Sign() * m_powers[Index(-8, 9)] * (1.0 + Between(-100, 100) * 1e-8); }
+    double RoundedToAPowerOfTen() { return Sign() * PowerOfTen(-8, 9) * (1.0 + Between(-100, 100) * 1e-8); }
 
     double NearAPowerOfTwo() { return Beside(Sign() * std::ldexp(1.0, Between(-1074, 1023))); }
 
 private:
-    static constexpr int LowestPower = -307;
-
     int Between(int lowest, int highest)
     {
         const auto count = static_cast<std::uint64_t>(highest - lowest) + 1;
         return lowest + static_cast<int>(m_random() % count);
     }
 
-    std::size_t Index(int lowest, int highest)
-    {
-        return static_cast<std::size_t>(Between(lowest, highest) - LowestPower);
-    }
+    double PowerOfTen(int lowest, int highest) { return std::pow(10.0, Between(lowest, highest)); }
 
     double Sign() { return Between(0, 1) == 0 ? 1.0 : -1.0; }
 
     double BesideAHalf(int lowestPower, int highestPower)
     {
-        return Beside(Sign() * (Between(100'000, 999'999) + 0.5) * m_powers[Index(lowestPower, highestPower)]);
+        return Beside(Sign() * (Between(100'000, 999'999) + 0.5) * PowerOfTen(lowestPower, highestPower));
     }
 
     // The number, or one that is at most two steps away.
@@ -112,18 +107,7 @@ private:
         return number;
     }
 
-    static std::array<double, 616> Powers()
-    {
-        std::array<double, 616> powers{};
-        int exponent = LowestPower;
-        for (double& power : powers) {
-            power = std::stod("1e" + std::to_string(exponent++));
-        }
-        return powers;
-    }
-
     std::mt19937_64 m_random;
-    std::array<double, 616> m_powers = Powers();
 };
 
 class NumberTextDifferentialTest : public testing::TestWithParam<NumberLocale> {

@@ -1,6 +1,6 @@
 #include "model/ValueLiteral.h"
 
-#include <bit>
+#include <cmath>
 #include <cstdint>
 #include <string_view>
 
@@ -20,45 +20,17 @@ using namespace std::string_view_literals;
 
 constexpr int CellsPerSeed = 5000;
 
-double RandomReal(FuzzInput& choices)
-{
-    if (choices.OneIn(4)) {
-        return static_cast<double>(static_cast<std::int32_t>(choices.Bits())) / 1000.0;
-    }
-    const std::uint64_t upper = choices.Bits();
-    return std::bit_cast<double>(upper << 32 | choices.Bits());
-}
-
-std::int32_t RandomInteger(FuzzInput& choices)
-{
-    const auto bits = static_cast<std::int32_t>(choices.Bits());
-    return choices.OneIn(2) ? bits : bits % 2000;
-}
-
 DbTableColumnValue RandomCell(FuzzInput& choices)
 {
-    DbTableColumnValue cell;
-    cell.type = static_cast<DbTableColumnType>(choices.OneIn(20) ? static_cast<std::int32_t>(choices.Bits())
-                                                                 : static_cast<std::int32_t>(choices.Below(14)) - 2);
-    cell.column = choices.Bits();
+    const auto tag = static_cast<std::int32_t>(choices.Below(14)) - 2;
+    const std::int32_t number = static_cast<std::int32_t>(choices.Bits()) >> choices.Below(32);
     // Many of the bytes are quotes, because the library changes only quotes. The others are bytes of every kind.
     const std::string bytes =
         choices.TextOf("'\"''\"\"ab \0\n\\%;\x7F\x80\xC3\xA4\xFF"sv, choices.OneIn(10) ? 300 : 12);
-    switch (choices.Below(4)) {
-    case 0:
-        cell.value = RandomInteger(choices);
-        break;
-    case 1:
-        cell.value = RandomReal(choices);
-        break;
-    case 2:
-        cell.value = bytes;
-        break;
-    default:
-        cell.value = std::vector<char>(bytes.begin(), bytes.end());
-        break;
-    }
-    return cell;
+    const std::vector<decltype(DbTableColumnValue::value)> values{
+        number, number * std::pow(10.0, static_cast<int>(choices.Below(40)) - 20), bytes,
+        std::vector<char>(bytes.begin(), bytes.end())};
+    return {static_cast<DbTableColumnType>(tag), choices.Bits(), choices.Of(values)};
 }
 
 void ExpectReferenceLiterals(FuzzInput choices)
