@@ -1,8 +1,8 @@
 #include <sql/DatabaseApi.h>
 
 #include <chrono>
+#include <deque>
 #include <map>
-#include <memory>
 #include <sstream>
 #include <thread>
 
@@ -41,17 +41,17 @@ protected:
     int Contend(const std::string& timeout) const
     {
         const int seconds = Rounds(2, 60);
-        std::vector<std::unique_ptr<ChildProcess>> workers;
+        std::deque<ChildProcess> workers;
         for (std::size_t i = 1; i <= Writers + Readers; ++i) {
             const std::string role = i <= Writers ? "writer" : "reader";
-            workers.push_back(std::make_unique<ChildProcess>(std::vector<std::string>{
-                TKOSQLLITE_STRESS_WORKER, role, path, std::to_string(i), std::to_string(seconds), timeout}));
+            workers.emplace_back(std::vector<std::string>{TKOSQLLITE_STRESS_WORKER, role, path, std::to_string(i),
+                                                          std::to_string(seconds), timeout});
         }
         int rejections = 0;
         std::vector<std::vector<std::string>> written;
         for (std::size_t i = 1; i <= workers.size(); ++i) {
             SCOPED_TRACE("worker " + std::to_string(i));
-            const ChildResult result = workers[i - 1]->Wait();
+            const ChildResult result = workers[i - 1].Wait();
             EXPECT_EQ(result.status, 0) << "signal " << result.signal;
             EXPECT_EQ(result.err, "");
             std::map<std::string, int> counts;

@@ -1,8 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <array>
-#include <atomic>
-#include <thread>
+#include <future>
+#include <latch>
 
 #include "faults/files/Transcript.h"
 #include "support/DatabaseFiles.h"
@@ -24,20 +23,16 @@ constexpr std::size_t Threads = 2;
 template <typename Work>
 void ExpectNoFailureOnThreads(Work work)
 {
-    std::array<std::string, Threads> failures;
-    std::atomic<std::size_t> ready = 0;
-    std::vector<std::thread> threads;
+    std::latch start(Threads);
+    std::vector<std::future<std::string>> failures;
     for (std::size_t number = 0; number < Threads; ++number) {
-        threads.emplace_back([&, number] {
-            for (++ready; ready < Threads;) {
-                std::this_thread::yield();
-            }
-            failures.at(number) = work(number);
-        });
+        failures.push_back(std::async(std::launch::async, [&, number] {
+            start.arrive_and_wait();
+            return work(number);
+        }));
     }
-    for (std::size_t number = 0; number < Threads; ++number) {
-        threads[number].join();
-        EXPECT_EQ(failures.at(number), "") << "on thread " << number;
+    for (std::future<std::string>& failure : failures) {
+        EXPECT_EQ(failure.get(), "") << "on thread " << &failure - failures.data();
     }
 }
 

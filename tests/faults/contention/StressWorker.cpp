@@ -9,6 +9,8 @@
 
 #include <sqlite3.h>
 
+#include "support/Cells.h"
+
 // One of several processes that use one database file at the same time:
 //
 //   writer FILE NUMBER SECONDS TIMEOUT     adds entries until the time is over
@@ -23,6 +25,7 @@ namespace {
 
 using namespace Morvik::sql;
 using std::chrono::steady_clock;
+using tests::IntegerCell;
 
 constexpr int AmountOfOneEntry = 3;
 
@@ -36,11 +39,6 @@ void ThrowUnless(bool holds, const std::string& failure)
 void Pause()
 {
     std::this_thread::sleep_for(std::chrono::microseconds(200));
-}
-
-DbTableColumnValue Integer(int value)
-{
-    return {DbTableColumnType::Integer, 0, value};
 }
 
 class StressWorker {
@@ -101,7 +99,7 @@ private:
 
     bool Insert(int entry, int amount)
     {
-        const DbTableRowValues row{{Integer(m_number), Integer(entry), Integer(amount)}};
+        const DbTableRowValues row{{IntegerCell(m_number), IntegerCell(entry), IntegerCell(amount)}};
         return m_database.WriteTableValues("entry", {{"writer", "number", "amount"}, {row}});
     }
 
@@ -118,7 +116,7 @@ private:
         if (DoneOrBusy(m_database.ReadTableValues("balance", data)) && DoneOrBusy(m_database.CloseReadTable())) {
             const int balance = std::get<int>(data.rows.at(0).cells.at(0).value) + AmountOfOneEntry;
             if (DoneOrBusy(Insert(entry, AmountOfOneEntry)) &&
-                DoneOrBusy(m_database.UpdateTableValues("balance", {{"amount"}, {{{Integer(balance)}}}}, "")) &&
+                DoneOrBusy(m_database.UpdateTableValues("balance", {{"amount"}, {{{IntegerCell(balance)}}}}, "")) &&
                 Commit()) {
                 return true;
             }
