@@ -4,10 +4,8 @@
 #include <sql/DbTableRowValues.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <iterator>
 #include <new>
-#include <ranges>
 #include <string>
 #include <type_traits>
 #include <variant>
@@ -36,7 +34,8 @@ static_assert(std::is_nothrow_move_constructible_v<DbTableData>);
 using enum DbTableColumnType;
 constexpr DbTableColumnType Tags[] = {
     None, Integer, Real, Text, Blob, Null, DateTimeNow, DateTimeNowLocalTime, UnixTimeNow, JulianDayNow};
-static_assert(std::ranges::equal(Tags, std::views::iota(0, 10), {}, [](auto tag) { return static_cast<int>(tag); }));
+constexpr int Numbers[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+static_assert(std::ranges::equal(Tags, Numbers, {}, [](auto tag) { return static_cast<int>(tag); }));
 static_assert(SQLITE_INTEGER == 1 && SQLITE_FLOAT == 2 && SQLITE_TEXT == 3 && SQLITE_BLOB == 4 && SQLITE_NULL == 5);
 
 TEST(DbTableColumnValueTest, DefaultIsTheUntypedIntegerZero)
