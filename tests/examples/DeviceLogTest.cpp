@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <utility>
+#include <tuple>
 #include <vector>
 
 #include "examples/ExampleTest.h"
@@ -20,22 +20,16 @@ class DeviceLogTest : public ExampleTest {
 protected:
     DeviceLogTest() : ExampleTest("device_log") {}
 
-    void AwaitSamples(const std::string& count) const
-    {
-        for (int attempt = 0; attempt < 600; ++attempt) {
-            if (Answer("SELECT count(*) >= " + count + " FROM sample") == "1") {
-                return;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        }
-        throw std::runtime_error("the log never held " + count + " samples");
-    }
-
-    /// Sends the signal to a program that has written samples, and returns how the program ended.
+    /// Sends the signal to the program when it has written samples, and returns how the program ended.
     ChildResult RunUntilSignal(int signal, const std::string& samples, const std::vector<std::string>& arguments) const
     {
         ChildProcess child(Command(arguments));
-        AwaitSamples(samples);
+        for (int attempt = 0; Answer("SELECT count(*) >= " + samples + " FROM sample") != "1"; ++attempt) {
+            if (attempt == 600) {
+                throw std::runtime_error("the log never held " + samples + " samples");
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
         child.Signal(signal);
         return child.Wait();
     }
@@ -79,7 +73,7 @@ TEST_F(DeviceLogTest, KeepsOnlyTheLastSamplesOfAllRuns)
 }
 
 /// A signal, and whether it comes in a long interval or between two writes.
-class DeviceLogSignalTest : public DeviceLogTest, public testing::WithParamInterface<std::pair<int, const char*>> {};
+class DeviceLogSignalTest : public DeviceLogTest, public testing::WithParamInterface<std::tuple<int, const char*>> {};
 
 TEST_P(DeviceLogSignalTest, StopsAtOnceAndKeepsItsSamples)
 {
@@ -94,8 +88,7 @@ TEST_P(DeviceLogSignalTest, StopsAtOnceAndKeepsItsSamples)
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, DeviceLogSignalTest,
-                         testing::Values(std::pair(SIGINT, "3000"), std::pair(SIGTERM, "3000"),
-                                         std::pair(SIGINT, "0.001"), std::pair(SIGTERM, "0.001")));
+                         testing::Combine(testing::Values(SIGINT, SIGTERM), testing::Values("3000", "0.001")));
 
 TEST_F(DeviceLogTest, KillLeavesAnIntactLogThatTheNextRunContinues)
 {
