@@ -1,11 +1,8 @@
 #include <new>
 #include <string>
 
-#include <sqlite3.h>
-
 #include "api/FacadeTest.h"
 #include "support/OomInjector.h"
-#include "support/RawLegacyStatement.h"
 #include "support/SqliteCallRecorder.h"
 
 namespace Morvik::sql::tests {
@@ -39,9 +36,7 @@ TEST_F(DatabaseApiCursorTest, RowsAreInOrderAndTheEndKeepsTheLastRow)
 
     EXPECT_THAT(NextRow(), ElementsAre("0:Integer int(1)", "1:Text string(one)"));
     EXPECT_THAT(NextRow(), ElementsAre("0:Integer int(2)", "1:Text string(two)"));
-    EXPECT_FALSE(database.ReadNextRow(row));
-
-    EXPECT_THAT(database, HasError(0, ""));
+    ExpectEndOfRows();
     EXPECT_TRUE(database.Succeeded());
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(2)", "1:Text string(two)"));
     EXPECT_THAT(NextRow(), ElementsAre("0:Integer int(1)", "1:Text string(one)"))
@@ -66,8 +61,7 @@ TEST_F(DatabaseApiCursorTest, QueryWithoutRowsEndsWithTheFirstFetch)
     row.cells = {TextCell("kept")};
     ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t WHERE 0"));
 
-    EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasError(0, ""));
+    ExpectEndOfRows();
     EXPECT_EQ(database.begin(), database.end());
     EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Text string(kept)"));
@@ -90,8 +84,7 @@ TEST_F(DatabaseApiCursorTest, RejectedQueryEndsTheEarlierOneAndEmptiesTheRow)
 {
     for (const std::string sql : {"", "SELECT missing FROM t", "-- nothing"}) {
         SCOPED_TRACE(sql);
-        ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
-        const DbTableRowValues& current = *database.begin();
+        const DbTableRowValues& current = BeginWalk();
         ASSERT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
 
         EXPECT_EQ(database.SqlQueryBegin(sql), sql == "-- nothing") << "a text without a statement is no failure";
@@ -105,18 +98,16 @@ TEST_F(DatabaseApiCursorTest, RejectedQueryEndsTheEarlierOneAndEmptiesTheRow)
 TEST_F(DatabaseApiCursorTest, QueryTextMayBeInTheCurrentRow)
 {
     ASSERT_TRUE(database.SqlQueryBegin("SELECT 'SELECT b AS a_name_that_is_too_long_for_the_string_itself FROM t'"));
-    const DbTableRowIterator iterator = database.begin();
-    ASSERT_NE(iterator, database.end());
+    const DbTableRowValues& current = *database.begin();
 
-    EXPECT_TRUE(database.SqlQueryBegin(std::get<std::string>(iterator->cells.at(0).value)));
+    EXPECT_TRUE(database.SqlQueryBegin(std::get<std::string>(current.cells.at(0).value)));
 
     EXPECT_THAT(NextRow(), ElementsAre("0:Text string(one)"));
 }
 
 TEST_F(DatabaseApiCursorTest, CloseReadTableReleasesTheQueryAndKeepsTheRow)
 {
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
-    const DbTableRowValues& current = *database.begin();
+    const DbTableRowValues& current = BeginWalk();
     const SqliteCallRecorder sqlite;
 
     EXPECT_TRUE(database.CloseReadTable());
@@ -130,15 +121,13 @@ TEST_F(DatabaseApiCursorTest, CloseReadTableReleasesTheQueryAndKeepsTheRow)
 
 TEST_F(DatabaseApiCursorTest, FetchAfterACompleteReadContinuesOnItsStatement)
 {
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
-    const DbTableRowValues& current = *database.begin();
+    const DbTableRowValues& current = BeginWalk();
 
     EXPECT_TRUE(database.ReadValues("SELECT b FROM t WHERE a=3", data));
 
     EXPECT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
     EXPECT_THAT(NextRow(), ElementsAre("0:Text string(three)")) << "a finished statement starts over";
-    EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasError(0, ""));
+    ExpectEndOfRows();
 }
 
 TEST_F(DatabaseApiCursorTest, FailedStepKeepsTheRowsAndClosingRepeatsItsError)
@@ -149,13 +138,11 @@ TEST_F(DatabaseApiCursorTest, FailedStepKeepsTheRowsAndClosingRepeatsItsError)
     const DbTableRowValues& current = *database.begin();
     row.cells = {TextCell("kept")};
 
-    EXPECT_FALSE(database.ReadNextRow(row));
-    EXPECT_THAT(database, HasErrorOf(raw.step));
+    EXPECT_THAT(database.ReadNextRow(row), FailedWith(raw.step));
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Text string(kept)"));
     EXPECT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
 
-    EXPECT_FALSE(database.CloseReadTable());
-    EXPECT_THAT(database, HasErrorOf(raw.finalize));
+    EXPECT_THAT(database.CloseReadTable(), FailedWith(raw.finalize));
     ExpectNoWalk();
     EXPECT_TRUE(database.CloseReadTable());
 }
@@ -172,22 +159,19 @@ TEST_F(DatabaseApiEarlierFailureTest, FetchesConsumeRowsWithoutCellsUntilTheEnd)
 
     for (int fetch = 2; fetch <= 3; ++fetch) {
         row.cells = {TextCell("old")};
-        EXPECT_FALSE(database.ReadNextRow(row));
+        EXPECT_THAT(database.ReadNextRow(row), FailedWith(112, "Missing command."));
         EXPECT_THAT(row.cells, IsEmpty());
-        EXPECT_THAT(database, HasError(112, "Missing command."));
     }
     row.cells = {TextCell("kept")};
-    EXPECT_FALSE(database.ReadNextRow(row));
+    ExpectEndOfRows();
 
-    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(CellTexts(row), ElementsAre("0:Text string(kept)"));
     EXPECT_EQ(sqlite.CallsOf("sqlite3_step").size(), 3U);
 }
 
 TEST_F(DatabaseApiEarlierFailureTest, BeginConsumesARowAndReturnsTheEnd)
 {
-    ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
-    const DbTableRowValues& current = *database.begin();
+    const DbTableRowValues& current = BeginWalk();
     ASSERT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
     FailWithMissingCommand();
 
@@ -207,14 +191,11 @@ TEST_F(DatabaseApiEarlierFailureTest, FailedConversionRemainsUntilTheEnd)
     sqlite.ReplaceNextResult("sqlite3_value_type", 9, false);
 
     for (int fetch = 1; fetch <= 3; ++fetch) {
-        EXPECT_FALSE(database.ReadNextRow(row));
-        EXPECT_THAT(database, HasError(112, "Unknown value type."));
+        EXPECT_THAT(database.ReadNextRow(row), FailedWith(112, "Unknown value type."));
         EXPECT_THAT(row.cells, IsEmpty());
     }
-    EXPECT_FALSE(database.ReadNextRow(row));
-
+    ExpectEndOfRows();
     EXPECT_FALSE(sqlite.Pending());
-    EXPECT_THAT(database, HasError(0, ""));
 }
 
 } // namespace

@@ -39,12 +39,6 @@ bool HasCount(DatabaseApi& database, const std::string& table, int count)
     return database.ExistData(table, "", result) == count && result == 0;
 }
 
-bool Reads(DatabaseApi& database, const std::string& sql)
-{
-    DbTableData data;
-    return database.ReadValues(sql, data);
-}
-
 const FacadeCalls SuccessesBesideAWalk{
     {"CreateTable", [](auto& database) { return database.CreateTable(TableT); }},
     {"ExistsTable", [](auto& database) { return Exists(database, "t", true); }},
@@ -52,6 +46,7 @@ const FacadeCalls SuccessesBesideAWalk{
     {"DropTable of an absent table", [](auto& database) { return database.DropTable("absent"); }},
     {"ExistData of an absent table", [](auto& database) { return HasCount(database, "absent", 0); }},
     {"Execute", [](auto& database) { return database.Execute("SELECT 1"); }},
+    {"Execute of a blank", [](auto& database) { return database.Execute(" "); }},
     {"WriteTableValues", [](auto& database) { return database.WriteTableValues("other", One); }},
     {"UpdateTableValues", [](auto& database) { return database.UpdateTableValues("t", One, "WHERE a=1"); }}};
 
@@ -105,64 +100,62 @@ TEST_F(DatabaseApiErrorTest, WalkStaysOnItsRowDuringOtherOperations)
     }
 }
 
-TEST_F(DatabaseApiErrorTest, ClosedDatabaseIsFoundFirst)
+TEST_F(DatabaseApiErrorTest, MissingArgumentIsFoundWithoutACall)
 {
-    const FacadeCalls checked{
-        {"CreateTable", [](auto& closed) { return closed.CreateTable(TableT); }},
-        {"CreateTable without a name", [](auto& closed) { return closed.CreateTable({}); }},
-        {"DropTable without a name", [](auto& closed) { return closed.DropTable(""); }},
-        {"DropTable with an apostrophe", [](auto& closed) { return closed.DropTable("it's"); }},
-        {"AlterTable without a name", [](auto& closed) { return closed.AlterTable("", ""); }},
-        {"AlterTable with an apostrophe", [](auto& closed) { return closed.AlterTable("it's", ""); }},
-        {"SqlQueryBegin without a text", [](auto& closed) { return closed.SqlQueryBegin(""); }},
-        {"ReadValues without a text", [](auto& closed) { return Reads(closed, ""); }},
-        {"ReadValues", [](auto& closed) { return Reads(closed, "SELECT 1"); }}};
-    DatabaseApi neverOpened;
-    ASSERT_TRUE(database.CloseDatabase());
+    const DbTableDataWrite invalid{{"a", "", "b"}, {{{InvalidCell()}}}};
+    const auto missingName = FailedWith(112, "Missing table name.");
+    const auto missingColumns = FailedWith(112, "Missing column names.");
+    const auto missingQuery = FailedWith(112, "Missing query SQL statement.");
     const SqliteCallRecorder sqlite;
 
-    for (const auto& [name, run] : checked) {
-        SCOPED_TRACE(name);
-        for (DatabaseApi* const closed : {&neverOpened, &database}) {
-            EXPECT_FALSE(run(*closed));
-            EXPECT_THAT(*closed, HasError(111, "Database isn't open."));
-        }
-    }
+    EXPECT_THAT(database.CreateTable({}), missingName);
+    EXPECT_THAT(database.AlterTable("", "x"), FailedWith(113, "No table exists: "));
+    EXPECT_THAT(database.DropTable(""), missingName);
+    EXPECT_THAT(database.SqlQueryBegin(""), missingQuery);
+    EXPECT_THAT(database.Execute(""), FailedWith(112, "Missing command."));
+    EXPECT_THAT(database.ReadValues("", data), missingQuery);
+    EXPECT_THAT(database.ExistsTable("", result), missingName);
+    EXPECT_THAT(database.UpdateTableValues("t", {{}, invalid.rows}, "WHERE id=3"), missingColumns);
+    EXPECT_THAT(database.WriteTableValues("", invalid), missingName);
+    EXPECT_THAT(database.UpdateTableValues("t", {}, ""), missingColumns);
+    EXPECT_THAT(database.UpdateTableValues("", {}, ""), missingName);
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
-TEST(UncheckedDatabaseApiTest, ExecuteAndWritesReachSqliteWithoutAConnection)
+class ClosedDatabaseApiTest : public FacadeTest {
+protected:
+    ClosedDatabaseApiTest() { EXPECT_TRUE(database.CloseDatabase()); }
+};
+
+TEST_F(ClosedDatabaseApiTest, IsRejectedBeforeAMissingArgument)
+{
+    const auto notOpen = FailedWith(111, "Database isn't open.");
+    const SqliteCallRecorder sqlite;
+
+    EXPECT_THAT(database.CreateTable(TableT), notOpen);
+    EXPECT_THAT(database.CreateTable({}), notOpen);
+    EXPECT_THAT(database.DropTable(""), notOpen);
+    EXPECT_THAT(database.DropTable("it's"), notOpen);
+    EXPECT_THAT(database.AlterTable("", ""), notOpen);
+    EXPECT_THAT(database.AlterTable("it's", ""), notOpen);
+    EXPECT_THAT(database.SqlQueryBegin(""), notOpen);
+    EXPECT_THAT(database.ReadValues("", data), notOpen);
+    EXPECT_THAT(database.ReadValues("SELECT 1", data), notOpen);
+    EXPECT_THAT(sqlite.Calls(), IsEmpty());
+}
+
+TEST_F(ClosedDatabaseApiTest, ExecuteAndWritesReachSqliteWithoutAConnection)
 {
     const RawFailure failure = FailureOfExec(nullptr, "SELECT 1");
     ASSERT_EQ(failure.code, SQLITE_MISUSE);
-    DatabaseApi closed;
     const SqliteCallRecorder sqlite;
 
-    EXPECT_FALSE(closed.Execute("SELECT 1") || closed.WriteTableValues("t", One) ||
-                 closed.UpdateTableValues("t", One, ""));
-
-    EXPECT_THAT(closed, HasErrorOf(failure));
+    EXPECT_THAT(database.Execute("SELECT 1"), FailedWith(failure));
+    EXPECT_THAT(database.ExistsTable("", result), FailedWith(112, "Missing table name."));
+    EXPECT_THAT(database.WriteTableValues("t", One), FailedWith(failure));
+    EXPECT_THAT(database.UpdateTableValues("t", {}, ""), FailedWith(112, "Missing column names."));
+    EXPECT_THAT(database.UpdateTableValues("t", One, ""), FailedWith(failure));
     EXPECT_THAT(sqlite.Executed(), ElementsAre("SELECT 1", "INSERT INTO t (a) VALUES (1)", "UPDATE t SET (a)=(1) "));
-}
-
-TEST(UncheckedDatabaseApiTest, MissingNameIsFoundBeforeMissingColumnsAndInvalidCells)
-{
-    const DbTableDataWrite invalid{{"a", "", "b"}, {{{InvalidCell()}}}};
-    DatabaseApi closed;
-    int result = 0;
-    const SqliteCallRecorder sqlite;
-
-    EXPECT_FALSE(closed.ExistsTable("", result));
-    EXPECT_THAT(closed, HasError(112, "Missing table name."));
-    EXPECT_FALSE(closed.UpdateTableValues("t", {{}, invalid.rows}, "WHERE id=3"));
-    EXPECT_THAT(closed, HasError(112, "Missing column names."));
-    EXPECT_FALSE(closed.WriteTableValues("", invalid));
-    EXPECT_THAT(closed, HasError(112, "Missing table name."));
-    EXPECT_FALSE(closed.UpdateTableValues("t", {}, ""));
-    EXPECT_THAT(closed, HasError(112, "Missing column names."));
-    EXPECT_FALSE(closed.UpdateTableValues("", {}, ""));
-    EXPECT_THAT(closed, HasError(112, "Missing table name."));
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
 } // namespace

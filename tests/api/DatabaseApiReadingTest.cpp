@@ -95,8 +95,7 @@ TEST_F(DatabaseApiReadingTest, FailedStepKeepsEarlierRowsAndTheNextReadSucceeds)
 {
     const std::string sql = "SELECT abs(iif(a = 3, -9223372036854775808, a)) FROM t";
 
-    EXPECT_FALSE(database.ReadValues(sql, data));
-    EXPECT_THAT(database, HasErrorOf(LegacyWalk(RawSqlite(path).Handle(), sql).step));
+    EXPECT_THAT(database.ReadValues(sql, data), FailedWith(LegacyWalk(RawSqlite(path).Handle(), sql).step));
     EXPECT_THAT(CellTexts(data), ElementsAre(kept, one, two));
 
     EXPECT_TRUE(database.ReadValues("SELECT 1", data));
@@ -156,10 +155,9 @@ TEST_F(DatabaseApiReadingTest, FailedConversionKeepsEarlierRowsAndReturnsTheStep
         sqlite.ReplaceNextResult(function, value, false, 3);
         data.rows.clear();
 
-        EXPECT_FALSE(database.ReadValues("SELECT a, b FROM t", data));
+        EXPECT_THAT(database.ReadValues("SELECT a, b FROM t", data), FailedWith(100, ""));
 
         EXPECT_FALSE(sqlite.Pending());
-        EXPECT_THAT(database, HasError(100, ""));
         EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(1)", "1:Text string(one)")));
         EXPECT_EQ(sqlite.CallsOf("sqlite3_step").size(), 2U);
     }
@@ -175,10 +173,9 @@ TEST_F(DatabaseApiReadingTest, FailedConversionKeepsEarlierCellsOfAFetchedRow)
             SqliteCallRecorder sqlite;
             sqlite.ReplaceNextResult(function, value, false, 1);
 
-            EXPECT_FALSE(database.ReadNextRow(row));
+            EXPECT_THAT(database.ReadNextRow(row), FailedWith(112, message));
 
             EXPECT_FALSE(sqlite.Pending());
-            EXPECT_THAT(database, HasError(112, message));
             EXPECT_THAT(CellTexts(row), ElementsAre("0:Integer int(1)"));
         }
     }

@@ -37,11 +37,20 @@ protected:
         return failure;
     }
 
-    /// Begins a walk over the numbers 1, 2 and 3, and fetches the first row.
-    void BeginWalk()
+    /// Matches the result of an operation of the facade that failed and left this error.
+    auto FailedWith(int code, const std::string& message) const
     {
-        ASSERT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
-        ASSERT_TRUE(database.ReadNextRow(row));
+        const auto facade = [this](bool) -> const DatabaseApi& { return database; };
+        return testing::AllOf(false, testing::ResultOf(facade, HasError(code, message)));
+    }
+
+    auto FailedWith(const RawFailure& failure) const { return FailedWith(failure.code, failure.message); }
+
+    /// Begins a walk over the numbers 1, 2 and 3, and fetches the first row. Returns the facade's current row.
+    const DbTableRowValues& BeginWalk()
+    {
+        EXPECT_TRUE(database.SqlQueryBegin("SELECT a FROM t"));
+        return *database.begin();
     }
 
     /// The cells of the next row of the walk.
@@ -50,11 +59,8 @@ protected:
         return database.ReadNextRow(row) ? CellTexts(row) : std::vector<std::string>{"no row"};
     }
 
-    void ExpectNoWalk()
-    {
-        EXPECT_FALSE(database.ReadNextRow(row));
-        EXPECT_THAT(database, HasError(111, "Table isn't open."));
-    }
+    void ExpectEndOfRows() { EXPECT_THAT(database.ReadNextRow(row), FailedWith(0, "")); }
+    void ExpectNoWalk() { EXPECT_THAT(database.ReadNextRow(row), FailedWith(111, "Table isn't open.")); }
 
     int result = NotWritten;
     DbTableData data;
