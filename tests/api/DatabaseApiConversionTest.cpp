@@ -69,15 +69,19 @@ TEST_F(DatabaseApiConversionTest, TextEndsAtAZeroByteUnlikeABlob)
 
 TEST_F(DatabaseApiConversionTest, RowHasNothingOfTheEarlierRow)
 {
-    const std::vector<std::pair<std::string, std::string>> values{{"7", "Integer int(7)"},
-                                                                  {"1.5", "Real double(1.5)"},
-                                                                  {"'a longer text'", "Text string(a longer text)"},
-                                                                  {"'a'", "Text string(a)"},
-                                                                  {"X'414243444546'", "Blob bytes(414243444546)"},
-                                                                  {"X'00'", "Blob bytes(00)"},
-                                                                  {"''", "Text string()"},
-                                                                  {"X''", "Blob bytes()"},
-                                                                  {"NULL", "None string()"}};
+    const std::string large(5000, '0'); // for its buffer to be released
+    const std::vector<std::pair<std::string, std::string>> values{
+        {"7", "Integer int(7)"},
+        {"1.5", "Real double(1.5)"},
+        {"'a longer text'", "Text string(a longer text)"},
+        {"'a'", "Text string(a)"},
+        {"'" + large + "'", "Text string(" + large + ")"},
+        {"X'414243444546'", "Blob bytes(414243444546)"},
+        {"X'00'", "Blob bytes(00)"},
+        {"zeroblob(5000)", "Blob bytes(" + large + large + ")"},
+        {"''", "Text string()"},
+        {"X''", "Blob bytes()"},
+        {"NULL", "None string()"}};
     for (const auto& [before, beforeText] : values) {
         for (const auto& [after, afterText] : values) {
             ASSERT_TRUE(database.SqlQueryBegin("SELECT " + before + " UNION ALL SELECT " + after));
