@@ -1,6 +1,7 @@
 #include <sql/DatabaseApi.h>
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <type_traits>
@@ -17,6 +18,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+static_assert(std::is_abstract_v<IDatabaseApi> && std::has_virtual_destructor_v<IDatabaseApi>);
+static_assert(!std::is_copy_constructible_v<IDatabaseApi> && !std::is_copy_assignable_v<IDatabaseApi>);
 static_assert(!std::is_copy_constructible_v<DatabaseApi> && !std::is_copy_assignable_v<DatabaseApi>);
 static_assert(!std::is_move_constructible_v<DatabaseApi> && !std::is_move_assignable_v<DatabaseApi>);
 
@@ -91,6 +94,31 @@ TEST(DatabaseApiTest, DestructionFinalizesTheQueryBeforeItClosesTheDatabase)
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)", "sqlite3_close(handle)"));
 }
 
+TEST(IDatabaseApiTest, EveryOperationIsReachedThroughTheInterface)
+{
+    const std::unique_ptr<IDatabaseApi> database = std::make_unique<DatabaseApi>();
+    DbTableData data;
+    int result = -1;
+
+    EXPECT_TRUE(database->OpenDatabase(":memory:", false));
+    EXPECT_TRUE(database->IsOpen());
+    EXPECT_TRUE(database->CreateTable({"t", {{"a"}}, {}}));
+    EXPECT_TRUE(database->WriteTableValues("t", {{"a"}, {{{IntegerCell(1)}}}}));
+    EXPECT_TRUE(database->Execute("INSERT INTO t VALUES (2)"));
+    EXPECT_TRUE(database->UpdateTableValues("t", {{"a"}, {{{IntegerCell(3)}}}}, "WHERE a=1"));
+    EXPECT_TRUE(database->AlterTable("t", "u"));
+    EXPECT_TRUE(database->ExistsTable("u", result));
+    EXPECT_TRUE(database->ReadTableValues("u", data));
+    EXPECT_TRUE(database->ReadValues("SELECT max(a) FROM u", data));
+    EXPECT_EQ(database->ExistData("u", "WHERE a > 0", result), 2);
+    EXPECT_TRUE(database->DropTable("u"));
+    EXPECT_TRUE(database->CloseDatabase());
+    EXPECT_FALSE(database->IsOpen());
+
+    EXPECT_THAT(CellTexts(data), ElementsAre(ElementsAre("0:Integer int(3)"), ElementsAre("0:Integer int(2)"),
+                                             ElementsAre("0:Integer int(3)")));
+}
+
 using OpenDatabaseApiTest = FacadeTest;
 
 TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheDatabaseAndCopiesItsError)
@@ -139,27 +167,6 @@ TEST_F(OpenDatabaseApiTest, ExecuteRunsEveryStatementWithOneCallAndDiscardsRows)
     EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_exec(handle, " + sql + ", null, null)"));
     EXPECT_THAT(RawRows("SELECT a FROM n"), ElementsAre(ElementsAre("1"), ElementsAre("2")));
-}
-
-TEST_F(OpenDatabaseApiTest, ExecuteRejectsOnlyAnEmptyText)
-{
-    const SqliteCallRecorder sqlite;
-
-    FailWithMissingCommand();
-
-    EXPECT_TRUE(database.Failed());
-    EXPECT_THAT(sqlite.Calls(), IsEmpty());
-    EXPECT_TRUE(database.Execute(" "));
-}
-
-TEST_F(OpenDatabaseApiTest, PreparedStatementRunsOnTheFacadesConnection)
-{
-    SqlCommand insert = database.PrepareStatement("INSERT INTO t VALUES (?, ?)");
-
-    EXPECT_TRUE(insert.BindInteger(1, 7) && insert.BindText(2, "O'Brien") && insert.Step());
-
-    EXPECT_THAT(insert, HasError(101, ""));
-    EXPECT_THAT(RawRows("SELECT * FROM t WHERE a = 7"), ElementsAre(ElementsAre("7", "'O''Brien'")));
 }
 
 TEST_F(OpenDatabaseApiTest, PrepareStatementMakesOneCallAndKeepsTheFacadesError)
