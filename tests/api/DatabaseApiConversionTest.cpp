@@ -29,18 +29,17 @@ TEST_F(DatabaseApiConversionTest, StorageClassChoosesTagAndAlternativeOfEachCell
     const std::string sql = "SELECT 7, 1.5, 'text', X'410042', NULL";
     const auto cells = ElementsAre("0:Integer int(7)", "1:Real double(1.5)", "2:Text string(text)",
                                    "3:Blob bytes(410042)", "4:None string()");
-    {
-        const SqliteCallRecorder sqlite;
-        EXPECT_THAT(CellsOf(sql), cells);
-        EXPECT_THAT(sqlite.Calls(),
-                    ElementsAre("sqlite3_prepare(handle, " + sql + ", -1)", "sqlite3_step()", "sqlite3_column_count()",
-                                "sqlite3_column_value(0)", "sqlite3_value_type()", "sqlite3_value_int()",
-                                "sqlite3_column_value(1)", "sqlite3_value_type()", "sqlite3_value_double()",
-                                "sqlite3_column_value(2)", "sqlite3_value_type()", "sqlite3_value_text()",
-                                "sqlite3_column_value(3)", "sqlite3_value_type()", "sqlite3_value_bytes()",
-                                "sqlite3_value_blob()", "sqlite3_column_value(4)", "sqlite3_value_type()",
-                                "sqlite3_step()"));
-    }
+    const SqliteCallRecorder sqlite;
+
+    EXPECT_THAT(CellsOf(sql), cells);
+    EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_prepare(handle, " + sql + ", -1)", "sqlite3_step()",
+                                            "sqlite3_column_count()", "sqlite3_column_value(0)", "sqlite3_value_type()",
+                                            "sqlite3_value_int()", "sqlite3_column_value(1)", "sqlite3_value_type()",
+                                            "sqlite3_value_double()", "sqlite3_column_value(2)", "sqlite3_value_type()",
+                                            "sqlite3_value_text()", "sqlite3_column_value(3)", "sqlite3_value_type()",
+                                            "sqlite3_value_bytes()", "sqlite3_value_blob()", "sqlite3_column_value(4)",
+                                            "sqlite3_value_type()", "sqlite3_step()"));
+
     EXPECT_TRUE(database.SqlQueryBegin(sql));
     EXPECT_THAT(NextRow(), cells);
 }

@@ -21,9 +21,8 @@ TEST_F(DatabaseApiCursorTest, QueryEndsTheEarlierOneAndFetchesNoRow)
     BeginWalk();
     const SqliteCallRecorder sqlite;
 
-    EXPECT_TRUE(database.SqlQueryBegin("SELECT b FROM t"));
+    EXPECT_THAT(database.SqlQueryBegin("SELECT b FROM t"), Succeeded());
 
-    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(sqlite.Calls(),
                 ElementsAre("sqlite3_finalize(statement)", "sqlite3_prepare(handle, SELECT b FROM t, -1)"));
     EXPECT_THAT(NextRow(), ElementsAre("0:Text string(one)"));
@@ -110,10 +109,9 @@ TEST_F(DatabaseApiCursorTest, CloseReadTableReleasesTheQueryAndKeepsTheRow)
     const DbTableRowValues& current = BeginWalk();
     const SqliteCallRecorder sqlite;
 
-    EXPECT_TRUE(database.CloseReadTable());
-    EXPECT_TRUE(database.CloseReadTable()) << "without a query";
+    EXPECT_THAT(database.CloseReadTable(), Succeeded());
+    EXPECT_THAT(database.CloseReadTable(), Succeeded()) << "without a query";
 
-    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_finalize(statement)"));
     EXPECT_THAT(CellTexts(current), ElementsAre("0:Integer int(1)"));
     ExpectNoWalk();

@@ -38,8 +38,7 @@ TEST_F(DatabaseApiReadingTest, SuccessLeavesNoMessage)
 {
     for (const char* sql : {"SELECT a FROM t", "SELECT a FROM t WHERE 0", "-- nothing"}) {
         FailWithMissingCommand();
-        EXPECT_TRUE(database.ReadValues(sql, data));
-        EXPECT_THAT(database, HasError(0, ""));
+        EXPECT_THAT(database.ReadValues(sql, data), Succeeded());
     }
     EXPECT_TRUE(database.CloseDatabase()) << "a text without a statement holds none";
     EXPECT_EQ(data.rows.size(), 4U);
@@ -98,8 +97,7 @@ TEST_F(DatabaseApiReadingTest, FailedStepKeepsEarlierRowsAndTheNextReadSucceeds)
     EXPECT_THAT(database.ReadValues(sql, data), FailedWith(LegacyWalk(RawSqlite(path).Handle(), sql).step));
     EXPECT_THAT(CellTexts(data), ElementsAre(kept, one, two));
 
-    EXPECT_TRUE(database.ReadValues("SELECT 1", data));
-    EXPECT_THAT(database, HasError(0, ""));
+    EXPECT_THAT(database.ReadValues("SELECT 1", data), Succeeded());
     EXPECT_THAT(CellTexts(data), ElementsAre(kept, one, two, one));
 }
 

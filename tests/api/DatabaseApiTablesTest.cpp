@@ -31,13 +31,12 @@ protected:
 
 TEST_F(DatabaseApiTablesTest, CreateMakesTheDescribedTableWithOneCall)
 {
-    {
-        const SqliteCallRecorder sqlite;
-        ASSERT_TRUE(database.CreateTable(package));
-        EXPECT_EQ(sqlite.Calls().size(), 1U);
-        EXPECT_EQ(sqlite.Executed().size(), 1U);
-    }
-    EXPECT_THAT(database, HasError(0, ""));
+    const SqliteCallRecorder sqlite;
+
+    EXPECT_THAT(database.CreateTable(package), Succeeded());
+
+    EXPECT_EQ(sqlite.Calls().size(), 1U);
+    EXPECT_EQ(sqlite.Executed().size(), 1U);
     EXPECT_THAT(RawRows("SELECT name, type, \"notnull\", dflt_value, pk FROM pragma_table_info('package')"),
                 ElementsAre(ElementsAre("'name'", "'TEXT'", "0", "NULL", "1"),
                             ElementsAre("'size'", "'INTEGER'", "1", "'0'", "0")));
@@ -58,27 +57,25 @@ TEST_F(DatabaseApiTablesTest, KeysOfACreatedTableSkipConflictingRowsSilently)
 
 TEST_F(DatabaseApiTablesTest, DropDeletesTheRowsAndThenDropsTheTable)
 {
-    {
-        const SqliteCallRecorder sqlite;
-        EXPECT_TRUE(database.DropTable("T"));
-        EXPECT_THAT(sqlite.Executed(), ElementsAre("DELETE FROM T", "DROP TABLE IF EXISTS T"));
-        EXPECT_THAT(sqlite.CallsOf("sqlite3_prepare"),
-                    ElementsAre("sqlite3_prepare(handle, " + TableExistsQuery("T") + ", -1)"));
-    }
-    EXPECT_THAT(database, HasError(0, ""));
+    const SqliteCallRecorder sqlite;
+
+    EXPECT_THAT(database.DropTable("T"), Succeeded());
+
+    EXPECT_THAT(sqlite.Executed(), ElementsAre("DELETE FROM T", "DROP TABLE IF EXISTS T"));
+    EXPECT_THAT(sqlite.CallsOf("sqlite3_prepare"),
+                ElementsAre("sqlite3_prepare(handle, " + TableExistsQuery("T") + ", -1)"));
     EXPECT_THAT(Tables(), ElementsAre(ElementsAre("'other'")));
 }
 
 TEST_F(DatabaseApiTablesTest, AlterRunsOneStatementWithBothNamesAsGiven)
 {
-    {
-        const SqliteCallRecorder sqlite;
-        EXPECT_TRUE(database.AlterTable("T", "\"two words\""));
-        EXPECT_THAT(sqlite.Executed(), ElementsAre("ALTER TABLE T RENAME TO \"two words\""));
-        EXPECT_THAT(sqlite.CallsOf("sqlite3_prepare"),
-                    ElementsAre("sqlite3_prepare(handle, " + TableExistsQuery("T") + ", -1)"));
-    }
-    EXPECT_THAT(database, HasError(0, ""));
+    const SqliteCallRecorder sqlite;
+
+    EXPECT_THAT(database.AlterTable("T", "\"two words\""), Succeeded());
+
+    EXPECT_THAT(sqlite.Executed(), ElementsAre("ALTER TABLE T RENAME TO \"two words\""));
+    EXPECT_THAT(sqlite.CallsOf("sqlite3_prepare"),
+                ElementsAre("sqlite3_prepare(handle, " + TableExistsQuery("T") + ", -1)"));
     EXPECT_THAT(Tables(), ElementsAre(ElementsAre("'other'"), ElementsAre("'two words'")));
     EXPECT_THAT(RawRows("SELECT a FROM \"two words\""),
                 ElementsAre(ElementsAre("1"), ElementsAre("2"), ElementsAre("3")));

@@ -126,9 +126,8 @@ TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheDatabaseAndCopiesItsError)
     FailWithMissingCommand();
     const SqliteCallRecorder sqlite;
 
-    EXPECT_TRUE(database.OpenDatabase(directory.File("missing/other.db"), false));
+    EXPECT_THAT(database.OpenDatabase(directory.File("missing/other.db"), false), Succeeded());
 
-    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_TRUE(database.IsOpen());
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
     EXPECT_FALSE(std::filesystem::exists(directory.File("missing")));
@@ -136,13 +135,13 @@ TEST_F(OpenDatabaseApiTest, SecondOpenKeepsTheDatabaseAndCopiesItsError)
 
 TEST_F(OpenDatabaseApiTest, CloseFailsUntilEveryStatementIsReleased)
 {
+    const auto busy = FailedWith(SQLITE_BUSY, FailureOfCloseWithAStatement().message);
     BeginWalk();
     {
         const SqliteCallRecorder sqlite;
-        EXPECT_FALSE(database.CloseDatabase());
+        EXPECT_THAT(database.CloseDatabase(), busy);
         EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_close(handle)", "sqlite3_errmsg(handle)"));
     }
-    EXPECT_THAT(database, HasError(SQLITE_BUSY, FailureOfCloseWithAStatement().message));
     EXPECT_TRUE(database.IsOpen());
 
     ASSERT_TRUE(database.ReadValues("SELECT a FROM t", data));
@@ -162,9 +161,8 @@ TEST_F(OpenDatabaseApiTest, ExecuteRunsEveryStatementWithOneCallAndDiscardsRows)
     const std::string sql = "CREATE TABLE n (a); INSERT INTO n VALUES (1); SELECT * FROM n; INSERT INTO n VALUES (2);";
     const SqliteCallRecorder sqlite;
 
-    EXPECT_TRUE(database.Execute(sql));
+    EXPECT_THAT(database.Execute(sql), Succeeded());
 
-    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(sqlite.Calls(), ElementsAre("sqlite3_exec(handle, " + sql + ", null, null)"));
     EXPECT_THAT(RawRows("SELECT a FROM n"), ElementsAre(ElementsAre("1"), ElementsAre("2")));
 }

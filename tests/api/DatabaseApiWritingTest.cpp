@@ -30,9 +30,8 @@ TEST_F(DatabaseApiWritingTest, InsertsEveryRowInOrderWithOneCall)
     const DbTableDataWrite rows{{"b", "a"}, {{{IntegerCell(1), RealCell(1.5)}}, {{TextCell("two"), IntegerCell(2)}}}};
     const SqliteCallRecorder sqlite;
 
-    EXPECT_TRUE(database.WriteTableValues("n", rows));
+    EXPECT_THAT(database.WriteTableValues("n", rows), Succeeded());
 
-    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_EQ(sqlite.Calls().size(), 1U);
     EXPECT_THAT(Written(), ElementsAre(ElementsAre("1.5", "1"), ElementsAre("2", "'two'")));
 }
@@ -97,12 +96,11 @@ protected:
 
 TEST_F(DatabaseApiUpdatingTest, AssignsAllColumnsOfTheSelectedRowsWithOneStatement)
 {
+    const DbTableDataWrite bob{{"name", "age"}, {{{TextCell("Bob"), IntegerCell(42)}}}};
     const SqliteCallRecorder sqlite;
 
-    EXPECT_TRUE(
-        database.UpdateTableValues("person", {{"name", "age"}, {{{TextCell("Bob"), IntegerCell(42)}}}}, "WHERE id=3"));
+    EXPECT_THAT(database.UpdateTableValues("person", bob, "WHERE id=3"), Succeeded());
 
-    EXPECT_THAT(database, HasError(0, ""));
     EXPECT_THAT(sqlite.Calls(),
                 ElementsAre(R"(sqlite3_exec(handle, UPDATE person SET (name,age)=("Bob",42) WHERE id=3, null, null))"));
     EXPECT_THAT(Persons(), ElementsAre(ElementsAre("'Bob'", "42"), eve));
@@ -110,8 +108,7 @@ TEST_F(DatabaseApiUpdatingTest, AssignsAllColumnsOfTheSelectedRowsWithOneStateme
 
 TEST_F(DatabaseApiUpdatingTest, ChangesTheRowsThatTheConditionSelects)
 {
-    EXPECT_TRUE(Update("age", IntegerCell(1), "WHERE id=5"));
-    EXPECT_THAT(database, HasError(0, ""));
+    EXPECT_THAT(Update("age", IntegerCell(1), "WHERE id=5"), Succeeded());
     EXPECT_THAT(Persons(), ElementsAre(ann, eve));
 
     EXPECT_TRUE(Update("age", IntegerCell(1), ""));

@@ -37,14 +37,16 @@ protected:
         return failure;
     }
 
-    /// Matches the result of an operation of the facade that failed and left this error.
-    auto FailedWith(int code, const std::string& message) const
+    /// Matches the result of an operation of the facade that left this error.
+    auto Returned(bool success, int code, const std::string& message) const
     {
         const auto facade = [this](bool) -> const DatabaseApi& { return database; };
-        return testing::AllOf(false, testing::ResultOf(facade, HasError(code, message)));
+        return testing::AllOf(success, testing::ResultOf(facade, HasError(code, message)));
     }
 
+    auto FailedWith(int code, const std::string& message) const { return Returned(false, code, message); }
     auto FailedWith(const RawFailure& failure) const { return FailedWith(failure.code, failure.message); }
+    auto Succeeded() const { return Returned(true, 0, ""); }
 
     /// Begins a walk over the numbers 1, 2 and 3, and fetches the first row. Returns the facade's current row.
     const DbTableRowValues& BeginWalk()
