@@ -3,15 +3,14 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <exception>
 #include <map>
 #include <optional>
-#include <ostream>
 #include <tuple>
 
-#include "Attempt.h"
+#include "Scenario.h"
 #include "faults/ContentCache.h"
-#include "support/Cells.h"
-#include "support/RawSqlite.h"
+#include "support/OomInjector.h"
 #include "support/TemporaryDirectory.h"
 
 // Sync calls do nothing here: these tests do not check what reaches the disk, and waiting for it would take most of the
@@ -36,44 +35,25 @@ ScenarioList AllScenarios()
     AddOpeningScenarios(all);
     AddCommandScenarios(all);
     AddCursorScenarios(all);
-    AddMoveScenarios(all);
     AddTableScenarios(all);
     AddRowScenarios(all);
     return all;
 }
 
-/// The allowances of a scenario, each of which must be used at least once.
-class Allowances {
-public:
-    void Add(bool condition, const std::string& allowance)
-    {
-        if (condition) {
-            m_used[allowance] = false;
-        }
-    }
+/// How long allocations continue to fail after the first one that fails.
+enum class Course {
+    /// The next allocations succeed; then the scenario is repeated.
+    Once,
 
-    /// Returns whether the scenario has this allowance. Allocates nothing that stays allocated, because the test counts
-    /// such memory.
-    bool Use(const std::string& allowance)
-    {
-        const auto found = m_used.find(allowance);
-        return found != m_used.end() && (found->second = true);
-    }
+    /// The next allocations also fail until the scenario ends; then it is repeated.
+    ForEver,
 
-    void ExpectAllUsed() const
-    {
-        for (const auto& [allowance, used] : m_used) {
-            EXPECT_TRUE(used) << "never " << allowance;
-        }
-    }
-
-private:
-    std::map<std::string, bool> m_used;
+    /// The next allocations also fail until every object is destroyed.
+    UntilDestroyed
 };
 
 const std::string StopsAfterFirstStep = "stops after the first step";
 const std::string PassesUndone = "reports success with nothing done";
-const std::string ThrowsForSqlite = "throws std::bad_alloc for SQLite";
 
 std::string FailsWith(const AllowedError& error)
 {
@@ -102,7 +82,17 @@ protected:
     void SetUp() override
     {
         SCOPED_TRACE("with memory"); // reserves memory that later traces use again
-        Allow();
+        if (allocations.firstStep && least > 0) {
+            RawSqlite(path).Execute(*allocations.firstStep);
+            afterFirstStep = contents.Of(path);
+            allowances[StopsAfterFirstStep] = false;
+        }
+        for (const AllowedError& error : errors) {
+            allowances[FailsWith(error)] = false;
+        }
+        if (ofSqlite && allocations.mayPassUndone) {
+            allowances[PassesUndone] = false;
+        }
         fresh.PutBack(path);
         Subject subject(path);
         scenario.arrange(subject);
@@ -110,26 +100,10 @@ protected:
         Act(subject);
         once = ContentOf(subject);
         readOnce = subject.WhatWasRead();
-        rowsOnce = CellTexts(subject.data);
         Act(subject);
         readTwice = subject.WhatWasRead();
         subject.DestroyObjects();
         twice = ContentOf(subject);
-    }
-
-    void Allow()
-    {
-        const bool ofSqlite = memory == Memory::OfSqlite;
-        if (allocations.firstStep && allocations.LeastOf(memory) > 0) {
-            RawSqlite(path).Execute(*allocations.firstStep);
-            afterFirstStep = contents.Of(path);
-            allowances.Add(true, StopsAfterFirstStep);
-        }
-        for (const AllowedError& error : allocations.ErrorsOf(memory)) {
-            allowances.Add(true, FailsWith(error));
-        }
-        allowances.Add(ofSqlite && allocations.mayPassUndone, PassesUndone);
-        allowances.Add(ofSqlite && allocations.convertsText, ThrowsForSqlite);
     }
 
     /// Runs the scenario while memory is available.
@@ -147,16 +121,19 @@ protected:
         fresh.PutBack(path);
         Subject subject(path);
         scenario.arrange(subject);
-        subject.ForgetWhatWasRead();
 
-        const Attempt attempt = ActWithout(memory, course, succeeding, scenario, subject);
+        const auto [report, fired] = ActWithoutMemory(succeeding, subject);
 
-        SCOPED_TRACE(testing::Message() << "after " << succeeding << " allocations: " << attempt.outcome << ", code "
-                                        << attempt.report.Code() << ", \"" << attempt.report.Message() << '"');
-        const bool done = attempt.outcome == Done;
-        EXPECT_TRUE(MayReport(attempt));
-        EXPECT_TRUE(attempt.fired || done);
-        ExpectRead(done, subject);
+        SCOPED_TRACE(testing::Message() << "after " << succeeding << " allocations: code " << report.Code() << ", \""
+                                        << report.Message() << '"');
+        const bool done = report.Done();
+        EXPECT_TRUE(done || (fired && MayFailWith(report)));
+        if (done) {
+            EXPECT_EQ(subject.WhatWasRead(), readOnce);
+        } else {
+            EXPECT_TRUE(readOnce.starts_with(subject.RowsRead())) << "read other rows than the first:\n"
+                                                                  << subject.RowsRead();
+        }
         DatabaseContent left;
         if (!allocations.mayStayLocked || course == Course::UntilDestroyed) {
             left = ContentOf(subject);
@@ -165,50 +142,55 @@ protected:
         if (course != Course::UntilDestroyed) {
             ActAgain(done, left, subject);
         }
-        return attempt.fired;
+        return fired;
     }
 
-    bool MayReport(const Attempt& attempt)
+    /// Runs the scenario while memory fails after `succeeding` allocations. Returns whether an allocation failed, too.
+    std::pair<Report, bool> ActWithoutMemory(int succeeding, Subject& subject) const
     {
-        if (attempt.outcome == BadAlloc) {
-            return memory == Memory::OfNew || allowances.Use(ThrowsForSqlite);
+        const OomInjector failing(succeeding, course == Course::Once ? FailureExtent::Once : FailureExtent::ForEver,
+                                  memory);
+        const auto act = [&] {
+            try {
+                return scenario.act(subject);
+            } catch (const std::exception& thrown) {
+                return Report(false, BadAlloc.code, thrown.what());
+            }
+        };
+        const Report report = act();
+        if (course == Course::UntilDestroyed) {
+            subject.DestroyObjects();
         }
-        return attempt.outcome == Done || (attempt.outcome == Failed && MayFailWith(attempt.report));
+        return {report, failing.Fired()};
     }
 
     bool MayFailWith(const Report& report)
     {
         // A message ending in ": " is followed by a name.
         const auto matches = [&](const AllowedError& error) {
-            return report.Code() == error.code &&
-                   (report.Message() == error.message ||
-                    (error.message.ends_with(": ") && report.Message().starts_with(error.message)));
+            return report.Code() == error.code && report.Message().starts_with(error.message) &&
+                   (report.Message() == error.message || error.message.ends_with(": "));
         };
-        const std::vector<AllowedError>& allowed = allocations.ErrorsOf(memory);
-        if (const auto found = std::ranges::find_if(allowed, matches); found != allowed.end()) {
-            return allowances.Use(FailsWith(*found));
+        if (const auto found = std::ranges::find_if(errors, matches); found != errors.end()) {
+            return Use(FailsWith(*found));
         }
-        return memory == Memory::OfSqlite && (matches({SQLITE_NOMEM, "out of memory"}) || matches({SQLITE_NOMEM, ""}));
+        return ofSqlite ? matches({SQLITE_NOMEM, "out of memory"}) || matches({SQLITE_NOMEM, ""}) : matches(BadAlloc);
     }
 
-    /// A failed scenario may have read the first rows.
-    void ExpectRead(bool done, const Subject& subject) const
+    /// Returns whether the scenario has this allowance. Allocates nothing that stays allocated, because the test counts
+    /// such memory.
+    bool Use(const std::string& allowance)
     {
-        if (done) {
-            EXPECT_EQ(subject.WhatWasRead(), readOnce);
-            return;
-        }
-        const std::vector<std::vector<std::string>> rows = CellTexts(subject.data);
-        ASSERT_LE(rows.size(), rowsOnce.size());
-        EXPECT_TRUE(std::equal(rows.begin(), rows.end(), rowsOnce.begin())) << subject.WhatWasRead();
+        const auto found = allowances.find(allowance);
+        return found != allowances.end() && (found->second = true);
     }
 
     bool MayLeave(bool done, const DatabaseContent& content)
     {
         if (done) {
-            return content == once || (content == before && allowances.Use(PassesUndone));
+            return content == once || (content == before && Use(PassesUndone));
         }
-        return content == before || (content == afterFirstStep && allowances.Use(StopsAfterFirstStep));
+        return content == before || (content == afterFirstStep && Use(StopsAfterFirstStep));
     }
 
     /// Repeats the scenario with the same objects, after an attempt that left this content.
@@ -252,6 +234,9 @@ protected:
     const Scenario& scenario = std::get<Scenario>(GetParam());
     const Allocations& allocations = scenario.allocations;
     const Memory memory = std::get<Memory>(GetParam());
+    const bool ofSqlite = memory == Memory::OfSqlite;
+    const int least = ofSqlite ? allocations.ofSqlite : allocations.ofNew;
+    const std::vector<AllowedError>& errors = ofSqlite ? allocations.errorsOfSqlite : allocations.errorsOfNew;
     Course course = Course::Once;
 
     const TemporaryDirectory directory;
@@ -259,7 +244,9 @@ protected:
     DatabaseFiles fresh;
     ContentCache contents;
     std::size_t bytesOfContents = 0;
-    Allowances allowances;
+
+    /// The allowances of the scenario, and whether each was used.
+    std::map<std::string, bool> allowances;
 
     // The contents that the scenario leaves, and the data that it reads, when memory never fails.
     DatabaseContent before;
@@ -268,12 +255,10 @@ protected:
     std::optional<DatabaseContent> afterFirstStep;
     std::string readOnce;
     std::string readTwice;
-    std::vector<std::vector<std::string>> rowsOnce;
 };
 
 TEST_P(MemoryFaultTest, EveryFailedAllocationIsReportedAndNothingIsLost)
 {
-    const int least = allocations.LeastOf(memory);
     constexpr std::pair<Course, const char*> Courses[] = {
         {Course::Once, "once"}, {Course::ForEver, "forEver"}, {Course::UntilDestroyed, "untilDestroyed"}};
 
@@ -289,7 +274,9 @@ TEST_P(MemoryFaultTest, EveryFailedAllocationIsReportedAndNothingIsLost)
         failedAllocations += failures;
     }
     RecordProperty("failed_allocations", failedAllocations);
-    allowances.ExpectAllUsed();
+    for (const auto& [allowance, used] : allowances) {
+        EXPECT_TRUE(used) << "never " << allowance;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, MemoryFaultTest,
@@ -302,10 +289,5 @@ INSTANTIATE_TEST_SUITE_P(Every, MemoryFaultTest,
                          });
 
 } // namespace
-
-void PrintTo(const Scenario& scenario, std::ostream* stream)
-{
-    *stream << scenario.name;
-}
 
 } // namespace Morvik::sql::tests

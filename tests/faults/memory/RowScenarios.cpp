@@ -1,4 +1,6 @@
 // Rows that the facade writes, updates and reads.
+#include <variant>
+
 #include "Scenario.h"
 #include "support/Cells.h"
 #include "support/SoakMode.h"
@@ -7,13 +9,10 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-const std::string Table = "t";
-const std::string Condition = "WHERE id > 1";
-const std::string NoRow = "WHERE 0";
 const std::string Query = "SELECT id, name, weight, picture FROM t ORDER BY name, id";
 const std::string Conversions =
     "SELECT substr(name, 2), zeroblob(30), CAST(name AS BLOB), CAST(picture AS TEXT), upper(name) FROM t";
-const std::string Failing = "SELECT name FROM t UNION ALL SELECT abs(-9223372036854775807 - 1)";
+const std::string Failing = "SELECT name FROM t UNION ALL " + Overflow;
 
 void ArrangeRows(Subject& subject)
 {
@@ -49,48 +48,40 @@ void ArrangeTimes(Subject& subject)
 
 bool Write(Subject& subject, DatabaseApi& facade)
 {
-    return facade.WriteTableValues(Table, subject.write);
+    return facade.WriteTableValues("t", subject.write);
 }
 
-template <const std::string& Selected>
-bool Update(Subject& subject, DatabaseApi& facade)
+auto Update(const std::string& condition)
 {
-    return facade.UpdateTableValues(Table, subject.write, Selected);
+    return
+        [=](Subject& subject, DatabaseApi& facade) { return facade.UpdateTableValues("t", subject.write, condition); };
 }
 
-template <const std::string& Sql>
-bool Read(Subject& subject, DatabaseApi& facade)
+auto Read(const std::string& sql)
 {
-    return facade.ReadValues(Sql, subject.data);
+    return [=](Subject& subject, DatabaseApi& facade) { return facade.ReadValues(sql, subject.data); };
 }
 
 // Reads the row in place, because copying its cells is not safe when memory fails (see DbTableColumnValue).
 void Note(Subject& subject, const DbTableRowValues& row)
 {
     for (const DbTableColumnValue& cell : row.cells) {
-        if (const auto* const integer = std::get_if<int>(&cell.value)) {
-            subject.integer += *integer;
-        } else if (const auto* const real = std::get_if<double>(&cell.value)) {
-            subject.real += *real;
-        } else if (const auto* const text = std::get_if<std::string>(&cell.value)) {
-            subject.text += *text;
-        } else if (const auto* const bytes = std::get_if<std::vector<char>>(&cell.value)) {
-            subject.bytes.insert(subject.bytes.end(), bytes->begin(), bytes->end());
-        }
+        std::visit([&](const auto& value) { subject.Note(value); }, cell.value);
         subject.result += static_cast<int>(cell.type) + static_cast<int>(cell.column);
     }
 }
 
-template <const std::string& Sql>
-bool Walk(Subject& subject, DatabaseApi& facade)
+auto Walk(const std::string& sql)
 {
-    if (!facade.SqlQueryBegin(Sql)) {
-        return false;
-    }
-    while (facade.ReadNextRow(subject.row)) {
-        Note(subject, subject.row);
-    }
-    return facade.Succeeded() && facade.CloseReadTable();
+    return [=](Subject& subject, DatabaseApi& facade) {
+        if (!facade.SqlQueryBegin(sql)) {
+            return false;
+        }
+        while (facade.ReadNextRow(subject.row)) {
+            Note(subject, subject.row);
+        }
+        return facade.Succeeded() && facade.CloseReadTable();
+    };
 }
 
 } // namespace
@@ -104,18 +95,18 @@ void AddRowScenarios(ScenarioList& list)
     list.Add("WriteInvalidCell", ArrangeInvalidCell, {5, 3}, Facade, [](Subject& subject, DatabaseApi& facade) {
         return !Write(subject, facade) && facade.GetLastError() == 1;
     });
-    list.Add("UpdateTableValues", ArrangeRows, {40, 1}, Facade, Update<Condition>);
+    list.Add("UpdateTableValues", ArrangeRows, {40, 1}, Facade, Update("WHERE id > 1"));
     list.Add("UpdateTextWithQuotes", ArrangeQuotes, {.ofSqlite = 40, .ofNew = 4, .errorsOfNew = {nearParenthesis}},
-             Facade, Update<Condition>);
-    list.Add("UpdateNoRowWithTimes", ArrangeTimes, {20, 1}, Facade, Update<NoRow>);
+             Facade, Update("WHERE id > 1"));
+    list.Add("UpdateNoRowWithTimes", ArrangeTimes, {20, 1}, Facade, Update("WHERE 0"));
 
     const Allocations reading{.ofSqlite = 20, .ofNew = 5, .errorsOfSqlite = FailedStep};
     Allocations converting = reading;
-    converting.convertsText = true;
+    converting.errorsOfSqlite.push_back(BadAlloc);
     list.Add("ReadTableValues", Warm<OpenFacade>, reading, Facade,
-             [](Subject& subject, DatabaseApi& facade) { return facade.ReadTableValues(Table, subject.data); });
-    list.Add("ReadValues", OpenFacade, reading, Facade, Read<Query>);
-    list.Add("ReadConvertedValues", Warm<OpenFacade>, converting, Facade, Read<Conversions>);
+             [](Subject& subject, DatabaseApi& facade) { return facade.ReadTableValues("t", subject.data); });
+    list.Add("ReadValues", OpenFacade, reading, Facade, Read(Query));
+    list.Add("ReadConvertedValues", Warm<OpenFacade>, converting, Facade, Read(Conversions));
     // A failed step has the generic code; closing returns the code of the failure.
     list.Add("ReadValuesFailing", Warm<OpenFacade>, {20, 3}, Facade, [](Subject& subject, DatabaseApi& facade) {
         const bool read = facade.ReadValues(Failing, subject.data);
@@ -125,8 +116,8 @@ void AddRowScenarios(ScenarioList& list)
         const bool closed = facade.CloseReadTable();
         return !read && !closed && facade.GetLastError() == 1;
     });
-    list.Add("ReadNextRow", Warm<OpenFacade>, reading, Facade, Walk<Query>);
-    list.Add("ReadNextConvertedRow", Warm<OpenFacade>, converting, Facade, Walk<Conversions>);
+    list.Add("ReadNextRow", Warm<OpenFacade>, reading, Facade, Walk(Query));
+    list.Add("ReadNextConvertedRow", Warm<OpenFacade>, converting, Facade, Walk(Conversions));
     list.Add("IterateOverRows", Warm<OpenFacade>, reading, Facade, [](Subject& subject, DatabaseApi& facade) {
         if (!facade.SqlQueryBegin(Query)) {
             return false;

@@ -6,25 +6,22 @@
 #include <sql/SqlTable.h>
 
 #include <array>
-#include <filesystem>
 #include <functional>
-#include <list>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
-#include "support/OomInjector.h"
+#include "support/NoDestructor.h"
 
 namespace Morvik::sql::tests {
 
 /// The result of an operation, stored without allocating.
 class Report {
 public:
-    Report() = default;
-
     Report(bool done, int code, std::string_view message) : m_done(done), m_code(code)
     {
         message.copy(m_message.data(), m_message.size() - 1);
@@ -42,17 +39,26 @@ public:
     std::string_view Message() const { return m_message.data(); }
 
 private:
-    bool m_done = false;
-    int m_code = 0;
+    bool m_done;
+    int m_code;
     std::array<char, 80> m_message{};
 };
 
 /// The data that a scenario read.
 struct ReadData {
+    void Note(int read) { integer += read; }
+    void Note(double read) { real += read; }
+    void Note(const std::string& read) { text += read; }
+
+    template <typename Bytes>
+    void Note(const Bytes& read)
+    {
+        bytes.insert(bytes.end(), read.begin(), read.end());
+    }
+
     DbTableData data;
     DbTableRowValues row;
     std::string text;
-    std::string otherText;
     std::vector<char> bytes;
     long long integer = 0;
     double real = 0;
@@ -62,44 +68,47 @@ struct ReadData {
 /// The objects that a scenario uses, and the data that it read. They are members, so that they can be checked when
 /// memory is available again, and so that their memory is counted.
 struct Subject : ReadData {
-    /// A subject whose database file is `file`; it may create other files in the same directory.
-    explicit Subject(const std::filesystem::path& file) : path(file.string()), directory(file.parent_path()) {}
+    /// A subject whose database file is `file`; it may create other files whose names begin with `file`.
+    explicit Subject(std::string file) : path(std::move(file)) {}
 
     /// Destroys the objects of the library in the required order.
     void DestroyObjects();
 
     void ForgetWhatWasRead() { static_cast<ReadData&>(*this) = {}; }
 
-    /// The data that was read, as a text to compare.
+    /// The rows of `data`, each on one line.
+    std::string RowsRead() const;
+
+    /// The data that was read, as a text to compare: the rows, then the other data.
     std::string WhatWasRead() const;
 
     std::string path;
-    std::filesystem::path directory;
 
     /// How often the scenario has succeeded.
     int timesDone = 0;
 
     std::optional<SqlDatabase> connection;
+    std::optional<DatabaseApi> facade;
     std::optional<SqlCommand> command;
     std::optional<SqlTable> cursor;
-
-    std::optional<DatabaseApi> facade;
-    std::optional<SqlCommand> statement;
 
     DbTableDefinition definition;
     DbTableDataWrite write;
 };
 
 constexpr auto Connection = &Subject::connection;
+constexpr auto Facade = &Subject::facade;
 constexpr auto Command = &Subject::command;
 constexpr auto Cursor = &Subject::cursor;
-constexpr auto Facade = &Subject::facade;
 
 /// A code and the beginning of its message.
 struct AllowedError {
     int code;
     std::string_view message;
 };
+
+/// The error of a scenario that throws std::bad_alloc. No operation returns the code.
+inline constexpr AllowedError BadAlloc{-1, "std::bad_alloc"};
 
 /// The allocations of a scenario, and what the scenario may do when one of them fails. Every allowance must be used.
 struct Allocations {
@@ -108,10 +117,11 @@ struct Allocations {
     int ofNew;
 
     /// The errors allowed when SQLite's memory fails, in addition to code 7. With code 7, the message is "out of
-    /// memory", or empty if SQLite had no memory for the text or the operation stores none.
+    /// memory", or empty if SQLite had no memory for the text or the operation stores none. A scenario that reads texts
+    /// or bytes for which SQLite needs memory throws std::bad_alloc.
     std::vector<AllowedError> errorsOfSqlite{};
 
-    /// The errors allowed when operator new fails, instead of std::bad_alloc.
+    /// The errors allowed when operator new fails, in addition to std::bad_alloc.
     std::vector<AllowedError> errorsOfNew{};
 
     /// A statement that may have been executed already when the scenario fails.
@@ -121,18 +131,8 @@ struct Allocations {
     /// it.
     bool mayPassUndone = false;
 
-    /// The scenario reads texts or bytes for which SQLite needs memory; without memory, it throws std::bad_alloc.
-    bool convertsText = false;
-
     /// If the scenario fails, it may leave a transaction open, and the file stays locked for other connections.
     bool mayStayLocked = false;
-
-    int LeastOf(Memory memory) const { return memory == Memory::OfSqlite ? ofSqlite : ofNew; }
-
-    const std::vector<AllowedError>& ErrorsOf(Memory memory) const
-    {
-        return memory == Memory::OfSqlite ? errorsOfSqlite : errorsOfNew;
-    }
 };
 
 /// A use of the library that is run while memory fails. It can be repeated with the same objects after a success and
@@ -147,6 +147,8 @@ struct Scenario {
 
     /// Runs the operation. It allocates only for what it reads, and reports success only if everything succeeded.
     std::function<Report(Subject& subject)> act;
+
+    friend void PrintTo(const Scenario& scenario, std::ostream* stream) { *stream << scenario.name; }
 };
 
 /// The scenarios, in the order in which they were added.
@@ -173,16 +175,22 @@ public:
 void AddOpeningScenarios(ScenarioList& list);
 void AddCommandScenarios(ScenarioList& list);
 void AddCursorScenarios(ScenarioList& list);
-void AddMoveScenarios(ScenarioList& list);
 void AddTableScenarios(ScenarioList& list);
 void AddRowScenarios(ScenarioList& list);
 
-// Functions for `arrange` that several scenarios use.
-void Nothing(Subject& subject);
+// Functions for `arrange` that several scenarios use. If one fails, the scenario fails too.
+inline void Nothing(Subject&) {}
 void OpenConnection(Subject& subject);
 void MakeCommand(Subject& subject);
 void MakeCursor(Subject& subject);
 void OpenFacade(Subject& subject);
+
+/// Creates a closed connection or facade.
+template <auto Object>
+void Create(Subject& subject)
+{
+    (subject.*Object).emplace();
+}
 
 /// Reads the schema. Only a soak leaves it out: then the first statement of the scenario reads the schema, which takes
 /// many allocations.
@@ -196,21 +204,6 @@ void Warm(Subject& subject)
     ReadSchema(subject);
 }
 
-/// Opens the query, calls `read` for each row, and closes the cursor. Only the code distinguishes the end of the rows
-/// from a failed step. A failed step has the generic code; closing returns the specific one.
-template <typename Read>
-bool ReadRows(const SqlTable& cursor, const std::string& query, const Read& read)
-{
-    if (!cursor.Open(query)) {
-        return false;
-    }
-    while (cursor.ReadNext()) {
-        read();
-    }
-    const bool ended = cursor.GetLastError() == 0;
-    return cursor.Close() && ended;
-}
-
 /// Steps the statement, and calls `read` for each row. Returns whether no step failed.
 template <typename Read>
 bool StepRows(SqlCommand& command, const Read& read)
@@ -222,13 +215,38 @@ bool StepRows(SqlCommand& command, const Read& read)
     return stepped;
 }
 
-/// The error of a cursor's step without memory: the generic code of the legacy interface.
-inline const std::vector<AllowedError> FailedStep{{1, "out of memory"}, {1, "SQL logic error"}};
+/// Moves `source` into a new object, and moves it back when this object is destroyed, also by an exception: a
+/// moved-from connection or cursor may not be destroyed.
+template <typename T>
+class MovedAway {
+public:
+    explicit MovedAway(T& source) : m_source(source), m_taken(std::move(source)) {}
+    ~MovedAway() { m_source = std::move(*m_taken); }
 
-/// A query whose step fails.
+    MovedAway(const MovedAway&) = delete;
+    MovedAway& operator=(const MovedAway&) = delete;
+
+    T& operator*() { return *m_taken; }
+    T* operator->() { return &*m_taken; }
+
+private:
+    T& m_source;
+    NoDestructor<T> m_taken;
+};
+
+/// A query whose step fails, and a text that SQLite rejects.
 inline const std::string Overflow = "SELECT abs(-9223372036854775807 - 1)";
+inline const std::string Malformed = "SELECT nothing_of_that_name FROM t";
+
+/// A query with a parameter. With parameter 0, its last row has no name.
+inline const std::string BoundQuery =
+    "SELECT id, name, weight, picture FROM t WHERE id > ? ORDER BY name DESC, id DESC";
 
 /// A text and bytes that are too long for the small buffer inside an object.
 inline const std::string AllocatedText = "a text that no object keeps within itself";
+inline const std::string Insert = "INSERT INTO t (name, weight) VALUES ('" + AllocatedText + "', 2.5)";
+
+/// The error of a cursor's step without memory: the generic code of the legacy interface.
+inline const std::vector<AllowedError> FailedStep{{1, "out of memory"}, {1, "SQL logic error"}};
 
 } // namespace Morvik::sql::tests

@@ -7,21 +7,6 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-const std::string Table = "t";
-const std::string Room = "room";
-const std::string Chamber = "chamber";
-const std::string Empty;
-const std::string Condition = "WHERE name <> 'nobody' AND length(name) > 1";
-const std::string FailingCondition = "WHERE abs(-9223372036854775807 - 1)";
-const std::string Nonsense = "SELECT nothing_of_that_name FROM t";
-const std::string Insert = "INSERT INTO t (name, weight) VALUES ('" + AllocatedText + "', 2.5)";
-const std::string Query = "SELECT id, name FROM t WHERE id > ? ORDER BY id";
-
-void MakeClosedFacade(Subject& subject)
-{
-    subject.facade.emplace();
-}
-
 void ArrangeDefinition(Subject& subject)
 {
     OpenFacade(subject);
@@ -47,11 +32,13 @@ void ArrangeLongDefinition(Subject& subject)
     subject.definition.constraints.foreignKey = {"room of the reading", "time of the reading"};
 }
 
-Report Count(Subject& subject, const std::string& condition, int expectedRows, int expectedResult)
+void AddCounting(ScenarioList& list, const std::string& name, const std::string& condition, int rows, int result)
 {
-    const int rows = subject.facade->ExistData(Table, condition, subject.result);
-    return {rows == expectedRows && subject.result == expectedResult, subject.result,
-            subject.facade->GetLastErrorMsg()};
+    const Allocations allocations{.ofSqlite = 20, .ofNew = 3, .errorsOfSqlite = {{0, ""}}, .errorsOfNew = {{110, ""}}};
+    list.Add(name, Warm<OpenFacade>, allocations, [=](Subject& subject) {
+        const int counted = subject.facade->ExistData("t", condition, subject.result);
+        return Report(counted == rows && subject.result == result, subject.result, subject.facade->GetLastErrorMsg());
+    });
 }
 
 void AddRendering(ScenarioList& list, const std::string& name, int allocations,
@@ -72,40 +59,37 @@ void AddTableScenarios(ScenarioList& list)
     list.Add("Execute", Warm<OpenFacade>, {20, 0}, Facade,
              [](Subject&, DatabaseApi& facade) { return facade.Execute(Insert); });
     list.Add("ExecuteRejectedText", Warm<OpenFacade>, {5, 2}, Facade, [](Subject&, DatabaseApi& facade) {
-        return !facade.Execute(Nonsense) && facade.GetLastError() == SQLITE_ERROR;
+        return !facade.Execute(Malformed) && facade.GetLastError() == SQLITE_ERROR;
     });
     list.Add("PrepareStatement", Warm<OpenFacade>, {10, 2}, [](Subject& subject) {
-        SqlCommand& statement = subject.statement.emplace(subject.facade->PrepareStatement(Query));
-        const auto read = [&] { subject.text += statement.ColumnText(1); };
+        SqlCommand& statement = subject.command.emplace(subject.facade->PrepareStatement(BoundQuery));
+        const auto read = [&] { subject.Note(statement.ColumnText(1)); };
         return Report(statement.BindInteger(1, 1) && StepRows(statement, read) && statement.Finalize(), statement);
     });
     // The failed checks of operations without a database; each leaves a different message.
-    list.Add("UseClosedFacade", MakeClosedFacade, {0, 1}, Facade, [](Subject& subject, DatabaseApi& facade) {
-        return !facade.CreateTable(subject.definition) && !facade.DropTable(Table) &&
-               !facade.AlterTable(Table, Table) && !facade.Execute(Empty) &&
-               !facade.WriteTableValues(Empty, subject.write) &&
-               !facade.UpdateTableValues(Table, subject.write, Empty) && !facade.ReadValues(Query, subject.data) &&
-               !facade.SqlQueryBegin(Query) && !facade.ReadNextRow(subject.row) && facade.CloseReadTable();
+    list.Add("UseClosedFacade", Create<Facade>, {0, 1}, Facade, [](Subject& subject, DatabaseApi& facade) {
+        return !facade.CreateTable(subject.definition) && !facade.DropTable("t") && !facade.AlterTable("t", "t") &&
+               !facade.Execute("") && !facade.WriteTableValues("", subject.write) &&
+               !facade.UpdateTableValues("t", subject.write, "") && !facade.ReadValues(BoundQuery, subject.data) &&
+               !facade.SqlQueryBegin(BoundQuery) && !facade.ReadNextRow(subject.row) && facade.CloseReadTable();
     });
 
     list.Add("CreateTable", ArrangeDefinition, {40, 5}, Facade,
              [](Subject& subject, DatabaseApi& facade) { return facade.CreateTable(subject.definition); });
     list.Add("ExistsTable", OpenFacade, {.ofSqlite = 10, .ofNew = 2, .errorsOfSqlite = {{0, ""}}}, Facade,
-             [](Subject& subject, DatabaseApi& facade) { return facade.ExistsTable(Table, subject.result); });
+             [](Subject& subject, DatabaseApi& facade) { return facade.ExistsTable("t", subject.result); });
     list.Add("DropTable", Warm<OpenFacade>,
              {.ofSqlite = 40, .ofNew = 4, .firstStep = "DELETE FROM room", .mayPassUndone = true}, Facade,
-             [](Subject&, DatabaseApi& facade) { return facade.DropTable(Room); });
+             [](Subject&, DatabaseApi& facade) { return facade.DropTable("room"); });
     const std::vector<AllowedError> alterErrors{
         {113, "No table exists: "}, {7, "unable to open a temporary database file for storing temporary tables"}};
     list.Add("AlterTable", Warm<OpenFacade>, {.ofSqlite = 40, .ofNew = 3, .errorsOfSqlite = alterErrors}, Facade,
              [](Subject& subject, DatabaseApi& facade) { // renames the table, and at the next call renames it back
                  const bool there = subject.timesDone % 2 == 0;
-                 return facade.AlterTable(there ? Room : Chamber, there ? Chamber : Room);
+                 return facade.AlterTable(there ? "room" : "chamber", there ? "chamber" : "room");
              });
-    const Allocations counting{.ofSqlite = 20, .ofNew = 3, .errorsOfSqlite = {{0, ""}}, .errorsOfNew = {{110, ""}}};
-    list.Add("ExistData", Warm<OpenFacade>, counting, [](Subject& subject) { return Count(subject, Condition, 2, 0); });
-    list.Add("ExistDataFailing", Warm<OpenFacade>, counting,
-             [](Subject& subject) { return Count(subject, FailingCondition, 0, 1); });
+    AddCounting(list, "ExistData", "WHERE name <> 'nobody' AND length(name) > 1", 2, 0);
+    AddCounting(list, "ExistDataFailing", "WHERE abs(-9223372036854775807 - 1)", 0, 1);
 
     AddRendering(list, "RenderColumnConstraints", 2,
                  [](const Definition& table) { return table.columns[0].ColumnConstraintsAsString(); });
