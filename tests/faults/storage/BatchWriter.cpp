@@ -4,25 +4,10 @@
 //   tkosqllite_batch_writer DATABASE PRAGMAS SEED BATCHES
 #include <sql/DatabaseApi.h>
 
-#include <unistd.h>
-
 #include <cstdlib>
 #include <iostream>
-#include <string_view>
 
 #include "faults/storage/WriteBatches.h"
-
-namespace {
-
-// Output is unbuffered, so that a kill loses nothing.
-void Say(std::string_view line)
-{
-    if (write(STDOUT_FILENO, line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
-        std::abort();
-    }
-}
-
-} // namespace
 
 int main(int argc, char** argv)
 {
@@ -34,15 +19,16 @@ int main(int argc, char** argv)
         std::cerr << facade.GetLastErrorMsg() << '\n';
         return 1;
     }
+    std::cout << std::unitbuf; // so that a kill loses nothing
     Morvik::sql::tests::WriteBatches batches(std::strtoull(argv[3], nullptr, 10));
     for (int left = std::atoi(argv[4]); left > 0; --left) {
         const Morvik::sql::tests::WriteBatch batch = batches.Next();
-        Say("begin\n");
+        std::cout << "begin\n";
         if (!batch.run(facade)) {
             std::cerr << facade.GetLastError() << ' ' << facade.GetLastErrorMsg() << '\n';
             return 1;
         }
-        Say("done\n");
+        std::cout << "done\n";
     }
     return 0;
 }

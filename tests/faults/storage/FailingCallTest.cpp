@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "faults/ContentCache.h"
+#include "faults/storage/FaultInjectionVfs.h"
 #include "faults/storage/StorageScenario.h"
 #include "support/RawSqlite.h"
 #include "support/TemporaryDirectory.h"
@@ -77,54 +78,48 @@ struct RunResult {
 class FailingCallTest : public testing::TestWithParam<Case> {
 protected:
     template <typename Facade>
-    RunResult RunWith(const FileFault& fault) const
+    RunResult RunWith(const FileFault& fault)
     {
         const StorageScenario& scenario = *GetParam().scenario;
         m_found.PutBack(m_path);
         RunResult run;
         {
-            FaultInjectionVfs disk;
             FacadeDriver<Facade> side(m_directory.Path().string() + '/');
             EXPECT_TRUE(scenario.prepare(side).succeeded);
             if (GetParam().mode == JournalMode::Truncate && !scenario.readOnly) {
                 side.Execute("PRAGMA journal_mode = TRUNCATE");
             }
-            disk.Arm(fault);
+            m_disk.Arm(fault);
             const StepOutcome outcome = scenario.act(side);
             run.acknowledged = outcome.succeeded;
             // The read and the close show how the connection works after the fault.
             for (const StepOutcome& step : {outcome, side.Read("SELECT count(*) FROM reading"), side.CloseAll()}) {
                 run.outcomes += TextOf(step) + '\n';
             }
-            run.fired = disk.Fired();
+            run.fired = m_disk.Fired();
         }
-        run.content = &ContentLeft();
+        m_disk.Arm({});
+        run.content = &m_contents.Of(m_path);
         return run;
     }
 
-    // The content of the files as another process reads it.
-    const DatabaseContent& ContentLeft() const
-    {
-        const FaultInjectionVfs withoutAFault; // does not wait for the disk
-        return m_contents.Of(m_path);
-    }
-
     // The content before the scenario, and the contents that it may leave.
-    std::vector<DatabaseContent> States() const
+    std::vector<DatabaseContent> States()
     {
         m_found.PutBack(m_path);
-        std::vector<DatabaseContent> states{ContentLeft()};
+        std::vector<DatabaseContent> states{m_contents.Of(m_path)};
         for (const std::string& change : GetParam().scenario->changes) {
             RawSqlite(m_path).Execute(change);
-            states.push_back(ContentLeft());
+            states.push_back(m_contents.Of(m_path));
         }
         return states;
     }
 
+    FaultInjectionVfs m_disk;
     TemporaryDirectory m_directory;
     std::string m_path = m_directory.File(StorageFile);
     DatabaseFiles m_found = FoundFiles(GetParam().scenario->found, GetParam().mode);
-    mutable ContentCache m_contents;
+    ContentCache m_contents;
 };
 
 TEST_P(FailingCallTest, GivesTheReferencesOutcomeAndACompleteContent)

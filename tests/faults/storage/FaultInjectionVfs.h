@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "faults/storage/VfsShim.h"
@@ -8,7 +7,7 @@
 namespace Morvik::sql::tests {
 
 /// A call that fails: the call at `position`, counted from 1 among the calls of its kind. With `lasting`, every later
-/// call of the same kind fails too. The code is SQLite's extended code if there is one.
+/// call of the same kind fails too. The code is SQLite's extended code if there is one; with code 0, no call fails.
 struct FileFault {
     FileCall call = FileCall::Open;
     int code = 0;
@@ -27,15 +26,7 @@ inline std::string Described(const FileFault& fault)
            std::to_string(fault.code);
 }
 
-/// A file system in which a call fails while the object lives. Fired() tells how many calls failed.
-///
-///     for (int position = 1;; ++position) {
-///         FaultInjectionVfs disk;
-///         Prepare();
-///         disk.Arm({FileCall::Write, SQLITE_FULL, position});
-///         Act();
-///         if (disk.Fired() == 0) { break; }   // Act() makes no more calls of this kind
-///     }
+/// A file system in which calls fail.
 class FaultInjectionVfs : public VfsShim {
 public:
     /// From now on, counts the calls and makes them fail as `fault` says.
@@ -46,20 +37,20 @@ public:
         m_fired = 0;
     }
 
+    /// The number of calls that failed.
     int Fired() const { return m_fired; }
 
     FileFailure Fails(FileCall call) override
     {
-        if (!m_fault || call != m_fault->call || ++m_calls < m_fault->position ||
-            (m_calls > m_fault->position && !m_fault->lasting)) {
+        if (call != m_fault.call || ++m_calls < m_fault.position || (m_calls > m_fault.position && !m_fault.lasting)) {
             return {};
         }
         ++m_fired;
-        return {m_fault->code, m_fault->carriedOut};
+        return {m_fault.code, m_fault.carriedOut};
     }
 
 private:
-    std::optional<FileFault> m_fault;
+    FileFault m_fault;
     int m_calls = 0;
     int m_fired = 0;
 };

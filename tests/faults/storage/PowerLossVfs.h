@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -16,13 +16,9 @@
 
 namespace Morvik::sql::tests {
 
-/// A file system whose power fails while the object lives. For every file and for the directory, it keeps synced
-/// content separate from content that was written and not synced. The first sync of a new journal syncs the directory
-/// too, as in SQLite's own file system.
-///
-///     PowerLossVfs machine(choices, 100, Removals::Lasting);
-///     Act();                                       // from the 100th change on, every call fails
-///     const int lostSectors = machine.ComeBack();  // with everything closed
+/// A file system whose power fails while the object lives: from then on, every call fails. For every file and for the
+/// directory, it keeps synced content separate from content that was written and not synced. The first sync of a new
+/// journal syncs the directory too, as in SQLite's own file system.
 ///
 /// It guarantees only what SQLite assumes of a disk: a write changes no byte outside its range. Each sector written
 /// since the last sync may be there, be missing, be incomplete, or hold garbage.
@@ -42,14 +38,13 @@ public:
     /// completely. All files must be closed.
     int ComeBack()
     {
-        int lostSectors = 0;
         for (auto& [path, entries] : m_directory) {
             std::filesystem::remove(path);
-            if (const Entry& entry = m_choices.Of(entries); entry != nullptr) {
-                std::ofstream(path, std::ios::binary) << AfterALoss(*entry, lostSectors);
+            if (const Entry& entry = m_choices.Of(entries)) {
+                std::ofstream(path, std::ios::binary) << AfterALoss(*entry);
             }
         }
-        return lostSectors;
+        return m_lostSectors;
     }
 
     FileFailure Fails(FileCall call) override
@@ -75,14 +70,16 @@ protected:
         if (IsOut()) {
             return SQLITE_CANTOPEN;
         }
+        const bool creates = (flags & SQLITE_OPEN_CREATE) != 0;
         // A file without a name does not survive its process.
-        if (path != nullptr && Current(path) == nullptr && (flags & SQLITE_OPEN_CREATE) != 0) {
-            m_directory[path].push_back(std::make_shared<StoredFile>());
+        if (path != nullptr && creates && !Current(path)) {
+            m_directory[path].push_back(StoredFile());
             if (GoesOut()) {
                 return SQLITE_CANTOPEN;
             }
         }
-        if (IsNewJournal(flags)) {
+        constexpr int Journals = SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_SUPER_JOURNAL | SQLITE_OPEN_WAL;
+        if (creates && (flags & Journals) != 0) {
             m_newJournals.insert(path);
         }
         return VfsShim::Open(path, real, flags, outFlags);
@@ -93,16 +90,16 @@ protected:
         if (IsOut()) {
             return SQLITE_IOERR_DELETE;
         }
-        if (Current(path) == nullptr) {
+        if (!Current(path)) {
             return SQLITE_IOERR_DELETE_NOENT;
         }
         std::vector<Entry>& entries = m_directory[path];
-        entries.push_back(nullptr);
+        entries.push_back(std::nullopt);
         if (GoesOut()) {
             return SQLITE_IOERR_DELETE;
         }
         if (m_removals == Removals::Lasting) {
-            entries = {nullptr};
+            entries = {std::nullopt};
         }
         if (syncDirectory != 0) {
             SyncDirectory();
@@ -110,22 +107,28 @@ protected:
         return VfsShim::Delete(path, 0);
     }
 
-    void Changing(const std::string& path, sqlite3_int64 position, std::string_view bytes) override
+    void Changing(const char* path, sqlite3_int64 position, std::string_view bytes) override
     {
-        if (!IsOut()) {
-            Current(path)->changes.push_back({static_cast<std::size_t>(position), std::string(bytes)});
+        if (path == nullptr || IsOut()) {
+            return;
         }
+        auto begin = static_cast<std::size_t>(position);
+        do {
+            const std::string_view sector = bytes.substr(0, SectorSize - begin % SectorSize);
+            Current(path)->changes.push_back({begin, std::string(sector)});
+            begin += sector.size();
+            bytes.remove_prefix(sector.size());
+        } while (!bytes.empty());
     }
 
-    void Synced(const std::string& path) override
+    void Synced(const char* path) override
     {
+        if (path == nullptr) {
+            return;
+        }
         StoredFile& file = *Current(path);
         for (const Change& change : std::exchange(file.changes, {})) {
-            if (change.bytes.empty()) {
-                file.synced.resize(change.position);
-            } else {
-                Put(file.synced, change.position, change.bytes);
-            }
+            Apply(change, file.synced);
         }
         if (m_newJournals.erase(path) > 0) {
             SyncDirectory();
@@ -135,7 +138,7 @@ protected:
 private:
     static constexpr std::size_t SectorSize = 512;
 
-    // A write or, without bytes, a truncation to the size `position`.
+    // A write within one sector or, without bytes, a truncation to the size `position`.
     struct Change {
         std::size_t position;
         std::string bytes;
@@ -146,18 +149,12 @@ private:
         std::vector<Change> changes{};
     };
 
-    using Entry = std::shared_ptr<StoredFile>; // null if there is no file
+    using Entry = std::optional<StoredFile>; // empty if there is no file
 
-    // SQLite's own file system syncs the directory with these flags.
-    static bool IsNewJournal(int flags)
+    static void Apply(const Change& change, std::string& content)
     {
-        constexpr int Journals = SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_SUPER_JOURNAL | SQLITE_OPEN_WAL;
-        return (flags & SQLITE_OPEN_CREATE) != 0 && (flags & Journals) != 0;
-    }
-
-    static void Put(std::string& content, std::size_t position, const std::string& bytes)
-    {
-        content.resize(std::max(content.size(), position + bytes.size()));
+        const auto& [position, bytes] = change;
+        content.resize(bytes.empty() ? position : std::max(content.size(), position + bytes.size()));
         content.replace(position, bytes.size(), bytes);
     }
 
@@ -173,9 +170,7 @@ private:
     {
         std::vector<Entry>& entries = m_directory[path];
         if (entries.empty()) {
-            entries.push_back(std::filesystem::exists(path)
-                                  ? std::make_shared<StoredFile>(StoredFile{.synced = FileContent(path)})
-                                  : nullptr);
+            entries.push_back(std::filesystem::exists(path) ? Entry({.synced = FileContent(path)}) : std::nullopt);
         }
         return entries.back();
     }
@@ -187,46 +182,28 @@ private:
         }
     }
 
-    // Writes one sector to the disk. A lost sector is written in part, as garbage, or not at all.
-    void PutOrLose(std::string& content, const Change& sector, std::size_t lostOneIn, int& lostSectors)
-    {
-        if (!m_choices.OneIn(lostOneIn)) {
-            Put(content, sector.position, sector.bytes);
-            return;
-        }
-        ++lostSectors;
-        std::string bytes = sector.bytes;
-        switch (m_choices.Below(4)) {
-        case 0: // only its beginning
-            bytes.resize(m_choices.Below(bytes.size()));
-            Put(content, sector.position, bytes);
-            break;
-        case 1: // garbage
-            std::ranges::generate(bytes, [&] { return static_cast<char>(m_choices.Below(256)); });
-            Put(content, sector.position, bytes);
-            break;
-        default: // nothing
-            break;
-        }
-    }
-
     // The content of the file on the disk after the power has failed. Counts the lost sectors.
-    std::string AfterALoss(const StoredFile& file, int& lostSectors)
+    std::string AfterALoss(const StoredFile& file)
     {
         std::string content = file.synced;
         const std::size_t lostOneIn = 2 + m_choices.Below(8);
-        for (const Change& change : file.changes) {
-            if (change.bytes.empty()) {
-                if (!m_choices.OneIn(lostOneIn)) {
-                    content.resize(change.position);
+        for (Change change : file.changes) {
+            if (!m_choices.OneIn(lostOneIn)) {
+                Apply(change, content);
+            } else if (!change.bytes.empty()) {
+                ++m_lostSectors;
+                switch (m_choices.Below(4)) {
+                case 0: // only its beginning
+                    change.bytes.resize(std::max<std::size_t>(m_choices.Below(change.bytes.size()), 1));
+                    Apply(change, content);
+                    break;
+                case 1: // garbage
+                    std::ranges::generate(change.bytes, [&] { return static_cast<char>(m_choices.Below(256)); });
+                    Apply(change, content);
+                    break;
+                default: // nothing
+                    break;
                 }
-                continue;
-            }
-            for (std::size_t done = 0; done < change.bytes.size();) {
-                const std::size_t position = change.position + done;
-                const Change sector{position, change.bytes.substr(done, SectorSize - position % SectorSize)};
-                done += sector.bytes.size();
-                PutOrLose(content, sector, lostOneIn, lostSectors);
             }
         }
         return content;
@@ -236,6 +213,7 @@ private:
     int m_changesLeft;
     const Removals m_removals;
     bool m_out = false;
+    int m_lostSectors = 0;
 
     // The files that the directory may have for a path after the last sync: the oldest first, the current one last.
     std::map<std::string, std::vector<Entry>> m_directory;

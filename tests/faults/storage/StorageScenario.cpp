@@ -1,7 +1,5 @@
 #include "faults/storage/StorageScenario.h"
 
-#include <sstream>
-
 #include "support/RawSqlite.h"
 #include "support/TemporaryDirectory.h"
 
@@ -13,35 +11,26 @@ constexpr const char* EveryRow = "SELECT * FROM reading ORDER BY id";
 const DbTableDefinition Event{
     "event", {{"id", DbTableColumnType::Integer, 0, PrimaryKey}, {"what", DbTableColumnType::Text}}, {}};
 
-// A text so long that a few of them fill a page.
-std::string LargeText(char letter)
-{
-    return std::string(700, letter);
-}
+// Texts so long that a few of them fill a page.
+const std::string OldText(700, 'o');
+const std::string NewText(700, 'n');
+
+constexpr int FirstNew = 101;
+constexpr int CountOfNew = 10;
 
 DbTableDataWrite NewReadings()
 {
     DbTableDataWrite data{{"id", "room", "value"}, {}};
-    for (int id = 101; id <= 110; ++id) {
-        data.rows.push_back({{IntegerCell(id), TextCell(LargeText('n')), RealCell(0.5)}});
+    for (int id = FirstNew; id < FirstNew + CountOfNew; ++id) {
+        data.rows.push_back({{IntegerCell(id), TextCell(NewText), RealCell(0.5)}});
     }
     return data;
 }
 
-std::string InsertOfNewReadings()
+std::string InsertOfReadings(int first, int count, const std::string& text)
 {
-    std::ostringstream sql;
-    sql << "INSERT INTO reading (id, room, value) VALUES ";
-    for (int id = 101; id <= 110; ++id) {
-        sql << (id == 101 ? "" : ",") << '(' << id << ",'" << LargeText('n') << "',0.5)";
-    }
-    return sql.str();
-}
-
-std::string Transaction()
-{
-    return "BEGIN;" + InsertOfNewReadings() + ";DELETE FROM reading WHERE id < 10;" + ReferenceCreateStatement(Event) +
-           ";COMMIT";
+    return "WITH RECURSIVE n(id) AS (SELECT " + std::to_string(first) + " UNION ALL SELECT id + 1 FROM n LIMIT " +
+           std::to_string(count) + ") INSERT INTO reading SELECT id, '" + text + "', 0.5 FROM n";
 }
 
 // Opens the database with a cache of a few pages, which makes SQLite write into the database before the commit.
@@ -63,7 +52,11 @@ constexpr auto CreateTable = [](auto& side) { return side.Create(Event); };
 
 std::vector<StorageScenario> MakeScenarios()
 {
+    const std::string insert = InsertOfReadings(FirstNew, CountOfNew, NewText);
+    const std::string transaction =
+        "BEGIN;" + insert + ";DELETE FROM reading WHERE id < 10;" + ReferenceCreateStatement(Event) + ";COMMIT";
     const std::string grow = "UPDATE reading SET room = room || id, value = 7";
+    const DbTableDataWrite update{{"room"}, {{{TextCell(NewText)}}}};
     return {
         {.name = "OpenNewFile", .act = Open, .prepare = DoNothing, .found = Found::Nothing},
         {.name = "OpenExistingFile", .act = Open, .prepare = DoNothing},
@@ -73,13 +66,10 @@ std::vector<StorageScenario> MakeScenarios()
          .changes = {ReferenceCreateStatement(Event)},
          .found = Found::Nothing},
         {.name = "CreateTable", .act = CreateTable, .changes = {ReferenceCreateStatement(Event)}},
-        {.name = "WriteTableValues", .act = WriteReadings, .changes = {InsertOfNewReadings()}},
+        {.name = "WriteTableValues", .act = WriteReadings, .changes = {insert}},
         {.name = "UpdateTableValues",
-         .act =
-             [](auto& side) {
-                 return side.Update("reading", {{"room"}, {{{TextCell(LargeText('u'))}}}}, "WHERE id % 3 = 0");
-             },
-         .changes = {"UPDATE reading SET room = '" + LargeText('u') + "' WHERE id % 3 = 0"}},
+         .act = [=](auto& side) { return side.Update("reading", update, "WHERE id % 3 = 0"); },
+         .changes = {"UPDATE reading SET room = '" + NewText + "' WHERE id % 3 = 0"}},
         {.name = "AlterTable",
          .act = [](auto& side) { return side.Alter("reading", "old_reading"); },
          .changes = {"ALTER TABLE reading RENAME TO old_reading"}},
@@ -89,8 +79,8 @@ std::vector<StorageScenario> MakeScenarios()
          .changes = {"DELETE FROM reading", "DROP TABLE reading"},
          .acknowledges = false},
         {.name = "ExecuteTransaction",
-         .act = [](auto& side) { return side.Execute(Transaction()); },
-         .changes = {Transaction()}},
+         .act = [=](auto& side) { return side.Execute(transaction); },
+         .changes = {transaction}},
         {.name = "ExecuteMoreThanTheCacheHolds",
          .act = [=](auto& side) { return side.Execute(grow); },
          .changes = {grow},
@@ -103,15 +93,12 @@ std::vector<StorageScenario> MakeScenarios()
         {.name = "StepThroughRows",
          .act = [](auto& side) { return side.RunPrepared("SELECT id FROM reading WHERE room > ? ORDER BY id", "a"); }},
         {.name = "StepOfAnInsert",
-         .act =
-             [](auto& side) {
-                 return side.RunPrepared("INSERT INTO reading (id, room) VALUES (201, ?)", LargeText('p'));
-             },
-         .changes = {"INSERT INTO reading (id, room) VALUES (201, '" + LargeText('p') + "')"}},
+         .act = [](auto& side) { return side.RunPrepared("INSERT INTO reading (id, room) VALUES (201, ?)", NewText); },
+         .changes = {"INSERT INTO reading (id, room) VALUES (201, '" + NewText + "')"}},
         // Closing succeeds even if a call fails; the next connection completes the unfinished work.
         {.name = "CloseAfterAWrite",
          .act = Close,
-         .changes = {InsertOfNewReadings()},
+         .changes = {insert},
          .prepare =
              [](auto& side) {
                  side.Open(StorageFile, false);
@@ -120,10 +107,7 @@ std::vector<StorageScenario> MakeScenarios()
          .canFail = false},
         {.name = "CloseInATransaction", .act = Close, .prepare = OpenWithSmallCache("BEGIN;" + grow), .canFail = false},
         {.name = "ReadAfterAnUnfinishedWrite", .act = ReadEveryRow, .found = Found::Unfinished},
-        {.name = "WriteAfterAnUnfinishedWrite",
-         .act = WriteReadings,
-         .changes = {InsertOfNewReadings()},
-         .found = Found::Unfinished},
+        {.name = "WriteAfterAnUnfinishedWrite", .act = WriteReadings, .changes = {insert}, .found = Found::Unfinished},
     };
 }
 
@@ -140,16 +124,13 @@ DatabaseFiles FoundFiles(Found found, JournalMode mode)
     if (found == Found::Nothing) {
         return {};
     }
-    const FaultInjectionVfs withoutAFault; // does not wait for the disk
     const TemporaryDirectory directory;
     const std::string path = directory.File("found.db");
     RawSqlite sqlite(path);
     sqlite.Execute(mode == JournalMode::WriteAheadLog ? "PRAGMA journal_mode = WAL" : "PRAGMA journal_mode = DELETE");
     sqlite.Execute("CREATE TABLE reading (id INTEGER PRIMARY KEY, room TEXT, value REAL);"
-                   "CREATE INDEX reading_by_value ON reading (value);"
-                   "WITH RECURSIVE n(id) AS (SELECT 1 UNION ALL SELECT id + 1 FROM n LIMIT 24)"
-                   "INSERT INTO reading SELECT id, '" +
-                   LargeText('e') + "', 1.5 FROM n; PRAGMA wal_checkpoint(TRUNCATE)");
+                   "CREATE INDEX reading_by_value ON reading (value);" +
+                   InsertOfReadings(1, 24, OldText) + "; PRAGMA wal_checkpoint(TRUNCATE)");
     if (found == Found::Database) {
         DatabaseFiles files(path);
         files.contents.erase("-wal"); // is empty

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "faults/storage/FaultInjectionVfs.h"
+#include "faults/storage/VfsShim.h"
 #include "support/DatabaseFiles.h"
 #include "support/FacadeDriver.h"
 

@@ -13,28 +13,23 @@ struct alignas(8) VfsShim::File {
     static File& Of(sqlite3_file* file) { return *reinterpret_cast<File*>(file); }
     static sqlite3_file* Real(sqlite3_file* file) { return reinterpret_cast<sqlite3_file*>(&Of(file) + 1); }
 
-    // A call that the real file carries out, or that fails if the call is of a kind that can fail.
-    template <auto Method, FileCall... Kind>
+    // A call that the real file carries out, or that fails as a call of this kind.
+    template <auto Method, FileCall Kind = FileCall::Other>
     struct Forwarded;
 
-    template <typename... Parameters, int (*sqlite3_io_methods::*Method)(sqlite3_file*, Parameters...),
-              FileCall... Kind>
-    struct Forwarded<Method, Kind...> {
+    template <typename... Parameters, int (*sqlite3_io_methods::*Method)(sqlite3_file*, Parameters...), FileCall Kind>
+    struct Forwarded<Method, Kind> {
         static int Call(sqlite3_file* file, Parameters... parameters)
         {
-            const auto call = [&] { return (Real(file)->pMethods->*Method)(Real(file), parameters...); };
-            if constexpr (sizeof...(Kind) == 0) {
-                return call();
-            } else {
-                return Of(file).shim->Run(Kind..., call);
-            }
+            return Of(file).shim->Run(Kind, [&] { return (Real(file)->pMethods->*Method)(Real(file), parameters...); });
         }
     };
 
     static int Write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 position)
     {
-        Of(file).Changing(position, {static_cast<const char*>(bytes), static_cast<std::size_t>(count)});
-        const FileFailure failure = Of(file).shim->Fails(FileCall::Write);
+        VfsShim& shim = *Of(file).shim;
+        shim.Changing(Of(file).path, position, {static_cast<const char*>(bytes), static_cast<std::size_t>(count)});
+        const FileFailure failure = shim.Fails(FileCall::Write);
         const auto write = [&](int size) { return Real(file)->pMethods->xWrite(Real(file), bytes, size, position); };
         if (failure.carriedOut) {
             write(count / 2);
@@ -44,32 +39,24 @@ struct alignas(8) VfsShim::File {
 
     static int Truncate(sqlite3_file* file, sqlite3_int64 size)
     {
-        Of(file).Changing(size, {});
+        Of(file).shim->Changing(Of(file).path, size, {});
         return Forwarded<&sqlite3_io_methods::xTruncate, FileCall::Truncate>::Call(file, size);
     }
 
     static int Sync(sqlite3_file* file, int /*flags*/)
     {
         const int code = Of(file).shim->Run(FileCall::Sync, [] { return SQLITE_OK; });
-        if (code == SQLITE_OK && Of(file).path != nullptr) {
+        if (code == SQLITE_OK) {
             Of(file).shim->Synced(Of(file).path);
         }
         return code;
     }
 
-    // Releasing a shared lock never fails.
     static int ShmLock(sqlite3_file* file, int offset, int count, int flags)
     {
-        constexpr auto Lock = &sqlite3_io_methods::xShmLock;
-        return (flags & SQLITE_SHM_LOCK) != 0 ? Forwarded<Lock, FileCall::LockShared>::Call(file, offset, count, flags)
-                                              : Forwarded<Lock>::Call(file, offset, count, flags);
-    }
-
-    void Changing(sqlite3_int64 position, std::string_view bytes) const
-    {
-        if (path != nullptr) {
-            shim->Changing(path, position, bytes);
-        }
+        const FileCall kind = (flags & SQLITE_SHM_LOCK) != 0 ? FileCall::LockShared : FileCall::Other;
+        return Of(file).shim->Run(kind,
+                                  [&] { return Real(file)->pMethods->xShmLock(Real(file), offset, count, flags); });
     }
 
     static const sqlite3_io_methods Methods;
@@ -105,12 +92,7 @@ VfsShim::VfsShim() : m_real(sqlite3_vfs_find(nullptr)), m_own{*m_real, this}
     m_own.szOsFile = static_cast<int>(sizeof(File)) + m_real->szOsFile;
     m_own.zName = "interposed";
     m_own.xOpen = [](sqlite3_vfs* own, const char* path, sqlite3_file* file, int flags, int* outFlags) {
-        sqlite3_file* const real = File::Real(file);
-        real->pMethods = nullptr;
-        const int code = Of(own).Open(path, real, flags, outFlags);
-        if (code != SQLITE_OK && real->pMethods != nullptr) {
-            real->pMethods->xClose(real);
-        }
+        const int code = Of(own).Open(path, File::Real(file), flags, outFlags);
         File::Of(file) = {{code == SQLITE_OK ? &File::Methods : nullptr}, &Of(own), path};
         return code;
     };

@@ -2,7 +2,6 @@
 
 #include <sqlite3.h>
 
-#include <string>
 #include <string_view>
 
 namespace Morvik::sql::tests {
@@ -22,6 +21,9 @@ enum class FileCall {
     CheckReservedLock,
     MapShared,
     LockShared,
+
+    /// Every other call; none of them can fail.
+    Other,
 };
 
 /// How a call fails: the code that SQLite receives, and whether the call has an effect. A write then writes half of its
@@ -66,11 +68,11 @@ protected:
     virtual int Delete(const char* path, int syncDirectory);
 
     /// Is called before SQLite writes `bytes` into a file, or truncates the file to the size `position`, which is a
-    /// change without bytes. Files without a name are left out.
-    virtual void Changing(const std::string& /*path*/, sqlite3_int64 /*position*/, std::string_view /*bytes*/) {}
+    /// change without bytes. The path of a file without a name is null.
+    virtual void Changing(const char* /*path*/, sqlite3_int64 /*position*/, std::string_view /*bytes*/) {}
 
-    /// Is called after a successful sync of a file that has a name.
-    virtual void Synced(const std::string& /*path*/) {}
+    /// Is called after a successful sync of a file, whose path is null if it has no name.
+    virtual void Synced(const char* /*path*/) {}
 
 private:
     struct File;
