@@ -26,58 +26,54 @@ namespace {
 
 constexpr std::size_t Page = 1024;
 
-using Operations = Transcript (*)(const std::string& path, bool readOnly);
-
-struct FileResult {
-    Transcript transcript;
-    std::string content;
-};
-
-/// Runs the operations on a file with this content. An exception is recorded as a distinct result.
-FileResult Run(Operations operations, const std::string& path, const std::string& content, bool readOnly)
-{
-    DatabaseFiles files;
-    files.contents[""] = content;
-    files.PutBack(path);
-    FileResult outcome;
-    try {
-        outcome.transcript = operations(path, readOnly);
-    } catch (const std::exception& thrown) {
-        outcome.transcript.push_back({"an exception", false, -1, thrown.what()});
-    }
-    outcome.content = FileContent(path);
-    return outcome;
-}
-
 /// Gives damaged copies of one database to the library and to the reference implementation.
-class DamageTrials {
-public:
-    explicit DamageTrials(std::size_t pageSize) : content(SampleDatabase(pageSize))
+class DamagedFileTest : public testing::Test {
+protected:
+    DamagedFileTest() { Use(Page); }
+
+    /// Begins the trials with a database of this page size.
+    void Use(std::size_t pageSize)
     {
+        content = SampleDatabase(pageSize);
         for (const bool readOnly : {false, true}) {
-            const FileResult library = Run(LibraryTranscript, m_path, content, readOnly);
+            const Result library = ResultOf(LibraryTranscript, content, readOnly);
             EXPECT_EQ(library.content == content, readOnly) << "the operations change the file";
             m_undamaged[readOnly] = library.transcript;
-            EXPECT_TRUE(Try(content, "undamaged", readOnly));
+            Try(content, "undamaged", readOnly);
         }
         trials = unnoticed = 0;
     }
 
-    /// Tries one damaged content. `damage` describes the damage for a failure's message. Returns whether both results
-    /// are equal.
-    bool Try(const std::string& damaged, const std::string& damage, bool readOnly = false)
+    /// Tries one damaged content, unless an earlier trial failed. `damage` describes the damage for a failure's
+    /// message.
+    void Try(const std::string& damaged, const std::string& damage, bool readOnly = false)
     {
-        const FileResult library = Run(LibraryTranscript, m_path, damaged, readOnly);
-        const FileResult reference = Run(ReferenceTranscript, m_path, damaged, readOnly);
-        const std::string difference = Difference(library.transcript, reference.transcript);
-        EXPECT_EQ(difference, "") << damage;
-        EXPECT_TRUE(library.content == reference.content) << damage << ": other bytes than with the reference";
+        if (HasFailure()) {
+            return;
+        }
+        const Result library = ResultOf(LibraryTranscript, damaged, readOnly);
+        const Result reference = ResultOf(ReferenceTranscript, damaged, readOnly);
+        ASSERT_EQ(Difference(library.transcript, reference.transcript), "") << damage;
+        ASSERT_TRUE(library.content == reference.content) << damage << ": other bytes than with the reference";
         Tally(library.transcript, m_undamaged[readOnly]);
-        return difference.empty() && library.content == reference.content;
+    }
+
+    void CutTo(std::size_t bytes) { Try(content.substr(0, bytes), "cut to " + std::to_string(bytes) + " bytes"); }
+
+    /// Tries the database with each of the bytes flipped, one at a time, with every pattern.
+    void FlipEach(std::size_t begin, std::size_t end, const std::vector<unsigned>& patterns, std::size_t stride = 1)
+    {
+        for (std::size_t offset = begin; offset < end; offset += stride) {
+            for (const unsigned pattern : patterns) {
+                std::string damaged = content;
+                damaged.at(offset) = static_cast<char>(static_cast<unsigned char>(damaged.at(offset)) ^ pattern);
+                Try(damaged, "byte " + std::to_string(offset) + " ^ " + std::to_string(pattern));
+            }
+        }
     }
 
     /// The undamaged database.
-    const std::string content;
+    std::string content;
 
     /// How many damaged databases were tried, how many of them gave the same results as the undamaged one, and how many
     /// were read without a failure but with other content.
@@ -89,6 +85,28 @@ public:
     std::map<int, int> codes;
 
 private:
+    struct Result {
+        Transcript transcript;
+        std::string content;
+    };
+
+    /// Runs the operations on a file with this content. An exception is recorded as a distinct result.
+    template <typename Operations>
+    Result ResultOf(Operations operations, const std::string& before, bool readOnly) const
+    {
+        DatabaseFiles files;
+        files.contents[""] = before;
+        files.PutBack(m_path);
+        Result result;
+        try {
+            result.transcript = operations(m_path, readOnly);
+        } catch (const std::exception& thrown) {
+            result.transcript.push_back({"an exception", false, -1, thrown.what()});
+        }
+        result.content = FileContent(m_path);
+        return result;
+    }
+
     void Tally(const Transcript& transcript, const Transcript& undamaged)
     {
         ++trials;
@@ -117,28 +135,17 @@ private:
     std::map<bool, Transcript> m_undamaged;
 };
 
-class DamagedFileTest : public testing::Test {
-protected:
-    void CutTo(std::size_t bytes)
-    {
-        ASSERT_TRUE(trials.Try(trials.content.substr(0, bytes), "cut to " + std::to_string(bytes) + " bytes"));
-    }
-
-    DamageTrials trials{Page};
-    const std::size_t size = trials.content.size();
-};
-
 // Files that end too early, as a copy or a power failure leaves them, and files that are too long.
 using CutFileTest = DamagedFileTest;
 
 TEST_F(CutFileTest, CompletePagesGiveEqualOutcomes)
 {
-    for (std::size_t bytes = 0; bytes < size; bytes += Page) {
+    for (std::size_t bytes = 0; bytes < content.size(); bytes += Page) {
         CutTo(bytes);
     }
 
-    EXPECT_EQ(trials.trials, size / Page);
-    EXPECT_GT(trials.codes[SQLITE_CORRUPT], 20);
+    EXPECT_EQ(trials, content.size() / Page);
+    EXPECT_GT(codes[SQLITE_CORRUPT], 20);
 }
 
 TEST_F(CutFileTest, SizesWithinTheHeaderGiveEqualOutcomes)
@@ -147,8 +154,8 @@ TEST_F(CutFileTest, SizesWithinTheHeaderGiveEqualOutcomes)
         CutTo(bytes);
     }
 
-    EXPECT_GT(trials.codes[SQLITE_NOTADB], 5);
-    EXPECT_GT(trials.codes[SQLITE_CORRUPT], 0);
+    EXPECT_GT(codes[SQLITE_NOTADB], 5);
+    EXPECT_GT(codes[SQLITE_CORRUPT], 0);
 }
 
 TEST_F(CutFileTest, RandomSizesGiveEqualOutcomes)
@@ -158,18 +165,18 @@ TEST_F(CutFileTest, RandomSizesGiveEqualOutcomes)
         SCOPED_TRACE(Describe(seed));
         FuzzInput choices(seed);
         for (int i = 0; i < sizes; ++i) {
-            CutTo(choices.Below(size));
+            CutTo(choices.Below(content.size()));
         }
     }
 
-    EXPECT_GT(trials.codes[SQLITE_CORRUPT], sizes / 2);
+    EXPECT_GT(codes[SQLITE_CORRUPT], sizes / 2);
 }
 
 TEST_F(CutFileTest, BytesAfterTheEndGiveEqualOutcomes)
 {
     for (const std::size_t bytes : {std::size_t{1}, Page - 1, Page, 10 * Page}) {
         for (const char byte : {'\0', '\x2A'}) {
-            ASSERT_TRUE(trials.Try(trials.content + std::string(bytes, byte), std::to_string(bytes) + " bytes more"));
+            Try(content + std::string(bytes, byte), std::to_string(bytes) + " bytes more");
         }
     }
 }
@@ -177,65 +184,52 @@ TEST_F(CutFileTest, BytesAfterTheEndGiveEqualOutcomes)
 TEST_F(CutFileTest, OneRepeatedByteGivesEqualOutcomes)
 {
     for (const char byte : {'\0', '\x2A', '\xFF'}) {
-        ASSERT_TRUE(trials.Try(std::string(3 * Page, byte), "filled with " + std::to_string(byte)));
+        Try(std::string(3 * Page, byte), "filled with " + std::to_string(byte));
     }
 
-    EXPECT_EQ(trials.codes[SQLITE_NOTADB], 3);
+    EXPECT_EQ(codes[SQLITE_NOTADB], 3);
 }
 
 // Patterns that flip all bits of a byte, and each bit alone.
 const std::vector<unsigned> AllBits{0xFF};
 const std::vector<unsigned> EachPattern{0xFF, 1, 2, 4, 8, 16, 32, 64, 128};
 
-/// Tries the database with each of the bytes flipped, one at a time, with every pattern. Stops after the first failure.
-void FlipEach(DamageTrials& trials, std::size_t begin, std::size_t end, const std::vector<unsigned>& patterns,
-              std::size_t stride = 1)
-{
-    for (std::size_t offset = begin; offset < end; offset += stride) {
-        for (const unsigned pattern : patterns) {
-            std::string damaged = trials.content;
-            damaged.at(offset) = static_cast<char>(static_cast<unsigned char>(damaged.at(offset)) ^ pattern);
-            ASSERT_TRUE(trials.Try(damaged, "byte " + std::to_string(offset) + " ^ " + std::to_string(pattern)));
-        }
-    }
-}
-
 using FlippedByteTest = DamagedFileTest;
 
 TEST_F(FlippedByteTest, EveryByteOfTheFirstPageGivesEqualOutcomes)
 {
-    FlipEach(trials, 0, Page, SoakIsOn() ? EachPattern : AllBits);
+    FlipEach(0, Page, SoakIsOn() ? EachPattern : AllBits);
 
-    EXPECT_GE(trials.codes[SQLITE_NOTADB], 16) << "the file begins with 16 bytes that identify a database";
-    EXPECT_GT(trials.codes[SQLITE_CORRUPT], 100);
-    EXPECT_GT(trials.codes[SQLITE_ERROR], 20) << "the schema is there too";
-    EXPECT_GT(trials.otherContent, 20);
-    EXPECT_LT(trials.unnoticed, trials.trials * 3 / 4);
+    EXPECT_GE(codes[SQLITE_NOTADB], 16) << "the file begins with 16 bytes that identify a database";
+    EXPECT_GT(codes[SQLITE_CORRUPT], 100);
+    EXPECT_GT(codes[SQLITE_ERROR], 20) << "the schema is there too";
+    EXPECT_GT(otherContent, 20);
+    EXPECT_LT(unnoticed, trials * 3 / 4);
 }
 
 TEST_F(FlippedByteTest, BytesOfFurtherPagesGiveEqualOutcomes)
 {
     // Has no common factor with the page size, so that every position in a page is tried.
     constexpr std::size_t Stride = 97;
-    ASSERT_GT(size, 30 * Page);
+    ASSERT_GT(content.size(), 30 * Page);
 
-    FlipEach(trials, Page, size, AllBits, Stride);
+    FlipEach(Page, content.size(), AllBits, Stride);
     if (SoakIsOn()) {
-        FlipEach(trials, Page, 4 * Page, EachPattern);
+        FlipEach(Page, 4 * Page, EachPattern);
     }
 
-    EXPECT_GT(trials.codes[SQLITE_CORRUPT], 20);
-    EXPECT_GT(trials.otherContent, 50) << "texts and blobs are stored without any check";
+    EXPECT_GT(codes[SQLITE_CORRUPT], 20);
+    EXPECT_GT(otherContent, 50) << "texts and blobs are stored without any check";
 }
 
 TEST_F(FlippedByteTest, PagesOfDefaultSizeGiveEqualOutcomes)
 {
     constexpr std::size_t DefaultPage = 4096;
-    DamageTrials defaultTrials(DefaultPage);
+    Use(DefaultPage);
 
-    FlipEach(defaultTrials, 0, 4 * DefaultPage, AllBits, SoakIsOn() ? 1 : 211);
+    FlipEach(0, 4 * DefaultPage, AllBits, SoakIsOn() ? 1 : 211);
 
-    EXPECT_LT(defaultTrials.unnoticed, defaultTrials.trials);
+    EXPECT_LT(unnoticed, trials);
 }
 
 using HeaderValueTest = DamagedFileTest;
@@ -290,15 +284,15 @@ TEST_F(HeaderValueTest, UnlikelyValuesGiveEqualOutcomes)
         for (const std::uint32_t value : values) {
             for (const bool readOnly : {false, true}) {
                 const std::string damage = std::string(field.name) + " " + std::to_string(value);
-                ASSERT_TRUE(trials.Try(WithValue(trials.content, field, value), damage, readOnly));
+                Try(WithValue(content, field, value), damage, readOnly);
             }
         }
     }
 
-    EXPECT_GT(trials.codes[SQLITE_NOTADB], 20);
-    EXPECT_GT(trials.codes[SQLITE_CORRUPT], 20);
-    EXPECT_GT(trials.codes[SQLITE_ERROR], 0) << "there are schema formats that SQLite does not know";
-    EXPECT_GT(trials.otherContent, 0) << "texts read in another encoding";
+    EXPECT_GT(codes[SQLITE_NOTADB], 20);
+    EXPECT_GT(codes[SQLITE_CORRUPT], 20);
+    EXPECT_GT(codes[SQLITE_ERROR], 0) << "there are schema formats that SQLite does not know";
+    EXPECT_GT(otherContent, 0) << "texts read in another encoding";
 }
 
 } // namespace

@@ -168,12 +168,8 @@ Transcript ReferenceTranscript(const std::string& path, bool readOnly)
 std::string Difference(const Transcript& actual, const Transcript& expected)
 {
     const auto [first, other] = std::ranges::mismatch(actual, expected);
-    if (first == actual.end() && other == expected.end()) {
-        return {};
-    }
-    const std::string end = "the end";
-    return (first != actual.end() ? TextOf(*first) : end) + "\n  in place of\n" +
-           (other != expected.end() ? TextOf(*other) : end);
+    const StepOutcome end{"the end"};
+    return Difference(first != actual.end() ? *first : end, other != expected.end() ? *other : end);
 }
 
 } // namespace Morvik::sql::tests

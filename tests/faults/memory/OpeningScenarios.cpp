@@ -44,8 +44,12 @@ Allocations Opening(int ofSqlite, int ofNew)
 
 // Adds the scenarios that open and close one of the subject's objects, a connection or a facade.
 template <auto Object, auto Open, auto Close>
-void AddOpeningAndClosing(ScenarioList& list, const std::string& name, void (*arrange)(Subject&))
+void AddOpeningAndClosing(ScenarioList& list, const std::string& name, int constructing, void (*arrange)(Subject&))
 {
+    list.Add("Construct" + name, Nothing, {0, constructing}, [](Subject& subject) {
+        const auto& made = (subject.*Object).emplace();
+        return Report(!made.IsOpen() && made.GetLastError() == SQLITE_OK, made);
+    });
     const auto opening = [](bool readOnly) {
         return [=](Subject& subject, auto& used) { return (used.*Close)() && (used.*Open)(subject.path, readOnly); };
     };
@@ -65,17 +69,10 @@ void AddOpeningAndClosing(ScenarioList& list, const std::string& name, void (*ar
 
 void AddOpeningScenarios(ScenarioList& list)
 {
-    AddOpeningAndClosing<Connection, &SqlDatabase::Open, &SqlDatabase::Close>(list, "Connection", OpenConnection);
-    AddOpeningAndClosing<Facade, &DatabaseApi::OpenDatabase, &DatabaseApi::CloseDatabase>(list, "Facade", OpenFacade);
+    AddOpeningAndClosing<Connection, &SqlDatabase::Open, &SqlDatabase::Close>(list, "Connection", 1, OpenConnection);
+    AddOpeningAndClosing<Facade, &DatabaseApi::OpenDatabase, &DatabaseApi::CloseDatabase>(list, "Facade", 3,
+                                                                                          OpenFacade);
 
-    list.Add("ConstructConnection", Nothing, {0, 1}, [](Subject& subject) {
-        const SqlDatabase& made = subject.connection.emplace();
-        return Report(!made.IsOpen(), made);
-    });
-    list.Add("ConstructFacade", Nothing, {0, 3}, [](Subject& subject) {
-        const DatabaseApi& made = subject.facade.emplace();
-        return Report(!made.IsOpen() && made.Succeeded(), made);
-    });
     list.Add("OpenForTheFirstTime", CreateForFirstUse, Opening(55, 1), Connection,
              [](Subject& subject, SqlDatabase& used) { return used.Close() && used.Open(subject.path, false); });
     list.Add("OpenInMemory", OpenConnection, {50, 0}, Connection,

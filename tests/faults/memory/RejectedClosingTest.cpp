@@ -17,14 +17,10 @@ namespace {
 // closing its connection, and the message cannot be stored. It cannot happen if statements are destroyed before their
 // database.
 template <typename Owner>
-void ExpectDestructionToAbort(std::optional<Owner>& owner)
+void DestroyWithoutMemory(std::optional<Owner>& owner)
 {
-    EXPECT_EXIT(
-        {
-            const OomInjector failing(0);
-            owner.reset();
-        },
-        testing::KilledBySignal(SIGABRT), "");
+    const OomInjector failing(0);
+    owner.reset();
 }
 
 TEST(RejectedClosingDeathTest, ConnectionDestroyedBeforeItsStatementEndsTheProcessWithoutMemory)
@@ -34,7 +30,7 @@ TEST(RejectedClosingDeathTest, ConnectionDestroyedBeforeItsStatementEndsTheProce
     SqlCommand statement(*connection);
     ASSERT_TRUE(statement.Prepare("SELECT 1"));
 
-    ExpectDestructionToAbort(connection);
+    EXPECT_EXIT(DestroyWithoutMemory(connection), testing::KilledBySignal(SIGABRT), "");
 }
 
 TEST(RejectedClosingDeathTest, FacadeDestroyedBeforeItsStatementEndsTheProcessWithoutMemory)
@@ -43,7 +39,7 @@ TEST(RejectedClosingDeathTest, FacadeDestroyedBeforeItsStatementEndsTheProcessWi
     ASSERT_TRUE(facade->OpenDatabase(":memory:", false));
     SqlCommand statement = facade->PrepareStatement("SELECT 1");
 
-    ExpectDestructionToAbort(facade);
+    EXPECT_EXIT(DestroyWithoutMemory(facade), testing::KilledBySignal(SIGABRT), "");
 
     statement.Finalize();
 }

@@ -86,11 +86,12 @@ constexpr sqlite3_io_methods VfsShim::File::Methods = {
     .xUnfetch = nullptr,
 };
 
-// The calls that are not replaced here are those of the real file system.
-VfsShim::VfsShim() : m_real(sqlite3_vfs_find(nullptr)), m_own{*m_real, this}
+// The calls that are not replaced here are those of the real file system. They do not use pAppData.
+VfsShim::VfsShim() : m_real(sqlite3_vfs_find(nullptr)), m_own(*m_real)
 {
     m_own.szOsFile = static_cast<int>(sizeof(File)) + m_real->szOsFile;
     m_own.zName = "interposed";
+    m_own.pAppData = this;
     m_own.xOpen = [](sqlite3_vfs* own, const char* path, sqlite3_file* file, int flags, int* outFlags) {
         const int code = Of(own).Open(path, File::Real(file), flags, outFlags);
         File::Of(file) = {{code == SQLITE_OK ? &File::Methods : nullptr}, &Of(own), path};

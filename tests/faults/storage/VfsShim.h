@@ -27,7 +27,7 @@ enum class FileCall {
 };
 
 /// How a call fails: the code that SQLite receives, and whether the call has an effect. A write then writes half of its
-/// bytes, and every other call does all of its work.
+/// bytes, and every other call does all of its work. Opening a file never has an effect when it fails.
 struct FileFailure {
     int code = SQLITE_OK;
     bool carriedOut = false;
@@ -63,7 +63,7 @@ public:
     virtual FileFailure Fails(FileCall call) = 0;
 
 protected:
-    /// Opens the file in `real`, zeroed memory of the size that the real file system needs.
+    /// Opens the file in `real`, memory of the size that the real file system needs.
     virtual int Open(const char* path, sqlite3_file* real, int flags, int* outFlags);
     virtual int Delete(const char* path, int syncDirectory);
 
@@ -77,15 +77,10 @@ protected:
 private:
     struct File;
 
-    // Registered with SQLite, which gives it to every call.
-    struct Registered : sqlite3_vfs {
-        VfsShim* shim;
-    };
-
-    static VfsShim& Of(sqlite3_vfs* own) { return *static_cast<Registered*>(own)->shim; }
+    static VfsShim& Of(sqlite3_vfs* own) { return *static_cast<VfsShim*>(own->pAppData); }
 
     sqlite3_vfs* m_real;
-    Registered m_own;
+    sqlite3_vfs m_own; // registered with SQLite, which gives it to every call
 };
 
 } // namespace Morvik::sql::tests

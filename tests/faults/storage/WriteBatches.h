@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <functional>
 #include <iterator>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -33,7 +32,7 @@ public:
     /// The next call, for a database on which all earlier calls succeeded. The first call creates a table.
     WriteBatch Next()
     {
-        if (m_tables.empty() || (m_tables.size() < MostTables && m_choices.OneIn(6))) {
+        if (m_content.empty() || (m_content.size() < MostTables && m_choices.OneIn(6))) {
             return Create();
         }
         using Call = WriteBatch (WriteBatches::*)();
@@ -45,6 +44,8 @@ public:
     }
 
 private:
+    using Row = std::vector<std::string>;
+
     static constexpr std::size_t MostTables = 3;
     static constexpr std::size_t MostRows = 60;
 
@@ -53,21 +54,21 @@ private:
         DbTableDefinition definition;
         definition.name = NewName();
         definition.columns = {{"id", DbTableColumnType::Integer, 0, PrimaryKey}, {"note", DbTableColumnType::Text}};
-        m_tables[definition.name] = {};
-        return {[=](DatabaseApi& facade) { return facade.CreateTable(definition); }, {Content()}};
+        m_content[definition.name] = {};
+        return {[=](DatabaseApi& facade) { return facade.CreateTable(definition); }, {m_content}};
     }
 
     WriteBatch Write()
     {
         const std::string table = AnyTable();
-        if (m_tables[table].size() > MostRows) {
+        if (m_content[table].size() > MostRows) {
             return Drop();
         }
         DbTableDataWrite data{{"id", "note"}, {}};
         AddRows(table, [&](int id, const std::string& text) {
             data.rows.push_back({{IntegerCell(id), TextCell(text)}});
         });
-        return {[=](DatabaseApi& facade) { return facade.WriteTableValues(table, data); }, {Content()}};
+        return {[=](DatabaseApi& facade) { return facade.WriteTableValues(table, data); }, {m_content}};
     }
 
     WriteBatch Update()
@@ -75,22 +76,22 @@ private:
         const std::string table = AnyTable();
         const std::string text = AnyText();
         const int divisor = 1 + static_cast<int>(m_choices.Below(5));
-        for (auto& [id, note] : m_tables[table]) {
-            note = id % divisor == 0 ? text : note;
+        for (Row& row : m_content[table]) {
+            row[1] = IsDivisible(row, divisor) ? Quoted(text) : row[1];
         }
         const DbTableDataWrite data{{"note"}, {{{TextCell(text)}}}};
         const std::string condition = "WHERE id % " + std::to_string(divisor) + " = 0";
-        return {[=](DatabaseApi& facade) { return facade.UpdateTableValues(table, data, condition); }, {Content()}};
+        return {[=](DatabaseApi& facade) { return facade.UpdateTableValues(table, data, condition); }, {m_content}};
     }
 
     WriteBatch Alter()
     {
         const std::string table = AnyTable();
         const std::string newName = NewName();
-        auto renamed = m_tables.extract(table);
+        auto renamed = m_content.extract(table);
         renamed.key() = newName;
-        m_tables.insert(std::move(renamed));
-        return {[=](DatabaseApi& facade) { return facade.AlterTable(table, newName); }, {Content()}};
+        m_content.insert(std::move(renamed));
+        return {[=](DatabaseApi& facade) { return facade.AlterTable(table, newName); }, {m_content}};
     }
 
     // The rows are deleted with a separate statement.
@@ -98,10 +99,10 @@ private:
     {
         const std::string table = AnyTable();
         WriteBatch batch{[=](DatabaseApi& facade) { return facade.DropTable(table); }, {}};
-        m_tables[table].clear();
-        batch.states.push_back(Content());
-        m_tables.erase(table);
-        batch.states.push_back(Content());
+        m_content[table].clear();
+        batch.states.push_back(m_content);
+        m_content.erase(table);
+        batch.states.push_back(m_content);
         return batch;
     }
 
@@ -109,19 +110,19 @@ private:
     {
         const std::string table = AnyTable();
         std::string sql = "BEGIN;DELETE FROM " + table + " WHERE id % 2 = 0";
-        std::erase_if(m_tables[table], [](const auto& row) { return row.first % 2 == 0; });
+        std::erase_if(m_content[table], [](const Row& row) { return IsDivisible(row, 2); });
         AddRows(table, [&](int id, const std::string& text) {
             sql += ";INSERT INTO " + table + " VALUES (" + std::to_string(id) + ",'" + text + "')";
         });
         sql += ";COMMIT";
-        return {[=](DatabaseApi& facade) { return facade.Execute(sql); }, {Content()}};
+        return {[=](DatabaseApi& facade) { return facade.Execute(sql); }, {m_content}};
     }
 
     std::string NewName() { return "t" + std::to_string(++m_names); }
 
     std::string AnyTable()
     {
-        return std::next(m_tables.begin(), static_cast<std::ptrdiff_t>(m_choices.Below(m_tables.size())))->first;
+        return std::next(m_content.begin(), static_cast<std::ptrdiff_t>(m_choices.Below(m_content.size())))->first;
     }
 
     // Some texts are longer than a page.
@@ -131,17 +132,8 @@ private:
         return std::string(m_choices.Below(longest), static_cast<char>('A' + m_choices.Below(26)));
     }
 
-    DatabaseContent Content() const
-    {
-        DatabaseContent content;
-        for (const auto& [table, rows] : m_tables) {
-            auto& written = content[table];
-            for (const auto& [id, note] : rows) {
-                written.push_back({std::to_string(id), "'" + note + "'"});
-            }
-        }
-        return content;
-    }
+    static std::string Quoted(const std::string& text) { return "'" + text + "'"; }
+    static bool IsDivisible(const Row& row, int divisor) { return std::stoi(row[0]) % divisor == 0; }
 
     /// Adds up to twenty rows to the table and calls `written(id, text)` for each of them.
     template <typename Written>
@@ -149,13 +141,13 @@ private:
     {
         for (std::size_t rows = 1 + m_choices.Below(20); rows > 0; --rows) {
             const std::string text = AnyText();
-            m_tables[table][++m_rows] = text;
+            m_content[table].push_back({std::to_string(++m_rows), Quoted(text)});
             written(m_rows, text);
         }
     }
 
     FuzzInput m_choices;
-    std::map<std::string, std::map<int, std::string>> m_tables; // the text of each row by its id
+    DatabaseContent m_content; // of the columns "id" and "note"
     int m_names = 0;
     int m_rows = 0;
 };
