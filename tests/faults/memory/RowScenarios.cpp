@@ -39,11 +39,11 @@ void ArrangeInvalidCell(Subject& subject)
 
 void ArrangeTimes(Subject& subject)
 {
+    using enum DbTableColumnType;
     Warm<OpenFacade>(subject);
-    subject.write.columns = {"name", "weight", "picture", "id"};
-    subject.write.rows = {
-        {{TagCell(DbTableColumnType::DateTimeNow), TagCell(DbTableColumnType::JulianDayNow),
-          TagCell(DbTableColumnType::DateTimeNowLocalTime), TagCell(DbTableColumnType::UnixTimeNow)}}};
+    subject.write = {
+        {"name", "weight", "picture", "id"},
+        {{{TagCell(DateTimeNow), TagCell(JulianDayNow), TagCell(DateTimeNowLocalTime), TagCell(UnixTimeNow)}}}};
 }
 
 bool Write(Subject& subject, DatabaseApi& facade)

@@ -117,8 +117,8 @@ struct Allocations {
     int ofNew;
 
     /// The errors allowed when SQLite's memory fails, in addition to code 7. With code 7, the message is "out of
-    /// memory", or empty if SQLite had no memory for the text or the operation stores none. A scenario that reads texts
-    /// or bytes for which SQLite needs memory throws std::bad_alloc.
+    /// memory", or empty if SQLite had no memory for the text or the operation stores none. Reading a text for which
+    /// SQLite needs memory throws std::bad_alloc.
     std::vector<AllowedError> errorsOfSqlite{};
 
     /// The errors allowed when operator new fails, in addition to std::bad_alloc.

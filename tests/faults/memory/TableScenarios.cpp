@@ -7,29 +7,30 @@ namespace Morvik::sql::tests {
 
 namespace {
 
+using enum DbTableColumnType;
+
 void ArrangeDefinition(Subject& subject)
 {
     OpenFacade(subject);
-    subject.definition.name = "made";
-    subject.definition.columns = {
-        {"id", DbTableColumnType::Integer, 0, PrimaryKey, {{PrimaryKey, "AUTOINCREMENT"}}},
-        {"a", DbTableColumnType::Text, 0, NotNull | Check | Default, {{Check, "(a <> '')"}, {Default, "'none'"}}},
-        {"b", DbTableColumnType::Real}};
-    subject.definition.constraints.unique = {'a', 'b'};
+    subject.definition = {"made",
+                          {{"id", Integer, 0, PrimaryKey, {{PrimaryKey, "AUTOINCREMENT"}}},
+                           {"a", Text, 0, NotNull | Check | Default, {{Check, "(a <> '')"}, {Default, "'none'"}}},
+                           {"b", Real}},
+                          {.unique = {'a', 'b'}}};
 }
 
 void ArrangeLongDefinition(Subject& subject)
 {
-    subject.definition.name = "reading";
-    subject.definition.columns = {{"name of the room",
-                                   DbTableColumnType::Text,
-                                   0,
-                                   NotNull | Check | Default,
-                                   {{Check, "(length(name) > 0)"}, {Default, "'the hall on the ground floor'"}}}};
-    subject.definition.constraints.primaryKey = {'a', 'b'};
-    subject.definition.constraints.unique = {'c'};
-    subject.definition.constraints.referenceTable = "the other table of the two";
-    subject.definition.constraints.foreignKey = {"room of the reading", "time of the reading"};
+    subject.definition = {"reading",
+                          {{"name of the room",
+                            Text,
+                            0,
+                            NotNull | Check | Default,
+                            {{Check, "(length(name) > 0)"}, {Default, "'the hall on the ground floor'"}}}},
+                          {.primaryKey = {'a', 'b'},
+                           .unique = {'c'},
+                           .referenceTable = "the other table of the two",
+                           .foreignKey = {"room of the reading", "time of the reading"}}};
 }
 
 void AddCounting(ScenarioList& list, const std::string& name, const std::string& condition, int rows, int result)
