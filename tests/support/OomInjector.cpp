@@ -25,16 +25,10 @@ struct Countdown {
     // Whether the allocation that is being requested fails.
     bool Reached()
     {
-        if (left == NoneFails) {
+        if (left == NoneFails || left-- > 0) {
             return false;
         }
-        if (left > 0) {
-            --left;
-            return false;
-        }
-        if (extent == FailureExtent::Once) {
-            left = NoneFails;
-        }
+        left = extent == FailureExtent::ForEver ? 0 : NoneFails;
         fired = true;
         return true;
     }
@@ -42,7 +36,6 @@ struct Countdown {
 
 thread_local Countdown ofNew;
 thread_local Countdown ofSqlite;
-thread_local bool largestIsWatched = false;
 thread_local std::size_t largest = 0;
 std::atomic<std::size_t> liveBytes = 0;
 sqlite3_mem_methods usual{};
@@ -54,9 +47,7 @@ Countdown& CountdownOf(Memory memory)
 
 void* Allocate(std::size_t size) noexcept
 {
-    if (largestIsWatched) {
-        largest = std::max(largest, size);
-    }
+    largest = std::max(largest, size);
     void* const memory = ofNew.Reached() ? nullptr : std::malloc(size != 0 ? size : 1);
     liveBytes += malloc_usable_size(memory);
     return memory;
@@ -66,15 +57,6 @@ void Free(void* memory) noexcept
 {
     liveBytes -= malloc_usable_size(memory);
     std::free(memory);
-}
-
-void* AllocateOrThrow(std::size_t size)
-{
-    void* const memory = Allocate(size);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
 }
 
 void* AllocateForSqlite(int size)
@@ -133,12 +115,6 @@ void WrapSqliteAllocator()
 LargestAllocation::LargestAllocation()
 {
     largest = 0;
-    largestIsWatched = true;
-}
-
-LargestAllocation::~LargestAllocation()
-{
-    largestIsWatched = false;
 }
 
 std::size_t LargestAllocation::Size() const
@@ -153,24 +129,17 @@ std::size_t LiveBytesOfNew()
 
 } // namespace Morvik::sql::tests
 
-// Replaces all operators for types of usual alignment, so that memory is always freed by the operator that belongs to
-// its allocation.
+// The C++ library's other operators call these. With the address sanitizer, allocations of arrays do not fail, because
+// its operators for arrays call no other operator; the library allocates no arrays.
 void* operator new(std::size_t size)
 {
-    return Morvik::sql::tests::AllocateOrThrow(size);
-}
-
-void* operator new[](std::size_t size)
-{
-    return Morvik::sql::tests::AllocateOrThrow(size);
+    if (void* const memory = Morvik::sql::tests::Allocate(size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
 }
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    return Morvik::sql::tests::Allocate(size);
-}
-
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
 {
     return Morvik::sql::tests::Allocate(size);
 }
@@ -180,27 +149,7 @@ void operator delete(void* memory) noexcept
     Morvik::sql::tests::Free(memory);
 }
 
-void operator delete[](void* memory) noexcept
-{
-    Morvik::sql::tests::Free(memory);
-}
-
 void operator delete(void* memory, std::size_t) noexcept
-{
-    Morvik::sql::tests::Free(memory);
-}
-
-void operator delete[](void* memory, std::size_t) noexcept
-{
-    Morvik::sql::tests::Free(memory);
-}
-
-void operator delete(void* memory, const std::nothrow_t&) noexcept
-{
-    Morvik::sql::tests::Free(memory);
-}
-
-void operator delete[](void* memory, const std::nothrow_t&) noexcept
 {
     Morvik::sql::tests::Free(memory);
 }

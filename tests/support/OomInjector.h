@@ -40,16 +40,12 @@ private:
 /// std::runtime_error if SQLite rejects the change.
 void WrapSqliteAllocator();
 
-/// Observes what the running thread requests from operator new while the object lives.
+/// Observes what the running thread requests from operator new. Only the newest object may be used.
 class LargestAllocation {
 public:
     LargestAllocation();
-    ~LargestAllocation();
 
-    LargestAllocation(const LargestAllocation&) = delete;
-    LargestAllocation& operator=(const LargestAllocation&) = delete;
-
-    /// The size in bytes of the largest allocation.
+    /// The size in bytes of the largest allocation since the object was constructed.
     std::size_t Size() const;
 };
 
