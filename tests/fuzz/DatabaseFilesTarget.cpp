@@ -10,6 +10,7 @@
 #include "fuzz/ComparedFacades.h"
 #include "fuzz/FuzzTarget.h"
 #include "support/DatabaseFiles.h"
+#include "support/Quoting.h"
 #include "support/TemporaryDirectory.h"
 
 namespace Morvik::sql::tests {
@@ -20,11 +21,7 @@ constexpr std::size_t LongSize = 700; // a row that does not fit on a page of 51
 
 std::string Identifier(const std::string& name)
 {
-    std::string identifier = "\"";
-    for (const char c : name) {
-        identifier.append(c == '"' ? 2 : 1, c);
-    }
-    return identifier + '"';
+    return Quoted(name, '"');
 }
 
 /// Two copies of one database file with any content: the library uses one, the reference implementation the other.

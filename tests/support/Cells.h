@@ -3,6 +3,7 @@
 #include <sql/DbTableData.h>
 #include <sql/DbTableRowValues.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
@@ -10,6 +11,8 @@
 #include <string_view>
 #include <variant>
 #include <vector>
+
+#include "support/Quoting.h"
 
 namespace Morvik::sql::tests {
 
@@ -57,14 +60,8 @@ inline std::string ValueText(const DbTableColumnValue& cell)
     if (const auto* text = std::get_if<std::string>(&cell.value)) {
         return "string(" + *text + ")";
     }
-    std::string hex;
-    for (const char byte : std::get<std::vector<char>>(cell.value)) {
-        static constexpr std::string_view Digits = "0123456789ABCDEF";
-        const auto number = static_cast<unsigned char>(byte);
-        hex += Digits[number >> 4];
-        hex += Digits[number & 15];
-    }
-    return "bytes(" + hex + ")";
+    const auto& bytes = std::get<std::vector<char>>(cell.value);
+    return "bytes(" + Hex({bytes.begin(), bytes.end()}) + ")";
 }
 
 /// A cell as "column:Tag alternative(value)": "0:Integer int(5)", "1:None string()", "2:Blob bytes(410042)".
@@ -78,10 +75,8 @@ inline std::string CellText(const DbTableColumnValue& cell)
 
 inline std::vector<std::string> CellTexts(const DbTableRowValues& row)
 {
-    std::vector<std::string> cells;
-    for (const DbTableColumnValue& cell : row.cells) {
-        cells.push_back(CellText(cell));
-    }
+    std::vector<std::string> cells(row.cells.size());
+    std::ranges::transform(row.cells, cells.begin(), CellText);
     return cells;
 }
 

@@ -5,18 +5,11 @@
 #include <utility>
 #include <vector>
 
+#include "support/Quoting.h"
+
 namespace Morvik::sql::tests {
 
 namespace {
-
-std::string Doubled(const std::string& text, char quote)
-{
-    std::string doubled;
-    for (const char c : text) {
-        doubled.append(c == quote ? 2 : 1, c);
-    }
-    return doubled;
-}
 
 template <typename Items>
 std::string Joined(const Items& items)
@@ -46,7 +39,7 @@ std::string ReferenceLiteral(const DbTableColumnValue& cell)
             stream << std::get<double>(cell.value);
             break;
         case 3:
-            return '"' + Doubled(Doubled(std::get<std::string>(cell.value), '\''), '"') + '"';
+            return Quoted(Doubled(std::get<std::string>(cell.value), '\''), '"');
         case 4: {
             const auto& bytes = std::get<std::vector<char>>(cell.value);
             return '"' + std::string(bytes.begin(), bytes.end()) + '"';
