@@ -6,7 +6,6 @@
 #include "support/AbandonedConnection.h"
 #include "support/NoDestructor.h"
 #include "support/OpenConnection.h"
-#include "support/RawLegacyStatement.h"
 
 namespace Morvik::sql::tests {
 
@@ -70,7 +69,7 @@ TEST_F(SqlTableStepTest, FailedStepHasTheCodesOfTheLegacyInterface)
                                          std::pair("SELECT * FROM t", "ALTER TABLE t ADD COLUMN b"),
                                          std::pair("SELECT * FROM t", "BEGIN EXCLUSIVE")}) {
         SCOPED_TRACE(std::string(sql) + ", meanwhile " + meanwhile);
-        RawLegacyStatement legacy(raw, sql);
+        RawLegacyStatement legacy(raw.Handle(), sql);
         EXPECT_TRUE(table.Open(sql));
         other.Execute(meanwhile);
         const RawFailure step = legacy.Step();

@@ -6,8 +6,8 @@
 
 #include "api/FacadeTest.h"
 #include "support/OomInjector.h"
+#include "support/ReferenceRendering.h"
 #include "support/SqliteCallRecorder.h"
-#include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 

@@ -4,8 +4,8 @@
 #include <sqlite3.h>
 
 #include "api/FacadeTest.h"
+#include "support/ReferenceRendering.h"
 #include "support/SqliteCallRecorder.h"
-#include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 

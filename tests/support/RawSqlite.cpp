@@ -3,54 +3,31 @@
 #include <stdexcept>
 #include <string_view>
 
-#include <sqlite3.h>
+#include "support/Quoting.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
-
-// The result `code` of a call, with the connection's message if the call failed.
-RawFailure ResultOf(int code, sqlite3* handle)
-{
-    return {code, code != SQLITE_OK ? sqlite3_errmsg(handle) : ""};
-}
 
 std::runtime_error Error(int code, sqlite3* handle, const std::string& what)
 {
     return std::runtime_error("raw SQLite: code " + std::to_string(code) + ", " + sqlite3_errmsg(handle) + ": " + what);
 }
 
-std::string Hex(const unsigned char* bytes, int count)
-{
-    static constexpr char Digits[] = "0123456789ABCDEF";
-    std::string text = "X'";
-    for (int i = 0; i < count; ++i) {
-        text += Digits[bytes[i] >> 4];
-        text += Digits[bytes[i] & 15];
-    }
-    return text + "'";
-}
-
-std::string Quoted(sqlite3_stmt* statement, int column)
+std::string ColumnText(sqlite3_stmt* statement, int column)
 {
     const int type = sqlite3_column_type(statement, column);
     if (type == SQLITE_NULL) {
         return "NULL";
     }
+    const void* const data =
+        type == SQLITE_BLOB ? sqlite3_column_blob(statement, column) : sqlite3_column_text(statement, column);
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
+    const std::string_view content(static_cast<const char*>(data), size);
     if (type == SQLITE_BLOB) {
-        const int count = sqlite3_column_bytes(statement, column);
-        return Hex(static_cast<const unsigned char*>(sqlite3_column_blob(statement, column)), count);
+        return "X'" + Hex(content) + "'";
     }
-    const auto* const characters = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-    const std::string_view text(characters, static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
-    if (type != SQLITE_TEXT) {
-        return std::string(text);
-    }
-    std::string quoted = "'";
-    for (const char c : text) {
-        quoted.append(c == '\'' ? 2 : 1, c);
-    }
-    return quoted + "'";
+    return type == SQLITE_TEXT ? Quoted(content, '\'') : std::string(content);
 }
 
 } // namespace
@@ -87,7 +64,7 @@ std::vector<std::vector<std::string>> RawSqlite::Rows(const std::string& sql)
         while ((code = sqlite3_step(statement)) == SQLITE_ROW) {
             std::vector<std::string>& row = rows.emplace_back();
             for (int column = 0; column < sqlite3_column_count(statement); ++column) {
-                row.push_back(Quoted(statement, column));
+                row.push_back(ColumnText(statement, column));
             }
         }
     }
@@ -103,11 +80,17 @@ std::string RawSqlite::Value(const std::string& sql)
     return Rows(sql).at(0).at(0);
 }
 
+RawFailure FailureOf(int code, sqlite3* handle)
+{
+    const bool succeeded = code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE;
+    return {code, succeeded ? "" : sqlite3_errmsg(handle)};
+}
+
 RawFailure FailureOfOpen(const std::string& path, int flags)
 {
     sqlite3* handle = nullptr;
     const int code = sqlite3_open_v2(path.c_str(), &handle, flags, nullptr);
-    RawFailure failure = ResultOf(code, handle);
+    RawFailure failure = FailureOf(code, handle);
     sqlite3_close(handle);
     return failure;
 }
@@ -125,34 +108,34 @@ RawFailure FailureOfPrepare(sqlite3* handle, const std::string& sql)
 {
     sqlite3_stmt* statement = nullptr;
     const int code = sqlite3_prepare(handle, sql.c_str(), -1, &statement, nullptr);
-    RawFailure failure = ResultOf(code, handle);
+    RawFailure failure = FailureOf(code, handle);
     sqlite3_finalize(statement);
     return failure;
 }
 
 RawFailure FailureOfCloseWithAStatement()
 {
-    RawSqlite raw(":memory:");
-    sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v2(raw.Handle(), "SELECT 1", -1, &statement, nullptr);
-    RawFailure failure = ResultOf(sqlite3_close(raw.Handle()), raw.Handle());
-    sqlite3_finalize(statement);
-    return failure;
+    const RawSqlite raw(":memory:");
+    const RawLegacyStatement statement(raw.Handle(), "SELECT 1");
+    return FailureOf(sqlite3_close(raw.Handle()), raw.Handle());
+}
+
+RawLegacyStatement::RawLegacyStatement(sqlite3* handle, const std::string& sql) : m_handle(handle)
+{
+    const int code = sqlite3_prepare(handle, sql.c_str(), -1, &m_statement, nullptr);
+    if (code != SQLITE_OK) {
+        throw Error(code, handle, sql);
+    }
 }
 
 RawWalk LegacyWalk(sqlite3* handle, const std::string& sql)
 {
-    sqlite3_stmt* statement = nullptr;
-    const int prepared = sqlite3_prepare(handle, sql.c_str(), -1, &statement, nullptr);
-    if (prepared != SQLITE_OK) {
-        throw Error(prepared, handle, sql);
-    }
+    RawLegacyStatement statement(handle, sql);
     RawWalk walk;
-    while ((walk.step.code = sqlite3_step(statement)) == SQLITE_ROW) {
-        ++walk.rows;
-    }
-    walk.step.message = walk.step.code != SQLITE_DONE ? sqlite3_errmsg(handle) : "";
-    walk.finalize = ResultOf(sqlite3_finalize(statement), handle);
+    do {
+        walk.step = statement.Step();
+    } while (walk.step.code == SQLITE_ROW);
+    walk.finalize = statement.Finalize();
     return walk;
 }
 

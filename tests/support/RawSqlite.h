@@ -1,9 +1,10 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
-struct sqlite3;
+#include <sqlite3.h>
 
 namespace Morvik::sql::tests {
 
@@ -39,6 +40,9 @@ struct RawFailure {
     std::string message;
 };
 
+/// The result `code` of a call with the connection's message, which is left out if the code is 0, 100 or 101.
+RawFailure FailureOf(int code, sqlite3* handle);
+
 /// The result of sqlite3_open_v2 for `path` with `flags`; nothing stays open.
 RawFailure FailureOfOpen(const std::string& path, int flags);
 
@@ -51,9 +55,28 @@ RawFailure FailureOfPrepare(sqlite3* handle, const std::string& sql);
 /// The result of sqlite3_close while a statement of the connection is not finalized.
 RawFailure FailureOfCloseWithAStatement();
 
+/// A statement compiled by SQLite's legacy sqlite3_prepare, whose codes differ from those of sqlite3_prepare_v2. The
+/// cursor uses sqlite3_prepare, so it must return the same codes in the same situation. A failed compilation throws
+/// std::runtime_error.
+class RawLegacyStatement {
+public:
+    RawLegacyStatement(sqlite3* handle, const std::string& sql);
+    ~RawLegacyStatement() { sqlite3_finalize(m_statement); }
+
+    RawLegacyStatement(const RawLegacyStatement&) = delete;
+    RawLegacyStatement& operator=(const RawLegacyStatement&) = delete;
+
+    RawFailure Step() { return FailureOf(sqlite3_step(m_statement), m_handle); }
+    RawFailure Reset() { return FailureOf(sqlite3_reset(m_statement), m_handle); }
+    RawFailure Finalize() { return FailureOf(sqlite3_finalize(std::exchange(m_statement, nullptr)), m_handle); }
+
+private:
+    sqlite3* m_handle;
+    sqlite3_stmt* m_statement = nullptr;
+};
+
 /// Reads a query with the legacy interface, to its end or its first failure.
 struct RawWalk {
-    int rows = 0;
     RawFailure step;
     RawFailure finalize;
 };

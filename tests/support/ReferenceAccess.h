@@ -21,21 +21,19 @@ namespace Morvik::sql::tests {
 /// The code and message of the last operation.
 class ReferenceError {
 public:
-    int GetLastError() const { return m_code; }
-    const std::string& GetLastErrorMsg() const { return m_message; }
+    int GetLastError() const { return m_error.code; }
+    const std::string& GetLastErrorMsg() const { return m_error.message; }
 
 protected:
     /// Stores the code, and the connection's message if the code is a failure. Returns whether the code is a success.
     bool SetError(int code, sqlite3* handle)
     {
-        const bool succeeded = code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE;
-        m_code = code;
-        m_message = succeeded ? "" : sqlite3_errmsg(handle);
-        return succeeded;
+        m_error = FailureOf(code, handle);
+        return code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE;
     }
 
-    int m_code = 0;
-    std::string m_message;
+    /// Mutable, because constant reads of the facade change it.
+    mutable RawFailure m_error;
 };
 
 class ReferenceDatabase : public ReferenceError {
@@ -59,8 +57,7 @@ public:
                 std::filesystem::create_directories(directory);
             }
         } catch (const std::exception&) {
-            m_code = 111;
-            m_message = "Create directory failed: " + path;
+            m_error = {111, "Create directory failed: " + path};
             return false;
         }
         const int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
@@ -91,9 +88,9 @@ public:
     ReferenceStatement(const ReferenceStatement&) = delete;
     ReferenceStatement& operator=(const ReferenceStatement&) = delete;
 
-protected:
-    bool Held() const { return m_statement != nullptr; }
+    bool IsOpen() const { return m_statement != nullptr; }
 
+protected:
     const ReferenceDatabase& m_database;
     sqlite3_stmt* m_statement = nullptr;
 };
@@ -108,10 +105,8 @@ public:
 
     bool Execute(const std::string& sql)
     {
-        const RawFailure failure = FailureOfExec(m_database.Handle(), sql);
-        m_code = failure.code;
-        m_message = failure.message;
-        return m_code == SQLITE_OK;
+        m_error = FailureOfExec(m_database.Handle(), sql);
+        return m_error.code == SQLITE_OK;
     }
 
     bool Prepare(std::string_view sql)
@@ -120,19 +115,19 @@ public:
         return Store(sqlite3_prepare_v2(m_database.Handle(), sql.data(), count, &m_statement, nullptr));
     }
 
-    bool BindInteger(int index, int value) { return Held() && Store(sqlite3_bind_int(m_statement, index, value)); }
+    bool BindInteger(int index, int value) { return IsOpen() && Store(sqlite3_bind_int(m_statement, index, value)); }
 
     bool BindText(int index, std::string_view text)
     {
-        return Held() && Store(sqlite3_bind_text(m_statement, index, text.data(), static_cast<int>(text.size()),
-                                                 SQLITE_TRANSIENT));
+        return IsOpen() && Store(sqlite3_bind_text(m_statement, index, text.data(), static_cast<int>(text.size()),
+                                                   SQLITE_TRANSIENT));
     }
 
-    bool Step() { return Held() && SetError(sqlite3_step(m_statement), m_database.Handle()); }
-    bool Finalize() { return Held() && Store(sqlite3_finalize(std::exchange(m_statement, nullptr))); }
+    bool Step() { return IsOpen() && SetError(sqlite3_step(m_statement), m_database.Handle()); }
+    bool Finalize() { return IsOpen() && Store(sqlite3_finalize(std::exchange(m_statement, nullptr))); }
 
     // The column operations are called only on a row.
-    bool HasRowData() const { return m_code == SQLITE_ROW; }
+    bool HasRowData() const { return m_error.code == SQLITE_ROW; }
     int ColumnCount() const { return sqlite3_column_count(m_statement); }
     bool ColumnIsNull(int column) const { return sqlite3_column_type(m_statement, column) == SQLITE_NULL; }
     int ColumnInt(int column) const { return sqlite3_column_int(m_statement, column); }
@@ -156,43 +151,37 @@ private:
     // The message of an earlier operation stays.
     bool Store(int code)
     {
-        m_code = code;
+        m_error.code = code;
         return code == SQLITE_OK;
     }
 };
 
-class ReferenceValue {
-public:
-    explicit ReferenceValue(sqlite3_value* value) : m_value(value) {}
-
-    int GetValueType() const { return sqlite3_value_type(m_value); }
+struct ReferenceValue {
+    int GetValueType() const { return sqlite3_value_type(value); }
 
     template <typename T>
     T GetValue() const
     {
         if constexpr (std::is_same_v<T, int>) {
-            return sqlite3_value_int(m_value);
+            return sqlite3_value_int(value);
         } else if constexpr (std::is_same_v<T, double>) {
-            return sqlite3_value_double(m_value);
+            return sqlite3_value_double(value);
         } else if constexpr (std::is_same_v<T, std::string>) {
-            return reinterpret_cast<const char*>(sqlite3_value_text(m_value));
+            return reinterpret_cast<const char*>(sqlite3_value_text(value));
         } else {
-            const int size = sqlite3_value_bytes(m_value);
-            const auto* const bytes = static_cast<const char*>(sqlite3_value_blob(m_value));
+            const int size = sqlite3_value_bytes(value);
+            const auto* const bytes = static_cast<const char*>(sqlite3_value_blob(value));
             return T(bytes, bytes + size);
         }
     }
 
-private:
-    sqlite3_value* m_value;
+    sqlite3_value* value;
 };
 
 /// Uses the legacy sqlite3_prepare, whose codes differ from those of sqlite3_prepare_v2.
 class ReferenceTable : public ReferenceStatement {
 public:
     using ReferenceStatement::ReferenceStatement;
-
-    bool IsOpen() const { return Held(); }
 
     bool Open(const std::string& sql)
     {
@@ -207,8 +196,8 @@ public:
             return false;
         }
         SetError(sqlite3_step(m_statement), m_database.Handle());
-        m_code = m_code == SQLITE_DONE ? SQLITE_OK : m_code;
-        return m_code == SQLITE_ROW;
+        m_error.code = m_error.code == SQLITE_DONE ? SQLITE_OK : m_error.code;
+        return m_error.code == SQLITE_ROW;
     }
 
     bool Close()
@@ -222,7 +211,7 @@ public:
     long long GetInt64(int column) const { return sqlite3_column_int64(m_statement, column); }
     std::string GetText(int column) const { return (*this)[column].GetValue<std::string>(); }
     const void* GetBlob(int column) const { return sqlite3_column_blob(m_statement, column); }
-    ReferenceValue operator[](int column) const { return ReferenceValue(sqlite3_column_value(m_statement, column)); }
+    ReferenceValue operator[](int column) const { return {sqlite3_column_value(m_statement, column)}; }
 };
 
 } // namespace Morvik::sql::tests

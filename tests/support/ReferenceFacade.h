@@ -13,24 +13,23 @@
 
 #include "support/ReferenceAccess.h"
 #include "support/ReferenceRendering.h"
-#include "support/TableExistsQuery.h"
 
 namespace Morvik::sql::tests {
 
 /// A second implementation of the facade with the interface of DatabaseApi, made of direct SQLite calls. Tests run the
 /// same operations on both and compare everything that a caller sees, so that no test needs a table of SQLite's codes
 /// and messages.
-class ReferenceFacade : public IDatabaseApi {
+class ReferenceFacade : public IDatabaseApi, public ReferenceError {
 public:
     bool OpenDatabase(const std::string& path, bool readOnly) override
     {
-        m_code = 0;
+        m_error.code = 0;
         return m_database.Open(path, readOnly) || CopyError(m_database);
     }
 
     bool CloseDatabase() override
     {
-        m_code = 0;
+        m_error.code = 0;
         return m_database.Close() || CopyError(m_database);
     }
 
@@ -44,30 +43,25 @@ public:
     bool ExistsTable(const std::string& table, int& result) const override
     {
         const bool exists = TestForTable(table);
-        result = m_code;
+        result = m_error.code;
         return exists;
     }
 
     bool DropTable(const std::string& table) override
     {
-        if (!CheckOpen()) {
-            return false;
-        }
-        return TestForTable(table) ? Run("DELETE FROM " + table) && Run("DROP TABLE IF EXISTS " + table) : m_code == 0;
+        return CheckOpen() && (TestForTable(table) ? Run("DELETE FROM " + table) && Run("DROP TABLE IF EXISTS " + table)
+                                                   : Succeeded());
     }
 
     bool AlterTable(const std::string& table, const std::string& newName) override
     {
-        if (!CheckOpen()) {
-            return false;
-        }
-        return TestForTable(table) ? Run("ALTER TABLE " + table + " RENAME TO " + newName)
-                                   : Fail(113, "No table exists: " + table);
+        return CheckOpen() && (TestForTable(table) ? Run("ALTER TABLE " + table + " RENAME TO " + newName)
+                                                   : Fail(113, "No table exists: " + table));
     }
 
     bool Execute(const std::string& sql) override
     {
-        m_code = 0;
+        m_error.code = 0;
         return sql.empty() ? Fail(112, "Missing command.") : Run(sql);
     }
 
@@ -81,7 +75,7 @@ public:
             sql += (row == 0 ? " (" : " ,(") + CellList(data.rows[row]) + ")";
         }
         Run(sql);
-        return m_code == 0;
+        return Succeeded();
     }
 
     bool UpdateTableValues(const std::string& table, const DbTableDataWrite& data,
@@ -96,7 +90,7 @@ public:
         const std::string values = data.rows.empty() ? "" : CellList(data.rows.front());
         Run("UPDATE " + table + " SET" + ColumnList(data) + "=" + (values.empty() ? "" : "(" + values + ") ") +
             condition);
-        return m_code == 0;
+        return Succeeded();
     }
 
     bool ReadTableValues(const std::string& table, DbTableData& data) const override
@@ -123,7 +117,7 @@ public:
         try {
             const std::string sql = "SELECT count(*) FROM " + table + (condition.empty() ? "" : " " + condition);
             if (!TestForTable(table) || !SqlQueryBegin(sql)) {
-                result = m_code;
+                result = m_error.code;
                 return 0;
             }
             DbTableRowValues row;
@@ -134,24 +128,19 @@ public:
             result = 110;
         }
         if (!CloseReadTable()) {
-            result = m_code;
+            result = m_error.code;
         }
         return count;
     }
 
     /// An iterator on the facade's current row; null at the end.
-    class Iterator {
-    public:
-        const DbTableRowValues& operator*() const { return *m_row; }
-        Iterator& operator++() { return *this = m_facade->begin(); }
-        friend bool operator==(const Iterator&, const Iterator&) = default;
+    struct Iterator {
+        const DbTableRowValues& operator*() const { return *row; }
+        Iterator& operator++() { return *this = facade->begin(); }
+        bool operator==(const Iterator&) const = default;
 
-    private:
-        friend class ReferenceFacade;
-        Iterator(ReferenceFacade* facade, const DbTableRowValues* row) : m_facade(facade), m_row(row) {}
-
-        ReferenceFacade* m_facade;
-        const DbTableRowValues* m_row;
+        ReferenceFacade* facade;
+        const DbTableRowValues* row;
     };
 
     bool SqlQueryBegin(const std::string& sql)
@@ -173,46 +162,42 @@ public:
             return false;
         }
         ReadRow(row);
-        return m_code == 0;
+        return Succeeded();
     }
 
     bool CloseReadTable() const
     {
-        m_code = 0;
+        m_error.code = 0;
         return m_table.Close() || CopyError(m_table);
     }
 
     ReferenceCommand PrepareStatement(std::string_view sql) const { return {m_database, sql}; }
 
-    int GetLastError() const { return m_code; }
-    const std::string& GetLastErrorMsg() const { return m_message; }
-    bool Succeeded() const { return m_code == 0; }
+    bool Succeeded() const { return m_error.code == 0; }
     bool Failed() const { return !Succeeded(); }
 
 private:
     bool Fail(int code, const std::string& message) const
     {
-        m_code = code;
-        m_message = message;
+        m_error = {code, message};
         return false;
     }
 
     bool CopyError(const ReferenceError& lower) const
     {
-        m_code = lower.GetLastError();
-        m_message = lower.GetLastErrorMsg();
-        return m_code == 0;
+        m_error = {lower.GetLastError(), lower.GetLastErrorMsg()};
+        return Succeeded();
     }
 
     bool CheckOpen() const
     {
-        m_code = 0;
+        m_error.code = 0;
         return IsOpen() || Fail(111, "Database isn't open.");
     }
 
     bool CheckName(const std::string& table) const
     {
-        m_code = 0;
+        m_error.code = 0;
         return !table.empty() || Fail(112, "Missing table name.");
     }
 
@@ -286,16 +271,13 @@ private:
     void ReadRow(DbTableRowValues& row) const
     {
         row.cells.clear();
-        for (int column = 0; m_code == 0 && column < m_table.Columns(); ++column) {
+        for (int column = 0; Succeeded() && column < m_table.Columns(); ++column) {
             row.cells.push_back(CellOf(m_table[column], column));
         }
     }
 
-    // The reads are constant and change the error and the cursor, as in DatabaseApi.
-    mutable int m_code = 0;
-    mutable std::string m_message;
     ReferenceDatabase m_database;
-    mutable ReferenceTable m_table{m_database};
+    mutable ReferenceTable m_table{m_database}; // changed by constant reads, as in DatabaseApi
     DbTableRowValues m_row;
 };
 

@@ -20,4 +20,10 @@ std::string ReferenceTableConstraints(const DbTableConstraints& constraints);
 /// The CREATE TABLE statement of a definition.
 std::string ReferenceCreateStatement(const DbTableDefinition& definition);
 
+/// The query with which the facade tests whether a table exists.
+inline std::string TableExistsQuery(const std::string& table)
+{
+    return "SELECT name FROM sqlite_master WHERE type = 'table' AND name = '" + table + "' COLLATE NOCASE";
+}
+
 } // namespace Morvik::sql::tests

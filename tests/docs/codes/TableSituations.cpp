@@ -4,8 +4,7 @@
 
 #include "docs/codes/Situation.h"
 #include "support/OomInjector.h"
-#include "support/RawLegacyStatement.h"
-#include "support/TableExistsQuery.h"
+#include "support/ReferenceRendering.h"
 
 namespace Morvik::sql::tests {
 
@@ -63,7 +62,7 @@ RawFailure WalkTheTable(SituationFacade& facade)
 {
     RawSqlite raw(":memory:");
     raw.Execute("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2)");
-    RawLegacyStatement reading(raw, "SELECT a FROM t");
+    RawLegacyStatement reading(raw.Handle(), "SELECT a FROM t");
     reading.Step();
     raw.Execute("DELETE FROM t");
     facade.database.SqlQueryBegin("SELECT a FROM t");
