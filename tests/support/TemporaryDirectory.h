@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdlib>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
 namespace Morvik::sql::tests {
@@ -8,8 +10,21 @@ namespace Morvik::sql::tests {
 /// A new, separate directory for one test; it is removed with all its files when the object is destroyed.
 class TemporaryDirectory {
 public:
-    TemporaryDirectory();
-    ~TemporaryDirectory();
+    TemporaryDirectory()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "tkosqllite-XXXXXX").string();
+        if (mkdtemp(name.data()) == nullptr) {
+            throw std::runtime_error("no temporary directory can be made at " + name);
+        }
+        m_path = name;
+    }
+
+    ~TemporaryDirectory()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
+
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
@@ -26,8 +41,14 @@ private:
 /// directory.
 class ScopedWorkingDirectory {
 public:
-    explicit ScopedWorkingDirectory(const std::filesystem::path& path);
-    ~ScopedWorkingDirectory();
+    explicit ScopedWorkingDirectory(const std::filesystem::path& path) { std::filesystem::current_path(path); }
+
+    ~ScopedWorkingDirectory()
+    {
+        std::error_code ignored;
+        std::filesystem::current_path(m_previous, ignored);
+    }
+
     ScopedWorkingDirectory(const ScopedWorkingDirectory&) = delete;
     ScopedWorkingDirectory& operator=(const ScopedWorkingDirectory&) = delete;
 
