@@ -13,14 +13,30 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "support/AddressSanitizer.h"
 #include "support/Cells.h"
-#include "support/LiveBytes.h"
 #include "support/OpenFacade.h"
+
+#if TKOSQLLITE_ADDRESS_SANITIZER
+// Declared here, because GCC has the function but no header for it.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+#else
+#include <malloc.h>
+#endif
 
 namespace Morvik::sql::tests {
 
 namespace {
+
+/// The bytes that the complete process, SQLite included, currently holds from malloc.
+std::size_t LiveBytes()
+{
+#if TKOSQLLITE_ADDRESS_SANITIZER
+    return __sanitizer_get_current_allocated_bytes(); // mallinfo2 does not count this allocator
+#else
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+#endif
+}
 
 // A row-by-row query holds one row at a time, however many rows there are. Every row has the same size, and SQLite's
 // page cache is kept smaller than the first rows, so that only the query could make the heap grow.

@@ -16,6 +16,17 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+#ifdef TKOSQLLITE_SQLITE_WITHOUT_DQS
+// All connections of this program accept double-quoted texts, because most tests write some. An application can do the
+// same.
+const DoubleQuotedTexts AcceptedByDefault(true);
+
+TEST(DoubleQuotedTexts, SqliteIsBuiltWithoutDoubleQuotedTexts)
+{
+    EXPECT_EQ(sqlite3_compileoption_used("DQS=0"), 1);
+}
+#endif
+
 class DatabaseApiWritingTest : public FacadeTest {
 protected:
     DatabaseApiWritingTest() { EXPECT_TRUE(database.Execute("CREATE TABLE n (a, b)")); }

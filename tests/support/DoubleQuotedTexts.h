@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include <sqlite3.h>
 
 namespace Morvik::sql::tests {
@@ -8,31 +10,28 @@ namespace Morvik::sql::tests {
 /// them as a SQLite built with SQLITE_DQS=0 does. If several objects exist, the newest applies.
 class DoubleQuotedTexts {
 public:
-    explicit DoubleQuotedTexts(bool accepted) : m_extension(accepted ? Accept : Reject)
+    explicit DoubleQuotedTexts(bool accepted)
     {
-        sqlite3_auto_extension(EntryPoint());
+        settings.push_back(accepted ? 1 : 0);
+        sqlite3_auto_extension(reinterpret_cast<void (*)()>(ApplyNewest));
     }
 
-    ~DoubleQuotedTexts() { sqlite3_cancel_auto_extension(EntryPoint()); }
+    ~DoubleQuotedTexts() { settings.pop_back(); }
 
     DoubleQuotedTexts(const DoubleQuotedTexts&) = delete;
     DoubleQuotedTexts& operator=(const DoubleQuotedTexts&) = delete;
 
 private:
-    using Extension = int(sqlite3*, char**, const sqlite3_api_routines*);
-
-    static int Set(sqlite3* connection, int accepted)
+    static int ApplyNewest(sqlite3* connection, char**, const sqlite3_api_routines*)
     {
-        sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, accepted, nullptr);
-        return sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DDL, accepted, nullptr);
+        if (settings.empty()) {
+            return SQLITE_OK;
+        }
+        sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, settings.back(), nullptr);
+        return sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DDL, settings.back(), nullptr);
     }
 
-    static int Accept(sqlite3* connection, char**, const sqlite3_api_routines*) { return Set(connection, 1); }
-    static int Reject(sqlite3* connection, char**, const sqlite3_api_routines*) { return Set(connection, 0); }
-
-    void (*EntryPoint() const)() { return reinterpret_cast<void (*)()>(m_extension); }
-
-    Extension* m_extension;
+    static inline std::vector<int> settings;
 };
 
 } // namespace Morvik::sql::tests
