@@ -24,20 +24,10 @@ public:
         if (known != m_known.end()) {
             return known->second;
         }
-        return m_known.emplace_back(files, files.contents.empty() ? DatabaseContent() : Read(path)).second;
+        return m_known.emplace_back(files, ContentAndSchemaOf(path)).second;
     }
 
 private:
-    static DatabaseContent Read(const std::string& path)
-    {
-        DatabaseContent content = ContentOf(path);
-        auto schema = RawSqlite(path).Rows("SELECT name, type, tbl_name, sql FROM sqlite_master ORDER BY 1");
-        if (!schema.empty()) {
-            content["sqlite_master"] = std::move(schema);
-        }
-        return content;
-    }
-
     std::list<std::pair<DatabaseFiles, DatabaseContent>> m_known;
 };
 

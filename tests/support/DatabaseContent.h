@@ -1,14 +1,15 @@
 #pragma once
 
+#include <filesystem>
 #include <map>
 #include <stdexcept>
+#include <utility>
 
 #include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
-/// The rows of every table by the table's name, ordered by their first column, each value as SQLite's `quote()` writes
-/// it.
+/// The rows of every table by the table's name, each value as SQLite's `quote()` writes it.
 using DatabaseContent = std::map<std::string, std::vector<std::vector<std::string>>>;
 
 /// Opens a database file with raw SQLite, as any program would after a fault, and reads all tables. Throws
@@ -22,7 +23,21 @@ inline DatabaseContent ContentOf(const std::string& path)
     DatabaseContent content;
     for (const auto& row : raw.Rows("SELECT name FROM sqlite_master WHERE type = 'table'")) {
         const std::string name = row.front().substr(1, row.front().size() - 2);
-        content[name] = raw.Rows("SELECT * FROM \"" + name + "\" ORDER BY 1");
+        content[name] = raw.Rows("SELECT * FROM \"" + name + '"');
+    }
+    return content;
+}
+
+/// The content and, if there are tables, the schema as the table "sqlite_master"; no tables if the file does not exist.
+inline DatabaseContent ContentAndSchemaOf(const std::string& path)
+{
+    if (!std::filesystem::exists(path)) {
+        return {};
+    }
+    DatabaseContent content = ContentOf(path);
+    auto schema = RawSqlite(path).Rows("SELECT type, name, tbl_name, sql FROM sqlite_master");
+    if (!schema.empty()) {
+        content["sqlite_master"] = std::move(schema);
     }
     return content;
 }

@@ -2,6 +2,7 @@
 
 #include <sql/DatabaseApi.h>
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <utility>
@@ -211,10 +212,8 @@ private:
 
     StepOutcome NoteRows(std::string operation, bool succeeded)
     {
-        std::vector<std::string> rows;
-        for (const DbTableRowValues& row : m_data.rows) {
-            rows.push_back(RowText(row));
-        }
+        std::vector<std::string> rows(m_data.rows.size());
+        std::ranges::transform(m_data.rows, rows.begin(), RowText);
         return Note(std::move(operation), succeeded, std::move(rows));
     }
 

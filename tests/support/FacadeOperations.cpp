@@ -4,20 +4,14 @@
 #include <fstream>
 #include <limits>
 
+#include "support/DatabaseContent.h"
 #include "support/NumberLocales.h"
-#include "support/RawSqlite.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
 // The arguments of the operations, including unusual ones.
-
-template <typename Value, typename... Values>
-Value OneOf(FuzzInput& choices, Values... values)
-{
-    return choices.Of(std::vector<Value>{values...});
-}
 
 DbTableColumnValue ChosenCell(FuzzInput& choices)
 {
@@ -26,22 +20,23 @@ DbTableColumnValue ChosenCell(FuzzInput& choices)
     // The time functions are left out, because the two databases would compute them at different times.
     cell.type = static_cast<DbTableColumnType>(tag < 6 || tag > 9 ? static_cast<int>(tag) : static_cast<int>(tag) - 5);
     cell.column = static_cast<std::uint32_t>(choices.Below(3));
-    const auto bytes = OneOf<std::string>(choices, "", "AB", "\x01\xff", "x");
+    const auto bytes = choices.Of<std::string>({"", "AB", "\x01\xff", "x"});
     // Sometimes the value is not the tag's alternative.
     switch (choices.OneIn(12) ? choices.Below(5) : static_cast<std::size_t>(cell.type)) {
     case 2:
-        cell.value = OneOf<double>(choices, 0.0, -0.0, 0.1, 1234567.0, 1e-300, 3.14159265, 1e300,
-                                   std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN());
+        cell.value =
+            choices.Of<double>({0.0, -0.0, 0.1, 1234567.0, 1e-300, 3.14159265, 1e300,
+                                std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()});
         break;
     case 3:
         cell.value =
-            OneOf<std::string>(choices, "", "Ann", "O'Brien", "say \"hi\"", "x", "caf\xc3\xa9", "\xff\xfe", "a;b");
+            choices.Of<std::string>({"", "Ann", "O'Brien", "say \"hi\"", "x", "caf\xc3\xa9", "\xff\xfe", "a;b"});
         break;
     case 4:
         cell.value = std::vector<char>(bytes.begin(), bytes.end());
         break;
     default:
-        cell.value = OneOf<int>(choices, 0, 1, 2, 3, -7, 42, INT_MAX, INT_MIN);
+        cell.value = choices.Of<int>({0, 1, 2, 3, -7, 42, INT_MAX, INT_MIN});
         break;
     }
     return cell;
@@ -49,8 +44,8 @@ DbTableColumnValue ChosenCell(FuzzInput& choices)
 
 std::string ChosenTable(FuzzInput& choices)
 {
-    return OneOf<std::string>(choices, "a", "a", "a", "b", "b", "B", "c", "log", "order", "two words", "\"two words\"",
-                              "it's", "", "absent", "sqlite_master");
+    return choices.Of<std::string>({"a", "a", "a", "b", "b", "B", "c", "log", "order", "two words", "\"two words\"",
+                                    "it's", "", "absent", "sqlite_master"});
 }
 
 std::string ChosenCommand(FuzzInput& choices)
@@ -105,8 +100,8 @@ std::string ChosenQuery(FuzzInput& choices)
 
 std::string ChosenCondition(FuzzInput& choices)
 {
-    return OneOf<std::string>(choices, "", "", "WHERE x = 1", "WHERE 0", "WHERE x > 1 AND y IS NOT NULL", "nonsense",
-                              "UNION SELECT 'text' ORDER BY 1 DESC", "GROUP BY x", "LIMIT 0");
+    return choices.Of<std::string>({"", "", "WHERE x = 1", "WHERE 0", "WHERE x > 1 AND y IS NOT NULL", "nonsense",
+                                    "UNION SELECT 'text' ORDER BY 1 DESC", "GROUP BY x", "LIMIT 0"});
 }
 
 DbTableDataWrite ChosenData(FuzzInput& choices)
@@ -116,12 +111,10 @@ DbTableDataWrite ChosenData(FuzzInput& choices)
         {"", "x", "y", "z"}, {"x", "", "z"},  {"x", ""},       {"", ""}, {"order"}};
     DbTableDataWrite data;
     data.columns = choices.Of(ColumnLists);
-    const std::size_t rows = choices.Below(4);
-    for (std::size_t row = 0; row < rows; ++row) {
+    const std::size_t width = data.columns.empty() ? 3 : data.columns.size();
+    for (std::size_t rows = choices.Below(4); rows > 0; --rows) {
         DbTableRowValues& values = data.rows.emplace_back();
-        const std::size_t cells =
-            choices.OneIn(10) ? choices.Below(4) : (data.columns.empty() ? 3 : data.columns.size());
-        for (std::size_t cell = 0; cell < cells; ++cell) {
+        for (std::size_t cells = choices.OneIn(10) ? choices.Below(4) : width; cells > 0; --cells) {
             values.cells.push_back(ChosenCell(choices));
         }
     }
@@ -174,23 +167,12 @@ std::string FacadeOperations::Compare(const Step& step)
 
 std::string FacadeOperations::RunOne(FuzzInput& choices)
 {
-    switch (choices.Below(12)) {
-    case 0:
-        return Open(choices);
-    case 1:
-    case 2:
-    case 3:
-        return Manage(choices);
-    case 4:
-    case 5:
-    case 6:
-        return Write(choices);
-    case 7:
-    case 8:
-        return Read(choices);
-    default:
-        return Walk(choices);
-    }
+    using Operation = std::string (FacadeOperations::*)(FuzzInput&);
+    using Self = FacadeOperations;
+    static const std::vector<Operation> operations{&Self::Open,  &Self::Manage, &Self::Manage, &Self::Manage,
+                                                   &Self::Write, &Self::Write,  &Self::Write,  &Self::Read,
+                                                   &Self::Read,  &Self::Walk,   &Self::Walk,   &Self::Walk};
+    return (this->*choices.Of(operations))(choices);
 }
 
 std::string FacadeOperations::Open(FuzzInput& choices)
@@ -198,8 +180,9 @@ std::string FacadeOperations::Open(FuzzInput& choices)
     if (choices.OneIn(4)) {
         return Compare([](auto& side) { return side.Close(); });
     }
-    const auto path = OneOf<std::string>(choices, "main.db", "main.db", "new/directory/main.db", "no-database",
-                                         "a-directory", "no-database/main.db", "no-database/in/x.db", ":memory:");
+    const auto path =
+        choices.Of<std::string>({"main.db", "main.db", "new/directory/main.db", "no-database", "a-directory",
+                                 "no-database/main.db", "no-database/in/x.db", ":memory:"});
     const bool readOnly = choices.OneIn(5);
     const std::string difference = Compare([&](auto& side) { return side.Open(path, readOnly); });
     // These files need not survive a power failure, and waiting for the disk would take most of the time.
@@ -230,7 +213,6 @@ std::string FacadeOperations::Manage(FuzzInput& choices)
 std::string FacadeOperations::Write(FuzzInput& choices)
 {
     static const std::vector<NumberLocale> Locales = NumberLocales();
-    static const std::vector<int> Roundings(std::begin(UnusualRoundings), std::end(UnusualRoundings));
     const std::string table = ChosenTable(choices);
     const DbTableDataWrite data = ChosenData(choices);
     const std::size_t operation = choices.Below(3);
@@ -239,7 +221,7 @@ std::string FacadeOperations::Write(FuzzInput& choices)
     if (m_locale == GlobalLocale::Chosen && choices.OneIn(6)) {
         locale.emplace(choices.Of(Locales).locale);
     }
-    const ScopedRounding rounding(choices.OneIn(12) ? choices.Of(Roundings) : FE_TONEAREST);
+    const ScopedRounding rounding(choices.OneIn(12) ? choices.Of(UnusualRoundings) : FE_TONEAREST);
     return Compare([&](auto& side) {
         switch (operation) {
         case 0:
@@ -281,22 +263,10 @@ std::string FacadeOperations::CompareFiles()
     m_library.reset();
     m_reference.reset();
     for (const char* const name : {"main.db", "new/directory/main.db"}) {
-        const auto openIn = [&](const std::string& directory) {
-            return RawSqlite(std::filesystem::exists(directory + name) ? directory + name : ":memory:");
-        };
-        RawSqlite actual = openIn(m_libraryDirectory);
-        RawSqlite expected = openIn(m_referenceDirectory);
-        if (actual.Value("PRAGMA integrity_check") != "'ok'") {
-            return std::string(name) + " is damaged";
-        }
-        std::vector<std::string> queries{"SELECT type, name, sql FROM sqlite_master ORDER BY rowid"};
-        for (const auto& table : expected.Rows("SELECT name FROM sqlite_master WHERE type = 'table'")) {
-            queries.push_back("SELECT * FROM \"" + table.front().substr(1, table.front().size() - 2) + '"');
-        }
-        for (const std::string& query : queries) {
-            if (actual.Rows(query) != expected.Rows(query)) {
-                return std::string(name) + " gives other rows for " + query;
-            }
+        const DatabaseContent actual = ContentAndSchemaOf(m_libraryDirectory + name);
+        const DatabaseContent expected = ContentAndSchemaOf(m_referenceDirectory + name);
+        if (actual != expected) {
+            return std::string(name) + " has\n" + Described(actual) + "in place of\n" + Described(expected);
         }
     }
     return {};

@@ -123,6 +123,6 @@ private:
 };
 
 /// The rounding modes that change the last digit of a number.
-inline constexpr int UnusualRoundings[] = {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO};
+inline const std::vector<int> UnusualRoundings{FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO};
 
 } // namespace Morvik::sql::tests
