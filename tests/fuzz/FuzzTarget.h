@@ -13,10 +13,7 @@ namespace Morvik::sql::tests {
 /// Prints the finding and ends the program, so that libFuzzer keeps the input.
 [[noreturn]] void ReportFinding(const std::string& finding);
 
-/// The text, with every non-printable byte written as \xNN.
-std::string Printable(const std::string& text);
-
-/// Reports `what` with both texts unless they are equal.
+/// Reports `what` with both texts unless they are equal. Bytes that cannot be printed are written as \xNN.
 void RequireSame(const std::string& what, const std::string& actual, const std::string& expected);
 
 /// Tells libFuzzer that the input made `feature` happen, so that it keeps inputs that reach new code in SQLite, which

@@ -8,9 +8,9 @@
 #include <bit>
 #include <cmath>
 #include <cstdlib>
-#include <iterator>
 #include <optional>
 #include <span>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -19,13 +19,14 @@
 #include "model/ValueLiteral.h"
 #include "support/Cells.h"
 #include "support/FuzzInput.h"
+#include "support/Quoting.h"
 #include "support/ReferenceRendering.h"
 
 namespace Morvik::sql::tests {
 
 namespace {
 
-const std::vector<std::string> Columns{"c0", "c1", "c2", "c3", "c4", "c5"};
+using namespace std::string_view_literals;
 
 std::string WithoutZeroBytes(std::string text)
 {
@@ -65,15 +66,6 @@ DbTableColumnValue ChosenCell(FuzzInput& choices)
     }
 }
 
-std::vector<DbTableColumnValue> ChosenCells(FuzzInput& choices)
-{
-    std::vector<DbTableColumnValue> cells;
-    do {
-        cells.push_back(ChosenCell(choices));
-    } while (choices.Left() && cells.size() < Columns.size());
-    return cells;
-}
-
 /// The cell's text as the library appends it to a statement with other text; nothing if the cell has no text.
 std::optional<std::string> Literal(const DbTableColumnValue& cell)
 {
@@ -89,25 +81,18 @@ std::optional<std::string> Literal(const DbTableColumnValue& cell)
     return sql.substr(begin);
 }
 
-// Bytes are written unchanged, so any of these bytes ends the value or the statement.
-bool EndsItsLiteral(const DbTableColumnValue& cell)
+// Whether SQLite reads the cell's literal as one value. It reads "inf" and "nan" as the names of columns. The bytes of
+// a blob are written unchanged, so a zero byte or a quotation mark ends the statement or the value.
+bool IsOneValue(const DbTableColumnValue& cell, std::string_view literal)
 {
-    const auto* const bytes = std::get_if<std::vector<char>>(&cell.value);
-    return cell.type == DbTableColumnType::Blob && bytes != nullptr &&
-           std::ranges::any_of(*bytes, [](char byte) { return byte == '\0' || byte == '"'; });
-}
-
-// SQLite reads "inf" and "nan" as the names of columns.
-bool IsNoNumber(const DbTableColumnValue& cell)
-{
-    const auto* const number = std::get_if<double>(&cell.value);
-    return cell.type == DbTableColumnType::Real && number != nullptr && !std::isfinite(*number);
-}
-
-bool HoldsZeroByte(const DbTableColumnValue& cell)
-{
-    const auto* const text = std::get_if<std::string>(&cell.value);
-    return cell.type == DbTableColumnType::Text && text != nullptr && text->find('\0') != std::string::npos;
+    switch (cell.type) {
+    case DbTableColumnType::Real:
+        return literal.find('n') == std::string_view::npos;
+    case DbTableColumnType::Blob:
+        return literal.find_first_of("\"\0"sv, 1) == literal.size() - 1;
+    default:
+        return true;
+    }
 }
 
 /// A facade with the table, emptied. It is kept open from one input to the next.
@@ -121,77 +106,52 @@ DatabaseApi& FacadeTable()
     return facade;
 }
 
-void RequireSameNumber(const std::string& stored, const std::string& literal)
+// Reports a finding unless `stored` is the value of the cell. `literal` is the cell's text in the statement.
+void RequireStoredAs(const DbTableColumnValue& cell, const std::string& literal, const DbTableColumnValue& stored)
 {
-    const double actual = std::strtod(stored.c_str(), nullptr);
-    const double expected = std::strtod(literal.c_str(), nullptr);
-    // SQLite prints 15 digits, and parses the smallest numbers with fewer.
-    const bool same = std::abs(actual - expected) <= std::max(std::abs(expected) * 1e-14, 1e-290);
-    if (!same || stored.front() == '\'') {
-        ReportFinding("The number " + literal + " is stored as " + stored);
-    }
-}
-
-// The text with its apostrophes doubled, as the library stores it.
-std::string Doubled(const std::string& text)
-{
-    std::string doubled;
-    for (const char c : text) {
-        doubled.append(c == '\'' ? 2 : 1, c);
-    }
-    return doubled;
-}
-
-// Reports a finding unless `stored`, a value as SQLite's quote() writes it, is the value of the cell. `literal` is the
-// cell's text in the statement.
-void RequireStoredAs(const DbTableColumnValue& cell, const std::string& literal, const std::string& stored)
-{
+    const std::string actual = ValueText(stored);
     if (const auto* const text = std::get_if<std::string>(&cell.value); literal.front() == '"' && text != nullptr) {
-        RequireSame("The stored text of " + Printable(*text), stored, "'" + Doubled(Doubled(*text)) + "'");
+        RequireSame("The stored text", actual, ValueText(TextCell(Doubled(*text, '\''))));
     } else if (literal.front() == '"') {
         const auto& bytes = std::get<std::vector<char>>(cell.value);
-        RequireSame("The stored bytes", stored, "'" + Doubled({bytes.begin(), bytes.end()}) + "'");
+        RequireSame("The stored bytes", actual, ValueText(TextCell({bytes.begin(), bytes.end()})));
     } else if (cell.type > DbTableColumnType::Null) {
-        const bool isText = cell.type != DbTableColumnType::JulianDayNow;
-        RequireSame("The time's first character", stored.substr(0, 1), isText ? "'" : "2");
+        const std::string beginning = cell.type == DbTableColumnType::JulianDayNow ? "double(2" : "string(";
+        RequireSame("The beginning of the time", actual.substr(0, beginning.size()), beginning);
     } else {
-        RequireSameNumber(stored, literal);
+        const auto* const integer = std::get_if<int>(&stored.value);
+        const double number = integer != nullptr ? *integer : std::get<double>(stored.value);
+        const double expected = std::strtod(literal.c_str(), nullptr);
+        // SQLite parses the smallest numbers with fewer digits.
+        if (std::abs(number - expected) > std::max(std::abs(expected) * 1e-14, 1e-290)) {
+            ReportFinding("The number " + literal + " is stored as " + actual);
+        }
     }
 }
 
-DbTableDataWrite Request(const std::vector<DbTableColumnValue>& cells)
-{
-    return {{Columns.begin(), Columns.begin() + static_cast<std::ptrdiff_t>(cells.size())}, {{cells}}};
-}
-
-/// Reports a finding unless the facade inserts the cells, whose texts in the statement are `literals`, and SQLite
-/// stores the value of each cell. An update with the same cells must succeed.
-void RequireWritten(const std::vector<DbTableColumnValue>& cells, const std::vector<std::string>& literals)
+/// Reports a finding unless the facade inserts the row, whose texts in the statement are `literals`, and SQLite stores
+/// the value of each cell. An update with the same cells must succeed.
+void RequireWritten(const DbTableDataWrite& row, const std::vector<std::string>& literals)
 {
     DatabaseApi& facade = FacadeTable();
-    if (!facade.WriteTableValues("stored", Request(cells))) {
-        ReportFinding("WriteTableValues left " + facade.GetLastErrorMsg());
-    }
     DbTableData data;
-    if (!facade.ReadValues("SELECT quote(c0), quote(c1), quote(c2), quote(c3), quote(c4), quote(c5) FROM stored",
-                           data) ||
-        data.rows.size() != 1) {
-        ReportFinding("The row cannot be read: " + facade.GetLastErrorMsg());
+    if (!facade.WriteTableValues("stored", row) || !facade.ReadTableValues("stored", data) || data.rows.size() != 1) {
+        ReportFinding("The row cannot be written and read: " + facade.GetLastErrorMsg());
     }
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        RequireStoredAs(cells[i], literals[i], std::get<std::string>(data.rows[0].cells.at(i).value));
+    for (std::size_t i = 0; i < literals.size(); ++i) {
+        RequireStoredAs(row.rows[0].cells[i], literals[i], data.rows[0].cells.at(i));
     }
-    if (!facade.UpdateTableValues("stored", Request(cells), "")) {
+    if (!facade.UpdateTableValues("stored", row, "")) {
         ReportFinding("UpdateTableValues left " + facade.GetLastErrorMsg());
     }
 }
 
 /// Reports a finding unless SQLite rejects the row and nothing is written: the zero byte ends the statement inside its
 /// text.
-void RequireRejected(const std::vector<DbTableColumnValue>& cells)
+void RequireRejected(const DbTableDataWrite& row)
 {
     DatabaseApi& facade = FacadeTable();
-    const bool written = facade.WriteTableValues("stored", Request(cells));
+    const bool written = facade.WriteTableValues("stored", row);
     RequireSame("The code of a text with a zero byte", std::to_string(facade.GetLastError()), "1");
     int result = -1;
     if (written || facade.ExistData("stored", "", result) != 0 || result != 0) {
@@ -199,23 +159,25 @@ void RequireRejected(const std::vector<DbTableColumnValue>& cells)
     }
 }
 
-void TryCells(const std::vector<DbTableColumnValue>& cells)
+void TryRow(FuzzInput& choices)
 {
+    DbTableDataWrite row{{"c0", "c1", "c2", "c3", "c4", "c5"}, {{}}};
     std::vector<std::string> literals;
     bool oneValueEach = true;
-    for (const DbTableColumnValue& cell : cells) {
+    for (std::size_t i = 0; i < row.columns.size(); ++i) {
+        const DbTableColumnValue& cell = row.rows[0].cells.emplace_back(ChosenCell(choices));
         const std::optional<std::string> literal = Literal(cell);
         RequireSame("The literal", literal.value_or(""), ReferenceLiteral(cell));
-        oneValueEach = oneValueEach && literal && !EndsItsLiteral(cell) && !IsNoNumber(cell);
+        oneValueEach = oneValueEach && literal && IsOneValue(cell, *literal);
         literals.push_back(literal.value_or(""));
     }
     if (!oneValueEach) {
         return;
     }
-    if (std::ranges::any_of(cells, HoldsZeroByte)) {
-        RequireRejected(cells);
+    if (std::ranges::any_of(literals, [](const std::string& text) { return text.find('\0') != std::string::npos; })) {
+        RequireRejected(row);
     } else {
-        RequireWritten(cells, literals);
+        RequireWritten(row, literals);
     }
 }
 
@@ -226,6 +188,6 @@ void TryCells(const std::vector<DbTableColumnValue>& cells)
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     Morvik::sql::tests::FuzzInput choices(std::span(data, size));
-    Morvik::sql::tests::TryCells(Morvik::sql::tests::ChosenCells(choices));
+    Morvik::sql::tests::TryRow(choices);
     return 0;
 }
