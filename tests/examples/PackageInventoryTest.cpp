@@ -6,7 +6,7 @@
 #include <string>
 
 #include "examples/ExampleTest.h"
-#include "support/KilledProgram.h"
+#include "support/DatabaseFiles.h"
 
 namespace Morvik::sql::tests {
 

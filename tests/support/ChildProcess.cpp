@@ -7,6 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
+#include <thread>
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -26,7 +27,7 @@ void ThrowOnError(int error, const std::string& what)
 
 } // namespace
 
-ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Settings& settings)
+ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const ChildSettings& settings)
 {
     std::vector<char*> pointers;
     for (const std::string& argument : arguments) {
@@ -88,6 +89,25 @@ ChildResult ChildProcess::Wait()
     result.err = FileContent(m_files.File("err"));
     result.out = FileContent(m_files.File("out"));
     return result;
+}
+
+ChildResult RunAndKill(const std::vector<std::string>& arguments, std::chrono::microseconds moment)
+{
+    ChildProcess program(arguments);
+    std::this_thread::sleep_for(moment);
+    program.Signal(SIGKILL);
+    return program.Wait();
+}
+
+std::chrono::microseconds DurationOf(const std::vector<std::string>& arguments)
+{
+    const auto begin = std::chrono::steady_clock::now();
+    const ChildResult result = RunChild(arguments);
+    const auto end = std::chrono::steady_clock::now();
+    if (result.status != 0) {
+        throw std::runtime_error(arguments.back() + " failed: " + result.err);
+    }
+    return std::chrono::duration_cast<std::chrono::microseconds>(end - begin);
 }
 
 std::string FileContent(const std::string& path)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -33,14 +34,9 @@ struct ChildSettings {
 /// throw std::runtime_error. If the child still runs when the object is destroyed, it is killed.
 class ChildProcess {
 public:
-    using Settings = ChildSettings;
-
     /// Starts `arguments`, the first of which is the program, looked up in PATH if it is a bare name.
-    explicit ChildProcess(const std::vector<std::string>& arguments, const Settings& settings = {});
+    explicit ChildProcess(const std::vector<std::string>& arguments, const ChildSettings& settings = {});
     ~ChildProcess();
-
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
 
     /// Sends a signal; does nothing if the child has ended.
     void Signal(int signal);
@@ -54,10 +50,17 @@ private:
 };
 
 /// Runs a program to its end.
-inline ChildResult RunChild(const std::vector<std::string>& arguments, const ChildProcess::Settings& settings = {})
+inline ChildResult RunChild(const std::vector<std::string>& arguments, const ChildSettings& settings = {})
 {
     return ChildProcess(arguments, settings).Wait();
 }
+
+/// Runs a program and kills it at `moment` after its start if it still runs; ChildResult::signal tells whether it was
+/// killed.
+ChildResult RunAndKill(const std::vector<std::string>& arguments, std::chrono::microseconds moment);
+
+/// How long a program takes to its end; throws std::runtime_error if its exit status is not 0.
+std::chrono::microseconds DurationOf(const std::vector<std::string>& arguments);
 
 /// The content of a file; throws std::runtime_error if it cannot be read.
 std::string FileContent(const std::string& path);

@@ -45,4 +45,11 @@ private:
     static constexpr const char* Endings[] = {"", "-journal", "-wal"};
 };
 
+/// Whether the last writer of a database in journal mode DELETE ended between its first write and its commit: then the
+/// journal that undoes its changes exists.
+inline bool LeftAJournal(const std::string& path)
+{
+    return !DatabaseFiles(path).contents["-journal"].empty();
+}
+
 } // namespace Morvik::sql::tests

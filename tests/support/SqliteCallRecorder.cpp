@@ -29,8 +29,7 @@ struct State {
 
     std::optional<Replacement> TakeReplacement(std::string_view function)
     {
-        const auto found = std::find_if(replacements.begin(), replacements.end(),
-                                        [&](const Replacement& each) { return each.function == function; });
+        const auto found = std::ranges::find(replacements, function, &Replacement::function);
         if (found == replacements.end() || found->skipped-- > 0) {
             return std::nullopt;
         }

@@ -10,8 +10,8 @@
 
 #include "faults/storage/WriteBatches.h"
 #include "support/BuiltProgram.h"
+#include "support/ChildProcess.h"
 #include "support/DatabaseFiles.h"
-#include "support/KilledProgram.h"
 #include "support/SoakMode.h"
 #include "support/TemporaryDirectory.h"
 #include "support/TestSeeds.h"
