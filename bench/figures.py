@@ -44,13 +44,6 @@ class Figures:
         self.counts = {machine: load(f"counts-{machine}.json") for machine in MACHINES}
         self.memory = {machine: load(f"memory-{machine}.json") for machine in MACHINES}
 
-    def contenders(self):
-        """All contenders, in the order in which the jobs first list them."""
-        names = []
-        for contenders in self.times.values():
-            names += [name for name in contenders if name not in names]
-        return names
-
     def per_row(self, job, rows, contender=OURS):
         return Spread.of(self.times[f"{job}/{rows}"][contender]).scaled(1 / rows)
 

@@ -63,8 +63,8 @@ def comparisons(figures):
     add("1,000 single-row `WriteTableValues`", text, "write singly", 1000, 1.06)
     add("1,000 single-row `UpdateTableValues`", text, "update singly", 1000, 1.06)
     add("1,000 look-ups through `ReadValues`", "C, `column_value`", "look up", 1000, 0.98)
-    add("`PrepareStatement`, bind, `Step`, `Reset`", "C, `SQLITE_TRANSIENT`", "bind", 1000, 1.05)
-    add("`PrepareStatement`, bind, `Step`, `Reset`", "C, `SQLITE_STATIC`", "bind", 1000, floor="C, static")
+    add("`PrepareStatement`, bind, `Step`, `Reset`", "C, `SQLITE_TRANSIENT`", "bind", 1000, 1.05, ours=PREPARED)
+    add("`PrepareStatement`, bind, `Step`, `Reset`", "C, `SQLITE_STATIC`", "bind", 1000, None, "C, prepared", PREPARED)
     add("columns of a stepped `SqlCommand`", "C, `column_*`", "columns", 1000, 1.05, COLUMNS)
     add("columns of a stepped `SqlCommand`", "C, `column_value`", "columns", 1000)
     add("`OpenDatabase`, `CloseDatabase`", "C", "open", 100)
@@ -89,13 +89,8 @@ def times_rows(figures, jobs, contenders):
 
 def writing_rows(figures):
     """Nanoseconds per row; every line includes the library's prepared statements."""
-    contenders = [c for c in figures.contenders()
-                  if c not in (COLUMNS, "iterator", "C, static") and not c.isdigit() and ", access" not in c
-                  and ", stat" not in c]
-    rows = times_rows(figures, ("write memory", "write file", "write singly", "update singly"), contenders)
-    bound, names = figures.times["bind/1000"], {OURS: None, PREPARED: OURS, "C, prepared": "C, static"}
-    cells = (bound.get(names.get(contender, contender)) for contender in contenders)
-    return rows + [("bind, 1,000", *(f"{Spread.of(times).median / 1000:,.0f}" if times else "–" for times in cells))]
+    return times_rows(figures, ("write memory", "write file", "write singly", "update singly", "bind"),
+                      list(figures.times["write singly/1000"]))
 
 
 def reading_rows(figures):

@@ -1,14 +1,12 @@
 #pragma once
 
+#include <ranges>
+#include <string>
 #include <vector>
 
 #include "support/Sample.h"
 
 namespace Morvik::sql::bench {
-
-inline constexpr const char* InsertRow = "INSERT INTO sample VALUES (?,?,?,?)";
-inline constexpr const char* UpdateRow = "UPDATE sample SET measure=?, label=?, bytes=? WHERE number=?";
-inline constexpr const char* SelectRow = "SELECT * FROM sample WHERE number=?";
 
 /// The base of a contender that binds values to prepared statements. `Contender` defines what its library does:
 ///
@@ -25,41 +23,22 @@ public:
     using Query = int;
 
     static Write MakeWrite(const std::vector<SampleRow>& rows) { return rows; }
+    static auto MakeBound(const std::vector<SampleRow>& rows) { return Contender::MakeWrite(rows); }
     static Change MakeChange(const SampleRow& row) { return row; }
     static Query MakeQuery(int number) { return number; }
-    static Totals SumOf(const Rows& rows) { return Sum(rows); }
+    static Totals SumOf(const Rows& rows, const Totals& totals = {}) { return Sum(rows, totals); }
 
-    template <typename Values>
-    void Insert(const Values& write)
+    void Insert(const auto& write)
     {
         Self().Execute("BEGIN");
         Self().InsertBound(write);
         Self().Execute("COMMIT");
     }
 
-    void InsertBound(const std::vector<SampleRow>& rows)
-    {
-        auto insert = Self().Inserter();
-        for (const SampleRow& row : rows) {
-            insert(row);
-        }
-    }
-
-    void InsertEach(const std::vector<Write>& writes)
-    {
-        auto insert = Self().Inserter();
-        for (const Write& write : writes) {
-            insert(write.front());
-        }
-    }
-
-    void UpdateEach(const std::vector<Change>& changes)
-    {
-        auto update = Self().Updater();
-        for (const Change& row : changes) {
-            update(row);
-        }
-    }
+    void InsertBound(const std::vector<SampleRow>& rows) { ForEach(rows, Self().Inserter()); }
+    void InsertEach(const std::vector<Write>& writes) { ForEach(writes | std::views::join, Self().Inserter()); }
+    void UpdateEach(const std::vector<Change>& changes) { ForEach(changes, Self().Updater()); }
+    Totals LookUp(const std::vector<Query>& queries) { return SumOfFound<Contender>(queries, Self().Finder()); }
 
     void Read(const std::string& sql, Rows& rows)
     {
@@ -73,23 +52,18 @@ public:
         return totals;
     }
 
-    Totals LookUp(const std::vector<Query>& queries)
-    {
-        Totals totals;
-        auto find = Self().Finder();
-        for (const Query number : queries) {
-            Rows rows;
-            find(number, rows);
-            totals += SumOf(rows);
-        }
-        return totals;
-    }
-
     static const SampleRow& RowOf(const SampleRow& row) { return row; }
     static void AddTo(Totals& totals, const SampleRow& row) { totals.Add(row); }
 
 private:
     Contender& Self() { return static_cast<Contender&>(*this); }
+
+    static void ForEach(const auto& rows, auto action)
+    {
+        for (const SampleRow& row : rows) {
+            action(row);
+        }
+    }
 };
 
 } // namespace Morvik::sql::bench

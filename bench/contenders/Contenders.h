@@ -24,8 +24,7 @@ template <typename Contender>
 concept Writer = !std::is_same_v<Contender, RawSqliteColumns>;
 
 /// Calls `action.operator()<Contender>()` for every contender of this build.
-template <typename Action>
-void ForEachContender(Action action)
+void ForEachContender(auto action)
 {
     action.template operator()<Library>();
     action.template operator()<LibraryPrepared>();

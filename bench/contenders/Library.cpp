@@ -3,8 +3,6 @@
 #include <span>
 #include <variant>
 
-#include "support/Require.h"
-
 namespace Morvik::sql::bench {
 
 namespace {
@@ -27,9 +25,8 @@ Library::Change Library::MakeChange(const SampleRow& row)
     return change;
 }
 
-Totals Library::SumOf(const Rows& rows)
+Totals Library::SumOf(const Rows& rows, Totals totals)
 {
-    Totals totals;
     for (const DbTableRowValues& row : rows.rows) {
         Add(totals, row);
     }
@@ -38,24 +35,13 @@ Totals Library::SumOf(const Rows& rows)
 
 void Library::OpenAndClose(const std::string& path)
 {
-    DatabaseApi database;
-    Require(database.OpenDatabase(path, false), "open", database.GetLastErrorMsg().c_str());
-    Require(database.CloseDatabase(), "close", database.GetLastErrorMsg().c_str());
+    Library opened(path);
+    RequireDone(opened.m_database, opened.m_database.CloseDatabase(), "close");
 }
 
 Library::Library(const std::string& path)
 {
-    Require(m_database.OpenDatabase(path, false), "open", m_database.GetLastErrorMsg().c_str());
-}
-
-void Library::Execute(const std::string& sql)
-{
-    Require(m_database.Execute(sql), sql.c_str(), m_database.GetLastErrorMsg().c_str());
-}
-
-void Library::Insert(const Write& write)
-{
-    Require(m_database.WriteTableValues("sample", write), "write", m_database.GetLastErrorMsg().c_str());
+    RequireDone(m_database, m_database.OpenDatabase(path, false), "open");
 }
 
 void Library::InsertEach(const std::vector<Write>& writes)
@@ -68,48 +54,38 @@ void Library::InsertEach(const std::vector<Write>& writes)
 void Library::UpdateEach(const std::vector<Change>& changes)
 {
     for (const Change& change : changes) {
-        Require(m_database.UpdateTableValues("sample", change.values, change.condition), "update",
-                m_database.GetLastErrorMsg().c_str());
+        RequireDone(m_database, m_database.UpdateTableValues("sample", change.values, change.condition), "update");
     }
-}
-
-void Library::Read(const std::string& sql, Rows& rows)
-{
-    Require(m_database.ReadValues(sql, rows), "read", m_database.GetLastErrorMsg().c_str());
 }
 
 Totals Library::Walk(const std::string& sql)
 {
     Totals totals;
-    Require(m_database.SqlQueryBegin(sql), "begin", m_database.GetLastErrorMsg().c_str());
+    RequireDone(m_database, m_database.SqlQueryBegin(sql), "begin");
     DbTableRowValues row;
     while (m_database.ReadNextRow(row)) {
         Add(totals, row);
     }
-    Require(m_database.Succeeded() && m_database.CloseReadTable(), "walk", m_database.GetLastErrorMsg().c_str());
+    RequireDone(m_database, m_database.Succeeded() && m_database.CloseReadTable(), "walk");
     return totals;
 }
 
 Totals Library::Iterate(const std::string& sql)
 {
     Totals totals;
-    Require(m_database.SqlQueryBegin(sql), "begin", m_database.GetLastErrorMsg().c_str());
+    RequireDone(m_database, m_database.SqlQueryBegin(sql), "begin");
     for (const DbTableRowValues& row : m_database) {
         Add(totals, row);
     }
-    Require(m_database.Succeeded() && m_database.CloseReadTable(), "walk", m_database.GetLastErrorMsg().c_str());
+    RequireDone(m_database, m_database.Succeeded() && m_database.CloseReadTable(), "walk");
     return totals;
 }
 
 void Library::InsertBound(const std::vector<SampleRow>& rows)
 {
-    SqlCommand insert = m_database.PrepareStatement("INSERT INTO sample VALUES (?,?,?,?)");
+    SqlCommand insert = m_database.PrepareStatement(InsertRow);
     for (const SampleRow& row : rows) {
-        const auto* const bytes = reinterpret_cast<const unsigned char*>(row.bytes.data());
-        const bool done = insert.BindInteger(1, row.number) && insert.BindDouble(2, row.measure) &&
-                          insert.BindText(3, row.label) && insert.BindBlob(4, {bytes, row.bytes.size()}) &&
-                          insert.Step() && insert.Reset();
-        Require(done, "bound insert", insert.GetLastErrorMsg().c_str());
+        bench::Insert(insert, row);
     }
 }
 
@@ -117,7 +93,7 @@ Totals Library::ReadColumns(int times)
 {
     Totals totals;
     SqlCommand query = m_database.PrepareStatement(SelectAll);
-    Require(query.Step() && query.HasRowData(), "step", query.GetLastErrorMsg().c_str());
+    RequireDone(query, query.Step() && query.HasRowData(), "step");
     for (int i = 0; i < times; ++i) {
         const std::string label = query.ColumnText(2);
         const std::span<const unsigned char> bytes = query.ColumnBlob(3);

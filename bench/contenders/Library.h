@@ -2,24 +2,33 @@
 
 #include <sql/DatabaseApi.h>
 
+#include <span>
 #include <string>
 #include <vector>
 
+#include "support/Require.h"
 #include "support/Sample.h"
 
 namespace Morvik::sql::bench {
 
-/// Reads the result of each query with `Reader`, and adds up all of them.
-template <typename Reader>
-Totals SumOfReads(Reader& reader, const std::vector<std::string>& queries)
+/// Ends the program with the object's message unless `done` holds.
+inline void RequireDone(const auto& object, bool done, const char* what)
 {
-    Totals totals;
-    for (const std::string& query : queries) {
-        typename Reader::Rows rows;
-        reader.Read(query, rows);
-        totals += Reader::SumOf(rows);
-    }
-    return totals;
+    Require(done, what, object.GetLastErrorMsg().c_str());
+}
+
+inline std::span<const unsigned char> Bytes(const SampleRow& row)
+{
+    return {reinterpret_cast<const unsigned char*>(row.bytes.data()), row.bytes.size()};
+}
+
+/// Executes the prepared statement InsertRow with the values of a row.
+inline void Insert(SqlCommand& insert, const SampleRow& row)
+{
+    const bool done = insert.BindInteger(1, row.number) && insert.BindDouble(2, row.measure) &&
+                      insert.BindText(3, row.label) && insert.BindBlob(4, Bytes(row)) && insert.Step() &&
+                      insert.Reset();
+    RequireDone(insert, done, "bound insert");
 }
 
 /// Does the jobs with the facade, as an application does.
@@ -36,19 +45,22 @@ public:
     };
 
     static Write MakeWrite(const std::vector<SampleRow>& rows) { return WriteRequest(rows); }
-    static Query MakeQuery(int number) { return SelectByNumber(number); }
+    static Query MakeQuery(int number) { return "SELECT * FROM sample WHERE number=" + std::to_string(number); }
     static Change MakeChange(const SampleRow& row);
-    static Totals SumOf(const Rows& rows);
+    static Totals SumOf(const Rows& rows, Totals totals = {});
     static void OpenAndClose(const std::string& path);
 
     explicit Library(const std::string& path);
 
-    void Execute(const std::string& sql);
-    void Insert(const Write& write);
+    void Execute(const std::string& sql) { RequireDone(m_database, m_database.Execute(sql), sql.c_str()); }
+    void Insert(const Write& write) { RequireDone(m_database, m_database.WriteTableValues("sample", write), "write"); }
     void InsertEach(const std::vector<Write>& writes);
     void UpdateEach(const std::vector<Change>& changes);
-    void Read(const std::string& sql, Rows& rows);
-    Totals LookUp(const std::vector<Query>& queries) { return SumOfReads(*this, queries); }
+    void Read(const std::string& sql, Rows& rows) { RequireDone(m_database, m_database.ReadValues(sql, rows), "read"); }
+    Totals LookUp(const std::vector<Query>& queries)
+    {
+        return SumOfFound<Library>(queries, [this](const Query& query, Rows& rows) { Read(query, rows); });
+    }
     Totals Walk(const std::string& sql);
     Totals Iterate(const std::string& sql);
     void InsertBound(const std::vector<SampleRow>& rows);

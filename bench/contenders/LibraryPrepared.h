@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "contenders/BoundContender.h"
-#include "support/Require.h"
+#include "contenders/Library.h"
 
 namespace Morvik::sql::bench {
 
@@ -16,57 +16,46 @@ class LibraryPrepared : public BoundContender<LibraryPrepared> {
 public:
     static constexpr const char* Name = "PrepareStatement";
 
-    explicit LibraryPrepared(const std::string& path) { RequireDone(m_database, m_database.OpenDatabase(path, false)); }
+    explicit LibraryPrepared(const std::string& path)
+    {
+        RequireDone(m_database, m_database.OpenDatabase(path, false), Name);
+    }
 
-    void Execute(const std::string& sql) { RequireDone(m_database, m_database.Execute(sql)); }
+    void Execute(const std::string& sql) { RequireDone(m_database, m_database.Execute(sql), Name); }
 
     auto Inserter()
     {
         return [insert = m_database.PrepareStatement(InsertRow)](const SampleRow& row) mutable {
-            RequireDone(insert, insert.BindInteger(1, row.number) && insert.BindDouble(2, row.measure) &&
-                                    insert.BindText(3, row.label) && insert.BindBlob(4, Bytes(row)) && insert.Step() &&
-                                    insert.Reset());
+            bench::Insert(insert, row);
         };
     }
 
     auto Updater()
     {
         return [update = m_database.PrepareStatement(UpdateRow)](const SampleRow& row) mutable {
-            RequireDone(update, update.BindDouble(1, row.measure) && update.BindText(2, row.label) &&
-                                    update.BindBlob(3, Bytes(row)) && update.BindInteger(4, row.number) &&
-                                    update.Step() && update.Reset());
+            const bool done = update.BindDouble(1, row.measure) && update.BindText(2, row.label) &&
+                              update.BindBlob(3, Bytes(row)) && update.BindInteger(4, row.number) && update.Step() &&
+                              update.Reset();
+            RequireDone(update, done, Name);
         };
     }
 
     auto Finder()
     {
         return [query = m_database.PrepareStatement(SelectRow)](int number, Rows& rows) mutable {
-            RequireDone(query, query.BindInteger(1, number));
+            RequireDone(query, query.BindInteger(1, number), Name);
             ForEachRowOf(query, [&](SampleRow& row) { rows.push_back(std::move(row)); });
         };
     }
 
-    template <typename Action>
-    void ForEachRow(const std::string& sql, Action action)
+    void ForEachRow(const std::string& sql, auto action)
     {
         SqlCommand query = m_database.PrepareStatement(sql);
         ForEachRowOf(query, action);
     }
 
 private:
-    template <typename Object>
-    static void RequireDone(const Object& object, bool done)
-    {
-        Require(done, Name, object.GetLastErrorMsg().c_str());
-    }
-
-    static std::span<const unsigned char> Bytes(const SampleRow& row)
-    {
-        return {reinterpret_cast<const unsigned char*>(row.bytes.data()), row.bytes.size()};
-    }
-
-    template <typename Action>
-    static void ForEachRowOf(SqlCommand& query, Action action)
+    static void ForEachRowOf(SqlCommand& query, auto action)
     {
         SampleRow row;
         while (query.Step() && query.HasRowData()) {
@@ -77,7 +66,7 @@ private:
             row.bytes.assign(bytes.begin(), bytes.end());
             action(row);
         }
-        RequireDone(query, query.Reset());
+        RequireDone(query, query.Reset(), Name);
     }
 
     DatabaseApi m_database;

@@ -24,27 +24,28 @@ class Poco : public BoundContender<Poco> {
 public:
     static constexpr const char* Name = "POCO";
 
-    /// The rows, stored by column: POCO executes the statement once for each element.
-    struct Columns {
-        explicit Columns(const std::vector<SampleRow>& rows)
-        {
-            for (const SampleRow& row : rows) {
-                numbers.push_back(row.number);
-                measures.push_back(row.measure);
-                labels.push_back(row.label);
-                bytes.emplace_back(row.bytes.data(), row.bytes.size());
-            }
-        }
-
-        std::vector<int> numbers;
-        std::vector<double> measures;
-        std::vector<std::string> labels;
-        std::vector<data::CLOB> bytes;
+    template <typename Number, typename Measure, typename Label, typename Bytes>
+    struct Values {
+        Number number{};
+        Measure measure{};
+        Label label{};
+        Bytes bytes{};
     };
 
-    using Write = Columns;
+    /// The rows, stored by column: POCO executes the statement once for each element.
+    using Write = Values<std::vector<int>, std::vector<double>, std::vector<std::string>, std::vector<data::CLOB>>;
 
-    static Write MakeWrite(const std::vector<SampleRow>& rows) { return Write(rows); }
+    static Write MakeWrite(const std::vector<SampleRow>& rows)
+    {
+        Write columns;
+        for (const SampleRow& row : rows) {
+            columns.number.push_back(row.number);
+            columns.measure.push_back(row.measure);
+            columns.label.push_back(row.label);
+            columns.bytes.emplace_back(row.bytes.data(), row.bytes.size());
+        }
+        return columns;
+    }
 
     static void OpenAndClose(const std::string& path) { Opened(path).close(); }
 
@@ -53,23 +54,16 @@ public:
     void Execute(const std::string& sql) { m_session << sql, keywords::now; }
 
     // POCO takes its arguments by reference to non-const and does not change them.
-    void InsertBound(const Columns& columns)
-    {
-        auto& bound = const_cast<Columns&>(columns);
-        m_session << InsertRow, keywords::use(bound.numbers), keywords::use(bound.measures),
-            keywords::use(bound.labels), keywords::use(bound.bytes), keywords::now;
-    }
+    void InsertBound(const Write& columns) { Use(m_session << InsertRow, const_cast<Write&>(columns)), keywords::now; }
 
     void InsertEach(const std::vector<Write>& writes)
     {
         Variables values;
-        data::Statement insert(m_session);
-        insert << InsertRow, keywords::use(values.number), keywords::use(values.measure), keywords::use(values.label),
-            keywords::use(values.bytes);
+        data::Statement insert = Use(m_session << InsertRow, values);
         for (const Write& write : writes) {
-            values.number = write.numbers.front();
-            values.measure = write.measures.front();
-            values.label = write.labels.front();
+            values.number = write.number.front();
+            values.measure = write.measure.front();
+            values.label = write.label.front();
             values.bytes = write.bytes.front();
             insert.execute();
         }
@@ -92,13 +86,11 @@ public:
 
     void Read(const std::string& sql, Rows& rows)
     {
-        Columns read({});
-        m_session << sql, keywords::into(read.numbers), keywords::into(read.measures), keywords::into(read.labels),
-            keywords::into(read.bytes), keywords::now;
-        for (std::size_t i = 0; i < read.numbers.size(); ++i) {
+        Write read;
+        Into(m_session << sql, read), keywords::now;
+        for (std::size_t i = 0; i < read.number.size(); ++i) {
             const data::CLOB& bytes = read.bytes[i];
-            rows.push_back(
-                {read.numbers[i], read.measures[i], std::move(read.labels[i]), {bytes.begin(), bytes.end()}});
+            rows.push_back({read.number[i], read.measure[i], std::move(read.label[i]), {bytes.begin(), bytes.end()}});
         }
     }
 
@@ -106,9 +98,7 @@ public:
     {
         Totals totals;
         Variables values;
-        data::Statement query(m_session);
-        query << sql, keywords::into(values.number), keywords::into(values.measure), keywords::into(values.label),
-            keywords::into(values.bytes), keywords::range(0, 1);
+        data::Statement query = (Into(m_session << sql, values), keywords::range(0, 1));
         while (!query.done()) {
             if (query.execute() > 0) {
                 totals.Add(values.number, values.measure, values.label.data(), values.label.size(),
@@ -120,32 +110,33 @@ public:
 
     Totals LookUp(const std::vector<Query>& queries)
     {
-        Totals totals;
         Variables values;
         Query number = 0;
-        data::Statement query(m_session);
-        query << SelectRow, keywords::use(number), keywords::into(values.number), keywords::into(values.measure),
-            keywords::into(values.label), keywords::into(values.bytes);
-        for (const Query wanted : queries) {
+        data::Statement query = Into((m_session << SelectRow, keywords::use(number)), values);
+        return SumOfFound<Poco>(queries, [&](Query wanted, Rows& rows) {
             number = wanted;
-            Rows rows;
             if (query.execute() > 0) {
-                rows.push_back(
-                    {values.number, values.measure, values.label, {values.bytes.begin(), values.bytes.end()}});
+                const data::CLOB& bytes = values.bytes;
+                rows.push_back({values.number, values.measure, values.label, {bytes.begin(), bytes.end()}});
             }
-            totals += SumOf(rows);
-        }
-        return totals;
+        });
     }
 
 private:
     // The variables that a statement binds or fills.
-    struct Variables {
-        int number = 0;
-        double measure = 0.0;
-        std::string label;
-        data::CLOB bytes;
-    };
+    using Variables = Values<int, double, std::string, data::CLOB>;
+
+    static data::Statement Use(data::Statement statement, auto& values)
+    {
+        return statement, keywords::use(values.number), keywords::use(values.measure), keywords::use(values.label),
+               keywords::use(values.bytes);
+    }
+
+    static data::Statement Into(data::Statement statement, auto& values)
+    {
+        return statement, keywords::into(values.number), keywords::into(values.measure), keywords::into(values.label),
+               keywords::into(values.bytes);
+    }
 
     static data::Session Opened(const std::string& path)
     {

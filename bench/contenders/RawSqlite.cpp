@@ -1,11 +1,10 @@
 #include "contenders/RawSqlite.h"
 
 #include <cstddef>
+#include <ranges>
 #include <string_view>
 
 #include <sqlite3.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "support/Require.h"
 
@@ -51,20 +50,6 @@ void Check(int code, int expected, sqlite3* handle, const char* what)
     }
 }
 
-sqlite3* Opened(const std::string& path, int flags)
-{
-    sqlite3* handle = nullptr;
-    const int code =
-        sqlite3_open_v2(path.c_str(), &handle, flags | SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
-    Check(code, SQLITE_OK, handle, "open");
-    return handle;
-}
-
-void Close(sqlite3* handle)
-{
-    Check(sqlite3_close(handle), SQLITE_OK, handle, "close");
-}
-
 sqlite3_stmt* Prepared(sqlite3* handle, std::string_view sql)
 {
     sqlite3_stmt* statement = nullptr;
@@ -74,8 +59,7 @@ sqlite3_stmt* Prepared(sqlite3* handle, std::string_view sql)
 }
 
 // Calls `action(statement)` for every row of the query.
-template <typename Action>
-[[gnu::always_inline]] inline void ForEachRow(sqlite3* handle, const std::string& sql, Action action)
+[[gnu::always_inline]] inline void ForEachRow(sqlite3* handle, const std::string& sql, auto action)
 {
     sqlite3_stmt* const statement = Prepared(handle, sql);
     int code = SQLITE_OK;
@@ -86,8 +70,7 @@ template <typename Action>
     sqlite3_finalize(statement);
 }
 
-template <typename Cell>
-void ReadCell(const Cell source, DbTableColumnValue& cell)
+void ReadCell(const auto source, DbTableColumnValue& cell)
 {
     switch (source.Type()) {
     case SQLITE_INTEGER:
@@ -116,71 +99,34 @@ void ReadCell(const Cell source, DbTableColumnValue& cell)
     }
 }
 
-// A prepared INSERT. `destructor` says whether SQLite copies texts and blobs.
-class BoundInsert {
-public:
-    BoundInsert(sqlite3* handle, sqlite3_destructor_type destructor)
-        : m_handle(handle), m_destructor(destructor),
-          m_statement(Prepared(handle, "INSERT INTO sample VALUES (?,?,?,?)"))
-    {}
-
-    ~BoundInsert() { sqlite3_finalize(m_statement); }
-
-    BoundInsert(const BoundInsert&) = delete;
-    BoundInsert& operator=(const BoundInsert&) = delete;
-
-    void Insert(const SampleRow& row)
-    {
-        const bool done = sqlite3_bind_int(m_statement, 1, row.number) == SQLITE_OK &&
-                          sqlite3_bind_double(m_statement, 2, row.measure) == SQLITE_OK &&
-                          sqlite3_bind_text(m_statement, 3, row.label.data(), static_cast<int>(row.label.size()),
-                                            m_destructor) == SQLITE_OK &&
-                          sqlite3_bind_blob(m_statement, 4, row.bytes.data(), static_cast<int>(row.bytes.size()),
-                                            m_destructor) == SQLITE_OK &&
-                          sqlite3_step(m_statement) == SQLITE_DONE && sqlite3_reset(m_statement) == SQLITE_OK;
-        Check(done ? SQLITE_OK : SQLITE_ERROR, SQLITE_OK, m_handle, "bound insert");
-    }
-
-private:
-    sqlite3* m_handle;
-    sqlite3_destructor_type m_destructor;
-    sqlite3_stmt* m_statement;
-};
-
-void InsertRows(sqlite3* handle, const std::vector<SampleRow>& rows, sqlite3_destructor_type destructor)
+// Binds and inserts each row. `destructor` says whether SQLite copies texts and blobs.
+void InsertRows(sqlite3* handle, const auto& rows, sqlite3_destructor_type destructor)
 {
-    BoundInsert insert(handle, destructor);
+    sqlite3_stmt* const insert = Prepared(handle, InsertRow);
     for (const SampleRow& row : rows) {
-        insert.Insert(row);
+        const auto labelSize = static_cast<int>(row.label.size());
+        const auto blobSize = static_cast<int>(row.bytes.size());
+        const bool done = sqlite3_bind_int(insert, 1, row.number) == SQLITE_OK &&
+                          sqlite3_bind_double(insert, 2, row.measure) == SQLITE_OK &&
+                          sqlite3_bind_text(insert, 3, row.label.data(), labelSize, destructor) == SQLITE_OK &&
+                          sqlite3_bind_blob(insert, 4, row.bytes.data(), blobSize, destructor) == SQLITE_OK &&
+                          sqlite3_step(insert) == SQLITE_DONE && sqlite3_reset(insert) == SQLITE_OK;
+        Check(done ? SQLITE_OK : SQLITE_ERROR, SQLITE_OK, handle, "bound insert");
     }
+    sqlite3_finalize(insert);
 }
 
 } // namespace
 
-void RawConnection::OpenAndClose(const std::string& path)
+RawConnection::RawConnection(const std::string& path, int flags)
 {
-    Close(Opened(path, 0));
+    flags |= SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    Check(sqlite3_open_v2(path.c_str(), &m_handle, flags, nullptr), SQLITE_OK, m_handle, "open");
 }
-
-void RawConnection::OpenAndCloseInDirectory(const std::string& path)
-{
-    const std::string directory = path.substr(0, path.rfind('/'));
-    Require(access(directory.c_str(), F_OK) == 0, "directory", path.c_str());
-    OpenAndClose(path);
-}
-
-void RawConnection::OpenAndCloseFile(const std::string& path)
-{
-    struct stat status {};
-    Require(stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode), "file", path.c_str());
-    OpenAndClose(path);
-}
-
-RawConnection::RawConnection(const std::string& path, int flags) : m_handle(Opened(path, flags)) {}
 
 RawConnection::~RawConnection()
 {
-    Close(m_handle);
+    Check(sqlite3_close(m_handle), SQLITE_OK, m_handle, "close");
 }
 
 void RawConnection::Execute(const std::string& sql)
@@ -198,11 +144,6 @@ void RawConnection::InsertEach(const std::vector<Write>& writes)
 void RawConnection::InsertBound(const std::vector<SampleRow>& rows)
 {
     InsertRows(m_handle, rows, SQLITE_TRANSIENT);
-}
-
-void RawConnection::InsertBoundStatic(const std::vector<SampleRow>& rows)
-{
-    InsertRows(m_handle, rows, SQLITE_STATIC);
 }
 
 template <typename Cell>
@@ -265,21 +206,18 @@ template class RawReader<CellByColumn>;
 void RawSqlitePrepared::Insert(const Write& write)
 {
     Execute("BEGIN");
-    InsertBoundStatic(write);
+    InsertBound(write);
     Execute("COMMIT");
+}
+
+void RawSqlitePrepared::InsertBound(const std::vector<SampleRow>& rows)
+{
+    InsertRows(Handle(), rows, SQLITE_STATIC);
 }
 
 void RawSqlitePrepared::InsertEach(const std::vector<Write>& writes)
 {
-    BoundInsert insert(Handle(), SQLITE_STATIC);
-    for (const Write& write : writes) {
-        insert.Insert(write.front());
-    }
-}
-
-void RawSqliteNoMutex::OpenAndClose(const std::string& path)
-{
-    Close(Opened(path, SQLITE_OPEN_NOMUTEX));
+    InsertRows(Handle(), writes | std::views::join, SQLITE_STATIC);
 }
 
 RawSqliteNoMutex::RawSqliteNoMutex(const std::string& path) : RawSqlite(path, SQLITE_OPEN_NOMUTEX) {}

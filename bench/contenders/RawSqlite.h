@@ -22,16 +22,11 @@ public:
     using Change = std::string;
 
     static Write MakeWrite(const std::vector<SampleRow>& rows) { return InsertText(rows); }
-    static Query MakeQuery(int number) { return SelectByNumber(number); }
+    static const std::vector<SampleRow>& MakeBound(const std::vector<SampleRow>& rows) { return rows; }
+    static Query MakeQuery(int number) { return Library::MakeQuery(number); }
     static Change MakeChange(const SampleRow& row) { return UpdateText(row); }
-    static Totals SumOf(const Rows& rows) { return Library::SumOf(rows); }
-    static void OpenAndClose(const std::string& path);
-
-    /// Opens and closes after one access() of the file's directory.
-    static void OpenAndCloseInDirectory(const std::string& path);
-
-    /// Opens and closes after one stat() of the file.
-    static void OpenAndCloseFile(const std::string& path);
+    static Totals SumOf(const Rows& rows, Totals totals = {}) { return Library::SumOf(rows, totals); }
+    static void OpenAndClose(const std::string& path) { const RawConnection connection(path); }
 
     /// Opens the database with SQLITE_OPEN_READWRITE, SQLITE_OPEN_CREATE and these flags of sqlite3_open_v2.
     explicit RawConnection(const std::string& path, int flags = 0);
@@ -48,14 +43,11 @@ public:
     /// Binds each text and blob with SQLITE_TRANSIENT: SQLite makes a copy.
     void InsertBound(const std::vector<SampleRow>& rows);
 
-    /// Binds each text and blob with SQLITE_STATIC: SQLite reads the caller's memory.
-    void InsertBoundStatic(const std::vector<SampleRow>& rows);
-
 protected:
     sqlite3* Handle() { return m_handle; }
 
 private:
-    sqlite3* m_handle;
+    sqlite3* m_handle = nullptr;
 };
 
 /// Reads with objects of the type `Cell`, each of which is one cell of the current row.
@@ -65,7 +57,10 @@ public:
     using RawConnection::RawConnection;
 
     void Read(const std::string& sql, Rows& rows);
-    Totals LookUp(const std::vector<Query>& queries) { return SumOfReads(*this, queries); }
+    Totals LookUp(const std::vector<Query>& queries)
+    {
+        return SumOfFound<RawReader>(queries, [this](const Query& query, Rows& rows) { Read(query, rows); });
+    }
     Totals Walk(const std::string& sql);
     Totals ReadColumns(int times);
 };
@@ -87,7 +82,7 @@ public:
     using RawReader::RawReader;
 };
 
-/// Inserts with a prepared statement and binds the caller's memory (SQLITE_STATIC).
+/// Inserts with a prepared statement. It binds texts and blobs with SQLITE_STATIC: SQLite reads the caller's memory.
 class RawSqlitePrepared : private RawConnection {
 public:
     static constexpr const char* Name = "C, prepared";
@@ -97,9 +92,11 @@ public:
     static Write MakeWrite(const std::vector<SampleRow>& rows) { return rows; }
 
     using RawConnection::Execute;
+    using RawConnection::MakeBound;
     using RawConnection::RawConnection;
 
     void Insert(const Write& write);
+    void InsertBound(const std::vector<SampleRow>& rows);
     void InsertEach(const std::vector<Write>& writes);
 };
 
@@ -108,7 +105,7 @@ class RawSqliteNoMutex : public RawSqlite {
 public:
     static constexpr const char* Name = "C, no mutex";
 
-    static void OpenAndClose(const std::string& path);
+    static void OpenAndClose(const std::string& path) { const RawSqliteNoMutex connection(path); }
 
     explicit RawSqliteNoMutex(const std::string& path);
 };

@@ -62,8 +62,7 @@ public:
         };
     }
 
-    template <typename Action>
-    void ForEachRow(const std::string& sql, Action action)
+    void ForEachRow(const std::string& sql, auto action)
     {
         Variables values(m_session);
         soci::statement query = (m_session.prepare << sql, soci::into(values.row.number),

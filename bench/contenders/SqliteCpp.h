@@ -58,8 +58,7 @@ public:
         };
     }
 
-    template <typename Action>
-    void ForEachRow(const std::string& sql, Action action)
+    void ForEachRow(const std::string& sql, auto action)
     {
         SQLite::Statement query(m_database, sql);
         while (query.executeStep()) {

@@ -1,3 +1,8 @@
+#include <string>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "contenders/Contenders.h"
 #include "support/Databases.h"
 #include "support/Jobs.h"
@@ -30,8 +35,15 @@ void AddOpening(Jobs& jobs)
             AddOpening(jobs, Contender::Name, Contender::OpenAndClose);
         }
     });
-    AddOpening(jobs, "C, access of the directory", RawSqlite::OpenAndCloseInDirectory);
-    AddOpening(jobs, "C, stat of the file", RawSqlite::OpenAndCloseFile);
+    AddOpening(jobs, "C, access of the directory", [](const std::string& path) {
+        Require(access(path.substr(0, path.rfind('/')).c_str(), F_OK) == 0, "directory", path.c_str());
+        RawSqlite::OpenAndClose(path);
+    });
+    AddOpening(jobs, "C, stat of the file", [](const std::string& path) {
+        struct stat status {};
+        Require(stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode), "file", path.c_str());
+        RawSqlite::OpenAndClose(path);
+    });
 }
 
 } // namespace Morvik::sql::bench

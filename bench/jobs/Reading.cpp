@@ -1,4 +1,6 @@
+#include <cstddef>
 #include <memory>
+#include <vector>
 
 #include "contenders/Contenders.h"
 #include "support/Databases.h"
@@ -19,14 +21,15 @@ Task ReadTask(int count)
             [=] { Require(Contender::SumOf(*rows) == Sum(SampleRows(count)), "rows read", Contender::Name); }};
 }
 
-template <typename Contender, typename Walk>
-Task WalkTask(int count, Walk walk)
+// `expected(count)` are the rows that the contender walks.
+template <typename Contender>
+Task WalkTask(int count, auto walk, std::vector<SampleRow> (*expected)(int) = SampleRows)
 {
     const auto contender = std::make_shared<Contender>(InMemory);
     Fill(*contender, count);
     const auto totals = std::make_shared<Totals>();
     return {[] {}, [=] { *totals = walk(*contender); },
-            [=] { Require(*totals == Sum(SampleRows(count)), "rows walked", Contender::Name); }};
+            [=] { Require(*totals == Sum(expected(count)), "rows walked", Contender::Name); }};
 }
 
 template <typename Contender>
@@ -37,6 +40,15 @@ Task LookUpTask(int count)
         queries.push_back(Contender::MakeQuery(number));
     }
     return WalkTask<Contender>(count, [=](Contender& contender) { return contender.LookUp(queries); });
+}
+
+// Reads the columns of the first row again and again.
+template <typename Contender>
+Task ReadColumnsTask(int times)
+{
+    return WalkTask<Contender>(
+        times, [=](Contender& contender) { return contender.ReadColumns(times); },
+        [](int count) { return std::vector(static_cast<std::size_t>(count), SampleRows(1).front()); });
 }
 
 template <typename Contender>
@@ -63,6 +75,9 @@ void AddReading(Jobs& jobs)
                 AddReading<Contender>(jobs, count);
             }
             jobs.Add("look up", 1000, 3, Contender::Name, [] { return LookUpTask<Contender>(1000); });
+        }
+        if constexpr (requires(Contender contender) { contender.ReadColumns(1); }) {
+            jobs.Add("columns", 1000, 10, Contender::Name, [] { return ReadColumnsTask<Contender>(1000); });
         }
     });
     AddReading<Library>(jobs, 1'000'000);

@@ -1,8 +1,8 @@
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
-
-#include <sqlite3.h>
 
 #include "contenders/Contenders.h"
 #include "support/Databases.h"
@@ -12,68 +12,68 @@ namespace Morvik::sql::bench {
 
 namespace {
 
-// Every run writes into a new database.
+// Every run changes a new database.
+template <typename Contender>
+Task ChangeTask(const Setup& setup, const std::vector<SampleRow>& expected, auto change)
+{
+    const auto database = std::make_shared<Fresh<Contender>>(setup);
+    return {[=] { database->Make(); }, [=, change = std::move(change)] { change(database->Get()); },
+            [=] { database->RequireWritten(expected); }};
+}
+
 template <typename Contender>
 Task WriteTask(int count, bool inFile)
 {
-    const auto database = std::make_shared<Fresh<Contender>>(inFile);
     const std::vector<SampleRow> rows = SampleRows(count);
-    return {[=] { database->Make(); }, [=, write = Contender::MakeWrite(rows)] { database->Get().Insert(write); },
-            [=] { database->RequireWritten(rows); }};
+    return ChangeTask<Contender>({.inFile = inFile}, rows, [write = Contender::MakeWrite(rows)](Contender& contender) {
+        contender.Insert(write);
+    });
 }
 
 template <typename Contender>
 Task UpdateSinglyTask(int count)
 {
-    const auto database = std::make_shared<Fresh<Contender>>(false);
     const std::vector<SampleRow> rows = ChangedRows(count);
     std::vector<typename Contender::Change> changes;
     for (const SampleRow& row : rows) {
         changes.push_back(Contender::MakeChange(row));
     }
-    return {[=] { database->BeginFilled(count); }, [=] { database->Get().UpdateEach(changes); },
-            [=] { database->RequireCommitted(rows); }};
+    return ChangeTask<Contender>({.inTransaction = true, .filled = count}, rows,
+                                 [=](Contender& contender) { contender.UpdateEach(changes); });
+}
+
+template <typename Contender>
+Task BindTask(int count)
+{
+    const std::vector<SampleRow> rows = SampleRows(count);
+    return ChangeTask<Contender>(
+        {.inTransaction = true}, rows,
+        [bound = Contender::MakeBound(rows)](Contender& contender) { contender.InsertBound(bound); });
 }
 
 // Writes the rows with calls of `batch` rows each, all in one transaction.
 template <typename Contender>
 Task WriteBatchesTask(int count, int batch, bool inFile)
 {
-    const auto database = std::make_shared<Fresh<Contender>>(inFile);
     const std::vector<SampleRow> rows = SampleRows(count);
     std::vector<typename Contender::Write> writes;
     for (const std::vector<SampleRow>& part : Batches(rows, batch)) {
         writes.push_back(Contender::MakeWrite(part));
     }
-    return {[=] { database->Begin(); }, [=] { database->Get().InsertEach(writes); },
-            [=] { database->RequireCommitted(rows); }};
-}
-
-// The texts that new connections execute.
-std::vector<std::string> executed;
-
-int TraceNewConnection(sqlite3* handle, char**, const void*)
-{
-    const auto keep = [](unsigned int, void*, void* statement, void*) {
-        executed.emplace_back(sqlite3_sql(static_cast<sqlite3_stmt*>(statement)));
-        return 0;
-    };
-    return sqlite3_trace_v2(handle, SQLITE_TRACE_STMT, keep, nullptr);
+    return ChangeTask<Contender>({.inFile = inFile, .inTransaction = true}, rows,
+                                 [=](Contender& contender) { contender.InsertEach(writes); });
 }
 
 // The reference must execute the same text as the library. Otherwise the ratios mean nothing.
 void RequireSameTexts()
 {
     const std::vector<SampleRow> rows = SampleRows(1000);
-    const auto trace = reinterpret_cast<void (*)()>(TraceNewConnection);
-    Require(sqlite3_auto_extension(trace) == SQLITE_OK, "trace new connections");
-    {
+    const std::vector<std::string> executed = ExecutedTexts([&] {
         Library library(InMemory);
         library.Execute(CreateTable);
         library.Insert(Library::MakeWrite(rows));
         library.UpdateEach({Library::MakeChange(rows.front())});
-    }
-    sqlite3_cancel_auto_extension(trace);
+    });
     const std::vector<std::string> expected{CreateTable, RawSqlite::MakeWrite(rows),
                                             RawSqlite::MakeChange(rows.front())};
     Require(executed == expected, "the library's texts are not the reference's");
@@ -85,7 +85,7 @@ void AddWriting(Jobs& jobs)
 {
     RequireSameTexts();
     ForEachContender([&]<typename Contender> {
-        if constexpr (Writer<Contender> && requires { typename Contender::Write; }) {
+        if constexpr (Writer<Contender>) {
             for (const int count : {1'000, 10'000, 100'000}) {
                 for (const bool inFile : {false, true}) {
                     jobs.Add(inFile ? "write file" : "write memory", count, RepeatsFor(count), Contender::Name,
@@ -97,6 +97,10 @@ void AddWriting(Jobs& jobs)
         }
         if constexpr (Writer<Contender> && requires { typename Contender::Change; }) {
             jobs.Add("update singly", 1000, 5, Contender::Name, [] { return UpdateSinglyTask<Contender>(1000); });
+        }
+        // The contender Library binds in the same way as LibraryPrepared.
+        if constexpr (Writer<Contender> && !std::is_same_v<Contender, Library>) {
+            jobs.Add("bind", 1000, 10, Contender::Name, [] { return BindTask<Contender>(1000); });
         }
     });
 }

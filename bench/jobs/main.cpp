@@ -96,7 +96,6 @@ int main(int argc, char** argv)
     bench::Jobs jobs(argc >= 4 ? std::atoi(argv[3]) : std::numeric_limits<int>::max());
     bench::AddWriting(jobs);
     bench::AddReading(jobs);
-    bench::AddBinding(jobs);
     bench::AddOpening(jobs);
     bench::AddGrowth(jobs);
     std::fprintf(output, "{\"machine\": ");

@@ -36,43 +36,31 @@ std::size_t SizeForSqlite(void* memory)
     return memory != nullptr ? static_cast<std::size_t>(usual.xSize(memory)) : 0;
 }
 
-void* AllocateForSqlite(int size)
-{
-    void* const memory = usual.xMalloc(size);
-    Taken(SizeForSqlite(memory));
-    return memory;
-}
-
-void FreeForSqlite(void* memory)
-{
-    inUse -= SizeForSqlite(memory);
-    usual.xFree(memory);
-}
-
-void* ReallocateForSqlite(void* memory, int size)
-{
-    const std::size_t before = SizeForSqlite(memory);
-    void* const moved = usual.xRealloc(memory, size);
-    if (moved != nullptr) {
-        inUse -= before;
-        Taken(SizeForSqlite(moved));
-    }
-    return moved;
-}
-
 void CountSqlite()
 {
     Require(sqlite3_config(SQLITE_CONFIG_GETMALLOC, &usual) == SQLITE_OK, "SQLite's allocator");
     sqlite3_mem_methods counting = usual;
-    counting.xMalloc = AllocateForSqlite;
-    counting.xFree = FreeForSqlite;
-    counting.xRealloc = ReallocateForSqlite;
+    counting.xMalloc = [](int size) {
+        void* const memory = usual.xMalloc(size);
+        Taken(SizeForSqlite(memory));
+        return memory;
+    };
+    counting.xFree = [](void* memory) {
+        inUse -= SizeForSqlite(memory);
+        usual.xFree(memory);
+    };
+    counting.xRealloc = [](void* memory, int size) {
+        const std::size_t before = SizeForSqlite(memory);
+        void* const moved = usual.xRealloc(memory, size);
+        inUse -= before;
+        Taken(moved != nullptr ? SizeForSqlite(moved) : before);
+        return moved;
+    };
     Require(sqlite3_config(SQLITE_CONFIG_MALLOC, &counting) == SQLITE_OK, "the counting allocator");
 }
 
 // The most bytes that `job` has in use at one time, without those in use before.
-template <typename Job>
-std::size_t PeakOf(const Job& job)
+std::size_t PeakOf(const auto& job)
 {
     const std::size_t before = inUse;
     highest = inUse;
@@ -82,92 +70,67 @@ std::size_t PeakOf(const Job& job)
 
 // The cells of a row: integers, and texts of `textSize` characters.
 struct Shape {
-    int integers;
-    int texts;
+    std::size_t integers;
+    std::size_t texts;
     std::size_t textSize;
+
+    std::string Name() const
+    {
+        return std::to_string(integers) + " integers, " + std::to_string(texts) + " texts of " +
+               std::to_string(textSize) + " bytes";
+    }
 };
 
-struct Statement {
-    std::string shape;
+DbTableDataWrite RowsOf(const Shape& shape, int count)
+{
     DbTableDataWrite data;
-    std::string columns;
-    std::size_t cells = 0;
-    std::size_t text = 0;
-    std::size_t quoted = 0;
-};
-
-// The size of the statement that WriteTableValues makes for `rows` rows: `text` bytes, of which `quoted` bytes are
-// texts with their quotation marks.
-Statement StatementOf(const Shape& shape, int rows)
-{
-    Statement statement;
-    statement.shape = std::to_string(shape.integers) + " integers, " + std::to_string(shape.texts) + " texts of " +
-                      std::to_string(shape.textSize) + " bytes";
-    for (int i = 0; i < shape.integers + shape.texts; ++i) {
-        statement.data.columns.push_back("c" + std::to_string(i));
-        statement.columns += (i == 0 ? "" : ",") + statement.data.columns.back();
+    for (std::size_t i = 0; i < shape.integers + shape.texts; ++i) {
+        data.columns.push_back("c" + std::to_string(i));
     }
-    for (int row = 0; row < rows; ++row) {
-        std::vector<DbTableColumnValue>& cells = statement.data.rows.emplace_back().cells;
-        cells.assign(static_cast<std::size_t>(shape.integers), {DbTableColumnType::Integer, 0, 10'000 + row % 10'000});
-        cells.resize(cells.size() + static_cast<std::size_t>(shape.texts),
-                     {DbTableColumnType::Text, 0, std::string(shape.textSize, 'x')});
+    for (int row = 0; row < count; ++row) {
+        std::vector<DbTableColumnValue>& cells = data.rows.emplace_back().cells;
+        cells.assign(shape.integers, {DbTableColumnType::Integer, 0, 10'000 + row % 10'000});
+        cells.resize(shape.integers + shape.texts, {DbTableColumnType::Text, 0, std::string(shape.textSize, 'x')});
     }
-    const std::size_t count = statement.data.rows.size();
-    const std::size_t texts = count * static_cast<std::size_t>(shape.texts);
-    const std::size_t integers = count * static_cast<std::size_t>(shape.integers);
-    statement.cells = integers + texts;
-    statement.quoted = texts * (shape.textSize + std::string("\"\"").size());
-    statement.text = std::string("INSERT INTO sample () VALUES").size() + statement.columns.size() +
-                     count * std::string(" ,(").size() + integers * std::string("10000,").size() + statement.quoted +
-                     texts * std::string(",").size();
-    return statement;
+    return data;
 }
 
-// The statement that WriteTableValues makes of the rows that every job writes.
-Statement SampleStatement(int count)
+// The bytes of all quoted texts and blobs with their quotation marks. None of them has a quotation mark in it.
+std::size_t QuotedSize(const std::string& statement)
 {
-    const std::vector<SampleRow> rows = SampleRows(count);
-    Statement statement;
-    statement.shape = "sample";
-    statement.data = WriteRequest(rows);
-    statement.columns = "number,measure,label,bytes";
-    statement.cells = 4 * rows.size();
-    statement.text = InsertText(rows).size();
-    for (const SampleRow& row : rows) {
-        statement.quoted += row.label.size() + row.bytes.size() + 4;
+    std::size_t size = 0;
+    bool inside = false;
+    for (const char character : statement) {
+        inside ^= character == '"';
+        size += inside || character == '"' ? 1 : 0;
     }
-    return statement;
+    return size;
 }
 
-// Limits SQLite's cache to a few pages. Otherwise the memory for pages would hide the memory for the statement.
-void WriteStatement(std::FILE* output, const Statement& statement, const char* separator)
+void MeasureWrite(std::FILE* output, const std::string& shape, const DbTableDataWrite& data, const char* separator)
 {
-    DatabaseApi database;
-    Require(database.OpenDatabase(NewFile(), false) && database.Execute("PRAGMA cache_size=10; PRAGMA synchronous=0") &&
-                database.Execute("CREATE TABLE sample (" + statement.columns + ")"),
-            "open", database.GetLastErrorMsg().c_str());
-    const auto write = [&] {
-        Require(database.WriteTableValues("sample", statement.data), "write", database.GetLastErrorMsg().c_str());
-    };
+    std::string createTable = "CREATE TABLE sample";
+    for (const std::string& column : data.columns) {
+        createTable += (&column == data.columns.data() ? "(" : ",") + column;
+    }
+    createTable += ')';
+    const std::vector<std::string> texts = ExecutedTexts([&] {
+        Library database(InMemory);
+        database.Execute(createTable);
+        database.Insert(data);
+    });
+    // Limits SQLite's cache to a few pages. Otherwise the memory for pages would hide the memory for the statement.
+    Library database(NewFile());
+    database.Execute("PRAGMA cache_size=10; PRAGMA synchronous=0");
+    database.Execute(createTable);
+    const auto write = [&] { database.Insert(data); };
     write();
     const std::size_t peak = PeakOf(write);
     std::fprintf(output,
                  "%s\n{\"shape\": \"%s\", \"rows\": %zu, \"cells\": %zu, \"text\": %zu, \"quoted\": %zu, "
                  "\"peak\": %zu}",
-                 separator, statement.shape.c_str(), statement.data.rows.size(), statement.cells, statement.text,
-                 statement.quoted, peak);
-}
-
-// The input of the contender counts only if it is text, because a caller has to build that text.
-template <typename Contender>
-std::size_t SizeOfText(const typename Contender::Write& write)
-{
-    if constexpr (std::is_same_v<typename Contender::Write, std::string>) {
-        return write.size();
-    } else {
-        return 0;
-    }
+                 separator, shape.c_str(), data.rows.size(), data.rows.size() * data.columns.size(),
+                 texts.back().size(), QuotedSize(texts.back()), peak);
 }
 
 template <typename Contender>
@@ -175,10 +138,14 @@ std::size_t PeakOfWriting(int count)
 {
     const std::vector<SampleRow> rows = SampleRows(count);
     const typename Contender::Write write = Contender::MakeWrite(rows);
-    Fresh<Contender> database(false);
+    Fresh<Contender> database;
     database.Make();
-    const std::size_t peak = PeakOf([&] { database.Get().Insert(write); }) + SizeOfText<Contender>(write);
+    std::size_t peak = PeakOf([&] { database.Get().Insert(write); });
     database.RequireWritten(rows);
+    // The input of the contender counts only if it is text, because a caller has to build that text.
+    if constexpr (std::is_same_v<typename Contender::Write, std::string>) {
+        peak += write.size();
+    }
     return peak;
 }
 
@@ -222,7 +189,7 @@ int main(int argc, char** argv)
     bench::CountSqlite();
     const char* separator = "{\"peaks\": {";
     bench::ForEachContender([&]<typename Contender> {
-        if constexpr (bench::Writer<Contender> && requires { typename Contender::Write; }) {
+        if constexpr (bench::Writer<Contender>) {
             const int count = std::min(largest, 100'000);
             std::fprintf(output, "%s\n\"%s\": %zu", separator, Contender::Name, bench::PeakOfWriting<Contender>(count));
             separator = ",";
@@ -236,10 +203,10 @@ int main(int argc, char** argv)
             break;
         }
         for (const bench::Shape& shape : shapes) {
-            bench::WriteStatement(output, bench::StatementOf(shape, rows), separator);
+            bench::MeasureWrite(output, shape.Name(), bench::RowsOf(shape, rows), separator);
             separator = ",";
         }
-        bench::WriteStatement(output, bench::SampleStatement(rows), separator);
+        bench::MeasureWrite(output, "sample", bench::WriteRequest(bench::SampleRows(rows)), separator);
     }
     std::fprintf(output, "]}\n");
     return std::fclose(output) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;

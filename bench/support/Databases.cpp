@@ -1,60 +1,68 @@
 #include "support/Databases.h"
 
-#include <cstddef>
+#include <utility>
 
 #include <sqlite3.h>
 
+#include "contenders/LibraryPrepared.h"
 #include "contenders/RawSqlite.h"
 
 namespace Morvik::sql::bench {
 
-const tests::TemporaryDirectory& Directory()
+namespace {
+
+// The path of a file in the directory of this program, which is removed when the program ends.
+std::string PathOf(const std::string& name, int number)
 {
     static const tests::TemporaryDirectory directory;
-    return directory;
+    return directory.File(name + std::to_string(number) + ".db");
 }
+
+} // namespace
 
 std::string NewFile()
 {
     static int made = 0;
-    return Directory().File("database-" + std::to_string(++made) + ".db");
+    return PathOf("database-", ++made);
 }
 
 std::string FilledFile(int count)
 {
-    std::string path = Directory().File("filled-" + std::to_string(count) + ".db");
+    std::string path = PathOf("filled-", count);
     if (!std::filesystem::exists(path)) {
-        RawSqlite raw(path);
+        RawSqlitePrepared raw(path);
         raw.Execute(CreateTable);
-        raw.Execute("BEGIN");
-        raw.InsertBound(SampleRows(count));
-        raw.Execute("COMMIT");
+        raw.Insert(SampleRows(count));
     }
     return path;
 }
 
+std::vector<std::string> ExecutedTexts(const std::function<void()>& action)
+{
+    static std::vector<std::string> executed;
+    const auto trace = [](sqlite3* handle, char**, const void*) {
+        const auto keep = [](unsigned int, void*, void* statement, void*) {
+            executed.emplace_back(sqlite3_sql(static_cast<sqlite3_stmt*>(statement)));
+            return 0;
+        };
+        return sqlite3_trace_v2(handle, SQLITE_TRACE_STMT, keep, nullptr);
+    };
+    const auto traceNewConnections = reinterpret_cast<void (*)()>(+trace);
+    Require(sqlite3_auto_extension(traceNewConnections) == SQLITE_OK, "trace new connections");
+    action();
+    sqlite3_cancel_auto_extension(traceNewConnections);
+    return std::exchange(executed, {});
+}
+
 void RequireRows(const std::string& path, const std::vector<SampleRow>& rows)
 {
-    sqlite3* handle = nullptr;
-    sqlite3_stmt* statement = nullptr;
-    Require(sqlite3_open(path.c_str(), &handle) == SQLITE_OK, "open the copy", path.c_str());
-    Require(sqlite3_prepare_v2(handle, "SELECT * FROM sample ORDER BY number", -1, &statement, nullptr) == SQLITE_OK,
-            "read the copy", sqlite3_errmsg(handle));
-    for (const SampleRow& row : rows) {
-        Require(sqlite3_step(statement) == SQLITE_ROW, "a row is missing");
-        const auto* const label = reinterpret_cast<const char*>(sqlite3_column_text(statement, 2));
-        const auto labelSize = static_cast<std::size_t>(sqlite3_column_bytes(statement, 2));
-        const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(statement, 3));
-        const auto blobSize = sqlite3_column_bytes(statement, 3);
-        const SampleRow stored{sqlite3_column_int(statement, 0),
-                               sqlite3_column_double(statement, 1),
-                               {label, labelSize},
-                               {bytes, bytes + blobSize}};
-        Require(stored == row, "a row is wrong");
-    }
-    Require(sqlite3_step(statement) == SQLITE_DONE, "there are too many rows");
-    sqlite3_finalize(statement);
-    sqlite3_close(handle);
+    // One row at a time: complete tables would leave the heap in another state for the jobs that are measured next.
+    auto expected = rows.begin();
+    LibraryPrepared(path).ForEachRow("SELECT * FROM sample ORDER BY number", [&](const SampleRow& row) {
+        Require(expected != rows.end() && row == *expected, "rows written", path.c_str());
+        ++expected;
+    });
+    Require(expected == rows.end(), "rows are missing", path.c_str());
 }
 
 } // namespace Morvik::sql::bench

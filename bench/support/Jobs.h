@@ -52,7 +52,6 @@ private:
 int RepeatsFor(int rows);
 
 /// Each function is in the file of its jobs.
-void AddBinding(Jobs& jobs);
 void AddGrowth(Jobs& jobs);
 void AddOpening(Jobs& jobs);
 void AddReading(Jobs& jobs);

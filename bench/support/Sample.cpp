@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <random>
-#include <span>
 #include <sstream>
+#include <string_view>
 
 namespace Morvik::sql::bench {
 
@@ -107,24 +107,8 @@ std::string UpdateCondition(const SampleRow& row)
     return "WHERE number=" + std::to_string(row.number);
 }
 
-std::string SelectByNumber(int number)
+Totals Sum(const std::vector<SampleRow>& rows, Totals totals)
 {
-    return "SELECT * FROM sample WHERE number=" + std::to_string(number);
-}
-
-Totals& Totals::operator+=(const Totals& other)
-{
-    rows += other.rows;
-    numbers += other.numbers;
-    measures += other.measures;
-    labels += other.labels;
-    bytes += other.bytes;
-    return *this;
-}
-
-Totals Sum(const std::vector<SampleRow>& rows)
-{
-    Totals totals;
     for (const SampleRow& row : rows) {
         totals.Add(row);
     }

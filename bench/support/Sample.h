@@ -21,6 +21,9 @@ struct SampleRow {
 inline constexpr const char* CreateTable =
     "CREATE TABLE sample (number INTEGER PRIMARY KEY, measure REAL, label TEXT, bytes BLOB)";
 inline constexpr const char* SelectAll = "SELECT * FROM sample";
+inline constexpr const char* InsertRow = "INSERT INTO sample VALUES (?,?,?,?)";
+inline constexpr const char* UpdateRow = "UPDATE sample SET measure=?, label=?, bytes=? WHERE number=?";
+inline constexpr const char* SelectRow = "SELECT * FROM sample WHERE number=?";
 
 /// Rows numbered from 0, the same at every call. The doubles have six digits, and the bytes hold neither a zero nor a
 /// double quotation mark, so that SQL text holds every value exactly.
@@ -41,7 +44,6 @@ std::string InsertText(const std::vector<SampleRow>& rows);
 /// The statement that the facade makes for an update of all columns except the number, and its condition.
 std::string UpdateText(const SampleRow& row);
 std::string UpdateCondition(const SampleRow& row);
-std::string SelectByNumber(int number);
 
 /// A checksum of the rows that a reader gets: every byte counts, so that equal totals mean equal rows.
 struct Totals {
@@ -52,7 +54,6 @@ struct Totals {
     std::size_t bytes = 0;
 
     bool operator==(const Totals&) const = default;
-    Totals& operator+=(const Totals& other);
 
     void Add(const SampleRow& row)
     {
@@ -70,6 +71,20 @@ struct Totals {
     }
 };
 
-Totals Sum(const std::vector<SampleRow>& rows);
+/// `totals` and the rows.
+Totals Sum(const std::vector<SampleRow>& rows, Totals totals = {});
+
+/// Calls `find(query, rows)` for every query, and adds up the rows that it finds.
+template <typename Contender, typename Find>
+Totals SumOfFound(const std::vector<typename Contender::Query>& queries, Find find)
+{
+    Totals totals;
+    for (const typename Contender::Query& query : queries) {
+        typename Contender::Rows rows;
+        find(query, rows);
+        totals = Contender::SumOf(rows, totals);
+    }
+    return totals;
+}
 
 } // namespace Morvik::sql::bench
