@@ -12,7 +12,7 @@ COLUMNS = "C, column_*"
 NO_MUTEX = "C, no mutex"
 SIZES = (1000, 10000, 100000)
 LARGEST = 1000000
-MACHINES = ("x86_64", "armhf")
+MACHINES = {"x86_64": "x86-64", "armhf": "32-bit ARM"}
 
 
 @dataclass
@@ -25,12 +25,10 @@ class Spread:
 
     @staticmethod
     def of(values):
-        if len(values) == 1:
-            return Spread(values[0], values[0], values[0])
-        return Spread(*statistics.quantiles(values, n=4, method="inclusive"))
+        return Spread(*statistics.quantiles(values if len(values) > 1 else 2 * values, n=4, method="inclusive"))
 
-    def scaled(self, factor):
-        return Spread(self.low * factor, self.median * factor, self.high * factor)
+    def quartiles(self, form):
+        return f"{self.low:{form}} to {self.high:{form}}"
 
 
 class Figures:
@@ -45,7 +43,7 @@ class Figures:
         self.memory = {machine: load(f"memory-{machine}.json") for machine in MACHINES}
 
     def per_row(self, job, rows, contender=OURS):
-        return Spread.of(self.times[f"{job}/{rows}"][contender]).scaled(1 / rows)
+        return Spread.of([time / rows for time in self.times[f"{job}/{rows}"][contender]])
 
     def ratio(self, job, rows, floor=FLOOR, ours=OURS):
         """The ratio of each round: in a round, the contenders of a job run one after the other."""
@@ -58,9 +56,6 @@ class Figures:
     def own_functions(self, machine, job):
         return {name: count / 1000 for name, count in self.counts[machine]["jobs"][job][OURS]["functions"].items()}
 
-    def sample_peaks(self, machine):
-        return {s["rows"]: s["peak"] for s in self.memory[machine]["statements"] if s["shape"] == "sample"}
-
 
 def terms(statement):
     return [1, statement["rows"], statement["cells"], statement["quoted"]]
@@ -72,15 +67,12 @@ def predicted(factors, statement):
 
 
 def fit(statements):
-    """The factors with the least sum of squared relative errors."""
-    weighted = [[value / s["peak"] for value in (*terms(s), s["peak"] - s["text"])] for s in statements]
-    size = len(weighted[0]) - 1
-    matrix = [[sum(row[i] * row[j] for row in weighted) for j in range(size + 1)] for i in range(size)]
-    for i in range(size):
-        pivot = max(range(i, size), key=lambda k: abs(matrix[k][i]))
-        matrix[i], matrix[pivot] = matrix[pivot], matrix[i]
+    """The factors with the least sum of squared relative errors: the solution of the normal equations."""
+    columns = list(zip(*([value / s["peak"] for value in (*terms(s), s["peak"] - s["text"])] for s in statements)))
+    matrix = [[sum(x * y for x, y in zip(a, b)) for b in columns] for a in columns[:-1]]
+    for i in range(len(matrix)):
         matrix[i] = [value / matrix[i][i] for value in matrix[i]]
-        for k in range(size):
+        for k in range(len(matrix)):
             if k != i:
                 matrix[k] = [a - matrix[k][i] * b for a, b in zip(matrix[k], matrix[i])]
     return [row[-1] for row in matrix]

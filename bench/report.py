@@ -9,46 +9,28 @@ The results are times.json, and memory-MACHINE.json and counts-MACHINE.json for 
 import math
 import pathlib
 import sys
-from dataclasses import dataclass
 
 import pictures
 from figures import (COLUMNS, FLOOR, LARGEST, MACHINES, NO_MUTEX, OURS, PREPARED, SIZES, Figures, Spread, fit,
                      predicted)
 
-# Row shapes that the memory formula is not fitted to.
-HELD_OUT = ("sample", "4 integers, 0 texts of 0 bytes", "0 integers, 4 texts of 10 bytes",
-            "1 integers, 1 texts of 200 bytes")
+# Row shapes that the memory formula is not fitted to, and their names in the table.
+HELD_OUT = {"sample": "sample", "4 integers, 0 texts of 0 bytes": "4 integers",
+            "0 integers, 4 texts of 10 bytes": "4 texts of 10 bytes",
+            "1 integers, 1 texts of 200 bytes": "1 integer, 1 text of 200 bytes"}
 NEAR_BEST = 1.05
-TITLES = {"x86_64": "x86-64", "armhf": "32-bit ARM"}
 
 
-@dataclass
-class Comparison:
-    """One line of the table of ratios."""
-
-    job: str
-    against: str
-    spread: Spread
-    bound: float | None = None
-
-    def verdict(self):
-        """A bound between the quartiles is tighter than the spread, so the rounds prove nothing."""
-        if self.bound is None:
-            return ""
-        if self.spread.low <= self.bound < self.spread.high:
-            return "not decided"
-        return "yes" if self.spread.high <= self.bound else "no"
-
-    def cells(self):
-        return (self.job, self.against, f"{self.spread.median:.3f}", f"{self.spread.low:.3f} to {self.spread.high:.3f}",
-                f"{self.bound:.2f}" if self.bound else "", self.verdict())
-
-
-def comparisons(figures):
-    table = []
+def ratio_rows(figures):
+    table = [("job", "against", "ratio", "quartiles", "bound", "met")]
 
     def add(title, against, job, rows, bound=None, floor=FLOOR, ours=OURS):
-        table.append(Comparison(title, against, figures.ratio(job, rows, floor, ours), bound))
+        """A bound between the quartiles is tighter than the spread, so the rounds prove nothing."""
+        ratio, verdict = figures.ratio(job, rows, floor, ours), ""
+        if bound:
+            verdict = "yes" if ratio.high <= bound else "no" if ratio.low > bound else "not decided"
+        table.append((title, against, f"{ratio.median:.3f}", ratio.quartiles(".3f"), f"{bound:.2f}" if bound else "",
+                      verdict))
 
     text = "the same text, ready-made"
     for place in ("memory", "file"):
@@ -67,43 +49,27 @@ def comparisons(figures):
     add("`PrepareStatement`, bind, `Step`, `Reset`", "C, `SQLITE_STATIC`", "bind", 1000, None, "C, prepared", PREPARED)
     add("columns of a stepped `SqlCommand`", "C, `column_*`", "columns", 1000, 1.05, COLUMNS)
     add("columns of a stepped `SqlCommand`", "C, `column_value`", "columns", 1000)
-    add("`OpenDatabase`, `CloseDatabase`", "C", "open", 100)
-    add("`OpenDatabase`, `CloseDatabase`", "C, `access` of the directory", "open", 100, 1.05,
-        "C, access of the directory")
-    add("`OpenDatabase`, `CloseDatabase`", "C, `stat` of the file", "open", 100, 1.05, "C, stat of the file")
+    for against, bound in (("C", None), ("C, `access` of the directory", 1.05), ("C, `stat` of the file", 1.05)):
+        add("`OpenDatabase`, `CloseDatabase`", against, "open", 100, bound, against.replace("`", ""))
     return table
 
 
 def times_rows(figures, jobs, contenders):
+    """Nanoseconds per row."""
     rows = [("job, rows", *contenders)]
-    for job in figures.times:
+    for job, times in figures.times.items():
         name, size = job.split("/")
         if name in jobs and int(size) <= SIZES[-1]:
-            cells = []
-            for contender in contenders:
-                known = contender in figures.times[job]
-                cells.append(f"{figures.per_row(name, int(size), contender).median:,.0f}" if known else "–")
+            cells = (f"{figures.per_row(name, int(size), c).median:,.0f}" if c in times else "–" for c in contenders)
             rows.append((f"{name}, {int(size):,}", *cells))
     return rows
 
 
-def writing_rows(figures):
-    """Nanoseconds per row; every line includes the library's prepared statements."""
-    return times_rows(figures, ("write memory", "write file", "write singly", "update singly", "bind"),
-                      list(figures.times["write singly/1000"]))
-
-
-def reading_rows(figures):
-    return times_rows(figures, ("read", "walk", "look up"), list(figures.times["read/1000"]))
-
-
 def times_spread(figures):
     """How far the quartiles of the times in the two tables are from their medians."""
-    spreads = []
-    for job, contenders in figures.times.items():
-        if int(job.split("/")[1]) <= SIZES[-1] and not job.startswith(("batch", "columns", "open")):
-            for s in map(Spread.of, contenders.values()):
-                spreads.append(max(s.high - s.median, s.median - s.low) / s.median)
+    shown = [times for job, contenders in figures.times.items() for times in contenders.values()
+             if int(job.split("/")[1]) <= SIZES[-1] and not job.startswith(("batch", "columns", "open"))]
+    spreads = [max(s.high - s.median, s.median - s.low) / s.median for s in map(Spread.of, shown)]
     near = sum(spread <= 0.05 for spread in spreads)
     return (f"The quartiles of {near} of {len(spreads)} times are at most 5 % from the median, and those of all at "
             f"most {math.ceil(100 * max(spreads))} %.")
@@ -115,7 +81,7 @@ def peak_rows(figures):
 
 
 def instruction_rows(figures):
-    rows = [("job", *(f"{TITLES[m]}: {what}" for m in MACHINES for what in ("all", "library", "C", "ratio")),
+    rows = [("job", *(f"{MACHINES[m]}: {what}" for m in MACHINES for what in ("all", "library", "C", "ratio")),
              "allocations")]
     for job, contenders in figures.counts["x86_64"]["jobs"].items():
         cells = []
@@ -128,10 +94,10 @@ def instruction_rows(figures):
 
 
 def reference_rows(figures):
-    rows = [("job", *(f"{TITLES[m]}: {c}" for m in MACHINES for c in (OURS, FLOOR, COLUMNS, NO_MUTEX)))]
+    columns = [(machine, contender) for machine in MACHINES for contender in (OURS, FLOOR, COLUMNS, NO_MUTEX)]
+    rows = [("job", *(f"{MACHINES[machine]}: {contender}" for machine, contender in columns))]
     for job in ("read", "walk", "look-up"):
-        rows.append((job, *(f"{figures.per_row_counted(m, job, c):,.0f}" for m in MACHINES
-                            for c in (OURS, FLOOR, COLUMNS, NO_MUTEX))))
+        rows.append((job, *(f"{figures.per_row_counted(machine, job, c):,.0f}" for machine, c in columns)))
     return rows
 
 
@@ -140,10 +106,10 @@ def function_tables(figures):
     texts = []
     for job in figures.counts["x86_64"]["jobs"]:
         functions = [figures.own_functions(machine, job) for machine in MACHINES]
-        names = sorted(set().union(*functions), key=lambda name: (-max(f.get(name, 0) for f in functions), name))
-        shown = [name for name in names if max(f.get(name, 0) for f in functions) >= 1]
-        rows = [("function", *(TITLES[m] for m in MACHINES))]
-        rows += [(f"`{name}`", *(f"{f.get(name, 0):,.0f}" for f in functions)) for name in shown]
+        most = {name: max(f.get(name, 0) for f in functions) for name in set().union(*functions)}
+        rows = [("function", *MACHINES.values())]
+        rows += [(f"`{name}`", *(f"{f.get(name, 0):,.0f}" for f in functions))
+                 for name in sorted(most, key=lambda name: (-most[name], name)) if most[name] >= 1]
         rows.append(("sum", *(f"{sum(f.values()):,.0f}" for f in functions)))
         texts.append(f"<details><summary>{job}</summary>\n\n{markdown(rows)}\n\n</details>\n")
     return "\n".join(texts)
@@ -154,9 +120,9 @@ def growth_rows(figures):
     for title, job in (("write in batches", "write batches"), ("read", "read"), ("walk", "walk")):
         for size in (*SIZES, LARGEST):
             own, ratio = figures.per_row(job, size), figures.ratio(job, size)
-            rows.append((title, f"{size:,}", f"{own.median:,.0f}", f"{own.low:,.0f} to {own.high:,.0f}",
+            rows.append((title, f"{size:,}", f"{own.median:,.0f}", own.quartiles(",.0f"),
                          f"{figures.per_row(job, size, FLOOR).median:,.0f}", f"{ratio.median:.3f}",
-                         f"{ratio.low:.3f} to {ratio.high:.3f}"))
+                         ratio.quartiles(".3f")))
     return rows
 
 
@@ -174,57 +140,40 @@ def flatness(figures):
     return "\n".join(f"- {sentence[0].upper()}{sentence[1:]}" for sentence in sentences)
 
 
-def formula(factors):
-    once, row, cell, quoted = factors
-    return f"text + {once:,.0f} + {row:,.0f} · rows + {cell:,.0f} · cells + {quoted:.2f} · quoted"
-
-
 def memory_section(figures):
     """The formulas, what they predict for statements that they were not fitted to, and the largest error."""
-    factors, checked = {}, {}
-    for machine in MACHINES:
-        statements = figures.memory[machine]["statements"]
-        factors[machine] = fit([s for s in statements if s["shape"] not in HELD_OUT])
-        checked[machine] = [s for s in statements if s["shape"] in HELD_OUT]
-    rows = [("row", "rows", *(f"{TITLES[m]}: {what}" for m in MACHINES for what in ("predicted", "measured")))]
-    for shape in HELD_OUT:
+    rows = [("row", "rows", *(f"{MACHINES[m]}: {what}" for m in MACHINES for what in ("predicted", "measured")))]
+    statements = {m: {(s["shape"], s["rows"]): s for s in figures.memory[m]["statements"]} for m in MACHINES}
+    factors = {m: fit([s for (shape, _), s in statements[m].items() if shape not in HELD_OUT]) for m in MACHINES}
+    for shape, name in HELD_OUT.items():
         for size in (10, 100, 1000, 10000):
-            cells = []
-            for machine in MACHINES:
-                statement = next(s for s in checked[machine] if s["shape"] == shape and s["rows"] == size)
-                cells += [f"{value / 1000:,.0f} kB" for value in
-                          (predicted(factors[machine], statement), statement["peak"])]
-            rows.append((shape_name(shape), f"{size:,}", *cells))
-    worst = max(abs(predicted(factors[m], s) / s["peak"] - 1) for m in MACHINES for s in checked[m])
-    return ("\n".join(f"    {TITLES[m] + ':':<12} {formula(factors[m])}" for m in MACHINES), markdown(rows),
-            f"{math.ceil(100 * worst)} %")
+            row = [(m, statements[m][shape, size]) for m in MACHINES]
+            cells = (f"{value / 1000:,.0f} kB" for m, s in row for value in (predicted(factors[m], s), s["peak"]))
+            rows.append((name, f"{size:,}", *cells))
+    formulas = "\n".join(f"    {MACHINES[m] + ':':<12} text + {once:,.0f} + {row:,.0f} · rows + {cell:,.0f} · cells"
+                         f" + {quoted:.2f} · quoted" for m, (once, row, cell, quoted) in factors.items())
+    worst = max(abs(predicted(factors[m], s) / s["peak"] - 1)
+                for m in MACHINES for (shape, _), s in statements[m].items() if shape in HELD_OUT)
+    return formulas, rows, f"{math.ceil(100 * worst)} %"
 
 
-def shape_name(shape):
-    shape = shape.replace("0 integers, ", "").replace(", 0 texts of 0 bytes", "")
-    return shape.replace("1 integers, 1 texts", "1 integer, 1 text")
-
-
-def batch_figures(figures):
-    times = {}
-    for size in figures.times["batch/10000"]:
-        times[int(size)] = Spread.of(figures.times["batch/10000"][size]).scaled(1 / 10000)
+def batch_section(figures):
+    """The table of the numbers of rows per call, the best number, and the memory of a call with that number."""
+    times = {int(size): figures.per_row("batch", 10000, size) for size in figures.times["batch/10000"]}
     counts = {int(size): count["total"] / 1000 for size, count in figures.counts["armhf"]["batches"].items()}
-    peaks = {TITLES[m]: {size: peak / 1000 for size, peak in figures.sample_peaks(m).items()} for m in MACHINES}
-    least_time, least_count = min(s.median for s in times.values()), min(counts.values())
-    best = next((size for size in times if times[size].median <= NEAR_BEST * least_time
-                 and counts.get(size, least_count) <= NEAR_BEST * least_count))
-    return times, counts, peaks, best
-
-
-def batch_rows(times, counts, peaks):
+    peaks = {title: {s["rows"]: s["peak"] / 1000 for s in figures.memory[m]["statements"] if s["shape"] == "sample"}
+             for m, title in MACHINES.items()}
     rows = [("rows per call", "ns per row, x86-64", "quartiles", "instructions per row, 32-bit ARM",
              *(f"memory, {machine}" for machine in peaks))]
-    for size, spread in times.items():
-        rows.append((f"{size:,}", f"{spread.median:,.0f}", f"{spread.low:,.0f} to {spread.high:,.0f}",
+    for size, time in times.items():
+        rows.append((f"{size:,}", f"{time.median:,.0f}", time.quartiles(",.0f"),
                      f"{counts[size]:,.0f}" if size in counts else "–",
                      *(f"{curve[size]:,.0f} kB" for curve in peaks.values())))
-    return rows
+    least_time, least_count = min(time.median for time in times.values()), min(counts.values())
+    best = next(size for size, time in times.items() if time.median <= NEAR_BEST * least_time
+                and counts.get(size, least_count) <= NEAR_BEST * least_count)
+    memory = " and ".join(f"{curve[best]:,.0f} kB on {machine}" for machine, curve in peaks.items())
+    return rows, f"{best:,}", memory
 
 
 def markdown(rows):
@@ -235,37 +184,33 @@ def markdown(rows):
     return "\n".join("| " + " | ".join(row) + " |" for row in (header, rule, *body))
 
 
-def aligned(rows):
-    widths = [max(map(len, column)) for column in zip(*rows)]
-    return "\n".join("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip() for row in rows)
-
-
 def main():
     docs = pathlib.Path(sys.argv[2])
     figures = Figures(sys.argv[1])
-    table = comparisons(figures)
-    header = ("job", "against", "ratio", "quartiles", "bound", "met")
-    verdicts = [t.verdict() for t in table]
-    batches = batch_figures(figures)
-    times, counts, peaks, best = batches
+    ratios = ratio_rows(figures)
+    verdicts = [verdict for *_, verdict in ratios]
+    batches, best, best_memory = batch_section(figures)
     formulas, predictions, error = memory_section(figures)
-    values = {**figures.machine, "rounds": figures.rounds,
-              "ratios": markdown([header, *(t.cells() for t in table)]),
+    tables = {"ratios": ratios, "instructions": instruction_rows(figures), "references": reference_rows(figures),
+              "growth": growth_rows(figures), "predictions": predictions, "batches": batches,
+              "writing": times_rows(figures, ("write memory", "write file", "write singly", "update singly", "bind"),
+                                    list(figures.times["write singly/1000"])),
+              "reading": times_rows(figures, ("read", "walk", "look up"), list(figures.times["read/1000"])),
+              "peaks": peak_rows(figures)}
+    values = {**figures.machine, **{name: markdown(rows) for name, rows in tables.items()}, "rounds": figures.rounds,
               "met": verdicts.count("yes"), "undecided": verdicts.count("not decided"), "missed": verdicts.count("no"),
-              "writing": markdown(writing_rows(figures)), "reading": markdown(reading_rows(figures)),
-              "times_spread": times_spread(figures), "peaks": markdown(peak_rows(figures)),
-              "instructions": markdown(instruction_rows(figures)),
-              "references": markdown(reference_rows(figures)), "functions": function_tables(figures),
               **{f"{machine}_counter": figures.counts[machine]["machine"] for machine in MACHINES},
-              "growth": markdown(growth_rows(figures)), "flatness": flatness(figures),
-              "formulas": formulas, "predictions": predictions, "error": error,
-              "batches": markdown(batch_rows(times, counts, peaks)), "best": f"{best:,}",
-              "near": f"{100 * (NEAR_BEST - 1):.0f} %",
-              "best_memory": " and ".join(f"{curve[best]:,.0f} kB on {machine}" for machine, curve in peaks.items())}
+              "functions": function_tables(figures), "flatness": flatness(figures), "formulas": formulas,
+              "error": error, "best": best, "best_memory": best_memory, "near": f"{100 * (NEAR_BEST - 1):.0f} %",
+              "times_spread": times_spread(figures)}
     template = (pathlib.Path(__file__).parent / "performance.md.in").read_text()
     (docs / "performance.md").write_text(template.format(**values))
-    pictures.draw(docs / "performance.md", docs / "performance")
-    print(aligned([header, *(tuple(cell.replace("`", "") for cell in t.cells()) for t in table)]))
+    pictures.draw({name: [dict(zip(header, row)) for row in rows] for name, (header, *rows) in tables.items()},
+                  figures.machine["date"].split()[0], docs / "performance")
+    printed = [[cell.replace("`", "") for cell in row] for row in ratios]
+    widths = [max(map(len, column)) for column in zip(*printed)]
+    for row in printed:
+        print("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip())
 
 
 if __name__ == "__main__":
