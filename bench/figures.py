@@ -36,7 +36,7 @@ class Figures:
         results = pathlib.Path(results)
         load = lambda name: json.loads((results / name).read_text())
         times = load("times.json")
-        self.machine = {**times["machine"], "commit": (results / "commit").read_text().strip()}
+        self.machine = {**load("machine.json"), "compiler": times["compiler"], "sqlite": times["sqlite"]}
         self.times = times["times"]
         self.rounds = len(self.times["read/1000"][OURS])
         self.counts = {machine: load(f"counts-{machine}.json") for machine in MACHINES}

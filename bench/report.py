@@ -3,7 +3,8 @@
 
 usage: report.py RESULTS-DIRECTORY DOCS-DIRECTORY
 
-The results are times.json, and memory-MACHINE.json and counts-MACHINE.json for x86_64 and armhf; see scripts/bench.sh.
+The results are machine.json, times.json, and memory-MACHINE.json and counts-MACHINE.json for x86_64 and armhf; see
+scripts/bench.sh.
 """
 
 import math

@@ -33,7 +33,7 @@ cp build/armhf/bench/memory.json "$results/memory-armhf.json"
 cp build/budgets/tests/budgets/counts.json "$results/counts-x86_64.json"
 cp build/armhf/tests/budgets/counts.json "$results/counts-armhf.json"
 if [ "$rounds" -gt 0 ]; then
-    git describe --always --dirty >"$results/commit" || echo unknown >"$results/commit"
+    python3 bench/machine.py >"$results/machine.json"
     build/bench/bench/tkosqllite_bench "$results/times.json" "$rounds"
 fi
 python3 bench/report.py "$results" docs
