@@ -111,17 +111,14 @@ return {all, prose: page.textContent};
 RESULTS = """return [...document.querySelectorAll('#MSearchResultsWindow a')].map(link => link.href);"""
 
 
-def sources():
-    """The inline code of each page of Markdown."""
-    pages = {}
-    for path in (path for folder in (".", "docs", "docs/guide") for path in pathlib.Path(folder).glob("*.md")):
-        text = re.sub(r"(?ms)^ *```.*?^ *```$", "", path.read_text(encoding="utf-8"))
-        pages[page_name(path.resolve()) + ".html"] = {
-            " ".join(code.replace("\\|", "|").split()) for code in re.findall(r"`+([^`]+)`+", text)}
-    return pages
+def inline_code(path):
+    """The code in the prose of a page of Markdown."""
+    text = re.sub(r"(?ms)^ *```.*?^ *```$", "", path.read_text(encoding="utf-8"))
+    return {" ".join(code.replace("\\|", "|").split()) for code in re.findall(r"`+([^`]+)`+", text)}
 
 
-SOURCES = sources()
+SOURCES = {page_name(path.resolve()) + ".html": inline_code(path)
+           for folder in (".", "docs", "docs/guide") for path in pathlib.Path(folder).glob("*.md")}
 
 
 class Reader:
@@ -263,10 +260,9 @@ class Reader:
     def check_search_data(self):
         text = (self.directory / "search/searchdata.js").read_text(encoding="utf-8")
         places = json.loads(text[text.index("["):])
-        for place in places:
-            if not self.leads_somewhere((self.directory / place[0].split("#")[0]).as_uri() + "#" * ("#" in place[0])
-                                        + place[0].partition("#")[2]):
-                self.find("search", f"leads nowhere: {place[0]}")
+        for address, *_ in places:
+            if not self.leads_somewhere(f"{self.directory.as_uri()}/{address}"):
+                self.find("search", f"leads nowhere: {address}")
         return len(places)
 
 

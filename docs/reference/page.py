@@ -88,7 +88,7 @@ def operations():
     return classes
 
 
-def operation_link(code, section, classes):
+def operation_link(code, section):
     """`Open` in the section SqlTable leads to SqlTable::Open; elsewhere, a name leads to the only class that has it."""
     if (PROJECT / f"include/sql/{code}.h").is_file():
         return reference(f"Morvik::sql::{code}", f"`{code}`")
@@ -96,7 +96,7 @@ def operation_link(code, section, classes):
     if not named:
         return None
     owner, name = named.groups()
-    owners = classes.get(name, set())
+    owners = OPERATIONS.get(name, set())
     if owner is None:
         owner = next(iter(owners)) if len(owners) == 1 else section
     if owner == "DatabaseApi" and owner not in owners:
@@ -111,7 +111,7 @@ def prose(lines, page, section):
     for number, part in enumerate(parts):
         if number % 2 == 1 and not parts[number - 1].endswith("["):
             code = part.strip("`")  # an apostrophe would end the code between single backticks
-            parts[number] = operation_link(code, section, OPERATIONS) or (f"``{code}``" if "'" in code else part)
+            parts[number] = operation_link(code, section) or (f"``{code}``" if "'" in code else part)
     text = re.sub(r"(!?)\[([^]]*)\]\(([^)\s]*)\)", lambda match: link(page, *match.groups()), "".join(parts))
     return re.sub(r"</?details>.*", r"\n\\htmlonly[block]\n\g<0>\n\\endhtmlonly\n", text)  # Doxygen splits details
 

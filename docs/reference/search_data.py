@@ -23,13 +23,13 @@ class Page(html.parser.HTMLParser):
         self.name = name
         self.title = ""
         self.sections = [["", "", ""]]  # anchor, heading, text
-        self.open = []  # each open tag, and what is done with its text
+        self.open = [("", "")]  # each open tag, and what is done with its text
         self.anchor = ""
 
     def handle_starttag(self, tag, attributes):
         attributes = dict(attributes)
         classes = set((attributes.get("class") or "").split())
-        purpose = self.open[-1][1] if self.open else ""
+        purpose = self.open[-1][1]
         if "title" in classes:
             purpose = "title"
         elif "contents" in classes:
@@ -56,7 +56,7 @@ class Page(html.parser.HTMLParser):
             self.handle_data(" ")
 
     def handle_data(self, data):
-        purpose = self.open[-1][1] if self.open else ""
+        purpose = self.open[-1][1]
         if purpose == "title":
             self.title += data
         elif purpose == "heading":
