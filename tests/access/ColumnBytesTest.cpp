@@ -1,7 +1,6 @@
 #include <sql/SqlCommand.h>
 #include <sql/SqlTable.h>
 
-#include <cstring>
 #include <functional>
 #include <new>
 #include <utility>
@@ -37,13 +36,16 @@ TEST_F(ColumnBytesTest, BytesAreCompleteAndTextOfACursorEndsAtAZeroByte)
         SCOPED_TRACE(sql);
         Read("SELECT " + std::string(sql));
         const std::string textOfCursor = bytes.c_str();
+        sqlite3_stmt* const ofTable = sqlite3_next_stmt(Handle(), nullptr); // the newest statement is the first
+        sqlite3_stmt* const ofCommand = sqlite3_next_stmt(Handle(), ofTable);
 
         EXPECT_EQ(command.ColumnText(0), bytes);
         EXPECT_THAT(command.ColumnBlob(0),
                     ElementsAreArray(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()));
+        EXPECT_EQ(command.ColumnBlob(0).data(), sqlite3_column_blob(ofCommand, 0));
         EXPECT_EQ(table.GetText(0), textOfCursor);
-        ASSERT_EQ(table.GetLength(0), static_cast<int>(bytes.size()));
-        EXPECT_TRUE(bytes.empty() || std::memcmp(table.GetBlob(0), bytes.data(), bytes.size()) == 0);
+        EXPECT_EQ(table.GetLength(0), static_cast<int>(bytes.size()));
+        EXPECT_EQ(table.GetBlob(0), sqlite3_column_blob(ofTable, 0));
         EXPECT_EQ(table[0].GetValue<std::string>(), textOfCursor);
         EXPECT_THAT(table[0].GetValue<std::vector<char>>(), ElementsAreArray(bytes));
     }

@@ -44,6 +44,16 @@ bool Compile(const SqlTable& table, const std::string& sql)
     return table.Open(sql);
 }
 
+bool Advance(SqlCommand& command)
+{
+    return command.Step();
+}
+
+bool Advance(const SqlTable& table)
+{
+    return table.ReadNext();
+}
+
 TYPED_TEST(StatementOwnerTest, StartsWithoutAnErrorAndIsDestroyedWithoutACall)
 {
     const SqliteCallRecorder sqlite;
@@ -72,7 +82,7 @@ TYPED_TEST(StatementOwnerTest, ResultOfAStepThatIsNoRowAndNoEndIsAFailure)
     Compile(owner, "SELECT 7");
     const ReplacedResult replaced("sqlite3_step", SQLITE_OK);
 
-    EXPECT_EQ(NextInteger(owner), std::nullopt);
+    EXPECT_FALSE(Advance(owner));
 
     EXPECT_THAT(owner, HasError(SQLITE_OK, sqlite3_errmsg(this->Handle())));
 }
