@@ -77,6 +77,7 @@ TEST_F(DatabaseApiConversionTest, RowHasNothingOfTheEarlierRow)
         {"'" + large + "'", "Text string(" + large + ")"},
         {"X'414243444546'", "Blob bytes(414243444546)"},
         {"X'00'", "Blob bytes(00)"},
+        {"X'41'", "Blob bytes(41)"},
         {"zeroblob(5000)", "Blob bytes(" + large + large + ")"},
         {"''", "Text string()"},
         {"X''", "Blob bytes()"},
