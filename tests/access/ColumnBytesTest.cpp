@@ -72,7 +72,7 @@ TEST_F(ColumnBytesTest, BytesThatSqliteCannotReturnAreOutOfMemory)
         {"sqlite3_column_text", [&] { table.GetText(0); }},
         {"sqlite3_value_text", [&] { table[0].GetValue<std::string>(); }},
         {"sqlite3_value_blob", [&] { table[0].GetValue<std::vector<char>>(); }}};
-    Read("SELECT 'ab'");
+    Read("SELECT 'a'");
     for (const auto& [function, read] : reads) {
         const ReplacedResult replaced(function);
 
