@@ -129,18 +129,22 @@ protected:
 
 TEST_F(ClosedDatabaseApiTest, IsRejectedBeforeAMissingArgument)
 {
-    const auto notOpen = FailedWith(111, "Database isn't open.");
+    const FacadeCalls rejected{
+        {"CreateTable", [](auto& closed) { return closed.CreateTable(TableT); }},
+        {"CreateTable without a name", [](auto& closed) { return closed.CreateTable({}); }},
+        {"DropTable without a name", [](auto& closed) { return closed.DropTable(""); }},
+        {"DropTable with an apostrophe", [](auto& closed) { return closed.DropTable("it's"); }},
+        {"AlterTable without a name", [](auto& closed) { return closed.AlterTable("", ""); }},
+        {"AlterTable with an apostrophe", [](auto& closed) { return closed.AlterTable("it's", ""); }},
+        {"SqlQueryBegin without a text", [](auto& closed) { return closed.SqlQueryBegin(""); }},
+        {"ReadValues without a text", [&](auto& closed) { return closed.ReadValues("", data); }},
+        {"ReadValues", [&](auto& closed) { return closed.ReadValues("SELECT 1", data); }}};
     const SqliteCallRecorder sqlite;
 
-    EXPECT_THAT(database.CreateTable(TableT), notOpen);
-    EXPECT_THAT(database.CreateTable({}), notOpen);
-    EXPECT_THAT(database.DropTable(""), notOpen);
-    EXPECT_THAT(database.DropTable("it's"), notOpen);
-    EXPECT_THAT(database.AlterTable("", ""), notOpen);
-    EXPECT_THAT(database.AlterTable("it's", ""), notOpen);
-    EXPECT_THAT(database.SqlQueryBegin(""), notOpen);
-    EXPECT_THAT(database.ReadValues("", data), notOpen);
-    EXPECT_THAT(database.ReadValues("SELECT 1", data), notOpen);
+    for (const auto& [name, run] : rejected) {
+        FailWithMissingCommand();
+        EXPECT_THAT(run(database), FailedWith(111, "Database isn't open.")) << name;
+    }
     EXPECT_THAT(sqlite.Calls(), IsEmpty());
 }
 
