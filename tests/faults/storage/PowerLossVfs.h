@@ -16,9 +16,9 @@
 
 namespace Morvik::sql::tests {
 
-/// A file system whose power fails while the object lives: from then on, every call fails. For every file and for the
-/// directory, it keeps synced content separate from content that was written and not synced. The first sync of a new
-/// journal syncs the directory too, as in SQLite's own file system.
+/// A file system whose power fails while the object lives: from then on, no file can be opened, read, changed or
+/// locked. For every file and for the directory, it keeps synced content separate from content that was written and not
+/// synced. The first sync of a new journal syncs the directory too, as in SQLite's own file system.
 ///
 /// It guarantees only what SQLite assumes of a disk: a write changes no byte outside its range. Each sector written
 /// since the last sync may be there, be missing, be incomplete, or hold garbage.
