@@ -89,7 +89,7 @@ std::string ExpectedMessage(const std::string& cell, const SituationResult& outc
     if (cell == Sqlites) {
         return outcome.raw.message;
     }
-    static const std::regex Part(R"part("([^"]*)"|(\w+))part");
+    static const std::regex Part(R"part("([^"]*)"|([^ +]+))part");
     std::string message;
     for (std::sregex_iterator part(cell.begin(), cell.end(), Part), end; part != end; ++part) {
         message += (*part)[2].matched ? outcome.names.at(part->str(2)) : part->str(1);
