@@ -170,7 +170,7 @@ compare()
         acknowledged)
     key="$1 | ${2/#0/no pause} | $3 s | $4 | $5"
     cells=("$acknowledged" "$restored" "$((acknowledged < restored ? 0 : acknowledged - restored)), $lost s"
-        "$(megabytes "$6")" "$(megabytes "$7")")
+        "$(grep -c 'was refused' writer.log || true)" "$(megabytes "$6")" "$(megabytes "$7")")
     printf '| %s ' "$key" "${cells[@]}"
     echo '|'
     "$project/scripts/record.sh" "$page" "$key" "${cells[@]}"
@@ -198,7 +198,7 @@ quietly cmake --build build/native --target SampleWriter FileCollector
 started_server
 
 echo "== Losing the device"
-echo '| To | Rows a second | For | monitor-interval | Engine | Acknowledged | Restored | Lost | Largest WAL | Copies of it |'
+echo '| To | Rows a second | For | monitor-interval | Engine | Acknowledged | Restored | Lost | Refused | Largest WAL | Copies of it |'
 if [ -n "${TKOSQLLITE_FIGURES:-}" ]; then
     trial directory 160 60 1s killed
     trial directory 160 20 100ms killed

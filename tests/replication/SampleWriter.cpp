@@ -1,6 +1,7 @@
 // Writes rows into a database in WAL mode until it is killed, with the settings that a replication program needs. Each
 // row is a transaction. After each acknowledged row it writes a line to standard output: the row's number, and the time
-// in microseconds.
+// in microseconds. If SQLite refuses a row because the file is locked, the program writes a line to standard error and
+// repeats the row.
 //
 //   SampleWriter DATABASE ROWS-PER-SECOND      (0: as fast as it can)
 #include <sql/DatabaseApi.h>
@@ -18,6 +19,8 @@ using namespace Morvik::sql;
 using std::chrono::steady_clock;
 
 namespace {
+
+constexpr int Locked = 5;
 
 // Unbuffered, so that a kill loses no line.
 bool Say(std::string_view line)
@@ -58,6 +61,10 @@ int main(int argc, char** argv)
             std::this_thread::sleep_until(begin + std::chrono::microseconds(1'000'000LL * n / rate));
         }
         written = WriteSample(database, n);
+        while (!written && database.GetLastError() == Locked) {
+            std::cerr << "row " << n << " was refused\n";
+            written = WriteSample(database, n);
+        }
         const auto passed = std::chrono::duration_cast<std::chrono::microseconds>(steady_clock::now() - begin);
         written = written && Say(std::to_string(n) + ' ' + std::to_string(passed.count()) + '\n');
     }
