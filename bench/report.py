@@ -26,7 +26,7 @@ def ratio_rows(figures):
     table = [("job", "against", "ratio", "quartiles", "bound", "met")]
 
     def add(title, against, job, rows, bound=None, floor=FLOOR, ours=OURS):
-        """A bound between the quartiles is tighter than the spread, so the rounds prove nothing."""
+        """Adds a row. If the bound is between the quartiles, the rounds do not decide it."""
         ratio, verdict = figures.ratio(job, rows, floor, ours), ""
         if bound:
             verdict = "yes" if ratio.high <= bound else "no" if ratio.low > bound else "not decided"

@@ -56,7 +56,7 @@ std::vector<std::string> ExecutedTexts(const std::function<void()>& action)
 
 void RequireRows(const std::string& path, const std::vector<SampleRow>& rows)
 {
-    // One row at a time: complete tables would leave the heap in another state for the jobs that are measured next.
+    // Reads one row at a time. A complete table would change the heap for the jobs that are measured next.
     auto expected = rows.begin();
     LibraryPrepared(path).ForEachRow("SELECT * FROM sample ORDER BY number", [&](const SampleRow& row) {
         Require(expected != rows.end() && row == *expected, "rows written", path.c_str());

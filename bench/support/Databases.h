@@ -38,7 +38,7 @@ void Fill(Contender& contender, int count)
 
 /// The database that a job changes.
 struct Setup {
-    bool inFile = false;        ///< In a file, or in memory.
+    bool inFile = false;        ///< Otherwise in memory.
     bool inTransaction = false; ///< The job runs in a transaction.
     int filled = 0;             ///< The table holds SampleRows(filled).
 };

@@ -45,7 +45,7 @@ std::string InsertText(const std::vector<SampleRow>& rows);
 std::string UpdateText(const SampleRow& row);
 std::string UpdateCondition(const SampleRow& row);
 
-/// A checksum of the rows that a reader gets: every byte counts, so that equal totals mean equal rows.
+/// A checksum of the rows that a reader gets. Of a text or blob, only the size and the middle byte count.
 struct Totals {
     long long rows = 0;
     long long numbers = 0;
@@ -71,7 +71,7 @@ struct Totals {
     }
 };
 
-/// `totals` and the rows.
+/// Adds the rows to `totals`.
 Totals Sum(const std::vector<SampleRow>& rows, Totals totals = {});
 
 /// Calls `find(query, rows)` for every query, and adds up the rows that it finds.
