@@ -124,7 +124,7 @@ std::pair<bool, std::set<std::string>> DirectoriesAfter(mode_t mask, const Actio
     return {done, found};
 }
 
-TEST_F(SqlDatabaseDirectoryTest, MissingDirectoriesAreThoseThatBoostCreates)
+TEST_F(SqlDatabaseDirectoryTest, CreatesTheSameDirectoriesAsBoost)
 {
     const std::string slashes(4095, '/');
     for (const mode_t mask : {mode_t{022}, mode_t{0333}}) {

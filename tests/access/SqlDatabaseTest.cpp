@@ -153,7 +153,7 @@ TEST_F(SqlDatabaseTest, MoveAssignmentDropsTheOldConnectionWithoutClosingIt)
 
 using SqlDatabaseDeathTest = SqlDatabaseTest;
 
-// Making a string of a null message throws an exception, like any other failure to store the message.
+// Storing a null message throws an exception, like any other failure to store it.
 TEST_F(SqlDatabaseDeathTest, ExceptionWhileTheDestructorStoresTheMessageEndsTheProcess)
 {
     EXPECT_EXIT(

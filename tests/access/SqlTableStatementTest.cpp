@@ -108,7 +108,7 @@ TEST_F(SqlTableCloseTest, ReleasesTheQuery)
     EXPECT_EQ(cursor->Columns(), 0);
 }
 
-// Making a string of a null message throws an exception, like any other failure to store the message.
+// Storing a null message throws an exception, like any other failure to store it.
 TEST_F(SqlTableCloseTest, ExceptionWhileClosingLeavesTheCode)
 {
     const int code = LegacyWalk(RawSqlite(path).Handle(), Overflow).finalize.code;

@@ -68,7 +68,7 @@ TEST_F(DatabaseApiConversionTest, TextEndsAtAZeroByteUnlikeABlob)
 
 TEST_F(DatabaseApiConversionTest, RowHasNothingOfTheEarlierRow)
 {
-    const std::string large(5000, '0'); // for its buffer to be released
+    const std::string large(5000, '0'); // so long that its buffer is released
     const std::vector<std::pair<std::string, std::string>> values{
         {"7", "Integer int(7)"},
         {"1.5", "Real double(1.5)"},

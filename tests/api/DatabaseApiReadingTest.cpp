@@ -134,7 +134,7 @@ TEST_F(DatabaseApiReadingTest, FailureWithinAStepReadsOneColumn)
     EXPECT_THAT(CellTexts(data), ElementsAre(kept));
 }
 
-/// The values of SQLite's functions with which a column cannot be converted, and the message after the row is fetched.
+/// Results of SQLite functions that prevent the conversion of a column, and the message after the row is fetched.
 const struct {
     const char* function;
     int value;

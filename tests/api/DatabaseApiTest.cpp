@@ -62,8 +62,7 @@ TEST(DatabaseApiTest, OpensDatabasesInTurnWithOneCallEach)
                             "sqlite3_open_v2(" + first + ", 1, null)", "sqlite3_close(handle)"));
 }
 
-// A facade's code becomes 100 or 101 without a failure in only one way: OpenDatabase() repeats the code of its
-// connection.
+// A second OpenDatabase() copies the connection's code, so the facade's code can be 100 or 101.
 TEST(DatabaseApiTest, RowAndDoneAreNotSuccesses)
 {
     for (const int code : {SQLITE_ROW, SQLITE_DONE}) {

@@ -197,8 +197,8 @@ protected:
     DbTableDataWrite data{{"name", "time"}, {}};
 };
 
-// A list of n items has n - 1 commas, but the expected size counts n: one byte too many for each row and for the column
-// list. The first row has no comma before it either.
+// The expected size counts a comma for every item, but a list of n items has n - 1 commas. So it is one byte too large
+// for the list of columns, for the list of rows and for each row.
 TEST_F(DatabaseApiWritingMemoryTest, InsertIsAllocatedOnceWithOneExtraBytePerList)
 {
     std::string text = "INSERT INTO event (name,time) VALUES (" + cells + ")";

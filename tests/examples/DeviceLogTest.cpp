@@ -72,7 +72,7 @@ TEST_F(DeviceLogTest, KeepsOnlyTheLastSamplesOfAllRuns)
     EXPECT_THAT(result.out, HasSubstr("Samples: 2 written, 3 kept\n"));
 }
 
-/// A signal, and whether it comes in a long interval or between two writes.
+/// Parameters: the signal, and a long or a short time between two samples.
 class DeviceLogSignalTest : public DeviceLogTest, public testing::WithParamInterface<std::tuple<int, const char*>> {};
 
 TEST_P(DeviceLogSignalTest, StopsAtOnceAndKeepsItsSamples)

@@ -44,7 +44,7 @@ TEST_F(SqlHelpersTest, RequireThrowsWithMessageAndCode)
                 ThrowsMessage<std::runtime_error>("cannot do it: near \"nonsense\": syntax error (code 1)"));
 }
 
-TEST_F(SqlHelpersTest, OpenMakesTheSettings)
+TEST_F(SqlHelpersTest, OpenAppliesTheSettings)
 {
     EXPECT_EQ(ValueOf<int>("PRAGMA busy_timeout"), 3000);
     EXPECT_EQ(ValueOf<int>("PRAGMA synchronous"), 3); // EXTRA
@@ -159,7 +159,7 @@ TEST_F(SqlHelpersTest, TransactionIsKeptOnlyAfterCommit)
     }
 
     EXPECT_EQ(ValueOf<std::string>("SELECT group_concat(name) FROM sqlite_master"), "kept");
-    EXPECT_TRUE(database.Execute("BEGIN IMMEDIATE")); // no transaction is left open
+    EXPECT_TRUE(database.Execute("BEGIN IMMEDIATE")); // fails if a transaction is open
 }
 
 } // namespace

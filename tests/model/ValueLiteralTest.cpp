@@ -164,7 +164,7 @@ TEST(InvalidCellTest, NothingIsWrittenWithoutMemory)
     const struct {
         const char* name;
         DbTableColumnValue cell;
-        std::size_t space; // of the statement
+        std::size_t space; // reserved in `sql`
         bool throws;
     } cases[] = {{"text", {Text, 0, std::string(100, 'x')}, 0, true},
                  {"bytes", {Blob, 0, Bytes(100, 'x')}, 0, true},
