@@ -106,8 +106,7 @@ private:
     // Reads the balance, adds to it and writes it back: another writer's change between the two would be lost.
     bool AddToBalance(int entry)
     {
-        // SQLite returns at once where waiting would be a deadlock: when a connection that holds a read lock wants to
-        // write.
+        // SQLite does not wait when a connection that holds a read lock wants to write: the wait could be a deadlock.
         const bool reserved = m_waits || entry % 4 == 1;
         if (!DoneOrBusy(m_database.Execute(reserved ? "BEGIN IMMEDIATE" : "BEGIN"))) {
             return false;

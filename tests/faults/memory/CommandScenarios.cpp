@@ -146,7 +146,7 @@ void AddCommandScenarios(ScenarioList& list)
         };
         return StepRows(*moved, read) && moved->Finalize();
     });
-    // A statement uses its connection wherever the connection was moved, and can be used again after it was moved back.
+    // A moved connection accepts new statements. Its earlier statement can be used after the connection is moved back.
     list.Add("UseMovedConnectionHoldingAStatement", ArrangeSteppedCommand, {20, 2}, [](Subject& subject) {
         {
             MovedAway<SqlDatabase> connection(*subject.connection);

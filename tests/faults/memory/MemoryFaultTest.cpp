@@ -145,7 +145,7 @@ protected:
         return fired;
     }
 
-    /// Runs the scenario while memory fails after `succeeding` allocations. Returns whether an allocation failed, too.
+    /// Runs the scenario while memory fails after `succeeding` allocations. Also returns whether one failed.
     std::pair<Report, bool> ActWithoutMemory(int succeeding, Subject& subject) const
     {
         const OomInjector failing(succeeding, course == Course::Once ? FailureExtent::Once : FailureExtent::ForEver,

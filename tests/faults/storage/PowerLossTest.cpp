@@ -106,7 +106,7 @@ private:
     std::vector<DatabaseContent> m_expected;
 };
 
-// Rounds that find the worst with some settings prove that the rounds with other settings could find it too.
+// The worst result must be found: otherwise its absence with other settings would prove nothing.
 TEST_P(PowerLossTest, LosesNoMoreThanTheSettingsAllow)
 {
     std::array<int, 3> found{};

@@ -148,8 +148,7 @@ std::set<FileCall> NecessaryCalls(const StorageScenario& scenario, JournalMode m
     if (scenario.name == "CloseInATransaction") {
         return log ? std::set{Lock, Unlock, Delete} : std::set{Unlock, FileSize, Read, Write, Sync, Delete};
     }
-    // A commit with a rollback journal is complete. A commit in a log is copied into the database, and the log is
-    // deleted.
+    // With a rollback journal, nothing is left to do. A log is copied into the database and deleted.
     if (scenario.name == "CloseAfterAWrite") {
         return log ? std::set{Lock, Unlock, FileSize, Read, Write, Truncate, Sync, Delete} : std::set{Unlock};
     }

@@ -14,7 +14,7 @@
 
 namespace Morvik::sql::tests {
 
-/// One call on a facade that writes.
+/// A call that writes through the facade.
 struct WriteBatch {
     /// Makes the call; returns whether the facade acknowledged it.
     std::function<bool(DatabaseApi&)> run;
