@@ -33,7 +33,7 @@ public:
         : m_library(std::move(beforeLibraryPath)), m_reference(std::move(beforeReferencePath))
     {}
 
-    /// Takes a step on both, and reports a finding if the outcomes differ.
+    /// Takes a step on both facades, and reports a finding if the outcomes differ.
     template <typename Step>
     void Both(const Step& step)
     {

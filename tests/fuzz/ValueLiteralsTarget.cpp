@@ -122,7 +122,7 @@ void RequireStoredAs(const DbTableColumnValue& cell, const std::string& literal,
         const auto* const integer = std::get_if<int>(&stored.value);
         const double number = integer != nullptr ? *integer : std::get<double>(stored.value);
         const double expected = std::strtod(literal.c_str(), nullptr);
-        // SQLite parses the smallest numbers with fewer digits.
+        // SQLite parses the smallest numbers less exactly.
         if (std::abs(number - expected) > std::max(std::abs(expected) * 1e-14, 1e-290)) {
             ReportFinding("The number " + literal + " is stored as " + actual);
         }

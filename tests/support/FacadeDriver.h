@@ -136,7 +136,7 @@ public:
         return Note("CloseDatabase", closed, {TextOf(released)});
     }
 
-    /// A failed call leaves the row of the call before.
+    /// A failed call keeps the row of the previous call.
     StepOutcome ReadNext()
     {
         const bool read = m_facade.ReadNextRow(m_row);

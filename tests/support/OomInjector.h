@@ -49,7 +49,7 @@ public:
     std::size_t Size() const;
 };
 
-/// The bytes that the process currently holds from operator new: all of C++, nothing of SQLite.
+/// The bytes that the process currently holds from operator new, which SQLite does not use.
 std::size_t LiveBytesOfNew();
 
 } // namespace Morvik::sql::tests

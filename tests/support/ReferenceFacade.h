@@ -214,7 +214,7 @@ private:
         return CheckName(table) && (test.Open(TableExistsQuery(table)) || CopyError(test)) && test.ReadNext();
     }
 
-    // Empty names are left out before the first name, and kept after it.
+    // Leaves out empty names only until the first other name.
     static std::string ColumnList(const DbTableDataWrite& data)
     {
         std::string list;

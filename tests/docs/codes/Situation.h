@@ -82,7 +82,7 @@ std::string ReturnedText(const Value& value)
     }
 }
 
-/// Runs one operation on an object, or on another object whose failures are copied to that object.
+/// Runs one operation and notes the error of the object before and after. `raw` is SQLite's result.
 template <typename Object, typename Act>
 SituationResult Observe(const Object& object, RawFailure raw, Act act)
 {
@@ -147,7 +147,7 @@ inline RawFailure Closed(SituationFacade& facade)
     return FailureOfPrepare(nullptr, "SELECT 1");
 }
 
-/// A facade on a file that is not a database.
+/// Opens a file that is not a database.
 inline RawFailure OnALetter(SituationFacade& facade)
 {
     const std::string path = facade.directory.File("letter.txt");
@@ -188,7 +188,7 @@ template <auto Function>
 inline constexpr auto Call =
     [](auto... arguments) { return [=](auto& object) { return std::invoke(Function, object, arguments...); }; };
 
-/// Calls a member function that also takes a result to read into.
+/// Calls a member function with the text and a DbTableData to fill.
 template <auto Function>
 inline constexpr auto ReadCall = [](const std::string& text) {
     return [=](DatabaseApi& database) {
