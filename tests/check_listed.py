@@ -4,8 +4,8 @@
 usage: check_listed.py analyzers FINDINGS LIST      warnings of cppcheck and GCC
        check_listed.py coverage JSON LIST           gcovr's counts: lines and functions that no test reaches
 
-An entry is a line; the reason is indented below it. For the analyzers it names the file ("*" for any), the check and the
-source line or words of the message, for the coverage the file and the line's text, because line numbers change:
+An entry is a line; the reason is indented below it. For the analyzers, the line names the file ("*" for any), the check
+and the source line or words of the message; for the coverage, the file and the line's text (its number changes):
 
     src/model/NumberText.cpp | unreadVariable | const double magnitude = std::abs(number);
         why this is not a fault

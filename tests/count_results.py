@@ -16,7 +16,7 @@ def passed_cases(result, status):
     """The cases of a suite that passed, according to its results."""
     try:
         cases = list(xml.etree.ElementTree.parse(result).iter("testcase"))
-    except (FileNotFoundError, xml.etree.ElementTree.ParseError):  # the program ended before it was written
+    except (FileNotFoundError, xml.etree.ElementTree.ParseError):  # the program ended before it wrote the file
         return set()
     failed = [case for case in cases if case.find("failure") is not None]
     if status != "run" and not failed:

@@ -297,8 +297,8 @@ check_prove()
     (cat "$list" && echo 'Morvik::sql::SqlTable::Zap() const') | sort >"$work/longer"
     prove 'missing: Morvik::sql::SqlTable::Zap\(\) const' exports "$library" "$work/longer"
 
-    # Each change makes the description that of a different library: another size of a class, another offset of a field,
-    # another position of an operation in the virtual table.
+    # Each change makes the description differ from the library: in the size of a class, the offset of a field or the
+    # position of an operation in the virtual table.
     prove 'it has no debug information' abi "$flawed" "$abi"
     for change in "s/\\(class-decl name='DbTableColumnValue' size-in-bits='\\)/\\11/" \
         "/class-decl name='DbTableColumnValue'/,/name='column'/s/$offset='32'/$offset='48'/" \

@@ -72,7 +72,7 @@ static void OnBlockRuns(unsigned int cpu, void* data)
     endOfPrevious = block->end;
 }
 
-/* Inside of a function the symbol is the function's too, so only the first block of that name is its entry. */
+/* All blocks of a function have its symbol. The first one that is translated is its entry. */
 static void OnBlockTranslated(qemu_plugin_id_t id, struct qemu_plugin_tb* translated)
 {
     static uint64_t entry;

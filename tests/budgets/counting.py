@@ -18,7 +18,7 @@ FUNCTION = "RunBudgetedJob"
 X86_STRING_FUNCTIONS = "glibc.cpu.hwcaps=-AVX512F,-AVX512VL,-AVX2,-ERMS,-FSRM"
 ARM_PROCESSOR = "cortex-a7"
 STUBS = "calls through the linkage table"
-MAPPING = re.compile(r"(\w+)-(\w+) \S+ (\w+) \S+ \d+ *(.*)")  # of a process's memory to a file
+MAPPING = re.compile(r"(\w+)-(\w+) \S+ (\w+) \S+ \d+ *(.*)")  # of a file into a process's memory
 
 
 @dataclass

@@ -126,7 +126,7 @@ class Finder:
             case Kind.INTEGER_LITERAL if text[:1].isdigit():
                 number = int(text.rstrip("uUlL"), 0)
                 self.replace(cursor, *(str(other) for other in (number - 1, number + 1) if other >= 0))
-            case Kind.INTEGER_LITERAL if text:  # without a text, the compiler wrote it
+            case Kind.INTEGER_LITERAL if text:  # without text, the compiler added it
                 self.replace(cursor, f"({text} + 1)")
             case Kind.FLOATING_LITERAL if text:
                 self.replace(cursor, *(("1.0",) if float(text) == 0 else (f"({text} * 2)", f"({text} / 2)")))
@@ -148,7 +148,7 @@ class Finder:
     def change_name(self, cursor: Cursor) -> None:
         name, end, named = cursor.spelling, cursor.extent.end.offset, cursor.referenced
         if self.source[end - len(name):end] != name:
-            return  # is after a macro or before template arguments
+            return  # the text is a macro or ends with template arguments
         if name in NAMES:
             self.change(end - len(name), end, NAMES[name])
         if named is not None and named.kind == Kind.ENUM_CONSTANT_DECL:
