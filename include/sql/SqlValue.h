@@ -66,8 +66,8 @@ public:
     /// - std::vector<char>: all bytes. If the value is not a blob and SQLite had no memory to convert it, the vector is
     ///   empty, and closing the cursor then fails with code 7.
     ///
-    /// Texts and bytes are copies; std::bad_alloc is thrown when there is no memory for one. If SQLite had none, it may
-    /// have set the value to NULL.
+    /// Texts and bytes are copies. If a copy fails, std::bad_alloc is thrown. If SQLite ran out of memory, the value
+    /// may be NULL afterwards.
     template <typename T>
     T GetValue() = delete;
     /// @}

@@ -10,8 +10,8 @@ namespace Morvik::sql {
 
 DatabaseApi::Impl::Impl() : table(database) {}
 
-// Neither function is inlined. The fields of the view are passed instead of the view, because operator= takes the
-// address of its argument. Otherwise each of the many callers would have code that protects the stack.
+// Neither function is inlined: a caller that makes a view on the stack needs code that protects the stack. assign()
+// receives the fields of the view, because operator= takes the view's address and needs that code too.
 [[gnu::noinline]] bool DatabaseApi::Impl::Fail(int failureCode, const char* failureMessage)
 {
     return Fail(failureCode, {failureMessage, std::strlen(failureMessage)});

@@ -80,8 +80,8 @@ struct __attribute__((visibility("hidden"))) DatabaseApi::Impl {
     /// complete. If the code was not 0 before, the row has no cells.
     void ReadRow(const SqlTable& cursor, DbTableRowValues& row);
 
-    /// Converts one column of the current row into the cell. Returns false if the code is not 0 afterwards; it may also
-    /// have been set before the call.
+    /// Converts one column of the current row into the cell. Returns false if the code is not 0 afterwards, even
+    /// if it was set before the call.
     bool GetColumnData(const SqlTable& cursor, DbTableColumnValue& cell, unsigned int column);
     void AppendCells(const SqlTable& cursor, std::vector<DbTableColumnValue>& cells);
     bool FailConversion(StorageClass type);

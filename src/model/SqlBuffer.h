@@ -19,8 +19,8 @@ public:
 
     std::size_t Size() const { return static_cast<std::size_t>(m_end - m_text.data()); }
 
-    /// Whether numbers can be written without a stream: true if a stream formatted them as std::to_chars does when the
-    /// buffer was made.
+    /// Whether numbers can be written without a stream: true if, when the buffer was made, a stream wrote them
+    /// as std::to_chars does.
     bool HasPlainNumbers() const { return m_hasPlainNumbers; }
 
     void Append(char character)
