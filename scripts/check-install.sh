@@ -20,8 +20,7 @@ target=arm-linux-gnueabihf
 
 scripts/packages.sh
 
-# Installs into a folder with blanks in its name and moves it afterwards, installs below another root, and installs from
-# the packages.
+# install_moved BUILD FOLDER: installs the build, then moves the installed tree to FOLDER.
 install_moved()
 {
     cmake --install "build/$1" --prefix "$work/before" && mv "$work/before" "$2"
@@ -126,7 +125,7 @@ guide_for_device()
 }
 step "Building for a device as the guide says" quietly guide_for_device
 
-# Projects that use CMake are tests of the preset. One of them installs the static library.
+# The preset's tests build projects with CMake. One of them installs the static library, used below.
 with_cmake()
 {
     cmake --preset native && cmake --build --preset native --target tkosqllite && ctest --preset native -R '^Install'
@@ -139,7 +138,7 @@ static_with_pkg_config()
 step "Building projects with CMake" quietly with_cmake
 step "Building programs with the static library" quietly static_with_pkg_config
 
-# configured TEXT ARGUMENT...: configuring with the arguments succeeds and prints the text. rejected: configuring fails.
+# configured TEXT ARGUMENT...: configuring must succeed and print TEXT. For rejected, it must fail and print TEXT.
 configure()
 {
     cmake -S . -B "$work/configured" --fresh -DTKOSQLLITE_BUILD_EXAMPLES=OFF "$@" >"$work/configured.txt" 2>&1

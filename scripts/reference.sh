@@ -1,5 +1,5 @@
 #!/bin/bash
-# Builds the site, the guide and the reference of the public headers, into build/reference/html; index.html is the first
+# Builds the site (the guide and the reference of the public headers) in build/reference/html; index.html is the first
 # page. Fails if anything public has no comment, or if a page or comment refers to a name that does not exist.
 
 # shellcheck source=scripts/common.sh

@@ -1,5 +1,5 @@
 #!/bin/bash
-# Streams the WAL of a file that the library writes with Litestream, loses the device, restores the file, and compares.
+# Streams with Litestream the WAL of a file that the library writes, loses the device, restores the file, and compares.
 # The replica is a directory, or an SFTP server that this script starts on 127.0.0.1. The restored file must pass the
 # integrity check and hold the acknowledged rows from the first one on, without a gap. Then the script collects the
 # files of 1,000 devices into one. All files are in build/replication. The replication program comes from npm as an

@@ -68,8 +68,8 @@ run_tests()
     [ "$here" -gt 0 ] && [ "$status" -eq 0 ] || ended_badly=1
 }
 
-# record_counts KEY SUITE: writes how many tests the suites of this name have, and the sum of each property that the
-# tests recorded, with the least and the greatest value.
+# record_counts KEY SUITE: writes into the row KEY the number of the suite's tests, and for each property that they
+# recorded, the sum, the least and the greatest value.
 record_counts()
 {
     local counts
