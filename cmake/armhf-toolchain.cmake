@@ -6,7 +6,7 @@ set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(target arm-linux-gnueabihf)
 set(architecture armhf)
 set(CMAKE_CXX_COMPILER ${target}-g++)
-set(CMAKE_CXX_FLAGS_INIT -Wno-psabi) # notes about GCC 7's way to pass arguments
+set(CMAKE_CXX_FLAGS_INIT -Wno-psabi) # no notes about the ABI change of GCC 7
 
 set(TKOSQLLITE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/armhf-sysroot
     CACHE PATH "The folder that scripts/sysroot.sh armhf made")
