@@ -19,7 +19,7 @@ from pygments.token import Comment, Keyword, Literal, Name
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
 GUIDE = PROJECT / "docs/guide"
-# What Doxygen calls the colours of its own languages.
+# Doxygen's CSS classes, which set the colours of code.
 COLOURS = {Comment: "comment", Keyword: "keyword", Name.Builtin: "keywordtype", Name.Variable: "preprocessor",
            Literal.String: "stringliteral"}
 OTHER_LANGUAGES = ["sh", "cmake", "yaml"]
