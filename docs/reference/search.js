@@ -12,7 +12,7 @@ class SearchBox {
     OnSearchSelectKey() {}
     CloseResultsWindow() { close(); }
 
-    // Makes a menu entry for telephones from an entry of the navigation tree; `children` names the variable with its children.
+    // Makes a telephone's menu entry from a navigation entry; `children` names the variable that has its children.
     static menu([text, url, children]) {
         const pages = (window[children] ?? []).filter(child => !child[1].includes('#'));
         return pages.length ? {text, url, children: pages.map(SearchBox.menu)} : {text, url};
