@@ -62,7 +62,7 @@ def terms(statement):
 
 
 def predicted(factors, statement):
-    """The peak memory of one WriteTableValues: the statement's text, and each term times its factor."""
+    """The predicted peak memory of one WriteTableValues: the statement's text, and each term times its factor."""
     return statement["text"] + sum(factor * term for factor, term in zip(factors, terms(statement)))
 
 

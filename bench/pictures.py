@@ -63,7 +63,7 @@ def number(cell):
 
 
 def spread(cell):
-    """The least and the most of "LOW to HIGH", or of one number."""
+    """The lowest and the highest number of "LOW to HIGH"; both are the same for a single number."""
     return number(cell), number(cell.split(" to ")[-1])
 
 
@@ -94,7 +94,7 @@ def draw_speed(tables, date):
 
 
 def draw_ratios(tables):
-    """A dot for the median, a line for the quartiles and a stroke for the bound of each comparison with a bound."""
+    """Each ratio that has a bound: a dot for the median, a line for the quartiles and a stroke for the bound."""
     chosen = [row for row in tables["ratios"]
               if row["bound"] and not re.search(r"\b(1|100),000 rows", row["job"])]
     height = 34 * len(chosen) + 84
@@ -126,7 +126,7 @@ def draw_ratios(tables):
 
 
 class Panel:
-    """A plot by the number in the column `key`: x logarithmic, y from 0 to the most in the columns `scale`."""
+    """A plot over the numbers in the column `key`. x is logarithmic; y starts at 0 and fits the columns `scale`."""
 
     def __init__(self, picture, left, right, title, table, key, *scale):
         self.picture, self.left, self.right, self.top, self.bottom = picture, left, right, 40, 230
@@ -171,7 +171,7 @@ def legend(picture, x, entries):
 
 
 def draw_growth(tables):
-    """Time per row by number of rows, with quartiles, beside C."""
+    """Time per row of this library and of C by number of rows, with quartiles."""
     picture = Picture(860, 300, "Nanoseconds for each row by number of rows, this library and C")
     for index, job in enumerate(dict.fromkeys(row["job"] for row in tables["growth"])):
         left = 55 + 285 * index

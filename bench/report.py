@@ -26,7 +26,7 @@ def ratio_rows(figures):
     table = [("job", "against", "ratio", "quartiles", "bound", "met")]
 
     def add(title, against, job, rows, bound=None, floor=FLOOR, ours=OURS):
-        """Adds a row. If the bound is between the quartiles, the rounds do not decide it."""
+        """Adds a row. If the bound is between the quartiles, the verdict is "not decided"."""
         ratio, verdict = figures.ratio(job, rows, floor, ours), ""
         if bound:
             verdict = "yes" if ratio.high <= bound else "no" if ratio.low > bound else "not decided"
@@ -178,7 +178,7 @@ def batch_section(figures):
 
 
 def markdown(rows):
-    """Columns of figures are aligned to the right."""
+    """A table of these rows. Columns of numbers are aligned to the right."""
     header, *body = rows
     numeric = [all(row[i][:1].isdigit() or row[i] in ("–", "") for row in body) for i in range(len(header))]
     rule = ["---:" if right else "---" for right in numeric]

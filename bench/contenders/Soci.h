@@ -86,7 +86,7 @@ private:
             row.number = from.number;
             row.measure = from.measure;
             row.label = from.label;
-            // All texts have the same length, so no byte of an earlier text remains.
+            // All blobs have the same size, so no byte of an earlier blob remains.
             blob.write(0, from.bytes.data(), from.bytes.size());
         }
 

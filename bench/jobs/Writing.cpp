@@ -98,7 +98,7 @@ void AddWriting(Jobs& jobs)
         if constexpr (Writer<Contender> && requires { typename Contender::Change; }) {
             jobs.Add("update singly", 1000, 5, Contender::Name, [] { return UpdateSinglyTask<Contender>(1000); });
         }
-        // The contender Library binds in the same way as LibraryPrepared.
+        // Library is left out, because it binds in the same way as LibraryPrepared.
         if constexpr (Writer<Contender> && !std::is_same_v<Contender, Library>) {
             jobs.Add("bind", 1000, 10, Contender::Name, [] { return BindTask<Contender>(1000); });
         }

@@ -11,7 +11,7 @@ namespace Morvik::sql::bench {
 
 namespace {
 
-// The path of a file in the directory of this program, which is removed when the program ends.
+// The path of a file in this program's directory; the directory is removed when the program ends.
 std::string PathOf(const std::string& name, int number)
 {
     static const tests::TemporaryDirectory directory;

@@ -48,7 +48,7 @@ private:
     std::vector<Job> m_jobs;
 };
 
-/// How often to repeat a job on that many rows so that a measurement lasts some milliseconds.
+/// How often to repeat a job on `rows` rows so that a measurement lasts some milliseconds.
 int RepeatsFor(int rows);
 
 /// Each function is in the file of its jobs.

@@ -41,7 +41,7 @@ DbTableDataWrite WriteRequest(const std::vector<SampleRow>& rows);
 /// The statement that the facade makes for WriteRequest(rows), written here with a stream.
 std::string InsertText(const std::vector<SampleRow>& rows);
 
-/// The statement that the facade makes for an update of all columns except the number, and its condition.
+/// The statement that the facade makes to update all columns except the number, and the condition in it.
 std::string UpdateText(const SampleRow& row);
 std::string UpdateCondition(const SampleRow& row);
 
