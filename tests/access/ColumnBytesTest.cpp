@@ -51,8 +51,8 @@ TEST_F(ColumnBytesTest, BytesAreCompleteAndTextOfACursorEndsAtAZeroByte)
     }
 }
 
-// If the pointer were read before the length, there would be two bytes a letter, and the length would be that of the
-// converted text.
+// If the pointer were read before the length, it would point to two bytes for each letter, but the length would be that
+// of the text in UTF-8.
 TEST_F(ColumnBytesTest, TextOfAUtf16DatabaseIsReadAsUtf8)
 {
     ASSERT_TRUE(command.Execute("PRAGMA encoding = 'UTF-16'; CREATE TABLE t(a); INSERT INTO t VALUES ('abc')"));

@@ -82,8 +82,8 @@ TEST_F(SqlCommandBindTest, EmptyDataIsBoundEmptyAndMissingDataAsNull)
                 ElementsAre("null", "NULL"));
 }
 
-// SQLite checks only the size here, so the bytes need not exist. If a size above that of an int were cut, it would be
-// negative, and SQLite would bind "abc".
+// SQLite checks only the size here, so the bytes need not exist. If a size above the largest int were cut to an int, it
+// would be negative, and SQLite would bind "abc".
 TEST_F(SqlCommandBindTest, SizeBeyondAnIntIsRejectedAndNotCut)
 {
     constexpr std::size_t TooLarge = std::size_t{std::numeric_limits<int>::max()} + 6;

@@ -13,7 +13,7 @@ using testing::IsEmpty;
 
 class SqlCommandColumnTest : public OpenConnection {
 protected:
-    // Every column read returns its default without calling SQLite. The values of the row, 12 and NULL, are different.
+    // Every column read returns its default without calling SQLite. The row, 12 and NULL, has other values.
     void ExpectNoRow() const
     {
         const SqliteCallRecorder sqlite;

@@ -28,8 +28,7 @@ using testing::IsSupersetOf;
 // Parent directories that can neither be found nor created.
 class SqlDatabaseDirectoryTest : public testing::Test {
 protected:
-    // Matches a failure of the directory step: it has a different message than SQLite's failures, and SQLite was not
-    // called.
+    // Checks that opening fails before SQLite is called, with the message for a directory that cannot be created.
     static void ExpectNoDirectoryFor(const std::string& path)
     {
         for (const bool readOnly : {false, true}) {
@@ -99,7 +98,7 @@ TEST_F(SqlDatabaseDirectoryTest, OutOfMemoryWhileCreatingAncestorsIsReported)
     EXPECT_EQ(ContentOf(path), (DatabaseContent{{"t", {{"7"}}}}));
 }
 
-// Runs the action in a new directory that an ordinary user may write to, as that user and with the umask. Returns the
+// Runs the action in a new directory that an ordinary user may write to, as that user and with this umask. Returns the
 // action's result and the directories that exist afterwards.
 template <typename Action>
 std::pair<bool, std::set<std::string>> DirectoriesAfter(mode_t mask, const Action& action)

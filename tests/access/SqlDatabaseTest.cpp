@@ -153,7 +153,7 @@ TEST_F(SqlDatabaseTest, MoveAssignmentDropsTheOldConnectionWithoutClosingIt)
 
 using SqlDatabaseDeathTest = SqlDatabaseTest;
 
-// Storing a null message throws an exception, like any other failure to store it.
+// SQLite's message is replaced with null. Storing null throws an exception, as running out of memory would.
 TEST_F(SqlDatabaseDeathTest, ExceptionWhileTheDestructorStoresTheMessageEndsTheProcess)
 {
     EXPECT_EXIT(

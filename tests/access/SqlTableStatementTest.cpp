@@ -108,7 +108,7 @@ TEST_F(SqlTableCloseTest, ReleasesTheQuery)
     EXPECT_EQ(cursor->Columns(), 0);
 }
 
-// Storing a null message throws an exception, like any other failure to store it.
+// SQLite's message is replaced with null. Storing null throws an exception, as running out of memory would.
 TEST_F(SqlTableCloseTest, ExceptionWhileClosingLeavesTheCode)
 {
     const int code = LegacyWalk(RawSqlite(path).Handle(), Overflow).finalize.code;
@@ -130,7 +130,7 @@ TEST_F(SqlTableCloseTest, ExceptionWhileClosingLeavesTheCode)
     }
 }
 
-// The connection counts as closed while the cursor holds a query. The query may no longer be finalized.
+// The connection counts as closed while the cursor holds a query, so the cursor may not finalize the query.
 class SqlTableWithoutConnectionTest : public SqlTableCloseTest {
 protected:
     SqlTableWithoutConnectionTest()

@@ -48,7 +48,7 @@ TEST_F(SqlTableOpenTest, RejectedTextLeavesSqlitesErrorUntilASuccess)
 TEST_F(SqlTableOpenTest, SecondOpenFinalizesTheFirstQueryAndCompilesTheSecond)
 {
     ReadRow("SELECT 8, 9");
-    for (const char* sql : {"SELECT 7", "SELECT 7"}) { // the same text is not rewound, but compiled again
+    for (const char* sql : {"SELECT 7", "SELECT 7"}) { // the same query is not rewound, but compiled again
         EXPECT_THAT(CallsDuring([&] { EXPECT_TRUE(table.Open(sql)); }),
                     ElementsAre("sqlite3_finalize(statement)", "sqlite3_prepare(handle, SELECT 7, -1)"));
         EXPECT_EQ(table.Columns(), 1);

@@ -97,7 +97,7 @@ TEST_F(SqlValueTest, MoveTakesTheInstanceAndLeavesTheError)
 
     EXPECT_EQ(target.ValueInstance(), instance);
     EXPECT_THAT(target, HasError(0, ""));
-    // NOLINTBEGIN(bugprone-use-after-move): what the source is left with is the point
+    // NOLINTBEGIN(bugprone-use-after-move): the test checks the moved-from value
     EXPECT_EQ(source.ValueInstance(), nullptr);
     EXPECT_EQ(source.GetValueType(), -1);
     EXPECT_THAT(source, HasError(112, "No value instance exists."));
@@ -117,7 +117,7 @@ TEST_F(SqlValueTest, MoveAssignmentExchangesTheInstancesAndLeavesTheErrors)
 
     EXPECT_EQ(first.ValueInstance(), instances[1]);
     EXPECT_THAT(first, HasError(5, "first"));
-    // NOLINTBEGIN(bugprone-use-after-move): what the source is left with is the point
+    // NOLINTBEGIN(bugprone-use-after-move): the test checks the moved-from value
     EXPECT_EQ(second.ValueInstance(), instances[0]);
     EXPECT_THAT(second, HasError(0, ""));
     // NOLINTEND(bugprone-use-after-move)
@@ -129,7 +129,7 @@ TEST_F(SqlValueTest, MoveAssignmentExchangesTheInstancesAndLeavesTheErrors)
     EXPECT_THAT(first, HasError(5, "first"));
 }
 
-// A missing value reads as the zero of the type. The error of that read replaces an earlier one and stays.
+// Reading a missing value returns T{}. The error of that read replaces an earlier error, and the next read keeps it.
 template <typename T>
 void ExpectMissingValue(SqlValue existing)
 {
