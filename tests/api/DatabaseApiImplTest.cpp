@@ -59,7 +59,7 @@ TEST_F(DatabaseApiImplTest, CellThatCannotBeConvertedIsAnUntypedZero)
     }
 }
 
-// At present, every definition renders to some text.
+// No definition renders to an empty text, so the test passes one directly.
 TEST_F(DatabaseApiImplTest, EmptyDefinitionTextIsRejected)
 {
     const SqliteCallRecorder sqlite;

@@ -82,7 +82,7 @@ TEST_F(DatabaseApiLongWalkTest, MemoryDoesNotGrowDuringAMillionRows)
     EXPECT_EQ(atLast, atFirst);
 }
 
-// None of these values needs the large buffer.
+// None of the values in `next` needs the large buffer.
 TEST_F(DatabaseApiLongWalkTest, LargeBufferIsReleasedByASmallerRow)
 {
     for (const std::string large : {"printf('%1048576d', 1)", "zeroblob(1048576)"}) {

@@ -102,7 +102,7 @@ TEST(DatabaseApiStatementTest, InsertHasColumnsAndEveryRowUpToItsInvalidCell)
         {"main.my table", {{"a b", "order"}, {Row(1)}}, "main.my table (a b,order) VALUES (1)"},
         {"\"n\"", {{"\"a\""}, {Row(1)}}, "\"n\" (\"a\") VALUES (1)"},
         {"n", {{}, {Row(1, 2, 3)}}, "n VALUES (1,2,3)"},
-        // Empty names before the first name are left out, later ones leave an empty place.
+        // Empty names are left out before the first name that is not empty; later ones leave an empty place.
         {"n", {{"", ""}, {Row(1)}}, "n VALUES (1)"},
         {"n", {{"", "a", "b"}, {Row(1)}}, "n (a,b) VALUES (1)"},
         {"n", {{"", "", "a"}, {Row(1)}}, "n (a) VALUES (1)"},

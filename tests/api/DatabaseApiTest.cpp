@@ -62,7 +62,7 @@ TEST(DatabaseApiTest, OpensDatabasesInTurnWithOneCallEach)
                             "sqlite3_open_v2(" + first + ", 1, null)", "sqlite3_close(handle)"));
 }
 
-// A second OpenDatabase() copies the connection's code, so the facade's code can be 100 or 101.
+// A second OpenDatabase() fails and copies the connection's code, which is 100 or 101 here, to the facade.
 TEST(DatabaseApiTest, RowAndDoneAreNotSuccesses)
 {
     for (const int code : {SQLITE_ROW, SQLITE_DONE}) {
