@@ -12,7 +12,7 @@ namespace Morvik::sql::tests {
 
 #pragma GCC visibility push(default)
 
-/// A separate class hierarchy, besides the library's.
+/// The base of a class hierarchy that is separate from the library's.
 class OtherBase {
 public:
     virtual ~OtherBase();

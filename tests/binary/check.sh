@@ -6,14 +6,14 @@
 #   check.sh needed LIBRARY                       it needs only SQLite, Boost.Filesystem and the run-time libraries
 #   check.sh hardening LIBRARY                    nothing writes to its code and constants
 #   check.sh initialisers LIBRARY                 no code runs when it is loaded or unloaded (unstripped library)
-#   check.sh private-table LIBRARY                the virtual table of a statement's private state is two destructors; no
-#                                                 description has this table (unstripped library)
+#   check.sh private-table LIBRARY                the virtual table of a statement's private state has just two
+#                                                 destructors; no description has this table (unstripped library)
 #   check.sh footprint LIBRARY MACHINE BUDGETS    its size and its number of symbols
 #   check.sh exports LIBRARY LIST                 it exports the names of the list, all of Morvik::sql
 #   check.sh abi LIBRARY DESCRIPTION              programs built against the described library run with it: no type,
 #                                                 function or virtual table that they reach differs (-g)
 #   check.sh prove FLAWED LIBRARY DESCRIBED MACHINE
-#                                                 each of these checks fails on what it looks for
+#                                                 each of these checks fails on the fault that it looks for
 #
 #   check.sh sysroot BUILD SYSROOT LINK-MAP...    a cross build uses nothing of this machine except its programs
 #   check.sh excluded LIST COUNT BUILD            the list leaves out COUNT tests, which exist, each with a reason
@@ -36,7 +36,7 @@ fail()
     echo "failure: $*"
 }
 
-# Calls fail for each line of the input.
+# Calls fail() for each line of the input that is not empty.
 fail_for_lines()
 {
     while read -r line; do
@@ -145,8 +145,7 @@ measure()
     local stripped first last offset size
     stripped=$(mktemp)
     "$STRIP" -o "$stripped" "$1"
-    # Every page of the writable segment is written to while the library is loaded, and is private to its process
-    # afterwards.
+    # Loading the library writes to every page of the writable segment, so each process has its own copy of these pages.
     read -r offset size < <("$READELF" -lW "$stripped" | awk '$1 == "LOAD" && $7 == "RW" { print $3, $6 }')
     first=$((offset / 4096))
     last=$(((offset + size - 1) / 4096))

@@ -23,7 +23,7 @@ BATCHES = (1, 2, 5, 10, 20, 50, 100, 200, 500, 1000)
 
 
 class Measured:
-    """The program of the jobs and how to count it."""
+    """The program that runs the jobs, and the tool that counts its instructions."""
 
     def __init__(self, program, library, *emulation):
         self.program, self.library = program, library

@@ -23,7 +23,7 @@ MAPPING = re.compile(r"(\w+)-(\w+) \S+ (\w+) \S+ \d+ *(.*)")  # of a file into a
 
 @dataclass
 class Count:
-    """The counts of one job: compiler and SQLite, allocations of C++, and instructions by (object, function)."""
+    """The counts of one job. `machine` names the compiler and SQLite; instructions are by (object, function)."""
 
     machine: str
     allocations: int
@@ -62,8 +62,8 @@ def with_callgrind(program, arguments):
 
 
 def read_callgrind(text):
-    """Adds up each function's cost lines, but the line after "calls=", which is the cost of the called function. A name
-    is written out where it is first used and is a number after that."""
+    """Adds up each function's cost lines, except the line after "calls=", which is the cost of the called function. A
+    name is written out where it is first used; after that, only its number is written."""
     instructions, names = Counter(), {}
     place = {"ob": "?", "fn": "?"}
     called = False
