@@ -15,7 +15,7 @@ import sys
 LINK = re.compile(r"(!?)\[((?:[^\[\]]|\[[^\]]*\])*)\]\(([^)\s]+)\)")
 FIGURE = re.compile(r"\d ?(?:s|ms|min|kB|MB|%)(?!\w)")
 RECORDED = re.compile(r"\| \d{4}-\d\d-\d\d, \S+ \|$")
-# A limit, and the steps of the device's clock.
+# Figures that are not measured: a limit, and the steps of the device's clock.
 OTHER_FIGURES = ("fail below 97 %", "0.25 s")
 PICTURE = re.compile(r'<img src="([^"]+)" alt="([^"]*)"')
 

@@ -20,7 +20,7 @@ class DeviceLogTest : public ExampleTest {
 protected:
     DeviceLogTest() : ExampleTest("device_log") {}
 
-    /// Sends the signal to the program when it has written samples, and returns how the program ended.
+    /// Sends the signal to the program when the log holds `samples` samples, and returns how the program ended.
     ChildResult RunUntilSignal(int signal, const std::string& samples, const std::vector<std::string>& arguments) const
     {
         ChildProcess child(Command(arguments));

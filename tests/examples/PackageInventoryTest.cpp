@@ -15,7 +15,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-// A paragraph of a dpkg status file. `more` is lines of fields that a package may lack.
+// A paragraph of a dpkg status file. `more` holds lines with optional fields.
 std::string Paragraph(const std::string& name, const std::string& version = "1.0", const std::string& more = "")
 {
     return "Package: " + name + "\nStatus: install ok installed\n" + more + "Architecture: all\nVersion: " + version +
@@ -41,7 +41,7 @@ protected:
         return Run({statusFile});
     }
 
-    // Whether the file passes the integrity check, its tables and a summary of its rows.
+    // The result of the integrity check, the names of the tables, and a summary of the packages.
     std::string Content() const
     {
         return Answer("PRAGMA integrity_check; SELECT name FROM sqlite_master;"

@@ -72,7 +72,7 @@ Situations CommandSituations()
     const std::string noMemory = "SQLite has no memory for the value";
     const std::string noMemoryToConvert = "SQLite has no memory to convert the value";
     const ArrangeCommand onAText = Stepped("SELECT 'text'");
-    const char* const absent = "SELECT absent FROM t"; // the commands keep a view of it
+    const char* const absent = "SELECT absent FROM t"; // PrepareCommand() copies only the pointer
     Situations all{
         {"SqlCommand::Execute", "SQLite rejects the text",
          OnACommand(Unprepared, ExecuteCommand("nonsense"), "nonsense")},

@@ -19,7 +19,7 @@
 
 namespace Morvik::sql::tests {
 
-/// An error by value.
+/// A copy of the error of an object.
 struct CodeAndMessage {
     int code = 0;
     std::string message;
@@ -119,7 +119,7 @@ struct SituationFile {
 
 using SituationConnection = SituationFile<SqlDatabase, &SqlDatabase::Open>;
 
-/// A facade on such a file. The facade has the error 112 "Missing command." of an earlier failure.
+/// A facade on a SituationFile. The facade has the error 112 "Missing command." of an earlier failure.
 struct SituationFacade : SituationFile<DatabaseApi, &DatabaseApi::OpenDatabase> {
     SituationFacade() { FailBefore(); }
 
@@ -163,7 +163,7 @@ inline RawFailure ReadOnly(SituationFacade& facade)
     return {};
 }
 
-/// After the arrangement, unless that returns a result, `call` gives SQLite's result for the text.
+/// Calls `arrange`. If it returns no failure, SQLite's result is that of `call` with the text.
 inline Arrange Raw(RawFailure (*call)(sqlite3*, const std::string&), const std::string& sql,
                    const Arrange& arrange = Nothing)
 {
@@ -218,7 +218,7 @@ Run OnAFacade(const Arrange& arrange, Operation operation)
     };
 }
 
-/// Runs the operation while SQLite's function of this name returns null, or 0, at its first call.
+/// Runs the operation. The first call of the SQLite function with this name returns null, or 0.
 template <typename Operation>
 auto WithNull(const std::string& function, Operation operation)
 {
