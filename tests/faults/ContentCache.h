@@ -15,8 +15,8 @@ namespace Morvik::sql::tests {
 class ContentCache {
 public:
     /// The content of the file at `path`; an absent file and an empty one have the same content. Throws
-    /// std::runtime_error for a file that SQLite cannot read or finds damaged. The result is valid as long as this
-    /// object.
+    /// std::runtime_error for a file that SQLite cannot read or finds damaged. The result is valid while this object
+    /// lives.
     const DatabaseContent& Of(const std::string& path)
     {
         const DatabaseFiles files(path);

@@ -103,7 +103,7 @@ private:
         return m_database.WriteTableValues("entry", {{"writer", "number", "amount"}, {row}});
     }
 
-    // Reads the balance, adds to it and writes it back: another writer's change between the two would be lost.
+    // Reads the balance and writes it back changed: a change that another writer makes in between would be lost.
     bool AddToBalance(int entry)
     {
         // SQLite does not wait when a connection that holds a read lock wants to write: the wait could be a deadlock.

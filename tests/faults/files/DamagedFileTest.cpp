@@ -234,8 +234,8 @@ TEST_F(FlippedByteTest, PagesOfDefaultSizeGiveEqualOutcomes)
 
 using HeaderValueTest = DamagedFileTest;
 
-// A number in the header of the file, most significant byte first, and the values to try in addition to the usual
-// ones.
+// A number in the header of the file, most significant byte first, and special values to try in addition to the
+// usual ones.
 struct HeaderField {
     const char* name;
     std::size_t offset;

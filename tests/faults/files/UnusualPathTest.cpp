@@ -51,10 +51,10 @@ void MakeLinkToAMissingFile()
 struct UnusualPath {
     std::string name;
 
-    /// In an empty working directory.
+    /// If relative, the path is in an empty working directory.
     std::string path;
 
-    /// The code of `operation`, if the database is opened for writing.
+    /// The code that `operation` gives if the database is opened for writing.
     int code;
 
     /// The files and directories that exist after the operations.

@@ -67,7 +67,7 @@ void AddTableScenarios(ScenarioList& list)
         const auto read = [&] { subject.Note(statement.ColumnText(1)); };
         return Report(statement.BindInteger(1, 1) && StepRows(statement, read) && statement.Finalize(), statement);
     });
-    // The failed checks of operations without a database; each leaves a different message.
+    // On a closed facade, all these operations fail at a check; only CloseReadTable() succeeds.
     list.Add("UseClosedFacade", Create<Facade>, {0, 1}, Facade, [](Subject& subject, DatabaseApi& facade) {
         return !facade.CreateTable(subject.definition) && !facade.DropTable("t") && !facade.AlterTable("t", "t") &&
                !facade.Execute("") && !facade.WriteTableValues("", subject.write) &&

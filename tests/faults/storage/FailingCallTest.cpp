@@ -14,7 +14,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-// Every way in which a call can fail, once and from then on. SQLite's file system reports most failures with these
+// Every way in which a call can fail, once or from then on. SQLite's file system reports most failures with these
 // codes. A file system that an application provides may report a full disk in other calls than writes, too.
 std::vector<FileFault> Faults()
 {
@@ -52,8 +52,7 @@ struct Case {
     const StorageScenario* scenario;
 };
 
-// Only a write to an intact file ends its journal as the journal mode says. Only an existing file has a write-ahead
-// log.
+// The mode Truncate makes a difference only for a write to an intact file. Only an existing file has a write-ahead log.
 std::vector<Case> CasesOf(JournalMode mode)
 {
     std::vector<Case> cases;

@@ -26,7 +26,7 @@ enum class Found {
     AnythingElse,
 };
 
-// The settings of a database, the kind of its file system, and the worst that is found with them.
+// The settings of a database, the kind of its file system, and the worst result that they allow.
 struct DurabilityMode {
     std::string name;
     std::string pragmas;

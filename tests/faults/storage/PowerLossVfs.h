@@ -215,7 +215,7 @@ private:
     bool m_out = false;
     int m_lostSectors = 0;
 
-    // The files that the directory may have for a path after the last sync: the oldest first, the current one last.
+    // For each path, the files that it may name on the disk: from that of the last sync to the current one.
     std::map<std::string, std::vector<Entry>> m_directory;
 
     std::set<std::string> m_newJournals; // not synced yet

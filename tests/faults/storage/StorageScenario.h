@@ -36,7 +36,7 @@ private:
     std::function<StepOutcome(FacadeDriver<ReferenceFacade>&)> m_onReference;
 };
 
-/// The operations on a database while a call on its files fails.
+/// An operation on a database while a call on its files fails.
 struct StorageScenario {
     std::string name;
 

@@ -13,7 +13,7 @@ struct alignas(8) VfsShim::File {
     static File& Of(sqlite3_file* file) { return *reinterpret_cast<File*>(file); }
     static sqlite3_file* Real(sqlite3_file* file) { return reinterpret_cast<sqlite3_file*>(&Of(file) + 1); }
 
-    // A call that the real file carries out, or that fails as a call of this kind.
+    // A call that is forwarded to the real file, unless it fails as a call of this kind.
     template <auto Method, FileCall Kind = FileCall::Other>
     struct Forwarded;
 

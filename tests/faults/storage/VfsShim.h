@@ -80,7 +80,7 @@ private:
     static VfsShim& Of(sqlite3_vfs* own) { return *static_cast<VfsShim*>(own->pAppData); }
 
     sqlite3_vfs* m_real;
-    sqlite3_vfs m_own; // registered with SQLite, which gives it to every call
+    sqlite3_vfs m_own; // registered with SQLite, which passes it to every call
 };
 
 } // namespace Morvik::sql::tests
