@@ -28,7 +28,7 @@ public:
 /// The facade and its reference implementation, which take the same steps with bounded connections.
 class ComparedFacades {
 public:
-    /// The arguments are what each of the two drivers puts before every path.
+    /// Each argument is the text that one of the two drivers puts before every path.
     explicit ComparedFacades(std::string beforeLibraryPath = {}, std::string beforeReferencePath = {})
         : m_library(std::move(beforeLibraryPath)), m_reference(std::move(beforeReferencePath))
     {}

@@ -75,7 +75,7 @@ void ReadAll(DamagedFile& file)
         file.Both([&](auto& side) { return side.Read("SELECT * FROM " + table + " ORDER BY 2 DESC"); });
         file.Both([&](auto& side) { return side.Walk("SELECT rowid, * FROM " + table + " WHERE rowid > 1"); });
         file.Both([](auto& side) { return side.CloseTable(); });
-        // Without a condition, SQLite counts in one operation, which cannot be stopped if the pages form a circle.
+        // Without a condition, SQLite counts in one operation, which cannot be stopped if the pages form a cycle.
         file.Both([&](auto& side) { return side.Count(name, "WHERE 1"); });
         file.Both([&](auto& side) { return side.Count(name, "WHERE key = 'b' OR key > 3"); });
     }

@@ -54,7 +54,7 @@ class Build:
         self.library = {os.path.relpath(command.split()[-1], PROJECT): name
                         for name, command in self.compiles.items() if name not in self.included}
         self.tests: list[Test] = []
-        self.killers: dict[str, set[str]] = collections.defaultdict(set)  # names of tests by the mutated file
+        self.killers: dict[str, set[str]] = collections.defaultdict(set)  # by file, the tests that noticed a mutant
 
     def call(self, command: str) -> str:
         return subprocess.run(command, shell=True, cwd=self.path, check=True, capture_output=True, text=True).stdout
@@ -239,7 +239,7 @@ def main() -> int:
             if count % 50 == 0:
                 print(f"{count} of {len(mutants)} tried", flush=True)
     try:
-        build.measure_tests()  # a test that began to fail during the run noticed no mutant
+        build.measure_tests()  # fails if a test fails now without a change: the results are then wrong
     except ValueError:
         RESULTS.unlink()
         raise

@@ -108,7 +108,7 @@ class Finder:
                 self.change(begin, begin + 2, *OPERATORS[text[:2]])
             case Kind.UNARY_OPERATOR if text[-2:] in ("++", "--"):
                 self.change(end - 2, end, *OPERATORS[text[-2:]])
-            case Kind.UNARY_OPERATOR if text.startswith(("!", "-")):  # not what the compiler made of "!="
+            case Kind.UNARY_OPERATOR if text.startswith(("!", "-")):  # not a "!" that the compiler made of "!="
                 self.change(begin, begin + 1, "")
             case Kind.IF_STMT | Kind.CONDITIONAL_OPERATOR if children[0].kind.is_expression():
                 self.replace(children[0], "true", "false")
@@ -121,7 +121,7 @@ class Finder:
                     self.replace(children[0], *DEFAULTS.get(function.result_type.get_canonical().kind, ()))
             case Kind.DECL_REF_EXPR | Kind.MEMBER_REF_EXPR:
                 self.change_name(cursor)
-            case _ if text == "SQLITE_TRANSIENT":  # a sum would not be a pointer
+            case _ if text == "SQLITE_TRANSIENT":  # not changed like a number, because it is a pointer
                 self.replace(cursor, "SQLITE_STATIC")
             case Kind.INTEGER_LITERAL if text[:1].isdigit():
                 number = int(text.rstrip("uUlL"), 0)

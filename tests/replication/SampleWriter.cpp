@@ -1,6 +1,6 @@
 // Writes rows into a database in WAL mode until it is killed, with the settings that a replication program needs. Each
 // row is a transaction. After each acknowledged row it writes a line to standard output: the row's number, and the time
-// in microseconds. If SQLite refuses a row because the file is locked, the program writes a line to standard error and
+// in microseconds. If SQLite rejects a row because the file is locked, the program writes a line to standard error and
 // repeats the row.
 //
 //   SampleWriter DATABASE ROWS-PER-SECOND      (0: as fast as it can)
