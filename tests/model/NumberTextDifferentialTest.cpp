@@ -70,13 +70,13 @@ public:
 
     double OfFewDigits() { return Sign() * Between(0, 9'999'999) * PowerOfTen(-12, 12); }
 
-    // The middle between two texts of six digits, as exactly as a double can represent it, or a double close to it.
+    // The middle between two numbers of six digits, as exactly as a double can represent it, or a double close to it.
     double NearAHalf() { return BesideAHalf(-300, 300); }
     double NearAHalfOfEverydaySize() { return BesideAHalf(-8, 7); }
 
     double NearAPowerOfTen() { return Beside(Sign() * PowerOfTen(-307, 308)); }
 
-    // The numbers that round to a power of ten, and those just above and below.
+    // Numbers just above and below a power of ten; most of them round to it.
     double RoundedToAPowerOfTen() { return Sign() * PowerOfTen(-8, 9) * (1.0 + Between(-100, 100) * 1e-8); }
 
     double NearAPowerOfTwo() { return Beside(Sign() * std::ldexp(1.0, Between(-1074, 1023))); }

@@ -74,7 +74,7 @@ TEST(NumberTextTest, ShortcutWritesNumbersFromOneUpWithoutAnExponent)
     }
 }
 
-// 9.999999 becomes 10.0000, whose first digit has the next higher exponent.
+// Rounding 9.999999 to six digits gives 10.0000, whose exponent is larger by one.
 TEST(NumberTextTest, ShortcutIsNotTakenForOtherOrUncertainNumbers)
 {
     for (const double number :
