@@ -15,7 +15,7 @@ public:
     template <typename... Arguments>
     explicit NoDestructor(Arguments&&... arguments) : m_object(std::forward<Arguments>(arguments)...)
     {}
-    ~NoDestructor() {} // NOLINT(modernize-use-equals-default): that would be deleted for T's sake
+    ~NoDestructor() {} // NOLINT(modernize-use-equals-default): that would be deleted because of T's destructor
 
     NoDestructor(const NoDestructor&) = delete;
     NoDestructor& operator=(const NoDestructor&) = delete;

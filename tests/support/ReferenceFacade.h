@@ -267,7 +267,7 @@ private:
         }
     }
 
-    // While the code of an earlier failure is set, no cell counts as converted.
+    // While the facade has the code of an earlier failure, the row stays empty.
     void ReadRow(DbTableRowValues& row) const
     {
         row.cells.clear();

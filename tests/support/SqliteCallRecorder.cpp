@@ -57,7 +57,7 @@ Function* Real(const char* name)
     return reinterpret_cast<Function*>(symbol);
 }
 
-// A call that is replaced and not made leaves null, as SQLite does when it cannot allocate the object.
+// Stores null for the object of a call that is not made, as SQLite does when it cannot allocate the object.
 template <typename Argument>
 void ClearResult(Argument argument)
 {
@@ -66,7 +66,7 @@ void ClearResult(Argument argument)
     }
 }
 
-// The arguments are formatted only while recording: otherwise nothing may read the memory that they point to.
+// The arguments are formatted only while recording, because formatting reads the memory that they point to.
 template <typename Result, typename... Parameters, typename Details>
 Result Intercept(Result (*)(Parameters...), const char* name, const Details& details,
                  std::type_identity_t<Parameters>... arguments)
@@ -185,10 +185,10 @@ bool SqliteCallRecorder::Pending() const
 
 } // namespace Morvik::sql::tests
 
-// When the library's calls are bound, the definitions in the program come before those of libsqlite3.
+// The dynamic linker binds the library's calls to these definitions, because it searches the program first.
 namespace tests = Morvik::sql::tests;
 
-// Defines a function of SQLite: its type, its name, its parameters, the list that is recorded, and its arguments.
+// Defines a function of SQLite: its type, name and parameters, the recorded list, and the real call's arguments.
 #define RECORD(type, name, parameters, recorded, ...)                                                                  \
     type name parameters                                                                                               \
     {                                                                                                                  \
