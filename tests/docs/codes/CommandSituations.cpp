@@ -17,7 +17,7 @@ const std::string Violation = "INSERT INTO t VALUES (1)";
 
 using ArrangeCommand = std::function<void(SituationConnection&, SqlCommand&)>;
 
-/// Runs the operation on a command that has the error of an earlier failure. `failing` gives SQLite's result.
+/// Runs the operation on a command that has the error of an earlier failure. SQLite's result is that of `failing`.
 template <typename Operation>
 Run OnACommand(const ArrangeCommand& arrange, Operation operation, const std::string& failing = Violation)
 {
@@ -72,7 +72,7 @@ Situations CommandSituations()
     const std::string noMemory = "SQLite has no memory for the value";
     const std::string noMemoryToConvert = "SQLite has no memory to convert the value";
     const ArrangeCommand onAText = Stepped("SELECT 'text'");
-    const char* const absent = "SELECT absent FROM t"; // PrepareCommand() copies only the pointer
+    const char* const absent = "SELECT absent FROM t";
     Situations all{
         {"SqlCommand::Execute", "SQLite rejects the text",
          OnACommand(Unprepared, ExecuteCommand("nonsense"), "nonsense")},

@@ -10,7 +10,7 @@ namespace Morvik::sql::tests {
 
 namespace {
 
-/// Creates a table; `sql` gives SQLite's result.
+/// Creates a table. SQLite's result is that of `sql`.
 Run Creating(const DbTableDefinition& definition, const std::string& sql = "", const Arrange& arrange = Nothing)
 {
     return OnAFacade(Raw(FailureOfExec, sql, arrange), CreateTable(definition));
