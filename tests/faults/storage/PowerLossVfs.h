@@ -201,7 +201,7 @@ private:
                     std::ranges::generate(change.bytes, [&] { return static_cast<char>(m_choices.Below(256)); });
                     Apply(change, content);
                     break;
-                default: // nothing
+                default: // the earlier content
                     break;
                 }
             }

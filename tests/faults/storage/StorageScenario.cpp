@@ -133,7 +133,7 @@ DatabaseFiles FoundFiles(Found found, JournalMode mode)
                    InsertOfReadings(1, 24, OldText) + "; PRAGMA wal_checkpoint(TRUNCATE)");
     if (found == Found::Database) {
         DatabaseFiles files(path);
-        files.contents.erase("-wal"); // is empty
+        files.contents.erase("-wal"); // an empty file
         return files;
     }
     sqlite.Execute("PRAGMA cache_size = 2; BEGIN; UPDATE reading SET room = room || 'unfinished', value = id");

@@ -6,7 +6,7 @@
 
 namespace Morvik::sql::tests {
 
-/// The calls of SQLite on files that can fail.
+/// The kinds of calls that SQLite makes on files.
 enum class FileCall {
     Open,
     Read,
@@ -26,8 +26,8 @@ enum class FileCall {
     Other,
 };
 
-/// How a call fails: the code that SQLite receives, and whether the call has an effect. A write then writes half of its
-/// bytes, and every other call does all of its work. Opening a file never has an effect when it fails.
+/// How a call fails: the code that SQLite receives, and whether the call has an effect. With an effect, a write
+/// writes half of its bytes, and every other call does all of its work. A failed opening never has an effect.
 struct FileFailure {
     int code = SQLITE_OK;
     bool carriedOut = false;
