@@ -15,7 +15,7 @@ public:
     template <typename... Arguments>
     explicit NoDestructor(Arguments&&... arguments) : m_object(std::forward<Arguments>(arguments)...)
     {}
-    ~NoDestructor() {} // NOLINT(modernize-use-equals-default): that would be deleted because of T's destructor
+    ~NoDestructor() {} // NOLINT(modernize-use-equals-default): a default one is deleted unless T's is trivial
 
     NoDestructor(const NoDestructor&) = delete;
     NoDestructor& operator=(const NoDestructor&) = delete;
