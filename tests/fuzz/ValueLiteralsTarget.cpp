@@ -146,8 +146,8 @@ void RequireWritten(const DbTableDataWrite& row, const std::vector<std::string>&
     }
 }
 
-/// Reports a finding unless SQLite rejects the row and nothing is written: the zero byte ends the statement inside its
-/// text.
+/// Reports a finding unless SQLite rejects the row and nothing is written: the zero byte ends the statement inside a
+/// literal.
 void RequireRejected(const DbTableDataWrite& row)
 {
     DatabaseApi& facade = FacadeTable();
