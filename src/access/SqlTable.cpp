@@ -34,8 +34,8 @@ public:
     sqlite3_stmt* statement = nullptr;
 };
 
-// Returns whether the statement was closed and the result was completely recorded. If the connection no longer exists,
-// the statement is kept and not finalized, because its memory may have been freed.
+// Returns whether the statement was closed and the result was completely recorded. If the connection is closed, the
+// statement is kept and not finalized, because its memory may have been freed.
 bool SqlTable::Impl::CloseStatement() noexcept
 {
     if (!database->IsOpen()) {

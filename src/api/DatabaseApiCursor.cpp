@@ -31,7 +31,7 @@ bool DatabaseApi::Impl::CloseCursor()
 
 bool DatabaseApi::SqlQueryBegin(const std::string& sql)
 {
-    // The row is cleared at the end, because `sql` may be a text in it, and also if an exception is thrown.
+    // Clears the row at the end, also after an exception, and not earlier: `sql` may be a text in the row.
     struct ClearAtEnd {
         std::vector<DbTableColumnValue>& cells;
         ~ClearAtEnd() { cells.clear(); }

@@ -25,8 +25,8 @@ bool IsStorageClass(StorageClass type)
     return type >= StorageClass::Integer && type <= StorageClass::Null;
 }
 
-// Reads the value and calls `store` with what its cell holds: the tag, the alternative and the arguments to construct
-// the alternative.
+// Reads the value and calls `store` with the content of its cell: the tag, the alternative and the arguments to
+// construct the alternative.
 template <typename Store>
 [[gnu::always_inline]] inline void ReadCell(SqliteValue value, StorageClass type, Store store)
 {
@@ -68,7 +68,7 @@ bool IsTooLarge(std::size_t capacity, std::size_t size)
     return capacity > LargestKeptBuffer && capacity > 2 * size;
 }
 
-// Assigns to what a cell holds. Returns false if its buffer is too large to keep.
+// Assigns to the value that a cell holds. Returns false if the buffer of the value is too large to keep.
 template <typename Number>
 bool Reuse(Number& held, Number number)
 {
@@ -103,7 +103,7 @@ bool Reuse(Number& held, Number number)
     return true;
 }
 
-// Replaces what a cell holds. The new value is made first, because that may throw an exception.
+// Replaces the value that a cell holds. The new value is made first, because making it may throw an exception.
 template <typename Held, typename... Of>
 [[gnu::cold, gnu::noinline]] void Replace(CellValue& value, Of... of)
 {

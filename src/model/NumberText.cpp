@@ -51,8 +51,7 @@ char* WriteSixDigits(char* begin, SixDigits number)
 } // namespace
 
 // Scales the number so that its six digits are before the point. Scaling rounds once, by far less than the margin, so
-// the digits are right unless the rest is close to one half. In that case, and for numbers that need an exponent, the
-// function returns false.
+// the digits are right unless the rest is close to one half. In that case the function returns false.
 bool FindSixDigits(double magnitude, SixDigits& found)
 {
     static constexpr std::array PowersOfTen{1e0, 1e1, 1e2, 1e3, 1e4, 1e5};
@@ -117,7 +116,7 @@ std::size_t NumberSize(std::int32_t number)
 
 std::size_t NumberSize(double number)
 {
-    // The longest text without an exponent is six digits and a point after "0."; any other number may need an exponent.
+    // From 0.1 to 1e6, no text is longer than "0." and six digits. Other texts may have an exponent or more zeroes.
     const double magnitude = std::abs(number);
     return magnitude >= 0.1 && magnitude < 1e6 ? std::size_t{8} + (number < 0 ? 1 : 0) : LongestNumber;
 }

@@ -17,7 +17,7 @@ const std::string& SqlBuffer::Text()
 void SqlBuffer::Grow(std::size_t missing)
 {
     const std::size_t used = Size();
-    m_text.resize(used + missing); // the string doubles its memory, and uses it only when the text needs it
+    m_text.resize(used + missing); // the string at least doubles its capacity, so few calls allocate
     m_end = m_text.data() + used;
     m_limit = m_text.data() + m_text.size();
 }
