@@ -88,8 +88,8 @@ public:
     /// first: ReadNextRow() returns false, because the record holds the code of the failed write.
     bool ReadNextRow(DbTableRowValues& row) const;
 
-    /// Releases the query; CloseDatabase() fails before that. Returns true with code 0, also without a query. Returns
-    /// false with SQLite's code and message if the query's last step failed; the query is released anyway.
+    /// Releases the query; CloseDatabase() fails while a query is held. Returns true with code 0, also without a query.
+    /// Returns false with SQLite's code and message if the query's last step failed; the query is released anyway.
     bool CloseReadTable() const;
     /// @}
 

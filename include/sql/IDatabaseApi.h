@@ -98,8 +98,8 @@ public:
     /// and views are not found. `result` receives the facade's code: 0 when the test ran, 112 ("Missing table name.")
     /// for an empty name, SQLite's code when the test could not run (1 for a name whose apostrophes break the query, 5
     /// when the file is locked before its schema was read, 21 and "out of memory" on a closed database). If the test
-    /// fails while it runs, because memory runs out or the file is locked, the table counts as absent, with 0. A query
-    /// in progress is not affected.
+    /// fails while it runs, because memory runs out or the file is locked, the table counts as absent and `result` is
+    /// 0. A query in progress is not affected.
     virtual bool ExistsTable(const std::string& table, int& result) const = 0;
 
     /// Deletes all rows of the table, then drops it; an absent table is a success. These are two statements: if the
@@ -132,8 +132,8 @@ public:
     ///
     /// Returns true with code 0. Returns false with 112 "Missing table name.", or with SQLite's code and message: 19
     /// for a violated constraint, 1 for a rejected statement (no rows, cells that do not match the columns, a cell
-    /// without SQL text), 21 with an empty message on a closed database. See DbTableColumnValue for what becomes of a
-    /// text or blob.
+    /// without SQL text), 21 with an empty message on a closed database. DbTableColumnValue says how texts and blobs
+    /// are stored.
     virtual bool WriteTableValues(const std::string& table, const DbTableDataWrite& data) = 0;
 
     /// Assigns the cells of the first row of `data` to `data.columns` in every row that `condition` selects; further
