@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Looks at the built site as a reader would, in a headless Chromium, from the file system.
 
-usage: check.py DIRECTORY     prints what is wrong, a line each
+usage: check.py DIRECTORY     prints each finding on one line
 
 Every page of the guide is in the navigation tree and leads to its neighbours. Every public member is described. Every
 link, anchor, picture and place that the search can find exists. Nothing is written to the console, and no page is wider
@@ -62,8 +62,8 @@ SEARCHES = {
     "find_package": "building.html#building-installed-with-find_package",
 }
 
-# The look of a page: its width, its background, and each text with its size and its contrast. The colours below a text
-# count with their opacity.
+# The look of a page: its width, its background, and each text with its size and its contrast. A transparent
+# background is mixed with the colours below it.
 LOOK = """
 const channels = color => { const c = color.match(/[\\d.]+/g).map(Number); return c.length < 4 ? [...c, 1] : c; };
 const over = (top, below) => top.slice(0, 3).map((c, i) => c * top[3] + below[i] * (1 - top[3]));

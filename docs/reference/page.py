@@ -64,7 +64,7 @@ def link(page, mark, text, target):
     where = path.relative_to(PROJECT)  # a file of the sources, which the site does not have
     if str(where) in text or text.strip("`") == path.name:
         return text
-    # A line may end after a slash: scripts/reference.sh replaces the space of no width.
+    # A line may end after a slash: scripts/reference.sh replaces the zero-width space.
     return f"{text} (`{where}`)".replace("/", "/\u200b")
 
 
@@ -76,7 +76,7 @@ def reference(name, text):
 
 
 def operations():
-    """The classes that declare each operation. What DatabaseApi overrides is described in IDatabaseApi."""
+    """The classes that declare each operation. Overrides are left out: IDatabaseApi describes them."""
     classes = {}
     headers = list((PROJECT / "include/sql").glob("*.h"))
     constructors = {path.stem for path in headers}
@@ -105,9 +105,9 @@ def operation_link(code, section):
 
 
 def prose(lines, page, section):
-    """Changes the links, and the code that names an operation."""
+    """Translates the links, and makes links of the code that names an operation."""
     parts = re.split(r"(`+[^`]*`+)", "\n".join(lines))
-    parts[1::2] = [re.sub(r"%(?=\w)", "%%", part) for part in parts[1::2]]  # a percent sign alone would disappear
+    parts[1::2] = [re.sub(r"%(?=\w)", "%%", part) for part in parts[1::2]]  # Doxygen removes a single percent sign
     for number, part in enumerate(parts):
         if number % 2 == 1 and not parts[number - 1].endswith("["):
             code = part.strip("`")  # an apostrophe would end the code between single backticks
@@ -165,7 +165,7 @@ def heading(name, marks, text):
     if marks == "#":
         return f"# {text} {{#{'mainpage' if name == 'index' else name}}}\n"
     label = f"{name}-{slug(text)}"
-    if name in ("index", "guide"):  # the navigation tree would have the headings beside the pages
+    if name in ("index", "guide"):  # keeps these headings out of the navigation tree
         return f"<h{len(marks)}>@anchor {label} {text}</h{len(marks)}>\n"
     return f"{marks} {text} {{#{label}}}\n"
 
@@ -179,8 +179,8 @@ def neighbours(page):
 
 
 def convert_header(page):
-    """Indented code in comments gets colours. A template that has only specialisations is not marked as deleted. What
-    a class overrides is listed once, as inherited."""
+    """Makes indented code in comments a block with colours. Removes "= delete" from a template that has only
+    specialisations, and removes overrides, which Doxygen lists as inherited."""
     text = re.sub(r"(template <[^\n]*\n[^\n]*) = delete;", r"\1;", page.read_text(encoding="utf-8"))
     text = re.sub(r"(?m)^    [^~;/]* override;\n", "", text)
     return re.sub(r"(?m)^(( *///)     .*\n)+", lambda match: "\n".join([

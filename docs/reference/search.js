@@ -1,8 +1,8 @@
-// The search field of the site. It takes the place of Doxygen's script of this name, which finds only the beginnings of
-// names. lunr ranks the sections of all pages. The texts are in a script, searchdata.js, because a page that is read from
+// The search field of the site. It replaces Doxygen's script of this name, which finds only the beginnings of names.
+// lunr ranks the sections of all pages. The texts are in a script, searchdata.js, because a page that is read from
 // the file system cannot fetch a file. They are loaded when the field is first used.
 
-// What Doxygen's pages call.
+// Has the functions that Doxygen's pages call.
 class SearchBox {
     constructor(name, folder) { SearchBox.folder = folder; }
     OnSearchFieldFocus(active) { if (active) open(document.getElementById('MSearchField')); }
@@ -22,7 +22,7 @@ class SearchBox {
 function init_search() {
     const results = document.getElementById('MSearchResultsWindow');
     results.replaceChildren(); // Doxygen's frame
-    // The switch between light and dark is a button for the keyboard too.
+    // Makes the switch between light and dark usable with the keyboard.
     window.addEventListener('load', () => {
         const toggle = document.querySelector('doxygen-awesome-dark-mode-toggle');
         toggle.tabIndex = 0;
@@ -90,7 +90,7 @@ function build() {
     });
 }
 
-// The best places for what was typed. A place that has it word for word comes before those that have some of its words.
+// The best places for the typed text. A place with the exact text usually comes before places with some of its words.
 function places(typed) {
     const words = lunr.tokenizer(typed).map(word => synonyms[word] ?? String(word));
     const found = SearchBox.index.query(query => words.forEach(word => {

@@ -23,7 +23,7 @@ class Page(html.parser.HTMLParser):
         self.name = name
         self.title = ""
         self.sections = [["", "", ""]]  # anchor, heading, text
-        self.open = [("", "")]  # each open tag, and what is done with its text
+        self.open = [("", "")]  # each open tag, and the use of its text
         self.anchor = ""
 
     def handle_starttag(self, tag, attributes):
