@@ -138,7 +138,8 @@ static_with_pkg_config()
 step "Building projects with CMake" quietly with_cmake
 step "Building programs with the static library" quietly static_with_pkg_config
 
-# configured TEXT ARGUMENT...: configuring must succeed and print TEXT. For rejected, it must fail and print TEXT.
+# configured TEXT ARGUMENT...: configuring must succeed and print TEXT.
+# rejected TEXT ARGUMENT...: configuring must fail and print TEXT.
 configure()
 {
     cmake -S . -B "$work/configured" --fresh -DTKOSQLLITE_BUILD_EXAMPLES=OFF "$@" >"$work/configured.txt" 2>&1

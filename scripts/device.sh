@@ -3,19 +3,20 @@
 #
 #   scripts/device.sh [CUTS [STATES [PATTERN]]]     (by default 5 cuts and 200 crash states for each setting)
 #
-# With a PATTERN it checks only the settings whose names match the regular expression, and not the device itself.
+# With a PATTERN it checks only the settings whose names match the regular expression, and leaves out the checks of
+# tests/device/figures.py.
 #
-# It builds a kernel, an initramfs, a root image with the project's armhf packages and data images from Debian's
-# packages, all in build/emulated-device, boots them under qemu-system-arm and saves the machine's state. Each round
+# It fetches Debian's kernel, makes an initramfs, a root image with the project's armhf packages and data images, all in
+# build/emulated-device, boots them under qemu-system-arm and saves the machine's state. Each round
 # resumes that state, mounts the data disk, checks the rows there, writes rows through the facade and cuts the power.
 # The disk is a small server (tests/device/disk.py) that keeps unflushed writes separate. At the cut it drops, keeps or
 # reorders these writes. The disk requests of one run of each setting are also recorded, and crash states made from
-# them are checked without a machine. The same machine gives the figures of the device. As many settings as there are
-# processors run at a time. The last line counts the checks.
+# them are checked without a machine. The checks of tests/device/figures.py run on the same machine. As many settings as
+# there are processors run at a time. The last line counts the checks.
 #
-# The script fails if an acknowledged row is lost, if a file is damaged, or if the control loses nothing. The output of
-# the machines is in build/emulated-device/console.log. A failure names the files that hold the disk before and after the
-# losses.
+# The script fails if a setting loses or damages more than tests/device/settings.py allows, or if a setting that may
+# lose rows loses none. The output of the machines is in build/emulated-device/console.log. A failure names the files
+# that hold the disk before and after the losses.
 #
 # The environment may set TKOSQLLITE_DEVICE_SEED (1 by default), the seed of the random cuts and losses, and
 # TKOSQLLITE_FIGURES, which writes the results into docs if nothing failed.

@@ -28,7 +28,7 @@ step "Building (native)" quietly cmake --build --preset native \
 mutants=(/usr/bin/python3 -B tests/mutants/mutants.py build/native)
 step "Trying mutants" "${mutants[@]}" --workers "$(nproc)" "$@" | tee build/mutants.log
 
-# A figure must include every change.
+# Writes the figure only after a run of all changes.
 [ -n "${TKOSQLLITE_FIGURES:-}" ] || exit 0
 all=$("${mutants[@]}" --list | tail -n 1)
 summary=$(grep "^$all: " build/mutants.log) || exit 0

@@ -38,8 +38,7 @@ fetched_server()
         for package in *.deb; do dpkg-deb -x "$package" .; done
 }
 
-# As root, sshd needs an account and a directory for its unprivileged process. It finds both in mounts that only it
-# sees.
+# As root, sshd needs an account and a directory for its unprivileged process. Both are in mounts that only sshd sees.
 started_server()
 {
     rm -rf "$work/keys" && mkdir "$work/keys"
