@@ -35,7 +35,7 @@ int main()
 endif()
 
 # A Boost library needs the C++ standard library that it was built with. With another C++ library, linking succeeds and
-# the program crashes. This function has a std::string in its symbol, so that the linker reports the mismatch.
+# the program crashes. portable_posix_name() has a std::string in its symbol, so that the linker reports the mismatch.
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     include(CheckCXXSourceCompiles)
     set(CMAKE_REQUIRED_LIBRARIES Boost::filesystem)

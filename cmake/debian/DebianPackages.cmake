@@ -46,7 +46,7 @@ endforeach()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/build/reference/html
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${documentation_package} COMPONENT documentation EXCLUDE_FROM_ALL)
 
-# Programs that use any of today's exports need at least this version.
+# A program that uses any exported symbol needs at least this version of the library.
 add_custom_command(OUTPUT ${folder}/symbols
     COMMAND ${TKOSQLLITE_GENSYMBOLS} -q -p${library_package} -v${PROJECT_VERSION} -a${architecture}
         -e$<TARGET_FILE:tkosqllite> -O${folder}/symbols

@@ -14,7 +14,7 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
     endif()
     file(WRITE ${folder}/DEBIAN/control "${control}\nMulti-Arch: ${multi_arch}\n")
 
-    # The trigger replaces these scripts: it runs once for all packages that are installed together.
+    # The ldconfig trigger replaces these scripts: it runs once for all packages that are installed together.
     file(REMOVE ${folder}/DEBIAN/postinst ${folder}/DEBIAN/postrm)
 
     execute_process(COMMAND dpkg-deb --root-owner-group -b ${folder} ${package} OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
