@@ -52,7 +52,7 @@ class Rounds:
             self.findings.append("nothing was lost, so the cuts prove nothing")
 
     def _must_lose(self):
-        """Whether no cut has shown the loss that the setting allows yet. Cuts show it by chance."""
+        """Whether the setting allows a loss and no cut has caused one yet. A cut causes it by chance."""
         return self._setting.may_lose != NOTHING and not self.tally["lost the last row"] + self.tally["lost more"]
 
     def _round(self, kind):

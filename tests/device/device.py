@@ -8,8 +8,8 @@ from disk import Disk
 from machine import BOOT_SECONDS, Machine
 
 
-# The bytes that the disk writes completely or not at all. f2fs relies on this for its blocks of 4 KiB. One setting
-# tears such a block.
+# The number of bytes that the disk writes completely or not at all. f2fs needs this for its blocks of 4 KiB. One
+# setting tears such a block.
 SECTORS = {"ext4": 512, "f2fs": 4096, "ubifs": 512}
 
 

@@ -122,7 +122,7 @@ class Disk(threading.Thread):
                 return False
             if self._is_last(kind):
                 if kind == WRITE:
-                    self._write(offset, data)  # any part of it may have reached the disk
+                    self._write(offset, data)  # any part of this write may have reached the disk
                 self.is_off.set()
                 return False
             if kind == READ:

@@ -99,7 +99,7 @@ class Machine:
                 stream.write(json.dumps({"execute": name, "arguments": values}) + "\n")
                 stream.flush()
                 answer = {}
-                while "return" not in answer:  # events come between
+                while "return" not in answer:  # skips events
                     answer = json.loads(stream.readline())
                     if "error" in answer:
                         raise RuntimeError(f"{name}: {answer['error']['desc']}")
