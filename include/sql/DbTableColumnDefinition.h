@@ -17,7 +17,7 @@ namespace Morvik::sql {
 ///
 /// renders as `qty INTEGER NOT NULL DEFAULT 0`. Name the members: {"qty", DbTableColumnType::Integer, NotNull} compiles
 /// without a warning and puts the constraint into `reserved`, which leaves the column without it. Nothing is checked,
-/// quoted or escaped, and rendering never fails; SQLite rejects what is malformed when the table is created.
+/// quoted or escaped, and rendering never fails; SQLite rejects a malformed column when the table is created.
 /// @ingroup tables
 struct DbTableColumnDefinition {
     /// The column's name, written unquoted. If a name contains a blank or a quote or is a keyword, quote it yourself

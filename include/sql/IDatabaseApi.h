@@ -26,11 +26,12 @@ namespace Morvik::sql {
 /// ExistData() set `result` to 0; OpenDatabase() on an open database returns true. Only std::bad_alloc is thrown, when
 /// memory runs out. Three cases are reported in other ways: SQLite's allocator is out of memory (code 7, or 1 while
 /// rows are stepped through), a directory cannot be created without memory (111), the quotation marks of a text cannot
-/// be doubled (1, "near ")": syntax error"). In all cases a write or a change of the schema has changed nothing, except
-/// that earlier statements of Execute() and DropTable() stay done; inside a transaction, SQLite may undo the complete
-/// transaction on code 7, 10 or 13. Every operation that starts a unit of work sets the code to 0 first and leaves the
-/// message, so a success may leave the message of an earlier failure. The table lists the codes; each failure of each
-/// operation, in all classes, has a row in @ref codes "codes and messages".
+/// be doubled (1, "near ")": syntax error"). In all cases a failed write or schema change has changed nothing, except
+/// that earlier statements of Execute() and DropTable() stay done, as do rows before a conflict with ON CONFLICT FAIL;
+/// inside a transaction, SQLite may undo the complete transaction on code 7, 10 or 13. Every operation that starts a
+/// unit of work sets the code to 0 first and leaves the message, so a success may leave the message of an earlier
+/// failure. The table lists the codes; each failure of each operation, in all classes, has a row in
+/// @ref codes "codes and messages".
 ///
 /// | Code | Message                                   | Meaning                                                  |
 /// |------|-------------------------------------------|----------------------------------------------------------|

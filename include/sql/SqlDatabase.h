@@ -62,8 +62,8 @@ public:
     ///   inspected or created;
     /// - with SQLite's code and message when SQLite cannot open the file. The connection is closed afterwards.
     ///
-    /// SQLite reads a file's content only when it is first used, so opening a file that is not a database succeeds and
-    /// the first statement fails with code 26.
+    /// SQLite reads the file only when a statement needs it, so opening a file that is not a database succeeds, and
+    /// the first such statement fails with code 26.
     bool Open(const std::string& path, bool readOnly);
 
     /// Closes the connection. Returns true with code 0 and an empty message. If the connection is closed already,

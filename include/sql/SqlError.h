@@ -13,9 +13,9 @@ namespace Morvik::sql {
 /// failure, so the reason for a false return is read here. Operations that need an open cursor or a statement and have
 /// none return false and leave the record unchanged.
 ///
-/// Codes are SQLite's primary result codes, passed through unchanged, or the library's result codes: 111 something that
-/// must be open is not, 112 a needed argument or value is missing or unusable, 113 a named table does not exist; see
-/// @ref codes "codes and messages". A new record holds code 0 and an empty message.
+/// Codes are SQLite's primary result codes, passed through unchanged, or the library's result codes: 111 a database or
+/// query is not open, or a directory cannot be made, 112 a needed argument or value is missing or unusable, 113 a named
+/// table does not exist; see @ref codes "codes and messages". A new record holds code 0 and an empty message.
 ///
 ///     if (!database.Open(path, false)) {
 ///         std::fprintf(stderr, "%d %s\n", database.GetLastError(), database.GetLastErrorMsg().c_str());
