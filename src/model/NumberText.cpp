@@ -36,7 +36,7 @@ template <typename Number>
     return std::to_chars(end, end + LongestNumber, number).ptr;
 }
 
-// Writes the digits one place to the right, then moves those before the point to the left.
+// Writes the digits one place to the right, then moves the digits before the point to the left.
 char* WriteSixDigits(char* begin, SixDigits number)
 {
     char* end = WriteDigits(begin + 1, number.digits);
