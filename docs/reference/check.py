@@ -226,7 +226,7 @@ class Reader:
             self.check_look(f"index.html (switched, {scheme})", DESKTOP[0], scheme)
 
     def check_guide(self):
-        """Each page of the guide is in the tree, and following its neighbours leads through all of them."""
+        """Each page of the guide is in the tree, and the links "Next" lead through all pages."""
         pages = {path.stem + ".html" for path in pathlib.Path("docs/guide").glob("*.md") if path.stem != "README"}
         tree = (self.directory / "guide.js").read_text(encoding="utf-8")
         for page in sorted(pages):

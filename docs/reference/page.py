@@ -64,7 +64,7 @@ def link(page, mark, text, target):
     where = path.relative_to(PROJECT)  # a file of the sources, which the site does not have
     if str(where) in text or text.strip("`") == path.name:
         return text
-    # A line may end after a slash: scripts/reference.sh replaces the zero-width space.
+    # Marks where a line may end. scripts/reference.sh replaces the zero-width space by <wbr>.
     return f"{text} (`{where}`)".replace("/", "/\u200b")
 
 
@@ -113,11 +113,11 @@ def prose(lines, page, section):
             code = part.strip("`")  # an apostrophe would end the code between single backticks
             parts[number] = operation_link(code, section) or (f"``{code}``" if "'" in code else part)
     text = re.sub(r"(!?)\[([^]]*)\]\(([^)\s]*)\)", lambda match: link(page, *match.groups()), "".join(parts))
-    return re.sub(r"</?details>.*", r"\n\\htmlonly[block]\n\g<0>\n\\endhtmlonly\n", text)  # Doxygen splits details
+    return re.sub(r"</?details>.*", r"\n\\htmlonly[block]\n\g<0>\n\\endhtmlonly\n", text)  # Doxygen would split this element
 
 
 def fragment(code, language):
-    """A block of code. Doxygen has no colours for some languages."""
+    """A block of code, with colours also for languages that Doxygen does not colour."""
     if language not in OTHER_LANGUAGES:
         return "\n".join(["```" + (language or "text"), *code, "```", ""])
     lines = [""]

@@ -21,7 +21,7 @@ class SearchBox {
 
 function init_search() {
     const results = document.getElementById('MSearchResultsWindow');
-    results.replaceChildren(); // Doxygen's frame
+    results.replaceChildren(); // removes Doxygen's frame
     // Makes the switch between light and dark usable with the keyboard.
     window.addEventListener('load', () => {
         const toggle = document.querySelector('doxygen-awesome-dark-mode-toggle');
@@ -67,7 +67,7 @@ function close() {
     field.setAttribute('aria-label', 'Search the guide and the reference');
 }
 
-// Pages that are searched for less, or more, than others.
+// Pages that readers need less often, or more often, than others.
 const weights = {'contributing.html': 0.3, 'architecture.html': 0.3, 'changelog.html': 0.3, 'more-devices.html': 0.6,
                  'codes.html': 2, 'codes.html#codes-the-codes-by-number': 5, 'walking.html': 2, 'messages.html': 4};
 const weight = url => weights[url] ?? weights[url.replace(/#.*/, '')] ??
