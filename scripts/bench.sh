@@ -14,7 +14,7 @@ rounds=${1:-25}
 scripts/install-dependencies.sh bench
 scripts/sysroot.sh armhf
 
-# The files are in memory if the system has such a directory, so that disk noise does not dominate the measurement.
+# The files are in memory if /dev/shm exists, so that disk noise does not dominate the measurement.
 if [ -w /dev/shm ]; then
     export TMPDIR=/dev/shm
 fi

@@ -104,7 +104,7 @@ dependency()
 }
 step "Looking at what a program's package depends on" quietly dependency
 
-# For the target, only the dependencies of the packages are present, so the linker must find everything in them.
+# For the target, the linker has only the packages and their dependencies, and must find everything there.
 sysroot=$project/build/armhf-sysroot
 for_target()
 {
@@ -125,7 +125,7 @@ guide_for_device()
 }
 step "Building for a device as the guide says" quietly guide_for_device
 
-# The preset's tests build projects with CMake. One of them installs the static library, used below.
+# The preset's tests build projects with CMake. One of these tests installs the static library for the next step.
 with_cmake()
 {
     cmake --preset native && cmake --build --preset native --target tkosqllite && ctest --preset native -R '^Install'

@@ -109,7 +109,7 @@ megabytes()
 }
 
 # trial PLACE ROWS-PER-SECOND SECONDS INTERVAL END: prints one line of the table. END is "killed" (the writer and the
-# replication program are killed at once) or "stopped" (the program gets SIGTERM after the writer was killed).
+# replication program are killed together) or "stopped" (the program gets SIGTERM after the writer was killed).
 trial()
 {
     local place=$1 rate=$2 seconds=$3 interval=$4 end=$5 folder=$work/trial engine_id writer_id size wal=0 shadow
