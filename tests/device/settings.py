@@ -32,7 +32,8 @@ SETTINGS = (
     Setting("f2fs, default settings", "", LAST_ROW, "f2fs"),
     Setting("f2fs, synchronous=EXTRA", "PRAGMA synchronous = EXTRA", NOTHING, "f2fs"),
     Setting("f2fs, journal_mode=WAL", "PRAGMA journal_mode = WAL", NOTHING, "f2fs"),
-    # The last block that f2fs writes is often a node block, and f2fs uses a node block if its end is new.
+    # The last block that f2fs writes is often a node block, and f2fs uses a node block if the end of the
+    # block is new.
     Setting("f2fs, journal_mode=WAL, torn block", "PRAGMA journal_mode = WAL", ANYTHING, "f2fs", tears=True),
     Setting("UBIFS, default settings", "", LAST_ROW, "ubifs"),
     Setting("UBIFS, synchronous=EXTRA", "PRAGMA synchronous = EXTRA", NOTHING, "ubifs"),
