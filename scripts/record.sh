@@ -16,7 +16,7 @@ run="$(date -u +%F), $(git describe --always)"
 git diff --quiet HEAD -- ':!docs' ':!*.md' || run+=-dirty
 cells=$(printf ' %s |' "$@" | sed ':again; s/\B[0-9]\{3\}\>/,&/; t again') # 1,000,000
 exec 9<"$page"
-flock 9 # scripts/soak.sh runs two fuzzers at a time
+flock 9 # scripts/soak.sh runs several fuzzers at the same time
 text=$(KEY=$key CELLS="$cells $run |" REPLACED=$(($# + 1)) awk '
     index($0, ENVIRON["KEY"]) == 1 {
         for (i = 0; i < ENVIRON["REPLACED"]; ++i) { sub(/ [^|]*\|$/, "") }

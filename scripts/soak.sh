@@ -1,7 +1,7 @@
 #!/bin/bash
 # Runs the long forms of the tests: more rounds of failing memory, disks and power, of killed and of contending
-# processes, and of damaged files; an emulated device whose power is cut; all tests under valgrind; then the fuzzers for
-# the rest of the time.
+# processes, and of damaged files; an emulated device whose power is cut; the slow tests under valgrind too; then the
+# fuzzers for the rest of the time.
 #
 #   scripts/soak.sh [MINUTES]      (60 by default; each fuzzer runs for at least ten minutes)
 
