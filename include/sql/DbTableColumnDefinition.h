@@ -28,7 +28,7 @@ struct DbTableColumnDefinition {
     /// None, Null and unknown values declare no type.
     DbTableColumnType type = DbTableColumnType::None;
 
-    /// No operation reads this member; it keeps the layout of this description.
+    /// No operation reads this member; it keeps the layout of this struct.
     std::int32_t reserved = 0;
 
     /// The constraints that are present: DbTableColumnConstraint values combined with |. Other bits are ignored.

@@ -76,7 +76,7 @@ bool Reuse(Number& held, Number number)
     return true;
 }
 
-// If the buffer must grow, it grows by more than needed.
+// A buffer that is too small at least doubles its capacity, so few rows allocate.
 [[gnu::always_inline]] inline bool Reuse(std::string& held, std::string_view text = "")
 {
     if (IsTooLarge(held.capacity(), text.size())) [[unlikely]] {
