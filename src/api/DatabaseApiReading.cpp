@@ -214,7 +214,7 @@ void DatabaseApi::Impl::ReadRow(const SqlTable& cursor, DbTableRowValues& row)
             if (!IsStorageClass(type)) [[unlikely]] {
                 FailConversion(type);
             }
-            if (!Succeeded()) [[unlikely]] { // after an earlier failure, no cell is kept
+            if (!Succeeded()) [[unlikely]] { // after an earlier failure, `column` is 0: no cell is kept
                 Truncate(cells, column);
                 return;
             }

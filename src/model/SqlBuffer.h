@@ -7,10 +7,10 @@
 
 namespace Morvik::sql {
 
-/// The text of a statement while it is built. Millions of pieces of a few bytes are appended, so appending must cost
-/// little more than the copy. Memory is allocated once if the expected size is right; numbers reserve more than they
-/// need, so a short statement that ends with a number may allocate twice. When memory runs out, std::bad_alloc is
-/// thrown and the text is never cut short.
+/// The text of a statement while it is built. A large write appends millions of pieces of a few bytes, so appending
+/// must cost little more than the copy. Memory is allocated once if the expected size is right; numbers reserve more
+/// than they need, so a short statement that ends with a number may allocate twice. When memory runs out,
+/// std::bad_alloc is thrown and the text is never cut short.
 class SqlBuffer {
 public:
     explicit SqlBuffer(std::size_t expectedSize);

@@ -17,7 +17,7 @@ std::string DeleteRowsStatement(const std::string& table);
 std::string DropTableStatement(const std::string& table);
 std::string RenameTableStatement(const std::string& table, const std::string& newName);
 
-/// Counts the rows that the condition selects, a clause with its keyword; all rows if it is empty.
+/// Counts the rows that the condition selects, or all rows if it is empty. The condition includes its keyword.
 std::string CountRowsQuery(const std::string& table, const std::string& condition);
 
 std::string SelectAllQuery(const std::string& table);
