@@ -42,7 +42,7 @@ foreach(component library development documentation)
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${package} COMPONENT ${component} EXCLUDE_FROM_ALL)
 endforeach()
 
-# scripts/reference.sh writes the site.
+# scripts/reference.sh writes these files.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/build/reference/html
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${documentation_package} COMPONENT documentation EXCLUDE_FROM_ALL)
 

@@ -1,5 +1,5 @@
 # Defines where `cmake --install` puts the library, its headers, and the files through which CMake and pkg-config find
-# both. All paths are relative to those files, so the installed tree may be moved.
+# both. All paths in these files are relative, so the installed tree may be moved.
 include(CMakePackageConfigHelpers)
 
 set(templates ${CMAKE_CURRENT_LIST_DIR})
