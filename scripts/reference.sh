@@ -21,7 +21,7 @@ draw()
     done
 }
 
-# Doxygen's own header, with the scripts of doxygen-awesome-css.
+# Writes Doxygen's own header, with the scripts of doxygen-awesome-css added.
 write_header()
 {
     local name scripts=''
